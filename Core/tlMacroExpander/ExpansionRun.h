@@ -1,0 +1,123 @@
+// What one run of an application needs beyond the expansion itself: limits for text that is not
+// trusted, whether Python may run, which file a position belongs to, and where text that was made
+// while expanding came from.
+//
+// A run is installed for the current thread by an ExpansionRunScope. Everything works without one;
+// `MacroExpand` then makes do with a run of its own for the length of the outermost call.
+#pragma once
+
+#include "tlMacroExpander/Export.h"
+#include "tlUtils/StringExt.h"
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace telv
+{
+
+class ExpandedOutput;
+class ExpansionLevel;
+class LexScannerException;
+class TemporaryText;
+class TextOrigin;
+class LSSourceFile;
+
+/// Bounds on what a text may use up. Past one, an ExpansionLimitException is thrown.
+struct TLEXPANDER_API ExpansionLimits
+{
+    static constexpr ssize_t s_none = std::numeric_limits<ssize_t>::max();
+
+    ssize_t m_maxDepth = s_none;  ///< Expansions inside one another, the outermost one included.
+    ssize_t m_maxSteps = s_none;  ///< Expansions, invocations and loop rounds, in all.
+    ssize_t m_maxOutput = s_none; ///< Bytes of any one output, of intermediate strings too.
+};
+
+/// One run. Must outlive the scopes that install it; neither copied nor shared between threads.
+class TLEXPANDER_API ExpansionRun
+{
+public:
+    ExpansionRun();
+    ~ExpansionRun();
+    ExpansionRun(const ExpansionRun&) = delete;
+    ExpansionRun& operator=(const ExpansionRun&) = delete;
+
+    /// The run installed for this thread, or null.
+    static ExpansionRun* Current() noexcept;
+
+    ExpansionLimits m_limits;
+
+    /// With false, `@runpython` and Python macros are the error "Python is disabled".
+    bool m_pythonAllowed = true;
+
+    /// Receives the located errors that do not stop the reading of project files. Empty: they go to
+    /// the trace stream.
+    std::function<void(const LexScannerException&)> m_fileErrorSink;
+
+    /// The output whose map will be read: text made while expanding that its pieces view is kept
+    /// until the run ends. Null: none is kept.
+    const ExpandedOutput* m_mappedOutput = nullptr;
+
+    /// Makes `file` known by name. It must not change and must outlive the run.
+    void AddSource(const LSSourceFile& file);
+
+    /// The known file whose text holds `pos` (its end included), or null. Logarithmic.
+    const LSSourceFile* FindSource(const char* pos) const;
+
+    /// If `pos` lies in a live text that was made while expanding, sets `origin` to the directive
+    /// or macro name, in a text that the application gave, from which that text came.
+    bool FindOrigin(const char* pos, SubString& origin) const;
+
+    /// `pos` itself, or the start of its origin when it lies in text made while expanding.
+    const char* ResolvePosition(const char* pos) const;
+
+    /// The innermost place, in text that the application gave, that is being expanded; null when
+    /// nothing is.
+    const char* CurrentPosition() const;
+
+    /// The innermost place at the time when an exception without a position (out of memory, a
+    /// broken assumption) left an expansion; null when none did.
+    const char* FailurePosition() const { return m_failurePos; }
+
+private:
+    friend class ExpansionLevel;
+    friend class ExpansionRunScope;
+    friend class TemporaryText;
+    friend class TextOwnerScope;
+
+    /// A text that died while an exception was passing, and the place that replaces it.
+    struct DeadText
+    {
+        const char* m_begin;
+        const char* m_end;
+        const char* m_origin;
+    };
+
+    void NoteDeath(const TextOrigin& text) noexcept;
+
+    ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
+    TemporaryText* m_nextOwner = nullptr;
+    ssize_t m_depth = 0;
+    ssize_t m_steps = 0;
+    const char* m_failurePos = nullptr;
+    std::vector<DeadText> m_deadTexts;
+    std::vector<std::shared_ptr<TemporaryText>> m_keptTexts;
+    std::shared_ptr<std::map<const char*, TextOrigin*>> m_liveTexts;
+    std::map<const char*, const LSSourceFile*> m_sources;
+};
+
+/// Installs a run for the current thread until the end of the scope; scopes nest.
+class TLEXPANDER_API ExpansionRunScope
+{
+public:
+    explicit ExpansionRunScope(ExpansionRun& run) noexcept;
+    ~ExpansionRunScope();
+    ExpansionRunScope(const ExpansionRunScope&) = delete;
+    ExpansionRunScope& operator=(const ExpansionRunScope&) = delete;
+
+private:
+    ExpansionRun* m_previous;
+};
+
+} // namespace telv

@@ -1,0 +1,54 @@
+// An ordered set of frames in six words.
+//
+// The members are a sorted array. The room that is left holds where the owning frame stands in the
+// tree of frames, so that looking up a name need not walk every enclosing invocation.
+#pragma once
+
+#include "tlMacroExpander/Export.h"
+#include "tlUtils/IntTypes.h"
+
+namespace telv
+{
+
+class NameIndex;
+class VarFrame;
+
+/// Set of frames by address; owns no frame.
+class TLEXPANDER_API FrameSet
+{
+public:
+    using const_iterator = VarFrame* const*;
+    using iterator = const_iterator;
+
+    FrameSet() = default;
+    ~FrameSet();
+    FrameSet(const FrameSet&) = delete;
+    FrameSet& operator=(const FrameSet&) = delete;
+
+    ssize_t size() const { return m_size; }
+    bool empty() const { return m_size == 0; }
+    const_iterator begin() const { return m_frames; }
+    const_iterator end() const { return m_frames + m_size; }
+    /// Logarithmic.
+    const_iterator find(VarFrame* frame) const;
+    /// Adds `frame`; false when it is there already. Linear.
+    bool insert(VarFrame* frame);
+
+private:
+    friend class VarFrame;
+    friend class FileScopeVarFrame;
+    friend class NameIndex;
+
+    VarFrame** m_frames = nullptr;
+    int32 m_size = 0;
+    int32 m_capacity = 0;
+
+    int64 m_depth = 0;              ///< Of the owning frame below its file-scope frame.
+    VarFrame* m_jump = nullptr;     ///< An ancestor further up, or null at the root.
+    NameIndex* m_index = nullptr;   ///< Names bound in the whole tree; set at its root only.
+    [[maybe_unused]] int64 m_room = 0;
+};
+
+static_assert(sizeof(FrameSet) == 48, "the size of a standard ordered set");
+
+} // namespace telv

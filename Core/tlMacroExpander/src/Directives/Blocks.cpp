@@ -1,0 +1,36 @@
+// @quote and @scope: text as it stands, and text with a scope of its own.
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/ScanSection.h"
+#include <cstring>
+#include <utility>
+
+namespace telv
+{
+
+void MacroExpander::ProcessQuoteDirective()
+{
+    ssize_t indent = 0;
+    SubString text = ScanRndBrackettedString(m_str, indent);
+    AdvanceWritePos(m_str.begin(), false);
+    const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
+    while (text)
+    {
+        const void* const feed =
+            std::memchr(text.begin(), '\n', static_cast<size_t>(text.size()));
+        const char* const end = feed == nullptr ? text.end() : static_cast<const char*>(feed) + 1;
+        WriteSubStringFromSourceFile(SubString(text.begin(), end));
+        text.m_p1 = end;
+        ScanIndentation(text, indent, 4);
+    }
+    m_dstIndent = dstIndent;
+}
+
+void MacroExpander::ProcessScopeDirective()
+{
+    ssize_t indent = 0;
+    const SubString block = ScanSubstString(m_str, indent);
+    AdvanceWritePos(m_str.begin(), false);
+    ExpandBlock(block, indent, GetOutputPos());
+}
+
+} // namespace telv

@@ -1,0 +1,189 @@
+// @def, @exportdef, @nakeddef, @defpython: macros are stored as text, unexpanded.
+//
+// A definition in text that exists only while expanding shares that text, because it may be placed
+// in a frame that lives longer.
+#define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
+
+#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/OwningVariables.h"
+#include "tlMacroExpander/src/ScanSection.h"
+#include <string_view>
+#include <unordered_set>
+
+namespace telv
+{
+
+ELSVariable CheckVariableType(SubString word)
+{
+    static constexpr struct
+    {
+        const char* m_word;
+        ELSVariable m_type;
+    } types[] = {{"bool", LSV_BOOL},
+                 {"int", LSV_INT},
+                 {"double", LSV_DOUBLE},
+                 {"char", LSV_CHAR},
+                 {"string", LSV_STRING}};
+    for (const auto& type : types)
+    {
+        if (word == type.m_word)
+            return type.m_type;
+    }
+    return LSV_MACRO;
+}
+
+void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defpython)
+{
+    LSToken token = LsScanToken(m_str, false);
+    const bool fileScope = token.m_type == TOKEN_PLUS;
+    if (fileScope)
+        token = LsScanToken(m_str, false);
+    const ELSVariable returnType = CheckVariableType(token.m_str);
+    if (returnType != LSV_MACRO)
+        token = LsScanToken(m_str, false);
+    if (token.m_type != TOKEN_IDENTIFIER)
+        ThrowAtToken({"Identifier expected for macro name when read "}, token);
+
+    TemporaryText* const owner = ExpansionLevel::CurrentOwner();
+    auto macroVar = MakeMacroVariable(returnType, token.m_str, nullptr, owner, owner);
+    macroVar->m_isPython = defpython;
+    macroVar->m_naked = nakeddef;
+    ReadMacroVariableDefn(token.m_str, macroVar.get());
+
+    VarFrame* const target = FindTargetFrame(fileScope, exportdef, token);
+    target->m_localVariables.Add(macroVar.release());
+    ScanOverWhiteSpaceAfterDirective();
+}
+
+/// The frame that a definition goes to; `+` takes precedence over exporting.
+VarFrame* MacroExpander::FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name)
+{
+    if (fileScope)
+    {
+        if (m_vf->m_fileScopeFrame == nullptr)
+            ThrowAt(name.m_str.begin(), {"No filescope frame"});
+        return m_vf->m_fileScopeFrame;
+    }
+    if (exportdef)
+    {
+        if (m_vf->m_parent == nullptr)
+            ThrowAt(name.m_str.begin(), {"No parent frame"});
+        return m_vf->m_parent;
+    }
+    return m_vf;
+}
+
+void MacroExpander::ReadMacroVariableDefn(SubString name, LSMacroVariable* macroVar)
+{
+    TELV_ASSERT(macroVar);
+    const LSToken token = LsScanToken(m_str, false);
+    if (token.m_type == TOKEN_LEFT_PAREN)
+    {
+        ReadFormalArgs(name, *macroVar);
+        ReadEqualsForVariableDefn(name);
+    }
+    else if (token.m_type != TOKEN_EQUAL)
+        ThrowAtToken({"= or ( expected for definition of macro ", name, " when read "}, token);
+    ssize_t indent = 0;
+    const SubString body = ScanSubstString(m_str, indent);
+    macroVar->SetSubstitutionString(body, false, indent);
+}
+
+/// Names of formal arguments already read. Few are compared one by one, many are hashed.
+class MacroExpander::FormalNames
+{
+public:
+    explicit FormalNames(const LSMacroVariable& macroVar) : m_macroVar(macroVar) {}
+
+    bool Contains(SubString name)
+    {
+        const xvector<LSFormalArg>& args = m_macroVar.m_argNames;
+        if (args.size() <= s_few)
+            return m_macroVar.FindArgName(name) != -1;
+        for (ssize_t i = m_names.empty() ? 0 : args.size() - 1; i < args.size(); ++i)
+            m_names.insert(View(args[i].m_name));
+        return m_names.count(View(name)) > 0;
+    }
+
+private:
+    static constexpr ssize_t s_few = 16;
+
+    static std::string_view View(SubString s)
+    {
+        return std::string_view(s.begin(), static_cast<size_t>(s.size()));
+    }
+
+    const LSMacroVariable& m_macroVar;
+    std::unordered_set<std::string_view> m_names;
+};
+
+void MacroExpander::ReadFormalArgs(SubString name, LSMacroVariable& macroVar)
+{
+    FormalNames known(macroVar);
+    LSToken token = LsScanToken(m_str, false);
+    if (token.m_type == TOKEN_RIGHT_PAREN)
+        return;
+    for (;;)
+    {
+        token = ReadFormalArg(name, macroVar, token, known);
+        if (token.m_type == TOKEN_RIGHT_PAREN)
+            return;
+        if (token.m_type != TOKEN_COMMA)
+            ThrowAtToken({"Comma or right parenthesis expected when read "}, token,
+                         xstring("\nwhile reading argument list for definition of macro ") + name);
+        token = LsScanToken(m_str, false);
+    }
+}
+
+/// Reads one formal argument, whose first token is `token`, and returns the token behind it.
+LSToken MacroExpander::ReadFormalArg(SubString name, LSMacroVariable& macroVar, LSToken token,
+                                     FormalNames& known)
+{
+    LSFormalArg arg;
+    arg.m_type = CheckVariableType(token.m_str);
+    if (arg.m_type != LSV_MACRO)
+        token = LsScanToken(m_str, false);
+    arg.m_name = token.m_str;
+    if (token.m_type != TOKEN_IDENTIFIER)
+        ThrowAtToken({"Read "}, token,
+                     xstring(" while trying to read argument for definition of macro ") + name);
+    if (known.Contains(arg.m_name))
+        ThrowAt(arg.m_name.begin(),
+                {"Repeated argument ", arg.m_name, " in definition of macro ", name});
+    if (arg.m_name == "false" || arg.m_name == "true")
+        ThrowAt(arg.m_name.begin(),
+                {"Invalid formal argument '", arg.m_name, "' in definition of macro ", name});
+    token = LsScanToken(m_str, false);
+    if (token.m_type == TOKEN_LEFT_PAREN)
+    {
+        token = LsScanToken(m_str, false);
+        if (token.m_type != TOKEN_RIGHT_PAREN)
+            ThrowAtToken({"Expected ) when read "}, token);
+        arg.m_isFnArg = true;
+        token = LsScanToken(m_str, false);
+    }
+    macroVar.m_argNames.push_back(arg);
+    return token;
+}
+
+void MacroExpander::ReadEqualsForVariableDefn(SubString name)
+{
+    const LSToken token = LsScanToken(m_str, false);
+    if (token.m_type != TOKEN_EQUAL)
+        ThrowAtToken({"= expected in definition of macro ", name, " when read "}, token);
+}
+
+bool MacroExpander::ReadEqualsForVariableDefn2(SubString name)
+{
+    LSToken token = LsScanToken(m_str, false);
+    const bool colon = token.m_type == TOKEN_COLON;
+    if (colon)
+        token = LsScanToken(m_str, false);
+    if (token.m_type != TOKEN_EQUAL)
+        ThrowAtToken({"= expected in definition of macro ", name, " when read "}, token);
+    return colon;
+}
+
+} // namespace telv

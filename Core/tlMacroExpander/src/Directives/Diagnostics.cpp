@@ -1,0 +1,108 @@
+// @print, @println, @assert, @assertfails, @fail: a text talks to its author and tests itself.
+#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/ParseExpanded.h"
+#include "tlMacroExpander/src/ScanSection.h"
+
+namespace telv
+{
+
+namespace
+{
+
+/// The kind of bracket that closes `open`, or TOKEN_UNDEF.
+EToken ClosingBracket(EToken open)
+{
+    switch (open)
+    {
+    case TOKEN_LEFT_PAREN:
+        return TOKEN_RIGHT_PAREN;
+    case TOKEN_LEFT_SQUARE:
+        return TOKEN_RIGHT_SQUARE;
+    case TOKEN_LEFT_CURLY:
+        return TOKEN_RIGHT_CURLY;
+    default:
+        return TOKEN_UNDEF;
+    }
+}
+
+} // namespace
+
+void MacroExpander::ProcessPrintDirective(bool newline)
+{
+    const SubString section =
+        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    AdvanceWritePos(m_str.begin(), false);
+    xstring text;
+    ExpandToString(section, 0, text);
+    xcout << text;
+    if (newline)
+        xcout << '\n';
+    xcout.flush();
+    ScanOverWhiteSpaceAfterDirective();
+}
+
+void MacroExpander::ProcessAssertDirective()
+{
+    const char* const pos = m_str.begin();
+    const SubString section =
+        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    xstring text;
+    bool holds = false;
+    try
+    {
+        ExpandToString(section, 0, text);
+        holds = ParseBoolInBracket(text);
+    }
+    catch (LexScannerException& e)
+    {
+        MoveOutOfText(e, text, m_startDirectivePos);
+        AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @assert(", text, ")"});
+        throw;
+    }
+    if (!holds)
+        ThrowAt(pos, {"Assertion failure\n        @assert(", section, ")\nie      @assert(", text,
+                      ")"});
+    ScanOverWhiteSpaceAfterDirective();
+}
+
+void MacroExpander::ProcessAssertFailsDirective()
+{
+    const char* const pos = m_str.begin();
+    const LSToken open = LsScanToken(m_str, false);
+    const EToken close = ClosingBracket(open.m_type);
+    if (close == TOKEN_UNDEF)
+        ThrowAtToken({"( expected after @assertfails when read "}, open);
+    const SubString section = ScanBrackettedSection(m_str, false, open.m_type, close);
+    if (!FailsToExpand(section))
+        ThrowAt(pos, {"Macro expansion of ", section, " didn't generate an error"});
+    ScanOverWhiteSpaceAfterDirective();
+}
+
+/// True when `text` has an error. Running out of something is no error of the text.
+bool MacroExpander::FailsToExpand(SubString text)
+{
+    try
+    {
+        xstring ignored;
+        ExpandToString(text, 0, ignored);
+        return false;
+    }
+    catch (const ExpansionLimitException&)
+    {
+        throw;
+    }
+    catch (const LexScannerException&)
+    {
+        return true;
+    }
+}
+
+void MacroExpander::ProcessFailDirective()
+{
+    const char* const pos = m_str.begin();
+    throw LexScannerException(ParseStringExpressionInBrackets("@fail", true), pos);
+}
+
+} // namespace telv

@@ -1,0 +1,98 @@
+// Directives by name: one row each. Rows only call.
+#include "tlMacroExpander/src/Directives/DirectiveTable.h"
+#include "tlMacroExpander/src/ErrorContext.h"
+#include <cstring>
+#include <iterator>
+
+namespace telv
+{
+
+namespace
+{
+
+using Expander = MacroExpander;
+
+void ProcessImport(Expander& e, const LSToken& word)
+{
+    if (e.m_importHandler == nullptr)
+        ThrowAt(word.m_str.begin(), {"@import statement not allowed here"});
+    e.ProcessImportDirective();
+}
+
+void ProcessImportPath(Expander& e, const LSToken& word)
+{
+    if (e.m_importHandler == nullptr)
+        ThrowAt(word.m_str.begin(), {"@importpath statement not allowed here"});
+    e.ProcessImportPathDirective();
+}
+
+[[noreturn]] void ProcessElse(Expander&, const LSToken& word)
+{
+    ThrowAt(word.m_str.begin(), {"@else with no matching @if directive"});
+}
+
+void ProcessDollar(Expander& e, const LSToken&)
+{
+    if (e.m_importHandler == nullptr)
+        return;
+    e.AdvanceWritePos(e.m_startDirectivePos, true);
+    e.ProcessDollarDefDirective();
+}
+
+constexpr EToken s_name = TOKEN_IDENTIFIER;
+constexpr bool s_keep = true;     // blanks before the directive are kept
+constexpr bool s_swallow = false; // they go with it
+
+// clang-format off
+const Directive s_directives[] = {
+    {"import",       s_name, s_swallow, ProcessImport},
+    {"importpath",   s_name, s_swallow, ProcessImportPath},
+    {"relativepath", s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessRelativePathDirective(); }},
+    {"str",          s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/false, SLM_ASCII); }},
+    {"strx",         s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/true, SLM_ASCII); }},
+    {"strW",         s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/false, SLM_WIDE); }},
+    {"strxW",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/true, SLM_WIDE); }},
+    {"unstr",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessUnstrDirective(); }},
+    {"scope",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessScopeDirective(); }},
+    {"if",           s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessIfDirective(); }},
+    {"else",         s_name, s_swallow, ProcessElse},
+    {"while",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessWhileDirective(); }},
+    {"for",          s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessForDirective(); }},
+    {"print",        s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessPrintDirective(/*newline=*/false); }},
+    {"println",      s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessPrintDirective(/*newline=*/true); }},
+    {"assert",       s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessAssertDirective(); }},
+    {"assertfails",  s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessAssertFailsDirective(); }},
+    {"fail",         s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessFailDirective(); }},
+    {"def",          s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessDefDirective(/*exportdef=*/false, /*nakeddef=*/false, /*defpython=*/false); }},
+    {"exportdef",    s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessDefDirective(/*exportdef=*/true, /*nakeddef=*/false, /*defpython=*/false); }},
+    {"nakeddef",     s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessDefDirective(/*exportdef=*/false, /*nakeddef=*/true, /*defpython=*/false); }},
+    {"defpython",    s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessDefDirective(/*exportdef=*/false, /*nakeddef=*/false, /*defpython=*/true); }},
+    {"runpython",    s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessRunPythonDirective(); }},
+    {"let",          s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessLetDirective(); }},
+    {"quote",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessQuoteDirective(); }},
+    {"[", TOKEN_LEFT_SQUARE, s_keep,    [](Expander& e, const LSToken&) { e.ProcessSqrBracketDirective(); }},
+    {"(", TOKEN_LEFT_PAREN,  s_keep,    [](Expander& e, const LSToken&) { e.ProcessRndBracketDirective(); }},
+    {"$", TOKEN_DOLLAR,      s_swallow, ProcessDollar}, // flushes itself, when it is a directive
+};
+// clang-format on
+
+} // namespace
+
+const Directive* FindDirective(const LSToken& token)
+{
+    for (const Directive& directive : s_directives)
+    {
+        if (directive.m_type != token.m_type)
+            continue;
+        if (token.m_type != TOKEN_IDENTIFIER || token.m_str == directive.m_word)
+            return &directive;
+    }
+    return nullptr;
+}
+
+bool MayHoldDollarMacro(SubString literal)
+{
+    return std::memchr(literal.begin(), '$', static_cast<size_t>(literal.size())) != nullptr;
+}
+
+} // namespace telv

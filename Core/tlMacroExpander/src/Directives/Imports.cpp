@@ -1,0 +1,76 @@
+// @import, @importpath and @relativepath. Files are the import handler's business.
+#define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
+
+#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/ScanSection.h"
+
+namespace telv
+{
+
+/// The path that a string literal, or a string expression in brackets, gives.
+xstring MacroExpander::ReadPathOperand(const LSToken& token, SubString word)
+{
+    xstring path;
+    if (token.m_type == TOKEN_LEFT_PAREN)
+        path = ParseStringExpressionInBrackets(xstring("@") + word, false);
+    else if (token.m_type == TOKEN_DOUBLE_QUOTED_STRING)
+        token.GetLiteralString(path);
+    else
+        ThrowAtToken({"Quoted string expected after '", word, "' when read "}, token);
+    return path;
+}
+
+void MacroExpander::ProcessImportDirective()
+{
+    const LSToken token = LsScanToken(m_str, false);
+    const xstring path = ReadPathOperand(token, "import");
+    if (token.m_type == TOKEN_LEFT_PAREN)
+    {
+        // What reads the output sees the path that was imported. A literal stays as it stands.
+        AdvanceWritePos(m_str.begin(), false);
+        WriteCalculatedSubString(xstring("@import \"") + path + "\"");
+    }
+    TELV_ASSERT(m_importHandler);
+    const char* const pos = token.m_str.begin();
+    if (!m_importHandler->HandleImport(m_vf, path, pos))
+        ThrowAt(pos, {"Can't import file: ", path});
+}
+
+void MacroExpander::ProcessImportPathDirective()
+{
+    const LSToken token = LsScanToken(m_str, false);
+    const xstring path = ReadPathOperand(token, "importpath");
+    AdvanceWritePos(m_str.begin(), false);
+    TELV_ASSERT(m_importHandler);
+    const char* const pos = token.m_str.begin();
+    if (!m_importHandler->HandleImportPath(path, pos))
+        ThrowAt(pos, {"@importpath directive not supported"});
+}
+
+void MacroExpander::ProcessRelativePathDirective()
+{
+    const LSToken open = LsScanToken(m_str, false);
+    if (open.m_type != TOKEN_LEFT_PAREN)
+        ThrowAtToken({"( expected after @relativepath when read "}, open);
+    SubString arg;
+    const LSToken comma = ScanArgument(m_str, arg, TOKEN_RIGHT_PAREN);
+    if (comma.m_type != TOKEN_COMMA)
+        ThrowAtToken({"Comma expected in @relativepath directive when read "}, comma);
+    xstring from = EvaluateString(arg, "@relativepath");
+    const LSToken close = ScanArgument(m_str, arg, TOKEN_RIGHT_PAREN);
+    if (close.m_type != TOKEN_RIGHT_PAREN)
+        ThrowAtToken({") expected  in @relativepath directive when read "}, close);
+    xstring to = EvaluateString(arg, "@relativepath");
+    AdvanceWritePos(m_str.begin(), false);
+
+    NormalisePath(from);
+    NormalisePath(to);
+    xstring path;
+    CalcRelativePath(from, to, path);
+    xstring literal;
+    MakeDoubleQuotedString(path, literal);
+    WriteCalculatedSubString(literal);
+}
+
+} // namespace telv

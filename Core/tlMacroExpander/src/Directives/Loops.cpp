@@ -1,0 +1,209 @@
+// @for and @while: a block once per element of a list, or while a condition holds.
+//
+// The list of @for exists only while the loop runs; its elements are bound by name, and what they
+// define may outlive it, so it is a temporary text.
+#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/OwningVariables.h"
+#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/TemporaryText.h"
+
+namespace telv
+{
+
+/// What the head of a @for says.
+struct MacroExpander::ForHead
+{
+    xvector<SubString> m_names;
+    bool m_isSingle = true;           ///< One name without parentheses.
+    const char* m_listPos = nullptr;  ///< Where the list stands in the source.
+};
+
+/// A loop over a list that has been expanded.
+class MacroExpander::ForLoop
+{
+public:
+    ForLoop(MacroExpander& expander, const ForHead& head, const TextScope& list, SubString block,
+            ssize_t indent)
+        : m_expander(expander), m_head(head), m_list(list), m_rest(list.Text()), m_block(block),
+          m_indent(indent), m_outputPos(expander.GetOutputPos())
+    {
+    }
+
+    void Run();
+
+private:
+    LSToken CutElement(SubString& s, SubString& element, EToken close) const;
+    void ExpandElement(SubString element) const;
+    void BindValues(VarFrame& frame, SubString element) const;
+    void Bind(VarFrame& frame, SubString name, SubString value) const;
+
+    MacroExpander& m_expander;
+    const ForHead& m_head;
+    const TextScope& m_list;
+    SubString m_rest;
+    SubString m_block;
+    ssize_t m_indent;
+    ssize_t m_outputPos;
+};
+
+void MacroExpander::ProcessForDirective()
+{
+    ForHead head;
+    ReadForHead(head);
+    head.m_listPos = m_str.begin();
+    const SubString section =
+        ScanBrackettedSection(m_str, false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    xstring listString;
+    ExpandToString(section, 0, listString);
+    const TextScope list(listString, DirectiveRange());
+    ssize_t indent = 0;
+    const SubString block = ScanLoopBlock(indent, "\n    for @for directive");
+    AdvanceWritePos(m_str.begin(), false);
+    ForLoop(*this, head, list, block, indent).Run();
+}
+
+/// Reads `(`, the names and the word `in`.
+void MacroExpander::ReadForHead(ForHead& head)
+{
+    LSToken token = LsScanToken(m_str, false);
+    if (token.m_type != TOKEN_LEFT_PAREN)
+        ThrowAtToken({"( expected after @for when read "}, token);
+    token = LsScanToken(m_str, false);
+    if (token.m_type == TOKEN_LEFT_PAREN)
+    {
+        head.m_isSingle = false;
+        do
+        {
+            token = LsScanToken(m_str, false);
+            if (token.m_type != TOKEN_IDENTIFIER)
+                ThrowAtToken({"Identifier expected when read "}, token);
+            head.m_names.push_back(token.m_str);
+            token = LsScanToken(m_str, false);
+            if (token.m_type != TOKEN_RIGHT_PAREN && token.m_type != TOKEN_COMMA)
+                ThrowAtToken({", or ) expected when read "}, token);
+        } while (token.m_type == TOKEN_COMMA);
+    }
+    else if (token.m_type == TOKEN_IDENTIFIER)
+        head.m_names.push_back(token.m_str);
+    else
+        ThrowAtToken({"Identifier expected after @for( when read "}, token);
+    token = LsScanToken(m_str, false);
+    if (token.m_str != "in")
+        ThrowAtToken({"'in' expected when read "}, token);
+}
+
+SubString MacroExpander::ScanLoopBlock(ssize_t& indent, const char* context)
+{
+    try
+    {
+        return ScanSubstString(m_str, indent);
+    }
+    catch (LexScannerException& e)
+    {
+        AddErrorContext(e, {context});
+        throw;
+    }
+}
+
+void MacroExpander::ForLoop::Run()
+{
+    const LSToken open = LsScanToken(m_rest, false);
+    if (open.m_type != TOKEN_LEFT_SQUARE)
+        ThrowAt(m_head.m_listPos, {"[ expected when read read ", TokenText(open)});
+    for (;;)
+    {
+        SubString element;
+        const LSToken end = CutElement(m_rest, element, TOKEN_RIGHT_SQUARE);
+        const bool isRound = end.m_type == TOKEN_COMMA || !element.empty();
+        if (isRound)
+            ExpandElement(element);
+        if (isRound && end.m_type == TOKEN_COMMA)
+            continue;
+        if (end.m_type != TOKEN_RIGHT_SQUARE)
+            ThrowAtToken({", or ] expected when read "}, end);
+        return;
+    }
+}
+
+/// Cuts the next element, or a value of one, out of the list.
+LSToken MacroExpander::ForLoop::CutElement(SubString& s, SubString& element, EToken close) const
+{
+    try
+    {
+        return ScanArgument(s, element, close);
+    }
+    catch (LexScannerException& e)
+    {
+        if (dynamic_cast<ExpansionLimitException*>(&e) == nullptr)
+            e.m_pos = m_head.m_listPos;
+        AddErrorContext(e, {"\n    in @for directive for list ", m_list.Text()});
+        throw;
+    }
+}
+
+void MacroExpander::ForLoop::ExpandElement(SubString element) const
+{
+    ExpansionLevel::CountStep(CurrentRun(), m_expander.m_startDirectivePos);
+    VarFrame frame(m_expander.m_vf);
+    if (m_head.m_isSingle)
+        Bind(frame, m_head.m_names[0], element);
+    else
+        BindValues(frame, element);
+    try
+    {
+        MacroExpand(nullptr, &frame, m_block, m_indent, m_outputPos, m_expander.m_output);
+    }
+    catch (LexScannerException& e)
+    {
+        const SubString name = m_head.m_isSingle ? m_head.m_names[0] : SubString();
+        AddErrorContext(e, {"\n    in @for directive when ", name, " = ", element});
+        throw;
+    }
+}
+
+/// Binds the values of an element `(a, b)`. What follows its closing bracket is not looked at.
+void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) const
+{
+    const LSToken open = LsScanToken(element, false);
+    if (open.m_type != TOKEN_LEFT_PAREN)
+        ThrowAtToken({"( expected when read "}, open);
+    const ssize_t n = m_head.m_names.size();
+    for (ssize_t i = 0; i < n; ++i)
+    {
+        SubString value;
+        const LSToken end = CutElement(element, value, TOKEN_RIGHT_PAREN);
+        Bind(frame, m_head.m_names[i], value);
+        if (i < n - 1 && end.m_type != TOKEN_COMMA)
+            ThrowAtToken({", expected when read "}, end);
+        if (i == n - 1 && end.m_type != TOKEN_RIGHT_PAREN)
+            ThrowAtToken({") expected when read "}, end);
+    }
+}
+
+void MacroExpander::ForLoop::Bind(VarFrame& frame, SubString name, SubString value) const
+{
+    auto bound = MakeMacroVariable(LSV_MACRO, name, m_expander.m_vf,
+                                   ExpansionLevel::CurrentOwner(), m_list.Owner());
+    bound->SetSubstitutionString(value, false, 0);
+    frame.m_localVariables.Add(bound.release());
+}
+
+void MacroExpander::ProcessWhileDirective()
+{
+    const SubString condition =
+        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    ssize_t indent = 0;
+    const SubString block = ScanLoopBlock(indent, "\n    for @while directive");
+    AdvanceWritePos(m_str.begin(), false);
+    const ssize_t outputPos = GetOutputPos();
+    while (EvaluateCondition(condition, "@while"))
+    {
+        ExpansionLevel::CountStep(CurrentRun(), m_startDirectivePos);
+        if (!block.empty())
+            ExpandBlock(block, indent, outputPos);
+    }
+}
+
+} // namespace telv

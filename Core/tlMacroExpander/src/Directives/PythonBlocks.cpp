@@ -1,0 +1,60 @@
+// @runpython: a block of Python statements, expanded before it runs.
+#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/LSSourceFile.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/UsePython.h"
+
+namespace telv
+{
+
+namespace
+{
+
+/// What tracebacks call the file that holds `pos`.
+xstring SourceName(const char* pos)
+{
+    const ExpansionRun* const run = ExpansionRun::Current();
+    const LSSourceFile* const file =
+        run == nullptr ? nullptr : run->FindSource(run->ResolvePosition(pos));
+    return file == nullptr ? xstring("<runpython>") : file->m_name;
+}
+
+/// The code with its lines moved to column 0, as Python wants them.
+xstring AlignedCode(SubString code)
+{
+    StringStream os(4096);
+    WriteSubStringWithAdjustedIndent(os, code, 0);
+    os << '\n';
+    return os.GetString();
+}
+
+} // namespace
+
+void MacroExpander::ProcessRunPythonDirective()
+{
+    const char* const errorPos = m_str.begin();
+    const char* const word = errorPos - SubString("runpython").size();
+    CheckPythonAllowed(word);
+    ssize_t indent = 0;
+    const SubString block = ScanSubstString(m_str, indent);
+    xstring code;
+    try
+    {
+        ExpandToString(block, indent, code);
+        if (!code.empty())
+        {
+            LoadPython(word);
+            RunPython(SourceName(errorPos), AlignedCode(code), errorPos);
+        }
+    }
+    catch (LexScannerException& e)
+    {
+        AddErrorContext(e, {"\n    in @runpython()\n", code});
+        throw;
+    }
+    ScanOverWhiteSpaceAfterDirective();
+}
+
+} // namespace telv

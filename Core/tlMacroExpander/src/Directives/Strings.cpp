@@ -1,0 +1,108 @@
+// @str and its kin write text as string literals; @unstr does the reverse; @$ defines a dollar macro.
+#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/ScanSection.h"
+#include <utility>
+
+namespace telv
+{
+
+namespace
+{
+
+constexpr ssize_t s_emptyLiteral = 2;
+
+} // namespace
+
+void WritePrefix(xostream& os, EStrLiteralMode mode)
+{
+    os << (mode == SLM_WIDE ? "L\"" : "\"");
+}
+
+void WriteSuffix(xostream& os, EStrLiteralMode)
+{
+    os << '"';
+}
+
+void MacroExpander::ProcessStrDirective(bool splitLines, EStrLiteralMode mode)
+{
+    ssize_t indent = 0;
+    const SubString text = ScanRndBrackettedString(m_str, indent);
+    AdvanceWritePos(m_str.begin(), false);
+    xstring expanded;
+    ExpandToString(text, indent, expanded);
+    const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
+    WriteLiteral(expanded, splitLines, mode);
+    m_dstIndent = dstIndent;
+}
+
+/// Writes `text` as one literal, or as one for each line.
+void MacroExpander::WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode)
+{
+    StringStream os(4096);
+    bool isSplit = false;
+    WritePrefix(os, mode);
+    for (const char c : text)
+    {
+        if (!splitLines || c != '\n')
+        {
+            WriteCharForCStyleLiteralConstants(os, c);
+            continue;
+        }
+        os << "\\n";
+        WriteSuffix(os, mode);
+        os << '\n';
+        WriteCalculatedSubString(os.GetString());
+        os.Clear();
+        WritePrefix(os, mode);
+        isSplit = true;
+    }
+    WriteSuffix(os, mode);
+    // An empty literal behind the last line feed is dropped; a wide one is longer and stays.
+    if (!isSplit || os.size() > s_emptyLiteral)
+        WriteCalculatedSubString(os.GetString());
+}
+
+void MacroExpander::ProcessUnstrDirective()
+{
+    const SubString section =
+        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    AdvanceWritePos(m_str.begin(), false);
+    xstring text;
+    try
+    {
+        ExpandToString(section, 0, text);
+        StringStream os(4096);
+        UnstringifyQuotedString(text, os);
+        const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
+        WriteCalculatedSubString(os.GetString());
+        m_dstIndent = dstIndent;
+    }
+    catch (LexScannerException& e)
+    {
+        MoveOutOfText(e, text, m_startDirectivePos);
+        AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @unstr(", text, ")"});
+        throw;
+    }
+}
+
+void MacroExpander::ProcessDollarDefDirective()
+{
+    const LSToken name = LsScanToken(m_str, false);
+    if (name.m_type != TOKEN_IDENTIFIER)
+        ThrowAtToken({"Identifier expected after @let when read "}, name);
+    ReadEqualsForVariableDefn(name.m_str);
+    const LSToken token = LsScanToken(m_str, false);
+    xstring value;
+    if (token.m_type == TOKEN_LEFT_PAREN)
+        value = ParseStringExpressionInBrackets("@$", false);
+    else if (token.m_type == TOKEN_DOUBLE_QUOTED_STRING)
+        token.GetLiteralString(value);
+    else
+        ThrowAtToken({"Quoted string expected after $", name.m_str, " definition when read "},
+                     token);
+    m_vf->m_fileScopeFrame->InsertDollarMacro(name.m_str, value);
+    AdvanceWritePos(m_str.begin(), false);
+}
+
+} // namespace telv

@@ -1,0 +1,113 @@
+// Levels of expansion: limits, inherited text ownership, and positions of passing errors.
+#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/StackGuard.h"
+#include "tlMacroExpander/src/TemporaryText.h"
+#include <exception>
+#include <utility>
+
+namespace telv
+{
+
+ExpansionLevel::ExpansionLevel(ExpansionRun& run, const MacroExpander& expander)
+    : m_run(run), m_outer(run.m_level), m_expander(expander),
+      m_owner(std::exchange(run.m_nextOwner, nullptr)), m_bracketLevel(this),
+      m_exceptions(std::uncaught_exceptions())
+{
+    const SubString text = expander.m_origStr;
+    if (m_owner != nullptr && !IsWithin(text, m_owner->Text()))
+        m_owner = nullptr;
+    if (m_outer != nullptr)
+    {
+        TemporaryText* const outerOwner = m_outer->m_owner;
+        if (m_owner == nullptr && outerOwner != nullptr && IsWithin(text, outerOwner->Text()))
+            m_owner = outerOwner;
+        if (IsWithin(text, m_outer->m_bracketLevel->m_expander.m_origStr))
+            m_bracketLevel = m_outer->m_bracketLevel;
+    }
+    CheckLimits();
+    run.m_failurePos = nullptr;
+    run.m_level = this;
+    ++run.m_depth;
+}
+
+ExpansionLevel::~ExpansionLevel()
+{
+    if (std::uncaught_exceptions() > m_exceptions && m_run.m_failurePos == nullptr)
+        m_run.m_failurePos = m_run.CurrentPosition();
+    m_run.m_level = m_outer;
+    --m_run.m_depth;
+}
+
+void ExpansionLevel::CheckLimits()
+{
+    const char* const pos = m_expander.m_origStr.begin();
+    CheckStack(pos);
+    if (m_run.m_depth >= m_run.m_limits.m_maxDepth) [[unlikely]]
+        ThrowNestedTooDeeply(pos);
+    CountStep(m_run, pos);
+}
+
+void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e)
+{
+    for (const ExpansionRun::DeadText& text : m_run.m_deadTexts)
+    {
+        if (text.m_begin <= e.m_pos && e.m_pos <= text.m_end)
+            e.m_pos = text.m_origin;
+    }
+    m_run.m_deadTexts.clear();
+}
+
+ExpansionLevel* ExpansionLevel::Current() noexcept
+{
+    const ExpansionRun* const run = ExpansionRun::Current();
+    return run == nullptr ? nullptr : run->m_level;
+}
+
+TemporaryText* ExpansionLevel::CurrentOwner() noexcept
+{
+    const ExpansionLevel* const level = Current();
+    return level == nullptr ? nullptr : level->m_owner;
+}
+
+BracketCache* ExpansionLevel::Brackets()
+{
+    ExpansionLevel& holder = *m_bracketLevel;
+    if (holder.m_brackets == nullptr)
+        holder.m_brackets = std::make_unique<BracketCache>(holder.m_expander.m_origStr);
+    return holder.m_brackets.get();
+}
+
+BracketCache* CurrentBracketCache()
+{
+    ExpansionLevel* const level = ExpansionLevel::Current();
+    return level == nullptr ? nullptr : level->Brackets();
+}
+
+const char* ExpansionLevel::Position() const
+{
+    const char* const directive = m_expander.m_startDirectivePos;
+    return directive == nullptr ? m_expander.m_origStr.begin() : directive;
+}
+
+void ExpansionLevel::NotePiece()
+{
+    TemporaryText* const owner = CurrentOwner();
+    if (owner == nullptr || owner->m_isViewedByMap)
+        return;
+    CurrentRun().m_keptTexts.push_back(owner->shared_from_this());
+    owner->m_isViewedByMap = true;
+}
+
+void ExpansionLevel::ThrowTooManySteps(const char* pos)
+{
+    throw ExpansionLimitException("Too many expansion steps", pos);
+}
+
+void ExpansionLevel::ThrowOutputTooLarge(const char* pos)
+{
+    throw ExpansionLimitException("Output too large", pos);
+}
+
+} // namespace telv

@@ -1,0 +1,84 @@
+// One expansion in progress: the innermost one is known to the run.
+//
+// Levels form a chain through the native stack. They carry what nested expansions inherit (who owns
+// the text, the known bracket pairs) and count what is limited.
+#pragma once
+
+#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/BracketCache.h"
+
+namespace telv
+{
+
+class MacroExpander;
+
+/// The run installed for this thread; an expansion is in progress.
+ExpansionRun& CurrentRun() noexcept;
+
+/// Lives as long as one `MacroExpander::Expand`.
+class ExpansionLevel
+{
+public:
+    /// @throws ExpansionLimitException  when the run's limits or the stack do not allow another.
+    ExpansionLevel(ExpansionRun& run, const MacroExpander& expander);
+    ~ExpansionLevel();
+    ExpansionLevel(const ExpansionLevel&) = delete;
+    ExpansionLevel& operator=(const ExpansionLevel&) = delete;
+
+    /// Moves the position of a passing error out of the texts that died under it.
+    void MoveOutOfDeadTexts(LexScannerException& e);
+
+    /// The innermost level of this thread, or null.
+    static ExpansionLevel* Current() noexcept;
+
+    /// Who owns the text that is being expanded on this thread; see `Owner`.
+    static TemporaryText* CurrentOwner() noexcept;
+
+    /// Who owns the text of this level: null when the application does.
+    TemporaryText* Owner() const { return m_owner; }
+    BracketCache* Brackets();
+    const char* Position() const;
+
+    /// Counts an expansion, an invocation or a loop round.
+    static void CountStep(ExpansionRun& run, const char* pos)
+    {
+        if (++run.m_steps > run.m_limits.m_maxSteps) [[unlikely]]
+            ThrowTooManySteps(pos);
+    }
+    /// Notes that a piece of the mapped output views the text of the innermost level.
+    static void NotePiece();
+
+    [[noreturn]] static void ThrowTooManySteps(const char* pos);
+    [[noreturn]] static void ThrowOutputTooLarge(const char* pos);
+
+private:
+    friend class TextOwnerScope;
+
+    void CheckLimits();
+
+    ExpansionRun& m_run;
+    ExpansionLevel* m_outer;
+    const MacroExpander& m_expander;
+    TemporaryText* m_owner;
+    ExpansionLevel* m_bracketLevel;           ///< The level whose text holds this one's.
+    std::unique_ptr<BracketCache> m_brackets; ///< Made on demand.
+    int m_exceptions;                         ///< In flight when the level began.
+};
+
+/// Says who owns the text that the next expansion is given, where that is not the current text.
+class TextOwnerScope
+{
+public:
+    explicit TextOwnerScope(TemporaryText* owner) : m_run(CurrentRun())
+    {
+        m_run.m_nextOwner = owner;
+    }
+    ~TextOwnerScope() { m_run.m_nextOwner = nullptr; }
+    TextOwnerScope(const TextOwnerScope&) = delete;
+    TextOwnerScope& operator=(const TextOwnerScope&) = delete;
+
+private:
+    ExpansionRun& m_run;
+};
+
+} // namespace telv

@@ -1,0 +1,201 @@
+// The expander proper. Callers who want text expanded use MacroExpand.h.
+//
+// `Expand` scans the text token by token. Plain text is not copied token by token: a write position
+// trails the scan position, and pending text is flushed when something else is to be written. An
+// identifier that names a variable is expanded in place; `@` starts a directive. What a directive
+// does is in its family's source in Directives/, which read their operands with the scanners of
+// ScanSection.h and come back here for nested text.
+#pragma once
+
+#include "tlMacroExpander/MacroExpand.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include <memory>
+
+namespace telv
+{
+
+/// How a string literal is written.
+enum EStrLiteralMode
+{
+    SLM_ASCII = 0, ///< "text"
+    SLM_WIDE = 1   ///< L"text"
+};
+
+/// One expansion of one text; lives on the stack and owns nothing.
+class TLEXPANDER_API MacroExpander
+{
+public:
+    ImportHandler* m_importHandler;     ///< Null: no imports; always so in nested expansions.
+    VarFrame* m_vf;                     ///< The current frame; never null.
+    ExpandedOutput& m_output;
+    ssize_t m_srcIndent;                ///< Columns removed from lines after a line feed.
+    ssize_t m_dstIndent;                ///< Columns written before each line.
+    SubString m_origStr;                ///< The whole text.
+    SubString m_str;                    ///< What is not scanned yet.
+    const xchar* m_startDirectivePos;   ///< The last token of the main loop: what calculated
+    const xchar* m_endDirectivePos;     ///< output is attributed to. Null before the first.
+    const xchar* m_writePos;            ///< First character neither written nor discarded.
+
+    MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
+                  ssize_t dstIndent, ExpandedOutput& output);
+    MacroExpander(const MacroExpander&) = delete;
+    MacroExpander& operator=(const MacroExpander&) = delete;
+
+    /// Expands the whole text.
+    void Expand();
+
+    // Shared operations.
+
+    /// Adds `v` to the current frame, which takes ownership.
+    void AddVariable(LSVariable* v);
+    /// What `name` means at the scan position, or null.
+    LSVariable* FindVariable(SubString name);
+    /// The output's column, or the destination indentation at the start of a line: where a nested
+    /// block begins.
+    ssize_t GetOutputPos() const;
+    /// Moves the write position to `pos`, writing what lies between or discarding it.
+    void AdvanceWritePos(const xchar* pos, bool write);
+    void WriteSubStringFromSourceFile(SubString s);
+    /// Writes text that the current directive, or `src`, produced.
+    void WriteCalculatedSubString(SubString s);
+    void WriteCalculatedSubString(SubString s, SubString src);
+    /// Ends a directive that leaves no trace: swallows the blanks before it, the rest of its line
+    /// and the blank lines that follow.
+    void ScanOverWhiteSpaceAfterDirective();
+
+    // Blocks: text as it stands, and text in a scope of its own.
+
+    void ProcessQuoteDirective();
+    void ProcessScopeDirective();
+
+    // Definitions of macros.
+
+    void ProcessDefDirective(bool exportdef, bool nakeddef, bool defpython);
+    /// Reads the formal arguments, `=` and the body into `macroVar`.
+    void ReadMacroVariableDefn(SubString name, LSMacroVariable* macroVar);
+    /// Reads `=`.
+    void ReadEqualsForVariableDefn(SubString name);
+    /// Reads `=` or `:=`; true for the latter.
+    bool ReadEqualsForVariableDefn2(SubString name);
+
+    // Invocation of variables.
+
+    void InvokeVariable(LSVariable* var);
+    void InvokeMacroFunction(LSMacroVariable* macroVar);
+
+    // Conditionals.
+
+    void ProcessIfDirective();
+    bool ParseBoolExpressionInBrackets(SubString directiveName);
+
+    // Loops.
+
+    void ProcessForDirective();
+    void ProcessWhileDirective();
+
+    // Typed expressions.
+
+    void ProcessLetDirective();
+    void ProcessRndBracketDirective();
+    void ProcessSqrBracketDirective();
+    /// Expands `text` and evaluates it as a string; the directive is named in errors.
+    xstring EvaluateString(SubString text, SubString directiveName);
+    /// The same for the text in the parentheses that follow.
+    xstring ParseStringExpressionInBrackets(SubString directiveName, bool readOpenBracket);
+
+    // String literals and dollar macros.
+
+    void ProcessStrDirective(bool splitLines, EStrLiteralMode mode);
+    void ProcessUnstrDirective();
+    void ProcessDollarDefDirective();
+
+    // Diagnostics.
+
+    void ProcessPrintDirective(bool newline);
+    void ProcessAssertDirective();
+    void ProcessAssertFailsDirective();
+    [[noreturn]] void ProcessFailDirective();
+
+    // Imports.
+
+    void ProcessImportDirective();
+    void ProcessImportPathDirective();
+    void ProcessRelativePathDirective();
+
+    // Python.
+
+    void ProcessRunPythonDirective();
+
+private:
+    class FormalNames;
+    class ForLoop;
+    struct ForHead;
+
+    void ExpandWithOwnRun();
+    void ExpandText();
+    void PassOverLineStarts();
+    void ProcessToken(const LSToken& token);
+    void ProcessQuotedString(const LSToken& token);
+    void ProcessDirective();
+    void ProcessUnknownDirective(const LSToken& name);
+    void ProcessPastedTokens();
+    void CheckOutputSize() const;
+    /// What calculated output is attributed to.
+    SubString DirectiveRange() const { return SubString(m_startDirectivePos, m_endDirectivePos); }
+    /// Expands a block in a scope of its own, into the output or into a string.
+    void ExpandBlock(SubString block, ssize_t indent, ssize_t dstIndent);
+    void ExpandToString(SubString text, ssize_t srcIndent, xstring& output);
+
+    void ReadFormalArgs(SubString name, LSMacroVariable& macroVar);
+    LSToken ReadFormalArg(SubString name, LSMacroVariable& macroVar, LSToken token,
+                          FormalNames& known);
+    VarFrame* FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name);
+
+    void InvokeMacro(LSMacroVariable& macroVar);
+    void ReadActualArgs(const LSMacroVariable& macroVar, xvector<SubString>& args);
+    void BindArgs(const LSMacroVariable& macroVar, const xvector<SubString>& args, VarFrame& frame);
+    void BindValue(const LSMacroVariable& macroVar, const LSFormalArg& formal, SubString arg,
+                   VarFrame& frame);
+    void WriteValueOf(const LSVariable& var);
+    void WriteTypedValue(VarFrame* frame, SubString text, ELSVariable type);
+    void WriteMacroResult(LSMacroVariable& macroVar, VarFrame& frame);
+    void WritePythonMacroResult(LSMacroVariable& macroVar, VarFrame& frame);
+    xstring ComposeCall(const LSMacroVariable& macroVar, SubString section);
+
+    bool EvaluateCondition(SubString condition, SubString directiveName);
+    void ReadForHead(ForHead& head);
+    SubString ScanLoopBlock(ssize_t& indent, const char* context);
+
+    void AssignVariable(const LSToken& nameToken);
+    void DefineVariable(ELSVariable type);
+    bool ReadValueText(ELSVariable type, SubString name, SubString& text);
+    void EvaluateValueText(ELSVariable type, SubString text, bool verbatim, xstring& value);
+
+    void WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode);
+    bool FailsToExpand(SubString text);
+    xstring ReadPathOperand(const LSToken& token, SubString word);
+};
+
+/// The type that a keyword (`bool`, `int`, `double`, `char`, `string`) names, else LSV_MACRO.
+TLEXPANDER_API ELSVariable CheckVariableType(SubString word);
+
+/// Expands `text` in a child of `frame`, evaluates it as a value of `type` (LSV_BOOL to LSV_STRING)
+/// and stores its written form in `value`, which is unchanged after an error.
+TLEXPANDER_API void ReadVariableValueByParsingExpression(VarFrame* frame, SubString text,
+                                                         ELSVariable type, xstring& value);
+
+/// The same for a directive or macro name, to which errors in the expanded text are moved.
+void ReadVariableValueFor(VarFrame* frame, SubString text, ELSVariable type, xstring& value,
+                          const char* origin);
+
+/// Read `@elseif` or `@else` from the front of `str`; false, with `str` moved, for anything else.
+TLEXPANDER_API bool ScanElseIfBlock(SubString& str);
+TLEXPANDER_API bool ScanElseBlock(SubString& str);
+
+/// Write what stands before and behind the characters of a string literal.
+TLEXPANDER_API void WritePrefix(xostream& os, EStrLiteralMode mode);
+TLEXPANDER_API void WriteSuffix(xostream& os, EStrLiteralMode mode);
+
+static_assert(sizeof(MacroExpander) == 96, "specified fields only");
+
+} // namespace telv

@@ -1,0 +1,73 @@
+// The names that are bound anywhere in one tree of frames.
+//
+// Scoping is dynamic: the parent of an invocation's frame is the frame of the caller, so a chain of
+// parents is as long as the invocations are nested, and walking it for each identifier would make
+// recursion quadratic. The index keeps, for each name, its bindings ordered by the depth of their
+// frames. The answer to a look-up from a frame F is the deepest binding whose frame is F or an
+// ancestor of F, and "ancestor" is decided in logarithmic time with jump pointers. A name that is
+// bound nowhere, which most words of a text are, costs one probe.
+#pragma once
+
+#include "tlMacroExpander/LSVariable.h"
+#include <vector>
+
+namespace telv
+{
+
+/// Owned by the file-scope frame at the root of the tree. Views names in live variables only.
+class NameIndex
+{
+public:
+    NameIndex() = default;
+    ~NameIndex();
+    NameIndex(const NameIndex&) = delete;
+    NameIndex& operator=(const NameIndex&) = delete;
+
+    /// `v` is now the visible variable of its name in `frame`.
+    void Bind(VarFrame* frame, LSVariable* v);
+    /// Forgets the binding of `v`'s name in `frame`.
+    void Unbind(VarFrame* frame, const LSVariable* v);
+
+    struct Hit
+    {
+        LSVariable* m_var = nullptr;
+        const VarFrame* m_frame = nullptr;
+    };
+
+    /// The variable of `name` in `frame` or its nearest ancestor that has one; imports apart.
+    Hit Find(const VarFrame* frame, SubString name, uint64 hash) const;
+
+    /// Frames of the tree that import others, in the order in which they first did.
+    std::vector<VarFrame*> m_importers;
+
+private:
+    struct Binding
+    {
+        VarFrame* m_frame;
+        LSVariable* m_var;
+    };
+
+    /// One bound name; kept in the table while it has bindings.
+    struct Record
+    {
+        SubString m_name;
+        uint64 m_hash;
+        Binding m_one;               ///< The only binding, while `m_more` is empty.
+        std::vector<Binding> m_more; ///< All of them, by depth, once there were two.
+
+        Binding* Begin() { return m_more.empty() ? &m_one : m_more.data(); }
+        Binding* End() { return Begin() + Count(); }
+        size_t Count() const { return m_more.empty() ? 1 : m_more.size(); }
+    };
+
+    size_t Probe(SubString name, uint64 hash) const;
+    void InsertRecord(size_t slot, VarFrame* frame, LSVariable* v, uint64 hash);
+    void EraseSlot(size_t slot);
+    void Grow();
+
+    std::vector<Record*> m_table; ///< Open addressing, linear probing, a power of two.
+    size_t m_size = 0;
+    std::vector<Record*> m_spare; ///< Records to use again.
+};
+
+} // namespace telv

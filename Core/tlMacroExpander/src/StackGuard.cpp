@@ -1,0 +1,86 @@
+// Bounds of the current thread's stack, cached per thread.
+#include "tlMacroExpander/src/StackGuard.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include <algorithm>
+#include <cstdint>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace telv
+{
+
+namespace
+{
+
+/// Left free for composing an error, for destructors, and for a signal handler.
+constexpr std::uintptr_t s_reserve = 160 * 1024;
+/// What is assumed of a main stack without a limit, and of a fiber's from its outermost entry.
+constexpr std::uintptr_t s_mostOfUnlimited = 256UL * 1024 * 1024;
+constexpr std::uintptr_t s_fiber = 256 * 1024;
+
+struct StackBounds
+{
+    std::uintptr_t m_low = 0;
+    std::uintptr_t m_high = 0;
+    const char* m_lowest = nullptr;
+};
+
+thread_local StackBounds t_bounds;
+
+std::uintptr_t LowestUsable(std::uintptr_t low, std::uintptr_t high)
+{
+    const std::uintptr_t size = high - low;
+    return low + std::min(s_reserve, size / 2);
+}
+
+/// Without a limit the main thread's stack reaches down to the next mapping, wherever that is.
+bool IsUnlimitedMainStack()
+{
+    rlimit limit;
+    return gettid() == getpid() && getrlimit(RLIMIT_STACK, &limit) == 0 &&
+           limit.rlim_cur == RLIM_INFINITY;
+}
+
+void ReadThreadBounds(std::uintptr_t frame)
+{
+    pthread_attr_t attributes;
+    void* low = nullptr;
+    size_t size = 0;
+    if (pthread_getattr_np(pthread_self(), &attributes) == 0)
+    {
+        if (pthread_attr_getstack(&attributes, &low, &size) != 0)
+            size = 0;
+        pthread_attr_destroy(&attributes);
+    }
+    t_bounds.m_low = reinterpret_cast<std::uintptr_t>(low);
+    t_bounds.m_high = t_bounds.m_low + size;
+    if (frame < t_bounds.m_low || frame >= t_bounds.m_high)
+    {
+        // A stack that the thread library does not know: count from where we met it.
+        t_bounds.m_high = frame;
+        t_bounds.m_low = frame - s_fiber;
+    }
+    if (IsUnlimitedMainStack())
+        t_bounds.m_low = std::max(t_bounds.m_low, t_bounds.m_high - s_mostOfUnlimited);
+}
+
+} // namespace
+
+const char* LowestStackAddress(const char* frame)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(frame);
+    if (address - t_bounds.m_low < t_bounds.m_high - t_bounds.m_low) [[likely]]
+        return t_bounds.m_lowest;
+    ReadThreadBounds(address);
+    t_bounds.m_lowest =
+        reinterpret_cast<const char*>(LowestUsable(t_bounds.m_low, t_bounds.m_high));
+    return t_bounds.m_lowest;
+}
+
+void ThrowNestedTooDeeply(const char* pos)
+{
+    throw ExpansionLimitException("Expansion nested too deeply", pos);
+}
+
+} // namespace telv

@@ -1,0 +1,71 @@
+// Temporary texts: registered with the run that made them, reported when they die under an error.
+#include "tlMacroExpander/src/TemporaryText.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
+#include <exception>
+#include <utility>
+
+namespace telv
+{
+
+/// Lets go of the chain in a loop: it can be as long as expansions were nested.
+TextOrigin::~TextOrigin()
+{
+    std::shared_ptr<TextOrigin> outer = std::move(m_outer);
+    while (outer != nullptr && outer.use_count() == 1)
+        outer = std::exchange(outer->m_outer, nullptr);
+}
+
+SubString TextOrigin::Outermost() const
+{
+    const TextOrigin* text = this;
+    while (text->m_outer != nullptr)
+        text = text->m_outer.get();
+    return text->m_origin;
+}
+
+const char* TextOrigin::NearestAlive() const
+{
+    const TextOrigin* text = this;
+    while (text->m_outer != nullptr && !text->m_outer->m_alive)
+        text = text->m_outer.get();
+    return text->m_origin.begin();
+}
+
+TemporaryText::TemporaryText(xstring& text, SubString origin)
+    : m_origin(std::make_shared<TextOrigin>())
+{
+    m_text.swap(text);
+    m_origin->m_begin = m_text.begin();
+    m_origin->m_end = m_text.end();
+    m_origin->m_origin = origin;
+
+    if (const TemporaryText* const outer = ExpansionLevel::CurrentOwner())
+        m_origin->m_outer = outer->m_origin;
+    if (m_text.empty())
+        return;
+    ExpansionRun& run = CurrentRun();
+    if (run.m_liveTexts == nullptr)
+        run.m_liveTexts = std::make_shared<LiveTexts>();
+    m_liveTexts = run.m_liveTexts;
+    m_liveTexts->emplace(m_origin->m_begin, m_origin.get());
+    if (run.m_deadTexts.capacity() < m_liveTexts->size())
+        run.m_deadTexts.reserve(m_liveTexts->size() * 2);
+}
+
+TemporaryText::~TemporaryText()
+{
+    m_origin->m_alive = false;
+    if (m_liveTexts == nullptr)
+        return;
+    m_liveTexts->erase(m_origin->m_begin);
+    ExpansionRun* const run = ExpansionRun::Current();
+    if (run != nullptr && run->m_level != nullptr && std::uncaught_exceptions() > 0)
+        run->NoteDeath(*m_origin);
+}
+
+TextScope::TextScope(xstring& text, SubString origin)
+    : m_text(std::make_shared<TemporaryText>(text, origin))
+{
+}
+
+} // namespace telv

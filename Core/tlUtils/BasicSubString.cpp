@@ -1,0 +1,9 @@
+// The one instantiation of the view, shared by both libraries.
+#include "tlUtils/BasicSubString.h"
+
+namespace telv
+{
+
+template class BasicSubString<char>;
+
+} // namespace telv

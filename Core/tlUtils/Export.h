@@ -1,0 +1,15 @@
+// Marks what libtlUtils exports; everything else is hidden.
+#pragma once
+
+#if defined(__GNUC__) || defined(__clang__)
+#define TLUTILS_API __attribute__((visibility("default")))
+#else
+#define TLUTILS_API
+#endif
+
+/// Tells clang that the result of a function views its argument.
+#if defined(__clang__)
+#define TELV_LIFETIMEBOUND [[clang::lifetimebound]]
+#else
+#define TELV_LIFETIMEBOUND
+#endif

@@ -1,0 +1,153 @@
+// Text output with indentation.
+//
+// An xostream is a thin front: a pointer to an IndentingStream, which inserts the indentation and
+// hands the characters to wherever its derived class puts them. Indentation is written before the
+// first character of a line that is not a line feed, so empty lines stay empty.
+#pragma once
+
+#include "tlUtils/Export.h"
+#include "tlUtils/xstring.h"
+
+namespace telv
+{
+
+/// A sink of characters that can indent lines.
+class TLUTILS_API IndentingStream
+{
+public:
+    IndentingStream() = default;
+    IndentingStream(const IndentingStream&) = delete;
+    IndentingStream& operator=(const IndentingStream&) = delete;
+
+    /// Writes `length` characters, indented where a line starts.
+    void Put(const char* text, ssize_t length)
+    {
+        if (m_indent <= 0)
+            Write(text, length);
+        else
+            PutIndented(text, length);
+    }
+
+    /// Adds `columns` (which may be negative) to the indentation of the lines that follow. The line
+    /// in progress is not touched; a stream without text is at the start of a line.
+    void AddIndent(ssize_t columns) { m_indent += columns; }
+
+    /// Hands everything on to the final destination.
+    virtual void Flush() = 0;
+
+protected:
+    ~IndentingStream() = default;
+
+    /// Takes `length` characters as they are; `length` may be 0.
+    virtual void Write(const char* text, ssize_t length) = 0;
+
+    /// The character written last, or a line feed when there is none: tells where lines start.
+    virtual char LastCharacter() const = 0;
+
+private:
+    void PutIndented(const char* text, ssize_t length);
+
+    ssize_t m_indent = 0;
+};
+
+/// Output stream of text. Owns nothing: the stream behind it belongs to whoever made it.
+class TLUTILS_API xostream
+{
+public:
+    IndentingStream* m_os;
+
+    constexpr explicit xostream(IndentingStream* os) : m_os(os) {}
+    xostream(const xostream&) = delete;
+    xostream& operator=(const xostream&) = delete;
+
+    void put(const char* text, ssize_t length) { m_os->Put(text, length); }
+    void put(char c) { m_os->Put(&c, 1); }
+    void put(int value);
+    void put(long value);
+    /// The shortest decimal digits that read back to the same double (see `ToString(double)`).
+    void put(double value);
+    void flush() { m_os->Flush(); }
+};
+
+/// The process's standard output. Text is kept until `flush`, until 64 KiB are pending or until the
+/// process exits. Usable from the first static constructor to the last static destructor. A program
+/// may point `m_os` elsewhere.
+extern TLUTILS_API xostream xcout;
+
+inline xostream& operator<<(xostream& os, SubString s)
+{
+    os.put(s.begin(), s.size());
+    return os;
+}
+inline xostream& operator<<(xostream& os, const xstring& s)
+{
+    os.put(s.begin(), s.size());
+    return os;
+}
+inline xostream& operator<<(xostream& os, const char* text)
+{
+    return os << SubString(text);
+}
+inline xostream& operator<<(xostream& os, char c)
+{
+    os.put(c);
+    return os;
+}
+inline xostream& operator<<(xostream& os, int value)
+{
+    os.put(value);
+    return os;
+}
+inline xostream& operator<<(xostream& os, long value)
+{
+    os.put(value);
+    return os;
+}
+inline xostream& operator<<(xostream& os, double value)
+{
+    os.put(value);
+    return os;
+}
+
+/// Indents the lines written during its life by `indent` more columns.
+class TLUTILS_API Indenter
+{
+public:
+    Indenter(xostream& os, ssize_t indent) : m_os(os), m_indent(indent)
+    {
+        m_os.m_os->AddIndent(m_indent);
+    }
+    ~Indenter() { m_os.m_os->AddIndent(-m_indent); }
+    Indenter(const Indenter&) = delete;
+    Indenter& operator=(const Indenter&) = delete;
+
+    xostream& m_os;   ///< Must outlive the indenter.
+    ssize_t m_indent; ///< Columns.
+};
+
+/// An IndentingStream on a file descriptor, which it does not own; used for `xcout`. Text that is
+/// not flushed when the stream ends is lost. Writes that fail are remembered, not thrown: ask
+/// `Failed` after `Flush`; what could not be written is dropped.
+class TLUTILS_API DescriptorStream final : public IndentingStream
+{
+public:
+    constexpr explicit DescriptorStream(int descriptor) : m_descriptor(descriptor) {}
+
+    void Flush() override;
+    /// True when a write failed since the start.
+    bool Failed() const { return m_failed; }
+
+protected:
+    void Write(const char* text, ssize_t length) override;
+    char LastCharacter() const override { return m_last; }
+
+private:
+    int m_descriptor;
+    bool m_failed = false;
+    char m_last = '\n';
+    xstring m_pending;
+};
+
+static_assert(sizeof(xostream) == 8 && sizeof(Indenter) == 16, "specified fields only");
+
+} // namespace telv

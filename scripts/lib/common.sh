@@ -1,0 +1,26 @@
+# What the scripts share. Sourced, never run: it moves to the top of the tree and stops at errors.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+
+say() {
+    printf '\n== %s\n' "$*"
+}
+
+# Configures and builds a preset; further arguments go to the build (a target, say).
+build_preset() {
+    local preset=$1
+    shift
+    say "configure and build: $preset"
+    cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || {
+        cat "build/$preset.configure.log" >&2
+        return 1
+    }
+    grep -E '^-- Python 2.7|^CMake Warning' "build/$preset.configure.log" || true
+    cmake --build --preset "$preset" -j "$(nproc)" "$@"
+}
+
+# Runs all tests of a preset; what it prints last is CTest's summary.
+test_preset() {
+    say "test: $1"
+    ctest --preset "$1" -j "$(nproc)"
+}

@@ -1,0 +1,55 @@
+# Finds out what is missing for a preset and installs the packages for it. Something counts as there
+# when its command or file is, wherever it came from.
+
+missing=()
+
+need_command() {
+    command -v "$1" >/dev/null || missing+=("$2")
+}
+
+need_file() {
+    [ -e "$1" ] || missing+=("$2")
+}
+
+# True for a CMake that can read the presets.
+cmake_is_recent() {
+    local version
+    version=$(cmake --version 2>/dev/null | sed -n '1s/[^0-9]*//p')
+    [ -n "$version" ] && [ "$(printf '3.25\n%s\n' "$version" | sort -V | head -n 1)" = 3.25 ]
+}
+
+find_missing() {
+    need_command g++ g++
+    cmake_is_recent || missing+=(cmake)
+    need_command ninja ninja-build
+    need_command make make
+    need_file /usr/include/gtest/gtest.h libgtest-dev
+    need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+    case $1 in
+        coverage) need_command gcovr gcovr ;;
+        fuzz | clang) need_clang ;;
+        tidy)
+            need_clang
+            need_command clang-tidy-14 clang-tidy-14
+            ;;
+    esac
+}
+
+need_clang() {
+    need_command clang++-14 clang-14
+    compgen -G '/usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a' >/dev/null ||
+        missing+=(libclang-rt-14-dev)
+}
+
+install_missing() {
+    find_missing "$1"
+    [ ${#missing[@]} -gt 0 ] || return 0
+    if [ "$(id -u)" != 0 ]; then
+        echo "Missing packages. As root: apt-get install ${missing[*]}" >&2
+        return 1
+    fi
+    say "install: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get update -qq
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,121 @@
+// The text lies in a block of exactly its size, so that the address sanitizer sees a read past its
+// end, and the frame dies before it.
+#include "support/LibraryRun.h"
+
+#include "support/VisibleDiff.h"
+#include "tlMacroExpander/ExpandedOutput.h"
+#include "tlMacroExpander/MacroExpand.h"
+#include "tlMacroExpander/VarFrame.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include "tlUtils/StringExt.h"
+#include "tlUtils/xstring.h"
+
+#include <algorithm>
+#include <cctype>
+#include <exception>
+#include <functional>
+#include <memory>
+
+namespace telv::test
+{
+namespace
+{
+
+/// Allows `@$` and finds no file.
+class NoFiles final : public ImportHandler
+{
+public:
+    bool HandleImport(VarFrame*, const xstring&, const char*) override { return false; }
+};
+
+std::string ToStd(SubString s)
+{
+    return std::string(s.begin(), s.end());
+}
+
+void TakeError(const LexScannerException& e, SubString text, LibraryRun& run)
+{
+    const std::less_equal<const char*> notAfter;
+    run.message = ToStd(e.m_description);
+    run.positionOutside = !notAfter(text.begin(), e.m_pos) || !notAfter(e.m_pos, text.end());
+    if (!run.positionOutside)
+        run.line = GetLineNumber(text, e.m_pos);
+}
+
+void Expand(SubString text, LibraryRun& run)
+{
+    NoFiles handler;
+    FileScopeVarFrame frame;
+    xstring output;
+    OutputPieces pieces;
+    MacroExpand(&handler, &frame, text, 0, 0, output, pieces);
+    run.expansion = ToStd(output);
+}
+
+/// The diagnostic's start that the run stands for, up to the excerpt; "*" for an unknown line.
+std::string DiagnosticStart(const LibraryRun& run, const std::string& name)
+{
+    const std::string line = run.line < 0 ? "*" : std::to_string(run.line);
+    return name + "(" + line + ") : error : " + *run.message + "\n";
+}
+
+/// The same part of the expected diagnostic: everything before the excerpt of its line.
+std::string ExpectedStart(const std::string& err, const LibraryRun& run)
+{
+    const size_t open = err.find('(');
+    const size_t close = err.find(") : error : ");
+    if (open == std::string::npos || close == std::string::npos || close < open)
+        return err;
+    const std::string line = err.substr(open + 1, close - open - 1);
+    const size_t excerpt = err.find("\n " + line + " | ");
+    std::string start = err.substr(0, excerpt == std::string::npos ? excerpt : excerpt + 1);
+    if (run.line < 0)
+        start.replace(open + 1, line.size(), "*");
+    return start;
+}
+
+} // namespace
+
+LibraryRun RunLibrary(const std::string& source)
+{
+    const std::unique_ptr<char[]> block(new char[source.size()]);
+    std::copy(source.begin(), source.end(), block.get());
+    const SubString text(block.get(), block.get() + source.size());
+    LibraryRun run;
+    try
+    {
+        Expand(text, run);
+    }
+    catch (const LexScannerException& e)
+    {
+        TakeError(e, text, run);
+    }
+    catch (const std::exception& e)
+    {
+        run.message = e.what();
+    }
+    return run;
+}
+
+std::string CompareLibraryRun(const LibraryRun& run, const TestCase& testCase,
+                              const Expectation& expectation)
+{
+    const std::string expected =
+        expectation.out ? *expectation.out : ExpectedStart(*expectation.err, run);
+    if (!run.message)
+    {
+        if (expectation.err)
+            return "expected an error, got the expansion:\n" + Visible(run.expansion, "+ ");
+        const std::string diff = VisibleDiff(expected, run.expansion);
+        return diff.empty() ? "" : "expansion (- expected, + actual):\n" + diff;
+    }
+    const std::string actual = DiagnosticStart(run, testCase.name);
+    if (expectation.out)
+        return "expected an expansion, got the error:\n" + Visible(actual, "+ ");
+    if (run.positionOutside)
+        return "the error's position is outside the text:\n" + Visible(actual, "+ ");
+    const std::string diff = VisibleDiff(expected, actual);
+    return diff.empty() ? "" : "error (- expected, + actual):\n" + diff;
+}
+
+} // namespace telv::test

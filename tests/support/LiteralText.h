@@ -1,0 +1,33 @@
+// One-line text forms of literals and errors, so that tests of values can be tables.
+#pragma once
+
+#include "tlMacroExpander/LSLiteral.h"
+#include "tlUtils/StringExt.h"
+#include <string>
+
+namespace telv
+{
+
+inline std::string StdString(SubString s)
+{
+    return std::string(s.begin(), s.end());
+}
+
+/// Kind and value: "int64 5", "string abc", "char a", "bool true", "float64 0.5", "void".
+inline std::string LiteralText(const LSLiteral& literal)
+{
+    std::string text = TypeToString(literal.m_type);
+    if (literal != LITERAL_UNDEF && literal != LITERAL_VOID)
+        text += " " + StdString(literal.AsString(/*allowDataLoss=*/true));
+    return text;
+}
+
+/// What `Write` writes: the whole text of an error.
+inline std::string ErrorText(const IException& e)
+{
+    StringStream os(4096);
+    e.Write(os);
+    return StdString(os.GetString());
+}
+
+} // namespace telv

@@ -1,0 +1,182 @@
+// A fixed table of temporary names, the one state here that is process-wide: a signal handler has
+// no other way to reach it. An entry is filled before its file is made and freed after it is gone.
+#include "Cleanup.h"
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+constexpr int s_signals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM,
+                             SIGALRM, SIGXCPU, SIGUSR1, SIGUSR2};
+
+struct Entry
+{
+    std::atomic<bool> m_used = false;
+    int m_directory = -1;
+    char m_name[32] = {};
+};
+
+/// One for each output that a run can have, and some.
+Entry s_entries[8];
+pid_t s_owner = 0;
+
+void RemoveTemporaryFiles()
+{
+    if (getpid() != s_owner)
+        return;
+    for (const Entry& entry : s_entries)
+        if (entry.m_used)
+            unlinkat(entry.m_directory, entry.m_name, 0);
+}
+
+void OnSignal(int signal)
+{
+    const int error = errno;
+    RemoveTemporaryFiles();
+    raise(signal); // Its default effect is back; it comes when this handler returns.
+    errno = error;
+}
+
+sigset_t HandledSignals()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : s_signals)
+        sigaddset(&set, signal);
+    return set;
+}
+
+size_t TakeEntry(int directory)
+{
+    for (size_t i = 0; i < std::size(s_entries); ++i)
+        if (!s_entries[i].m_used)
+        {
+            s_entries[i].m_directory = directory;
+            return i;
+        }
+    throw FileError("too many outputs");
+}
+
+void MakeName(Entry& entry)
+{
+    unsigned long random = 0;
+    if (getrandom(&random, sizeof(random), 0) != sizeof(random))
+        random = static_cast<unsigned long>(getpid());
+    std::snprintf(entry.m_name, sizeof(entry.m_name), ".tlexpand-%016lx", random);
+}
+
+/// The mask can only be read by setting it.
+mode_t PermissionsOfNewFile()
+{
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+TemporaryFile::TemporaryFile(int directory, const std::string& path)
+    : m_path(path), m_slot(TakeEntry(directory))
+{
+    Entry& entry = s_entries[m_slot];
+    int fd = -1;
+    do
+    {
+        entry.m_used = false;
+        MakeName(entry);
+        entry.m_used = true;
+        fd = openat(directory, entry.m_name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
+                    0600);
+    } while (fd < 0 && errno == EEXIST);
+    const int error = errno;
+    m_fd = Descriptor(fd);
+    if (fd < 0)
+    {
+        entry.m_used = false;
+        throw MakeFileError("write", m_path, error);
+    }
+}
+
+TemporaryFile::~TemporaryFile()
+{
+    Entry& entry = s_entries[m_slot];
+    if (entry.m_used && IsOriginalProcess())
+        unlinkat(entry.m_directory, entry.m_name, 0);
+    entry.m_used = false;
+}
+
+void TemporaryFile::Finish()
+{
+    // A file system that cannot synchronise a file has nothing to report either.
+    const bool synced = fsync(m_fd.Get()) == 0 || errno == EINVAL || errno == ENOSYS;
+    if (!synced || fchmod(m_fd.Get(), PermissionsOfNewFile()) != 0)
+        throw MakeFileError("write", m_path, errno);
+    if (const int error = m_fd.Close())
+        throw MakeFileError("write", m_path, error);
+}
+
+void TemporaryFile::RenameTo(const std::string& name)
+{
+    Entry& entry = s_entries[m_slot];
+    if (renameat(entry.m_directory, entry.m_name, entry.m_directory, name.c_str()) != 0)
+        throw MakeFileError("write", m_path, errno);
+    entry.m_used = false;
+}
+
+void InstallSignalHandlers()
+{
+    s_owner = getpid();
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    for (const int signal : s_signals)
+    {
+        struct sigaction action = {};
+        if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
+            continue;
+        action = {};
+        action.sa_handler = OnSignal;
+        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+        action.sa_mask = HandledSignals();
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+SignalBlocker::SignalBlocker()
+{
+    const sigset_t set = HandledSignals();
+    pthread_sigmask(SIG_BLOCK, &set, &m_before);
+}
+
+SignalBlocker::~SignalBlocker()
+{
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+}
+
+void UnblockSignals()
+{
+    const sigset_t set = HandledSignals();
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+void EndRun(const std::string& message)
+{
+    RemoveTemporaryFiles();
+    WriteAll(STDERR_FILENO, ViewOf("tlexpand: " + message + "\n"));
+    _exit(2);
+}
+
+bool IsOriginalProcess()
+{
+    return getpid() == s_owner;
+}
+
+} // namespace telv::tool

@@ -1,0 +1,48 @@
+// What both programs take back: a backslash before blank, '#' and ':', a doubled '$'. Backslashes
+// that stand before a blank are doubled; elsewhere they mean themselves.
+#include "DepfileWriter.h"
+#include "Files.h"
+
+namespace telv::tool
+{
+
+namespace
+{
+
+std::string EscapeName(const std::string& name)
+{
+    std::string escaped;
+    size_t backslashes = 0;
+    for (const char c : name)
+    {
+        if (c == '\n')
+            throw FileError("can't write the name of a file with a line feed to a dependency file");
+        if (c == ' ' || c == '\t')
+            escaped += std::string(backslashes + 1, '\\');
+        else if (c == '#' || c == ':')
+            escaped += '\\';
+        else if (c == '$')
+            escaped += '$';
+        escaped += c;
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+    }
+    return escaped;
+}
+
+} // namespace
+
+std::string MakeDepfile(const std::string& output, const std::string& main,
+                        const std::vector<std::string>& imports)
+{
+    std::string text = EscapeName(output) + ":";
+    if (!main.empty())
+        text += " " + EscapeName(main);
+    for (const std::string& import : imports)
+        text += " \\\n  " + EscapeName(import);
+    text += "\n";
+    for (const std::string& import : imports)
+        text += "\n" + EscapeName(import) + ":\n";
+    return text;
+}
+
+} // namespace telv::tool

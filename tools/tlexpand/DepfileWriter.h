@@ -1,0 +1,18 @@
+// Dependency files that make and ninja read.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace telv::tool
+{
+
+/// One rule "OUTPUT: INPUT…" and, for each import, a rule without inputs, so that removing an
+/// import that is no longer needed does not stop make.
+///
+/// @param main     The main file; empty when it is standard input, which is no file.
+/// @throws FileError  A name holds a line feed, for which the format has no notation.
+std::string MakeDepfile(const std::string& output, const std::string& main,
+                        const std::vector<std::string>& imports);
+
+} // namespace telv::tool

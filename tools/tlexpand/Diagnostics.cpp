@@ -1,0 +1,115 @@
+// The first line is composed by the exception itself; colour is put around its parts afterwards.
+#include "Diagnostics.h"
+#include "Files.h"
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// A message can quote whole expanded texts; of a longer one, the two ends are shown.
+constexpr size_t s_longestMessage = 64 * 1024;
+constexpr size_t s_endOfMessage = 16 * 1024;
+
+bool WantsColour(Colour colour)
+{
+    if (colour != Colour::Auto)
+        return colour == Colour::Always;
+    const char* const terminal = std::getenv("TERM");
+    const char* const refusal = std::getenv("NO_COLOR");
+    const bool refused = refusal != nullptr && *refusal != '\0';
+    return isatty(STDERR_FILENO) == 1 && !refused && terminal != nullptr &&
+           std::strcmp(terminal, "dumb") != 0;
+}
+
+std::string Shorten(std::string message)
+{
+    if (message.size() <= s_longestMessage)
+        return message;
+    const size_t begin = s_longestMessage - s_endOfMessage;
+    const size_t left = message.size() - s_longestMessage;
+    return message.substr(0, begin) + "\n... (" + std::to_string(left) + " bytes left out) ...\n" +
+           message.substr(message.size() - s_endOfMessage);
+}
+
+void WriteToStandardError(const std::string& text)
+{
+    // There is nobody left to tell about a failure.
+    (void)WriteAll(STDERR_FILENO, ViewOf(text));
+}
+
+} // namespace
+
+Diagnostics::Diagnostics(const Sources& sources, Colour colour) : m_sources(sources)
+{
+    m_style.m_escape = isatty(STDERR_FILENO) == 1;
+    m_style.m_colour = WantsColour(colour);
+}
+
+void Diagnostics::Report(const LexScannerException& error) const
+{
+    const char* pos = error.m_pos;
+    const Source* source = m_sources.Find(pos);
+    if (source == nullptr)
+    {
+        source = &m_sources[0];
+        pos = source->Text().begin();
+    }
+    WriteToStandardError(MakeFirstLines(error, *source, pos) +
+                         MakeExcerpt(*source, pos, m_style) + MakeImportLines(*source));
+}
+
+void Diagnostics::Report(const std::string& description, const char* pos) const
+{
+    Report(LexScannerException(xstring(ViewOf(description)), pos));
+}
+
+std::string Diagnostics::Show(SubString text) const
+{
+    return m_style.m_escape ? EscapeForTerminal(text) : ToStdString(text);
+}
+
+std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const Source& source,
+                                        const char* pos) const
+{
+    LexScannerException located(error);
+    located.m_path = xstring(ViewOf(source.Name()));
+    located.m_lineNumber = source.Line(pos);
+    StringStream os(4096);
+    located.Write(os);
+    const std::string text = Shorten(ToStdString(os.GetString()));
+    const std::string place = source.Name() + "(" + std::to_string(located.m_lineNumber) + ") : ";
+    const std::string word = "error";
+    const std::string rest = text.substr(place.size() + word.size());
+    const std::string_view paint[] = {"\x1b[1m", "\x1b[31m", "\x1b[0m\x1b[1m", "\x1b[0m"};
+    const auto colour = [&](int index)
+    { return m_style.m_colour ? std::string(paint[index]) : std::string(); };
+    return colour(0) + Show(ViewOf(place)) + colour(1) + word + colour(2) + Show(ViewOf(rest)) +
+           colour(3) + "\n";
+}
+
+std::string Diagnostics::MakeImportLines(const Source& source) const
+{
+    std::string lines;
+    const char* pos = source.ImportPosition();
+    while (const Source* importer = m_sources.Find(pos))
+    {
+        lines += "imported from " + Show(ViewOf(importer->Name())) + "(" +
+                 std::to_string(importer->Line(pos)) + ")\n";
+        pos = importer->ImportPosition();
+    }
+    return lines;
+}
+
+void ReportToolError(const std::string& message)
+{
+    const std::string shown =
+        isatty(STDERR_FILENO) == 1 ? EscapeForTerminal(ViewOf(message)) : message;
+    WriteToStandardError("tlexpand: " + shown + "\n");
+}
+
+} // namespace telv::tool

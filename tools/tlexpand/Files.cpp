@@ -1,0 +1,146 @@
+// open, read, write and close with their errors looked at.
+#include "Files.h"
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <new>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// A regular file tells its size; one more byte finds its end without growing.
+ssize_t GuessSize(int fd)
+{
+    constexpr ssize_t chunk = 64 * 1024;
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size <= 0)
+        return chunk;
+    return static_cast<ssize_t>(status.st_size) + 1;
+}
+
+/// Whether a read or write that failed with `error` should be tried again, after waiting for a
+/// descriptor that would block.
+bool MayRetry(int fd, short events, int error)
+{
+    if (error == EINTR)
+        return true;
+    if (error != EAGAIN && error != EWOULDBLOCK)
+        return false;
+    pollfd waited = {fd, events, 0};
+    return poll(&waited, 1, -1) > 0 || errno == EINTR;
+}
+
+/// Appends what the descriptor gives next; 0 at its end.
+ssize_t ReadSome(int fd, xstring& text, ssize_t room, const std::string& path)
+{
+    const ssize_t size = text.size();
+    unsigned char* const to = text.m_buffer.insertbytes(size, room);
+    ssize_t got = read(fd, to, static_cast<size_t>(room));
+    while (got < 0 && MayRetry(fd, POLLIN, errno))
+        got = read(fd, to, static_cast<size_t>(room));
+    const int error = errno;
+    text.m_buffer.size_ = size + std::max<ssize_t>(got, 0);
+    if (got < 0)
+        throw MakeFileError("read", path, error);
+    return got;
+}
+
+} // namespace
+
+FileError MakeFileError(const char* verb, const std::string& path, int error)
+{
+    return FileError(std::string("can't ") + verb + " '" + path + "': " + std::strerror(error));
+}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept
+{
+    if (this != &other)
+    {
+        Close();
+        m_fd = other.Release();
+    }
+    return *this;
+}
+
+int Descriptor::Release()
+{
+    const int fd = m_fd;
+    m_fd = -1;
+    return fd;
+}
+
+int Descriptor::Close()
+{
+    if (m_fd < 0)
+        return 0;
+    // After EINTR the descriptor is gone on Linux; trying again could close somebody else's.
+    const int failed = close(Release());
+    return failed == 0 || errno == EINTR ? 0 : errno;
+}
+
+void OpenMissingStandardDescriptors()
+{
+    const int modes[] = {O_WRONLY, O_RDONLY, O_WRONLY};
+    for (int fd = 0; fd <= 2; ++fd)
+        if (fcntl(fd, F_GETFD) == -1 && errno == EBADF)
+            (void)!open("/dev/null", modes[fd]);
+}
+
+int StartDirectory()
+{
+    static const int s_directory = open(".", O_PATH | O_DIRECTORY | O_CLOEXEC);
+    return s_directory < 0 ? AT_FDCWD : s_directory;
+}
+
+xstring ReadAll(int fd, const std::string& path)
+try
+{
+    constexpr ssize_t chunk = 64 * 1024;
+    xstring text;
+    ssize_t room = GuessSize(fd);
+    while (const ssize_t got = ReadSome(fd, text, room, path))
+        room = std::max({room - got, chunk, text.size() / 2});
+    return text;
+}
+catch (const std::bad_alloc&)
+{
+    throw MakeFileError("read", path, ENOMEM);
+}
+
+int WriteAll(int fd, SubString text)
+{
+    while (!text.empty())
+    {
+        const ssize_t written = write(fd, text.begin(), static_cast<size_t>(text.size()));
+        if (written > 0)
+            text.m_p1 += written;
+        else if (written == 0)
+            return ENOSPC;
+        else if (const int error = errno; !MayRetry(fd, POLLOUT, error))
+            return error;
+    }
+    return 0;
+}
+
+std::string DirectoryOf(const std::string& path)
+{
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return std::string();
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string JoinPath(const std::string& directory, const std::string& name)
+{
+    xstring joined(ViewOf(directory.empty() ? name : directory + "/" + name));
+    NormalisePath(joined);
+    return ToStdString(joined);
+}
+
+} // namespace telv::tool

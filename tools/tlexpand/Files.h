@@ -1,0 +1,89 @@
+// The tool's way to the system's files: descriptors that close themselves, whole reads and whole
+// writes, and the working directory of the start.
+//
+// Relative names are taken relative to the directory in which the tool was started, through a
+// descriptor: embedded Python code may change the working directory of the process.
+#pragma once
+
+#include "tlUtils/StringExt.h"
+#include <stdexcept>
+#include <string>
+#include <sys/stat.h>
+
+namespace telv::tool
+{
+
+/// A file that can't be read or written; the text says which and why. Ends the run with status 2.
+class FileError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// "can't read 'PATH': REASON" for the verb "read" and an `errno`.
+FileError MakeFileError(const char* verb, const std::string& path, int error);
+
+/// Owns a file descriptor.
+class Descriptor
+{
+public:
+    explicit Descriptor(int fd = -1) noexcept : m_fd(fd) {}
+    ~Descriptor() { Close(); }
+    Descriptor(Descriptor&& other) noexcept : m_fd(other.Release()) {}
+    Descriptor& operator=(Descriptor&& other) noexcept;
+
+    int Get() const { return m_fd; }
+    bool IsOpen() const { return m_fd >= 0; }
+    /// Gives up ownership.
+    int Release();
+    /// Closes it now; 0, or the `errno` of a failure, which may be a write that failed late.
+    int Close();
+
+private:
+    int m_fd;
+};
+
+/// The same file under whatever name: device and inode.
+struct FileIdentity
+{
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
+
+    explicit FileIdentity(const struct stat& status)
+        : m_device(status.st_dev), m_inode(status.st_ino)
+    {
+    }
+    auto operator<=>(const FileIdentity&) const = default;
+};
+
+/// Makes descriptors 0 to 2 exist, so that no file that is opened later becomes a standard stream
+/// by accident. Reading a closed input and writing to a closed output fail; what goes to a closed
+/// standard error vanishes.
+void OpenMissingStandardDescriptors();
+
+/// Opens the working directory of the start. Call it once, first; later calls return the same.
+int StartDirectory();
+
+/// All bytes of `fd`; `path` names it in an error.
+xstring ReadAll(int fd, const std::string& path);
+
+/// Writes all of `text`; 0 or an `errno`. Continues after short writes and interruptions.
+int WriteAll(int fd, SubString text);
+
+/// The part before the last slash ("" without one, "/" for a file in the root).
+std::string DirectoryOf(const std::string& path);
+
+/// `name` in `directory`, normalised; without a leading "./".
+std::string JoinPath(const std::string& directory, const std::string& name);
+
+inline std::string ToStdString(SubString s)
+{
+    return s.empty() ? std::string() : std::string(s.begin(), static_cast<size_t>(s.size()));
+}
+
+inline SubString ViewOf(const std::string& s)
+{
+    return SubString(s.data(), s.data() + s.size());
+}
+
+} // namespace telv::tool

@@ -1,0 +1,76 @@
+// The command line, read and checked.
+#pragma once
+
+#include "tlMacroExpander/ExpansionRun.h"
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace telv::tool
+{
+
+/// A command line that makes no sense; the text says why. Ends the run with status 2.
+class UsageError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// When diagnostics are coloured; `Auto`: on a terminal.
+enum class Colour
+{
+    Auto,
+    Always,
+    Never
+};
+
+/// A `-D` or an `-E`.
+struct Definition
+{
+    bool m_isText = false; ///< `-E`: expand `m_value`. Else: `m_name` is the dollar macro `m_value`.
+    std::string m_name;
+    std::string m_value;
+};
+
+/// What both commands understand.
+struct CommonOptions
+{
+    std::string m_file; ///< "-" is standard input.
+    std::vector<std::string> m_importPaths;
+    std::vector<Definition> m_definitions; ///< In the order of the command line.
+    Colour m_colour = Colour::Auto;
+    bool m_python = true;
+    ExpansionLimits m_limits;
+    bool m_help = false;
+};
+
+struct ExpandOptions : CommonOptions
+{
+    std::optional<std::string> m_output; ///< None: standard output.
+    std::optional<std::string> m_map;
+    std::optional<std::string> m_depfile;
+    ssize_t m_srcIndent = 0;
+    ssize_t m_dstIndent = 0;
+    bool m_keepImports = false;
+    bool m_version = false;
+};
+
+struct ProjectOptions : CommonOptions
+{
+    std::vector<std::string> m_settings;
+    std::vector<std::string> m_pathSettings;
+};
+
+/// Reads the arguments of an expansion; `argv[0]` is skipped.
+///
+/// @throws UsageError
+ExpandOptions ParseExpandOptions(int argc, char** argv);
+/// The same for the project command, whose name is `argv[0]`.
+ProjectOptions ParseProjectOptions(int argc, char** argv);
+
+/// The texts of `--help`.
+extern const char* const s_expandHelp;
+extern const char* const s_projectHelp;
+
+} // namespace telv::tool

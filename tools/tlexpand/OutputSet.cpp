@@ -1,0 +1,51 @@
+// Temporary files first, since they can be taken back; then what is written directly; then the
+// renames, which no signal interrupts.
+#include "OutputSet.h"
+#include "Options.h"
+
+namespace telv::tool
+{
+
+OutputFile& OutputSet::Add(const std::string& path)
+{
+    OutputFile& added = m_outputs.emplace_back(path).m_file;
+    for (const Output& output : m_outputs)
+        if (&output.m_file != &added && output.m_file.IsSameFile(added))
+            throw UsageError("'" + output.m_file.Path() + "' and '" + path +
+                             "' are the same output");
+    return added;
+}
+
+void OutputSet::RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const
+{
+    for (const Output& output : m_outputs)
+        if (&output.m_file != allowed && output.m_file.IsFile(identity))
+            throw UsageError("the output '" + output.m_file.Path() + "' is a file that is read");
+}
+
+void OutputSet::SetContent(OutputFile& file, Content content)
+{
+    for (Output& output : m_outputs)
+        if (&output.m_file == &file)
+            output.m_content = std::move(content);
+}
+
+void OutputSet::WriteAllOf(bool direct)
+{
+    for (Output& output : m_outputs)
+        if (output.m_file.IsDirect() == direct)
+            output.m_file.Write(output.m_content);
+}
+
+void OutputSet::Commit()
+{
+    WriteAllOf(/*direct=*/false);
+    WriteAllOf(/*direct=*/true);
+    if (m_standardOutput)
+        WriteStandardOutput(m_standardOutput);
+    const SignalBlocker blocker;
+    for (Output& output : m_outputs)
+        output.m_file.Rename();
+}
+
+} // namespace telv::tool

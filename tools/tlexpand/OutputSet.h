@@ -1,0 +1,47 @@
+// All outputs of a run: they take their places together, or none does.
+#pragma once
+
+#include "OutputFile.h"
+#include <deque>
+
+namespace telv::tool
+{
+
+class OutputSet
+{
+public:
+    /// Adds an output and finds out where it goes. The reference stays valid.
+    ///
+    /// @throws UsageError  It is the same regular file as another output.
+    /// @throws FileError   See OutputFile.
+    OutputFile& Add(const std::string& path);
+
+    /// @throws UsageError  An output other than `allowed` (may be null) is the file `identity`,
+    ///     which the run has read.
+    void RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const;
+
+    /// What is to be written to `output`.
+    void SetContent(OutputFile& output, Content content);
+    /// What is to be written to standard output.
+    void SetStandardOutput(Content content) { m_standardOutput = std::move(content); }
+
+    /// Writes everything; then renames everything. After a FileError no output that existed before
+    /// has changed, as long as none of the renames has been done.
+    void Commit();
+
+private:
+    struct Output
+    {
+        explicit Output(const std::string& path) : m_file(path) {}
+
+        OutputFile m_file;
+        Content m_content;
+    };
+
+    void WriteAllOf(bool direct);
+
+    std::deque<Output> m_outputs;
+    Content m_standardOutput;
+};
+
+} // namespace telv::tool

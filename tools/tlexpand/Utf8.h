@@ -1,0 +1,19 @@
+// Cutting bytes into UTF-8 characters, one at a time, whatever the bytes are.
+#pragma once
+
+#include "tlUtils/StringExt.h"
+
+namespace telv::tool
+{
+
+/// A well-formed sequence, or the longest start of one that goes wrong (at least one byte).
+struct Utf8Character
+{
+    SubString m_bytes;
+    bool m_valid = false;
+};
+
+/// Takes the first character from `s`, which must not be empty.
+Utf8Character TakeUtf8Character(SubString& s);
+
+} // namespace telv::tool
