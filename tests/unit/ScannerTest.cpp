@@ -222,6 +222,22 @@ TEST(Scanner, EveryByteBeginsWhatTheTextFoundationSays)
     }
 }
 
+TEST(Scanner, NamesOfAllLengthsEndAtEveryOtherByte)
+{
+    for (int c = 0; c < 256; ++c)
+    {
+        const char byte = static_cast<char>(c);
+        for (size_t length = 1; length < 40; ++length)
+        {
+            const std::string text = std::string(length, 'x') + byte + std::string(length, 'Z');
+            SubString s = View(text);
+            LsScanToken(s, false);
+            const size_t expected = IsNameCharacter(byte) ? text.size() : length;
+            ASSERT_EQ(text.size() - static_cast<size_t>(s.size()), expected) << c << " " << length;
+        }
+    }
+}
+
 TEST(Scanner, EveryPrintableCharacterBeginsSomething)
 {
     for (int c = 0x20; c < 0x7f; ++c)

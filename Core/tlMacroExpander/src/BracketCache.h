@@ -63,7 +63,7 @@ private:
     std::vector<Entry> m_table; ///< Open addressing; its size is 0 or a power of two.
     ssize_t m_count = 0;
     const char* m_furthest = nullptr; ///< Behind the last bracket in the text that is recorded.
-    std::vector<const char*> m_open; ///< Of the scan in progress: behind each open nested bracket.
+    std::vector<const char*> m_open;  ///< Of the scan in progress: behind each open nested bracket.
 };
 
 /// The cache of the text that is being expanded, or null.
