@@ -202,7 +202,8 @@ TEST(ScanSection, BlankSectionStandsBehindTheBlanks)
 {
     const SubString text("(  )");
     SubString s(text);
-    const SubString section = ScanBrackettedSection(s, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const SubString section =
+        ScanBrackettedSection(s, /*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     EXPECT_EQ(section.begin(), text.begin() + 3);
     EXPECT_EQ(section.end(), text.begin() + 3);
 }
@@ -222,10 +223,11 @@ TEST(ScanSection, SectionErrors)
     };
     for (const auto& row : rows)
         EXPECT_EQ(Section(row.m_text), row.m_error) << row.m_text;
-    EXPECT_EQ(Section("x", true, TOKEN_LEFT_CURLY, TOKEN_RIGHT_CURLY), "{ expected when read x @0");
-    EXPECT_EQ(Section("x", true, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE),
+    EXPECT_EQ(Section("x", /*readOpen=*/true, TOKEN_LEFT_CURLY, TOKEN_RIGHT_CURLY),
+              "{ expected when read x @0");
+    EXPECT_EQ(Section("x", /*readOpen=*/true, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE),
               "[ expected when read x @0");
-    EXPECT_EQ(Section("x", true, TOKEN_LESS, TOKEN_GREATER),
+    EXPECT_EQ(Section("x", /*readOpen=*/true, TOKEN_LESS, TOKEN_GREATER),
               std::string(1, '\0') + " expected when read x @0");
 }
 
@@ -259,9 +261,10 @@ TEST(ScanSection, BlockOnTheSameLine)
         EXPECT_EQ(CurlyBlock(row.m_text), row.m_result) << row.m_text;
     EXPECT_EQ(RoundBlock("(a(b) )c"), "a(b) |0|c");
     EXPECT_EQ(Block("[a]b",
-                    [](SubString& s, ssize_t& indent) {
+                    [](SubString& s, ssize_t& indent)
+                    {
                         return ScanStringBlock(s, indent, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE,
-                                               "[", "]", true);
+                                               "[", "]", /*requireOpen=*/true);
                     }),
               "a|0|b");
 }
@@ -387,7 +390,7 @@ TEST(ScanSection, TokenEquivalence)
 TEST(ScanSection, FailureLeavesTheViewWhereTheScanStopped)
 {
     SubString s("(a");
-    EXPECT_THROW(ScanBrackettedSection(s, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN),
+    EXPECT_THROW(ScanBrackettedSection(s, /*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN),
                  LexScannerException);
     EXPECT_TRUE(s.empty());
 }

@@ -105,7 +105,7 @@ inline std::string TokensOf(const std::string& text, bool returnComments = false
 inline LSToken FirstToken(const std::string& text)
 {
     SubString s = View(text);
-    return LsScanToken(s, false);
+    return LsScanToken(s, /*returnComments=*/false);
 }
 
 } // namespace telv

@@ -231,7 +231,7 @@ TEST(Scanner, NamesOfAllLengthsEndAtEveryOtherByte)
         {
             const std::string text = std::string(length, 'x') + byte + std::string(length, 'Z');
             SubString s = View(text);
-            LsScanToken(s, false);
+            LsScanToken(s, /*returnComments=*/false);
             const size_t expected = IsNameCharacter(byte) ? text.size() : length;
             ASSERT_EQ(text.size() - static_cast<size_t>(s.size()), expected) << c << " " << length;
         }
@@ -248,25 +248,25 @@ TEST(Scanner, EndIsTheEmptyViewAtTheEnd)
 {
     const std::string text = "a  ";
     SubString s = View(text);
-    LsScanToken(s, false);
+    LsScanToken(s, /*returnComments=*/false);
     for (int repeat = 0; repeat < 2; ++repeat)
     {
-        const LSToken end = LsScanToken(s, false);
+        const LSToken end = LsScanToken(s, /*returnComments=*/false);
         EXPECT_EQ(end.m_type, TOKEN_END);
         EXPECT_EQ(end.m_str.begin(), View(text).end());
         EXPECT_EQ(end.m_str.end(), View(text).end());
         EXPECT_FALSE(end);
     }
     SubString null;
-    EXPECT_EQ(LsScanToken(null, false).m_type, TOKEN_END);
+    EXPECT_EQ(LsScanToken(null, /*returnComments=*/false).m_type, TOKEN_END);
 }
 
 TEST(Scanner, CommentsAreReturnedOnRequest)
 {
-    EXPECT_EQ(TokensOf("a // b\nc /* d */", true),
+    EXPECT_EQ(TokensOf("a // b\nc /* d */", /*returnComments=*/true),
               "name<a> comment<// b> name<c> comment</* d */>");
-    EXPECT_EQ(TokensOf("a // b\r\nc", true), "name<a> comment<// b\r> name<c>");
-    EXPECT_EQ(TokensOf("@// b", true), "preproc<@// b>");
+    EXPECT_EQ(TokensOf("a // b\r\nc", /*returnComments=*/true), "name<a> comment<// b\r> name<c>");
+    EXPECT_EQ(TokensOf("@// b", /*returnComments=*/true), "preproc<@// b>");
 }
 
 TEST(Scanner, TokenIsTrueWhenItHasCharacters)
@@ -280,7 +280,7 @@ TEST(Scanner, ViewIsAdvancedToTheErrorsPlace)
 {
     const std::string text = "12.x";
     SubString s = View(text);
-    EXPECT_THROW(LsScanToken(s, false), LexScannerException);
+    EXPECT_THROW(LsScanToken(s, /*returnComments=*/false), LexScannerException);
     EXPECT_EQ(Str(s), "x");
 }
 

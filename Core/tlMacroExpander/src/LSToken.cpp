@@ -247,7 +247,7 @@ LSToken ScanToEither(SubString& s, EToken a, EToken b, const char*& lastEnd)
 {
     for (;;)
     {
-        const LSToken token = ScanToken(s, false);
+        const LSToken token = ScanToken(s, /*returnComments=*/false);
         if (token.m_type == a || token.m_type == b || token.m_type == TOKEN_END)
             return token;
         lastEnd = token.m_str.end();

@@ -15,7 +15,7 @@ void ParserBase::Init(SubString s)
 void ParserBase::ReadNextToken()
 {
     m_prevToken = m_token;
-    m_token = LsScanToken(m_str, false);
+    m_token = LsScanToken(m_str, /*returnComments=*/false);
 }
 
 void ParserBase::ParseGivenToken(EToken t, const char* what)

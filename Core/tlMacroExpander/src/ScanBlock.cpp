@@ -106,7 +106,7 @@ const char* FindEndOfLines(const char* first, const char* close)
 /// Reads a block whose opening bracket stands on a line that follows.
 SubString ScanMultiLineBlock(SubString& s, ssize_t& indent, const BlockBrackets& brackets)
 {
-    const LSToken open = LsScanToken(s, false);
+    const LSToken open = LsScanToken(s, /*returnComments=*/false);
     if (open.m_type != brackets.m_open)
         ThrowNotOpened(brackets, open);
     SubString block(s);
@@ -132,7 +132,7 @@ SubString ScanStringBlock(SubString& s, ssize_t& indent, EToken open, EToken clo
     if (*s == '\n')
         return ScanMultiLineBlock(s, indent, brackets);
     SubString rest(s);
-    const LSToken token = LsScanToken(rest, false);
+    const LSToken token = LsScanToken(rest, /*returnComments=*/false);
     if (token.m_type == open)
     {
         s = rest;
@@ -145,12 +145,14 @@ SubString ScanStringBlock(SubString& s, ssize_t& indent, EToken open, EToken clo
 
 SubString ScanSubstString(SubString& s, ssize_t& indent)
 {
-    return ScanStringBlock(s, indent, TOKEN_LEFT_CURLY, TOKEN_RIGHT_CURLY, "{", "}", false);
+    return ScanStringBlock(s, indent, TOKEN_LEFT_CURLY, TOKEN_RIGHT_CURLY, "{", "}",
+                           /*requireOpen=*/false);
 }
 
 SubString ScanRndBrackettedString(SubString& s, ssize_t& indent)
 {
-    return ScanStringBlock(s, indent, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN, "(", ")", true);
+    return ScanStringBlock(s, indent, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN, "(", ")",
+                           /*requireOpen=*/true);
 }
 
 } // namespace telv

@@ -67,14 +67,14 @@ LSToken ScanBackQuotedArgument(SubString& s, SubString& arg)
         ThrowArgumentNotEnded(whole);
     arg = SubString(s.m_p1, static_cast<const char*>(quote));
     s.m_p1 = arg.m_p2 + 1;
-    return LsScanToken(s, false);
+    return LsScanToken(s, /*returnComments=*/false);
 }
 
 } // namespace
 
 void ReadGivenToken(SubString& s, EToken expected, const char* message)
 {
-    const LSToken token = LsScanToken(s, false);
+    const LSToken token = LsScanToken(s, /*returnComments=*/false);
     if (token.m_type != expected)
         throw LexScannerException(message, token);
 }
@@ -102,7 +102,7 @@ LSToken ScanArgument(SubString& s, SubString& arg, EToken close)
     for (;;)
     {
         arg.m_p2 = s.m_p1;
-        const LSToken token = LsScanToken(s, false);
+        const LSToken token = LsScanToken(s, /*returnComments=*/false);
         if (token.m_type == close || token.m_type == TOKEN_COMMA)
             return token;
         if (token.m_type == TOKEN_END)
@@ -119,7 +119,7 @@ SubString ScanBrackettedSection(SubString& s, bool readOpen, EToken open, EToken
 {
     if (readOpen)
     {
-        const LSToken token = LsScanToken(s, false);
+        const LSToken token = LsScanToken(s, /*returnComments=*/false);
         if (token.m_type != open)
             ThrowNotOpened(open, token);
     }
@@ -136,8 +136,8 @@ bool SubStringsAreTokenEquivalent(SubString a, SubString b)
 {
     for (;;)
     {
-        const LSToken tokenA = LsScanToken(a, false);
-        const LSToken tokenB = LsScanToken(b, false);
+        const LSToken tokenA = LsScanToken(a, /*returnComments=*/false);
+        const LSToken tokenB = LsScanToken(b, /*returnComments=*/false);
         if (tokenA.m_type == TOKEN_END)
             return tokenB.m_type == TOKEN_END;
         if (tokenA.m_type != tokenB.m_type || tokenA.m_str != tokenB.m_str)

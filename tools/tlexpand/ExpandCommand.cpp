@@ -1,0 +1,154 @@
+// Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion,
+// and written last, when everything has succeeded.
+#include "ExpandCommand.h"
+#include "DepfileWriter.h"
+#include "FileImportHandler.h"
+#include "GuardedRun.h"
+#include "MapWriter.h"
+#include "OutputSet.h"
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// The outputs that the options name; null for one that is not wanted.
+struct WantedOutputs
+{
+    OutputSet m_set;
+    OutputFile* m_text = nullptr;
+    OutputFile* m_map = nullptr;
+    OutputFile* m_depfile = nullptr;
+
+    explicit WantedOutputs(const ExpandOptions& options)
+        : m_text(Add(options.m_output)), m_map(Add(options.m_map)),
+          m_depfile(Add(options.m_depfile))
+    {
+    }
+
+private:
+    OutputFile* Add(const std::optional<std::string>& path)
+    {
+        return path ? &m_set.Add(*path) : nullptr;
+    }
+};
+
+/// One expansion from the options to the outputs.
+class ExpandCommand
+{
+public:
+    explicit ExpandCommand(const ExpandOptions& options)
+        : m_options(options), m_outputs(options),
+          m_printed(options.m_output ? STDOUT_FILENO : STDERR_FILENO),
+          m_diagnostics(m_sources, options.m_colour),
+          m_handler(m_sources, m_run, options.m_importPaths)
+    {
+        m_run.m_limits = options.m_limits;
+        m_run.m_pythonAllowed = options.m_python;
+    }
+
+    int Run();
+
+private:
+    void Expand();
+    void RefuseInputs() const;
+    void WriteText(ByteSink& sink) const;
+    void SetContents();
+
+    const ExpandOptions& m_options;
+    WantedOutputs m_outputs;
+    PrintedText m_printed;
+    Sources m_sources;
+    Diagnostics m_diagnostics;
+    ExpansionRun m_run;
+    FileImportHandler m_handler;
+    xstring m_text;
+    OutputPieces m_pieces;
+    std::vector<OutputRange> m_removed; ///< Parts of `m_text` that are not written.
+};
+
+int ExpandCommand::Run()
+{
+    const ExpansionRunScope scope(m_run);
+    m_handler.ReadMain(m_options.m_file);
+    const auto work = [this] { Expand(); };
+    if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
+        return 1;
+    RefuseInputs();
+    SetContents();
+    m_outputs.m_set.Commit();
+    return 0;
+}
+
+void ExpandCommand::Expand()
+{
+    for (const Definition& definition : m_options.m_definitions)
+    {
+        if (definition.m_isText)
+            m_handler.Evaluate(definition.m_value);
+        else
+            m_handler.Define(definition.m_name, definition.m_value);
+    }
+    StringStream os(4096);
+    ExpandedOutput output(&os);
+    if (m_outputs.m_map != nullptr)
+        m_run.m_mappedOutput = &output;
+    m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output);
+    os.GetString(m_text, true);
+    m_pieces.m_pieces.swap(output.m_pieces.m_pieces);
+    m_run.m_mappedOutput = nullptr;
+    if (!m_options.m_keepImports)
+        m_removed = m_handler.Marks().FindText(m_pieces, m_text);
+}
+
+void ExpandCommand::RefuseInputs() const
+{
+    if (const auto identity = m_handler.MainIdentity())
+        m_outputs.m_set.RefuseInput(*identity, m_outputs.m_text);
+    for (const FileIdentity& identity : m_handler.ImportedIdentities())
+        m_outputs.m_set.RefuseInput(identity, nullptr);
+}
+
+void ExpandCommand::WriteText(ByteSink& sink) const
+{
+    const char* p = m_text.begin();
+    for (const OutputRange& range : m_removed)
+    {
+        sink.Write(SubString(p, m_text.begin() + range.m_begin));
+        p = m_text.begin() + range.m_end;
+    }
+    sink.Write(SubString(p, m_text.end()));
+}
+
+void ExpandCommand::SetContents()
+{
+    const Content text = [this](ByteSink& sink) { WriteText(sink); };
+    if (m_outputs.m_text != nullptr)
+        m_outputs.m_set.SetContent(*m_outputs.m_text, text);
+    else
+        m_outputs.m_set.SetStandardOutput(text);
+    if (m_outputs.m_map != nullptr)
+        m_outputs.m_set.SetContent(
+            *m_outputs.m_map, [this](ByteSink& sink)
+            { WriteMap(sink, {m_sources, m_run, m_pieces, m_removed}); });
+    if (m_outputs.m_depfile != nullptr)
+        m_outputs.m_set.SetContent(
+            *m_outputs.m_depfile,
+            [this](ByteSink& sink)
+            {
+                const bool isFile = m_options.m_file != "-";
+                sink.Write(MakeDepfile(*m_options.m_output, isFile ? m_options.m_file : "",
+                                       m_handler.ImportedPaths()));
+            });
+}
+
+} // namespace
+
+int RunExpandCommand(const ExpandOptions& options)
+{
+    return ExpandCommand(options).Run();
+}
+
+} // namespace telv::tool

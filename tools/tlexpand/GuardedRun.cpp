@@ -1,0 +1,75 @@
+// One list of exceptions for both commands.
+#include "GuardedRun.h"
+#include "Cleanup.h"
+#include "Files.h"
+#include <new>
+#include <optional>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// An error that was caught, with the text of one that has no position of its own.
+using Failure = std::optional<LexScannerException>;
+
+Failure At(const xstring& description, const ExpansionRun& run)
+{
+    return LexScannerException(description, run.FailurePosition());
+}
+
+Failure Attempt(const std::function<void()>& work, const ExpansionRun& run)
+{
+    try
+    {
+        work();
+        return {};
+    }
+    catch (const LexScannerException& e)
+    {
+        return e;
+    }
+    catch (const FileError&)
+    {
+        throw;
+    }
+    catch (const UsageError&)
+    {
+        throw;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return At("Out of memory", run);
+    }
+    catch (const IException& e)
+    {
+        StringStream os(4096);
+        e.Write(os);
+        return At(os.GetString(), run);
+    }
+    catch (const std::exception& e)
+    {
+        return At(e.what(), run);
+    }
+}
+
+} // namespace
+
+bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run,
+                const Sources& sources, const Diagnostics& diagnostics, PrintedText& printed)
+{
+    Failure failure = Attempt(work, run);
+    if (!IsOriginalProcess())
+        _exit(1);
+    printed.Flush();
+    if (!failure)
+        return true;
+    if (sources.Find(failure->m_pos) == nullptr)
+        failure->m_pos = run.FailurePosition();
+    diagnostics.Report(*failure);
+    return false;
+}
+
+} // namespace telv::tool

@@ -1,0 +1,36 @@
+// The definitions of the command line, which every file sees.
+//
+// Each text of `-E` has a frame that imports the frame of the one before; the last one counts. What
+// a text defines must neither collide with what files define nor be copied when it can be assigned
+// to. So a file's frame imports the last frame, which shares its typed variables, and gets copies
+// of its own of the macros and dollar macros, which never change: its own definitions hide what its
+// imports define, without ambiguity, and it may redefine them for itself.
+#pragma once
+
+#include "tlMacroExpander/LSVariable.h"
+#include <deque>
+
+namespace telv::tool
+{
+
+class Prelude
+{
+public:
+    /// Adds a dollar macro.
+    void Define(const xstring& name, const xstring& value);
+
+    /// A frame for another text. It sees what was defined before; what it defines is seen from the
+    /// next `MakeVisibleIn` after `FinishText` on. Lives as long as this object.
+    FileScopeVarFrame& StartText();
+    void FinishText() { m_last = &m_frames.back(); }
+
+    /// Makes all that was defined up to now visible in the frame of a file, which must not outlive
+    /// this object.
+    void MakeVisibleIn(FileScopeVarFrame& frame) const;
+
+private:
+    std::deque<FileScopeVarFrame> m_frames;
+    FileScopeVarFrame* m_last = nullptr; ///< Of the finished texts; null before the first.
+};
+
+} // namespace telv::tool

@@ -1,0 +1,85 @@
+// tlexpand: expands texts of the macro language from the command line.
+//
+// Here is what comes before and after the work: the environment that a caller may have left in any
+// state, the choice of the command, and the exit status.
+#include "Cleanup.h"
+#include "Diagnostics.h"
+#include "ExpandCommand.h"
+#include "Files.h"
+#include "LargeStack.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "ProjectCommand.h"
+#include <cstring>
+#include <new>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+int PrintAndSucceed(const std::string& text)
+{
+    WriteStandardOutput([&](ByteSink& sink) { sink.Write(text); });
+    return 0;
+}
+
+int RunExpand(int argc, char** argv)
+{
+    const ExpandOptions options = ParseExpandOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_expandHelp);
+    if (options.m_version)
+        return PrintAndSucceed("tlexpand " TELV_VERSION "\n");
+    return RunExpandCommand(options);
+}
+
+int RunProject(int argc, char** argv)
+{
+    const ProjectOptions options = ParseProjectOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_projectHelp);
+    return RunProjectCommand(options);
+}
+
+int RunCommand(int argc, char** argv)
+{
+    const bool isProject = argc > 1 && std::strcmp(argv[1], "project") == 0;
+    return isProject ? RunProject(argc - 1, argv + 1) : RunExpand(argc, argv);
+}
+
+/// Everything that is not an error in a source text ends here.
+int RunReporting(int argc, char** argv)
+try
+{
+    return RunCommand(argc, argv);
+}
+catch (const UsageError& e)
+{
+    ReportToolError(std::string(e.what()) + "\nTry 'tlexpand --help' for more information.");
+    return 2;
+}
+catch (const std::bad_alloc&)
+{
+    ReportToolError("Out of memory");
+    return 1;
+}
+catch (const std::exception& e)
+{
+    ReportToolError(e.what());
+    return 2;
+}
+
+} // namespace
+
+} // namespace telv::tool
+
+int main(int argc, char** argv)
+{
+    using namespace telv::tool;
+    OpenMissingStandardDescriptors();
+    StartDirectory();
+    InstallSignalHandlers();
+    return RunOnLargeStack([=] { return RunReporting(argc, argv); });
+}
