@@ -85,6 +85,7 @@ private:
     friend class ExpansionRunScope;
     friend class TemporaryText;
     friend class TextOwnerScope;
+    friend class EndMark;
 
     /// A text that died while an exception was passing, and the place that replaces it.
     struct DeadText
@@ -96,12 +97,20 @@ private:
 
     void NoteDeath(const TextOrigin& text) noexcept;
 
+    /// Called when no error is passing any more.
+    void ForgetErrors() noexcept
+    {
+        m_deadTexts.clear();
+        m_markFreeLength = 0;
+    }
+
     ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
     TemporaryText* m_nextOwner = nullptr;
     ssize_t m_depth = 0;
     ssize_t m_steps = 0;
     const char* m_failurePos = nullptr;
     std::vector<DeadText> m_deadTexts;
+    ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
     std::vector<std::shared_ptr<TemporaryText>> m_keptTexts;
     std::shared_ptr<std::map<const char*, TextOrigin*>> m_liveTexts;
     std::map<const char*, const LSSourceFile*> m_sources;

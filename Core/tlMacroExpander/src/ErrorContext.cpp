@@ -1,5 +1,7 @@
 // Composing errors and their context lines.
 #include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/ExpansionRun.h"
+#include <algorithm>
 #include <cstring>
 
 namespace telv
@@ -29,6 +31,30 @@ void Append(xstring& description, std::initializer_list<SubString> parts)
 }
 
 } // namespace
+
+/// Replaces the "EOS" of a description. Descriptions grow with each level that an error passes, and
+/// each level replaces; the run remembers how much has been seen to, so that this stays linear.
+class EndMark
+{
+public:
+    static void Replace(xstring& description, const char* bracket)
+    {
+        constexpr ssize_t overlap = 2;
+        ExpansionRun* const run = ExpansionRun::Current();
+        const ssize_t seen = run == nullptr ? 0 : run->m_markFreeLength;
+        const ssize_t from = std::clamp<ssize_t>(seen - overlap, 0, description.size());
+        const SubString rest(description.begin() + from, description.end());
+        if (rest && memmem(rest.begin(), static_cast<size_t>(rest.size()), "EOS", 3) != nullptr)
+        {
+            xstring replaced(rest);
+            StringFindAndReplace(replaced, "EOS", bracket);
+            description.resize(from);
+            description += replaced;
+        }
+        if (run != nullptr)
+            run->m_markFreeLength = description.size();
+    }
+};
 
 SubString TokenText(const LSToken& token)
 {
@@ -60,7 +86,7 @@ void AddExpressionErrorContext(LexScannerException& e, const char* bracket, cons
 {
     if (dynamic_cast<ExpansionLimitException*>(&e) == nullptr)
     {
-        StringFindAndReplace(e.m_description, "EOS", bracket);
+        EndMark::Replace(e.m_description, bracket);
         e.m_pos = pos;
     }
     AddErrorContext(e, parts);

@@ -27,6 +27,7 @@ ExpansionLevel::ExpansionLevel(ExpansionRun& run, const MacroExpander& expander)
             m_bracketLevel = m_outer->m_bracketLevel;
     }
     CheckLimits();
+    run.ForgetErrors();
     run.m_failurePos = nullptr;
     run.m_level = this;
     ++run.m_depth;
@@ -89,6 +90,12 @@ const char* ExpansionLevel::Position() const
 {
     const char* const directive = m_expander.m_startDirectivePos;
     return directive == nullptr ? m_expander.m_origStr.begin() : directive;
+}
+
+void ExpansionLevel::ForgetErrors() noexcept
+{
+    if (ExpansionRun* const run = ExpansionRun::Current())
+        run->ForgetErrors();
 }
 
 void ExpansionLevel::NotePiece()

@@ -48,6 +48,9 @@ public:
     /// Notes that a piece of the mapped output views the text of the innermost level.
     static void NotePiece();
 
+    /// To be called where an error has been swallowed.
+    static void ForgetErrors() noexcept;
+
     [[noreturn]] static void ThrowTooManySteps(const char* pos);
     [[noreturn]] static void ThrowOutputTooLarge(const char* pos);
 

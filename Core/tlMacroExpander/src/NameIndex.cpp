@@ -58,6 +58,29 @@ void NameIndex::InsertRecord(size_t slot, VarFrame* frame, LSVariable* v, uint64
     ++m_size;
 }
 
+/// Behind the last binding whose frame is at most that deep.
+NameIndex::Binding* NameIndex::BehindDepth(Record& record, int64 depth)
+{
+    Binding* const end = record.End();
+    if (end[-1].m_frame->Depth() <= depth)
+        return end;
+    return std::upper_bound(record.Begin(), end, depth, [](int64 d, const Binding& b)
+                            { return d < b.m_frame->Depth(); });
+}
+
+/// The binding of `frame` itself, or null.
+NameIndex::Binding* NameIndex::FindBinding(Record& record, const VarFrame* frame)
+{
+    Binding* place = BehindDepth(record, frame->Depth());
+    while (place != record.Begin() && place[-1].m_frame->Depth() == frame->Depth())
+    {
+        --place;
+        if (place->m_frame == frame)
+            return place;
+    }
+    return nullptr;
+}
+
 void NameIndex::Bind(VarFrame* frame, LSVariable* v)
 {
     if ((m_size + 1) * 2 > m_table.size())
@@ -70,19 +93,12 @@ void NameIndex::Bind(VarFrame* frame, LSVariable* v)
         InsertRecord(slot, frame, v, hash);
         return;
     }
-    const int64 depth = frame->Depth();
-    Binding* place = record->End();
-    while (place != record->Begin() && place[-1].m_frame->Depth() >= depth)
+    if (Binding* known = FindBinding(*record, frame))
     {
-        --place;
-        if (place->m_frame == frame)
-        {
-            place->m_var = v;
-            return;
-        }
+        known->m_var = v;
+        return;
     }
-    place = std::upper_bound(record->Begin(), record->End(), depth,
-                             [](int64 d, const Binding& b) { return d < b.m_frame->Depth(); });
+    Binding* const place = BehindDepth(*record, frame->Depth());
     const auto offset = place - record->Begin();
     if (record->m_more.empty())
         record->m_more.push_back(record->m_one);
@@ -97,13 +113,9 @@ void NameIndex::Unbind(VarFrame* frame, const LSVariable* v)
     Record* const record = m_table[slot];
     if (record == nullptr)
         return;
-    Binding* place = record->End();
-    do
-    {
-        if (place == record->Begin())
-            return;
-        --place;
-    } while (place->m_frame != frame);
+    Binding* const place = FindBinding(*record, frame);
+    if (place == nullptr)
+        return;
     if (record->m_more.empty())
     {
         EraseSlot(slot);
@@ -144,13 +156,7 @@ NameIndex::Hit NameIndex::Find(const VarFrame* frame, SubString name, uint64 has
     Record* const record = m_table[Probe(name, hash)];
     if (record == nullptr)
         return Hit();
-    const int64 depth = frame->Depth();
-    const Binding* place = record->End();
-    if (place[-1].m_frame->Depth() > depth)
-    {
-        place = std::upper_bound(record->Begin(), record->End(), depth,
-                                 [](int64 d, const Binding& b) { return d < b.m_frame->Depth(); });
-    }
+    const Binding* place = BehindDepth(*record, frame->Depth());
     const VarFrame* ancestor = frame;
     while (place != record->Begin())
     {

@@ -60,6 +60,8 @@ private:
         size_t Count() const { return m_more.empty() ? 1 : m_more.size(); }
     };
 
+    static Binding* FindBinding(Record& record, const VarFrame* frame);
+    static Binding* BehindDepth(Record& record, int64 depth);
     size_t Probe(SubString name, uint64 hash) const;
     void InsertRecord(size_t slot, VarFrame* frame, LSVariable* v, uint64 hash);
     void EraseSlot(size_t slot);

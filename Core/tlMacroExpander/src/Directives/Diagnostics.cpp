@@ -95,6 +95,7 @@ bool MacroExpander::FailsToExpand(SubString text)
     }
     catch (const LexScannerException&)
     {
+        ExpansionLevel::ForgetErrors();
         return true;
     }
 }

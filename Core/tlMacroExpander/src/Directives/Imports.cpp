@@ -2,6 +2,7 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/ScanSection.h"
 
@@ -33,7 +34,9 @@ void MacroExpander::ProcessImportDirective()
     }
     TELV_ASSERT(m_importHandler);
     const char* const pos = token.m_str.begin();
-    if (!m_importHandler->HandleImport(m_vf, path, pos))
+    const bool isImported = m_importHandler->HandleImport(m_vf, path, pos);
+    ExpansionLevel::ForgetErrors(); // the handler may have swallowed some
+    if (!isImported)
         ThrowAt(pos, {"Can't import file: ", path});
 }
 
