@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-namespace telv
+namespace telv::scanner
 {
 
 namespace
@@ -221,4 +221,4 @@ TEST(BracketCache, ErrorInsideIsFoundEveryTime)
     EXPECT_EQ(cache.size(), 0);
 }
 
-} // namespace telv
+} // namespace telv::scanner

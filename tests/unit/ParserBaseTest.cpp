@@ -3,7 +3,7 @@
 #include "ScannerSupport.h"
 #include <gtest/gtest.h>
 
-namespace telv
+namespace telv::scanner
 {
 
 TEST(ParserBase, StartsWithoutTokens)
@@ -120,4 +120,4 @@ TEST(ParserBase, LexicalErrorsPassThrough)
               "Expected digit (not EOS) after decimal point (ie after reading '1.') @4");
 }
 
-} // namespace telv
+} // namespace telv::scanner

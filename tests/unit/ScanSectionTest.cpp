@@ -3,7 +3,7 @@
 #include "ScannerSupport.h"
 #include <gtest/gtest.h>
 
-namespace telv
+namespace telv::scanner
 {
 
 namespace
@@ -395,4 +395,4 @@ TEST(ScanSection, FailureLeavesTheViewWhereTheScanStopped)
     EXPECT_TRUE(s.empty());
 }
 
-} // namespace telv
+} // namespace telv::scanner

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <type_traits>
 
-namespace telv
+namespace telv::scanner
 {
 
 static_assert(TOKEN_UNDEF == -1);
@@ -135,4 +135,4 @@ TEST(ScannerLayout, BaseStandsAtTheBeginning)
     EXPECT_EQ(OffsetIn(e, static_cast<const IException*>(&e)), 0);
 }
 
-} // namespace telv
+} // namespace telv::scanner

@@ -1,31 +1,17 @@
 // What the tests of the scanner share: one-line forms of tokens and of errors with their place.
 #pragma once
 
+#include "TextFoundationSupport.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <string>
 
-namespace telv
+namespace telv::scanner
 {
 
-inline std::string Str(SubString s)
-{
-    return s.empty() ? std::string() : std::string(s.begin(), s.end());
-}
-
-/// A view of a standard string, which may hold NULs.
-inline SubString View(const std::string& s)
-{
-    return SubString(s.data(), s.data() + s.size());
-}
-
-/// What `operation` wrote to a stream of its own.
-template <class Operation>
-std::string Written(Operation operation)
-{
-    StringStream stream(4096);
-    operation(stream);
-    return Str(stream.GetString());
-}
+using foundation::FailedAssertion;
+using foundation::Str;
+using foundation::View;
+using foundation::Written;
 
 /// "MESSAGE @OFFSET" of the error that `operation` throws over `text`, or "no error".
 template <class Operation>
@@ -40,22 +26,6 @@ std::string ErrorIn(SubString text, Operation operation)
         return Str(e.m_description) + " @" + std::to_string(e.m_pos - text.begin());
     }
     return "no error";
-}
-
-/// The text of the assertion that `operation` fails, up to the line number.
-template <class Operation>
-std::string AssertionOf(Operation operation)
-{
-    try
-    {
-        operation();
-    }
-    catch (const TelvAssertionError& e)
-    {
-        const std::string text = e.what();
-        return text.substr(0, text.rfind('('));
-    }
-    return "no assertion failed";
 }
 
 /// A word for each kind that is no operator, the number of the others.
@@ -108,4 +78,4 @@ inline LSToken FirstToken(const std::string& text)
     return LsScanToken(s, /*returnComments=*/false);
 }
 
-} // namespace telv
+} // namespace telv::scanner

@@ -4,7 +4,7 @@
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include <gtest/gtest.h>
 
-namespace telv
+namespace telv::scanner
 {
 
 namespace
@@ -294,7 +294,7 @@ TEST(Scanner, HelperReadsAtThePositionAndNeedsText)
     SubString comment("// x");
     EXPECT_EQ(LsScanTokenHelper(comment), TOKEN_COMMENT);
     SubString end("");
-    EXPECT_EQ(AssertionOf([&] { LsScanTokenHelper(end); }),
+    EXPECT_EQ(FailedAssertion([&] { LsScanTokenHelper(end); }),
               "Assertion failed: m_p1 < m_p2 at Core/tlUtils/BasicSubString");
 }
 
@@ -466,4 +466,4 @@ TEST(Scanner, SourceFileRefusesOtherPositions)
     EXPECT_EQ(line, 77);
 }
 
-} // namespace telv
+} // namespace telv::scanner

@@ -2,7 +2,7 @@
 #include "ScannerSupport.h"
 #include <gtest/gtest.h>
 
-namespace telv
+namespace telv::scanner
 {
 
 namespace
@@ -55,17 +55,17 @@ TEST(TokenValue, LiteralStrings)
 
 TEST(TokenValue, LiteralStringOfSomethingElse)
 {
-    EXPECT_EQ(AssertionOf([] { LiteralString(FirstToken("abc")); }),
+    EXPECT_EQ(FailedAssertion([] { LiteralString(FirstToken("abc")); }),
               "Assertion failed: m_type == TOKEN_DOUBLE_QUOTED_STRING || m_type == "
               "TOKEN_SINGLE_QUOTED_STRING" +
                   s_inToken);
-    EXPECT_EQ(AssertionOf([] { LiteralString(MakeToken(TOKEN_DOUBLE_QUOTED_STRING, "'a'")); }),
+    EXPECT_EQ(FailedAssertion([] { LiteralString(MakeToken(TOKEN_DOUBLE_QUOTED_STRING, "'a'")); }),
               "Assertion failed: *s == delimiter" + s_inToken);
 }
 
 TEST(TokenValue, LiteralStringHasNoHexEscape)
 {
-    EXPECT_EQ(AssertionOf([] { LiteralString(FirstToken("\"\\x41\"")); }),
+    EXPECT_EQ(FailedAssertion([] { LiteralString(FirstToken("\"\\x41\"")); }),
               "Assertion failed: MapEscapeCharacter(*s, c)" + s_inToken);
 }
 
@@ -73,17 +73,18 @@ TEST(TokenValue, LiteralStringWithoutItsEnd)
 {
     for (const char* text : {"\"", "\"abc", "\"a\nb\"", "\"a\\", "r\"a"})
     {
-        EXPECT_EQ(AssertionOf([&] { LiteralString(MakeToken(TOKEN_DOUBLE_QUOTED_STRING, text)); }),
-                  "Assertion failed: s && *s != '\\n'" + s_inToken)
+        EXPECT_EQ(
+            FailedAssertion([&] { LiteralString(MakeToken(TOKEN_DOUBLE_QUOTED_STRING, text)); }),
+            "Assertion failed: s && *s != '\\n'" + s_inToken)
             << text;
     }
 }
 
 TEST(TokenValue, LiteralCharacterTakesOnlyANarrowedView)
 {
-    EXPECT_EQ(AssertionOf([] { FirstToken("'a'").GetLiteralCharacter(); }),
+    EXPECT_EQ(FailedAssertion([] { FirstToken("'a'").GetLiteralCharacter(); }),
               "Assertion failed: m_str.size() == 1" + s_inToken);
-    EXPECT_EQ(AssertionOf([] { FirstToken("\"a\"").GetLiteralCharacter(); }),
+    EXPECT_EQ(FailedAssertion([] { FirstToken("\"a\"").GetLiteralCharacter(); }),
               "Assertion failed: m_type == TOKEN_SINGLE_QUOTED_STRING" + s_inToken);
 }
 
@@ -97,11 +98,13 @@ TEST(TokenValue, LiteralCharacterOfANarrowedView)
     };
     EXPECT_EQ(valueOf("'a'"), 'a');
     EXPECT_EQ(valueOf("'\\n'"), '\n');
-    EXPECT_EQ(AssertionOf([&] { valueOf("a''"); }), "Assertion failed: *s == '\\''" + s_inToken);
-    EXPECT_EQ(AssertionOf([&] { valueOf("'ab"); }), "Assertion failed: *s == '\\''" + s_inToken);
-    EXPECT_EQ(AssertionOf([&] { valueOf("'\t'"); }),
+    EXPECT_EQ(FailedAssertion([&] { valueOf("a''"); }),
+              "Assertion failed: *s == '\\''" + s_inToken);
+    EXPECT_EQ(FailedAssertion([&] { valueOf("'ab"); }),
+              "Assertion failed: *s == '\\''" + s_inToken);
+    EXPECT_EQ(FailedAssertion([&] { valueOf("'\t'"); }),
               "Assertion failed: *s != '\\n' && *s != '\\t'" + s_inToken);
-    EXPECT_EQ(AssertionOf([&] { valueOf("'\\q'"); }),
+    EXPECT_EQ(FailedAssertion([&] { valueOf("'\\q'"); }),
               "Assertion failed: MapEscapeCharacter(*s, c)" + s_inToken);
 }
 
@@ -122,11 +125,11 @@ TEST(TokenValue, Int64)
 TEST(TokenValue, DecimalOfSomethingElse)
 {
     const std::string isInteger = "Assertion failed: m_type == TOKEN_INTEGER" + s_inToken;
-    EXPECT_EQ(AssertionOf([] { FirstToken("0x1").GetLiteralInt32(); }), isInteger);
-    EXPECT_EQ(AssertionOf([] { FirstToken("1.5").GetLiteralInt64(); }), isInteger);
-    EXPECT_EQ(AssertionOf([] { MakeToken(TOKEN_INTEGER, "").GetLiteralInt32(); }),
+    EXPECT_EQ(FailedAssertion([] { FirstToken("0x1").GetLiteralInt32(); }), isInteger);
+    EXPECT_EQ(FailedAssertion([] { FirstToken("1.5").GetLiteralInt64(); }), isInteger);
+    EXPECT_EQ(FailedAssertion([] { MakeToken(TOKEN_INTEGER, "").GetLiteralInt32(); }),
               "Assertion failed: n > 0" + s_inStringExt);
-    EXPECT_EQ(AssertionOf([] { MakeToken(TOKEN_INTEGER, "1a").GetLiteralInt64(); }),
+    EXPECT_EQ(FailedAssertion([] { MakeToken(TOKEN_INTEGER, "1a").GetLiteralInt64(); }),
               "Assertion failed: d != -1" + s_inStringExt);
 }
 
@@ -156,8 +159,8 @@ TEST(TokenValue, HexOfSomethingElse)
         const std::string expected =
             std::string("Assertion failed: ") + row.m_condition + s_inStringExt;
         const LSToken token = MakeToken(TOKEN_HEX_INTEGER, row.m_text);
-        EXPECT_EQ(AssertionOf([&] { token.GetLiteralHexInt32(); }), expected);
-        EXPECT_EQ(AssertionOf([&] { token.GetLiteralHexInt64(); }), expected);
+        EXPECT_EQ(FailedAssertion([&] { token.GetLiteralHexInt32(); }), expected);
+        EXPECT_EQ(FailedAssertion([&] { token.GetLiteralHexInt64(); }), expected);
     }
 }
 
@@ -166,7 +169,7 @@ TEST(TokenValue, Double)
     EXPECT_EQ(FirstToken("12").GetLiteralDouble(), 12.0);
     EXPECT_EQ(FirstToken("0.1").GetLiteralDouble(), 0.1);
     EXPECT_EQ(FirstToken("1e3x").GetLiteralDouble(), 1000.0);
-    EXPECT_EQ(AssertionOf([] { FirstToken("0x1").GetLiteralDouble(); }),
+    EXPECT_EQ(FailedAssertion([] { FirstToken("0x1").GetLiteralDouble(); }),
               "Assertion failed: m_type == TOKEN_INTEGER || m_type == TOKEN_FLOAT" + s_inToken);
 }
 
@@ -225,4 +228,4 @@ TEST(TokenValue, UnstringifyKeepsWhatWasWritten)
     EXPECT_EQ(Str(stream.GetString()), "ab\tc");
 }
 
-} // namespace telv
+} // namespace telv::scanner

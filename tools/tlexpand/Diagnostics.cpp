@@ -54,6 +54,8 @@ void Diagnostics::Report(const LexScannerException& error) const
 {
     const char* pos = error.m_pos;
     const Source* source = m_sources.Find(pos);
+    if (source == nullptr && m_sources.Count() == 0)
+        return ReportToolError(ToStdString(error.m_description));
     if (source == nullptr)
     {
         source = &m_sources[0];

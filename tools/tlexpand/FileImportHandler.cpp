@@ -33,13 +33,6 @@ void ExpandForDefinitions(ImportHandler& handler, FileScopeVarFrame& frame, SubS
     MacroExpand(&handler, &frame, text, 0, 0, output);
 }
 
-bool IsRegularFile(const std::string& path)
-{
-    struct stat status;
-    return path.find('\0') == std::string::npos &&
-           fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 && S_ISREG(status.st_mode);
-}
-
 } // namespace
 
 /// Marks a text as being expanded for the length of a scope.

@@ -128,6 +128,13 @@ int WriteAll(int fd, SubString text)
     return 0;
 }
 
+bool IsRegularFile(const std::string& path)
+{
+    struct stat status;
+    return path.find('\0') == std::string::npos &&
+           fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 && S_ISREG(status.st_mode);
+}
+
 std::string DirectoryOf(const std::string& path)
 {
     const size_t slash = path.rfind('/');

@@ -70,6 +70,9 @@ xstring ReadAll(int fd, const std::string& path);
 /// Writes all of `text`; 0 or an `errno`. Continues after short writes and interruptions.
 int WriteAll(int fd, SubString text);
 
+/// Whether `path` leads to a regular file; false when it holds a NUL.
+bool IsRegularFile(const std::string& path);
+
 /// The part before the last slash ("" without one, "/" for a file in the root).
 std::string DirectoryOf(const std::string& path);
 

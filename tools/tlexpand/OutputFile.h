@@ -23,6 +23,7 @@ public:
     /// @throws FileError  Here or in `Flush`.
     void Write(SubString text);
     void Write(const std::string& text) { Write(ViewOf(text)); }
+    void Write(const char* text) { Write(SubString(text)); }
     void Flush();
 
 private:

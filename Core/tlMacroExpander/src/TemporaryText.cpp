@@ -32,16 +32,15 @@ const char* TextOrigin::NearestAlive() const
 }
 
 TemporaryText::TemporaryText(xstring& text, SubString origin)
-    : m_origin(std::make_shared<TextOrigin>())
+    : m_text(text), m_origin(std::make_shared<TextOrigin>())
 {
-    m_text.swap(text);
-    m_origin->m_begin = m_text.begin();
-    m_origin->m_end = m_text.end();
+    m_origin->m_begin = Text().begin();
+    m_origin->m_end = Text().end();
     m_origin->m_origin = origin;
 
     if (const TemporaryText* const outer = ExpansionLevel::CurrentOwner())
         m_origin->m_outer = outer->m_origin;
-    if (m_text.empty())
+    if (Text().empty())
         return;
     ExpansionRun& run = CurrentRun();
     if (run.m_liveTexts == nullptr)

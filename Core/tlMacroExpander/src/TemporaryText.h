@@ -7,6 +7,7 @@
 #pragma once
 
 #include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/TextMemory.h"
 
 namespace telv
 {
@@ -40,7 +41,7 @@ public:
     TemporaryText(const TemporaryText&) = delete;
     TemporaryText& operator=(const TemporaryText&) = delete;
 
-    SubString Text() const { return m_text; }
+    SubString Text() const { return m_text.View(); }
     const TextOrigin& Origin() const { return *m_origin; }
 
     bool m_isViewedByMap = false; ///< The run keeps it, for a piece of the mapped output.
@@ -48,7 +49,7 @@ public:
 private:
     using LiveTexts = std::map<const char*, TextOrigin*>;
 
-    xstring m_text;
+    TextMemory m_text;
     std::shared_ptr<TextOrigin> m_origin;
     std::shared_ptr<LiveTexts> m_liveTexts; ///< Of the run in which the text was made.
 };

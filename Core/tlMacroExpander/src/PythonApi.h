@@ -1,0 +1,49 @@
+// The functions and objects of Python's library that the bridge uses, found when it is loaded.
+//
+// Nothing is linked: the bridge is compiled against Python's headers, which give the types, and
+// the addresses come from the loader on first use. So a process that runs no Python does not map
+// the library, and a package does not depend on it. Empty in a build without Python.
+#pragma once
+
+#ifdef TELV_PYTHON_ENABLED
+
+#include <Python.h>
+
+// One list, because a function must be declared and found under the same name.
+// clang-format off
+#define TELV_PYTHON_SYMBOLS(X)                                                                     \
+    X(PyArg_ParseTuple)       X(PyCFunction_NewEx)      X(PyErr_Clear)                             \
+    X(PyErr_Display)          X(PyErr_Fetch)            X(PyErr_NoMemory)                          \
+    X(PyErr_NormalizeException) X(PyErr_SetString)      X(PyEval_EvalCode)                         \
+    X(PyExc_TypeError)        X(PyFloat_AsDouble)       X(PyImport_AddModule)                      \
+    X(PyImport_ImportModule)  X(PyInt_AsLong)           X(PyList_GetItem)                          \
+    X(PyList_Size)            X(PyModule_AddObject)     X(PyModule_GetDict)                        \
+    X(PyModule_New)           X(PyObject_CallFunctionObjArgs) X(PyObject_SetAttrString)            \
+    X(PyRun_StringFlags)      X(PyString_AsStringAndSize) X(PySys_GetObject)                       \
+    X(PySys_SetObject)        X(PyTuple_GetItem)        X(Py_CompileStringFlags)                   \
+    X(Py_Finalize)            X(Py_IgnoreEnvironmentFlag) X(Py_InitModule4_64)                     \
+    X(Py_InitializeEx)        X(Py_NoSiteFlag)          X(Py_SetPythonHome)                        \
+    X(_Py_NoneStruct)
+// clang-format on
+
+namespace telv
+{
+
+/// The address of each function or object, under its own name.
+struct PythonApi
+{
+#define TELV_DECLARE_SYMBOL(name) decltype(&::name) name = nullptr;
+    TELV_PYTHON_SYMBOLS(TELV_DECLARE_SYMBOL)
+#undef TELV_DECLARE_SYMBOL
+};
+
+/// The addresses; all are null until `LoadPython` has succeeded.
+const PythonApi& Python();
+
+/// The prefix below which the loaded library's modules lie, for the life of the process; null until
+/// `LoadPython` has succeeded. Python wants it without `const`.
+char* PythonHome();
+
+} // namespace telv
+
+#endif

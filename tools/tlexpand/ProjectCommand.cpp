@@ -1,0 +1,142 @@
+// Reads the project and prints what was read.
+#include "ProjectCommand.h"
+#include "Files.h"
+#include "GuardedRun.h"
+#include "JsonText.h"
+#include "OutputFile.h"
+#include "ProjectReader.h"
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+template <class Items, class Write>
+std::string JsonList(const Items& items, char open, char close, Write write)
+{
+    std::string json(1, open);
+    for (const auto& item : items)
+        json += (json.size() == 1 ? "" : ",") + write(item);
+    return json + close;
+}
+
+std::string JsonText(const std::string& s)
+{
+    return JsonString(ViewOf(s));
+}
+
+/// One reading of a project.
+class ProjectCommand
+{
+public:
+    explicit ProjectCommand(const ProjectOptions& options)
+        : m_options(options), m_printed(STDERR_FILENO), m_diagnostics(m_sources, options.m_colour),
+          m_frame(m_files),
+          m_reader(m_frame, options, [this](const LexScannerException& e) { Report(e); })
+    {
+        m_run.m_limits = options.m_limits;
+        m_run.m_pythonAllowed = options.m_python;
+        m_run.m_fileErrorSink = [this](const LexScannerException& e) { Report(e); };
+    }
+
+    int Run();
+
+private:
+    void CheckMainFile() const;
+    void Read();
+    void LearnSources();
+    void Report(const LexScannerException& e);
+    std::string MakeJson() const;
+
+    const ProjectOptions& m_options;
+    PrintedText m_printed;
+    Sources m_sources;
+    Diagnostics m_diagnostics;
+    ExpansionRun m_run;
+    MpfwSourceFileList m_files;
+    MpfwFrame m_frame;
+    ProjectReader m_reader;
+    bool m_failed = false;
+};
+
+int ProjectCommand::Run()
+{
+    const ExpansionRunScope scope(m_run);
+    CheckMainFile();
+    const auto work = [this] { Read(); };
+    if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed) || m_failed)
+        return 1;
+    WriteStandardOutput([this](ByteSink& sink) { sink.Write(MakeJson()); });
+    return 0;
+}
+
+/// A main file that can't be read is no error in a text.
+void ProjectCommand::CheckMainFile() const
+{
+    const Descriptor fd(
+        openat(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    struct stat status;
+    if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0)
+        throw MakeFileError("read", m_options.m_file, errno);
+    if (S_ISDIR(status.st_mode))
+        throw MakeFileError("read", m_options.m_file, EISDIR);
+}
+
+void ProjectCommand::Read()
+try
+{
+    m_reader.Read(xstring(ViewOf(m_options.m_file)));
+}
+catch (...)
+{
+    LearnSources();
+    throw;
+}
+
+/// Makes the files that were read since the last time known for diagnostics.
+void ProjectCommand::LearnSources()
+{
+    while (m_sources.Count() < static_cast<size_t>(m_files.size()))
+    {
+        const auto index = static_cast<ssize_t>(m_sources.Count());
+        const auto& file = static_cast<const ProjectFile&>(*m_files[index]);
+        m_sources.Add(ToStdString(file.m_localPath), file.m_buffer, file.m_importPos);
+    }
+}
+
+void ProjectCommand::Report(const LexScannerException& e)
+{
+    m_failed = true;
+    LearnSources();
+    m_printed.Flush();
+    m_diagnostics.Report(e);
+}
+
+std::string ProjectCommand::MakeJson() const
+{
+    const auto named = [](const auto& macro)
+    {
+        return "{\"name\":" + JsonText(macro.first) + ",\"value\":" + JsonText(macro.second) + "}";
+    };
+    const auto member = [](const auto& setting)
+    { return JsonText(setting.first) + ":" + JsonText(setting.second); };
+    const auto path = [](const xstring& directory) { return JsonString(directory); };
+    const auto file = [](const MpfwSourceFile* f) { return JsonString(f->m_localPath); };
+    return "{\"version\":1,\"files\":" + JsonList(m_files, '[', ']', file) +
+           ",\"macros\":" + JsonList(m_reader.Macros(), '[', ']', named) +
+           ",\n \"importPaths\":" + JsonList(m_frame.m_importPaths, '[', ']', path) +
+           ",\"settings\":" + JsonList(m_reader.Settings(), '{', '}', member) + "}\n";
+}
+
+} // namespace
+
+int RunProjectCommand(const ProjectOptions& options)
+{
+    return ProjectCommand(options).Run();
+}
+
+} // namespace telv::tool
