@@ -1,6 +1,9 @@
-// An import named by a string is copied after its directive has run, with the blanks before it: it
-// ends where a source piece ends with the string. An import named by an expression has just been
-// written, as the last piece. In both, what is to go begins at the first character that is no blank.
+// An import named by a string is copied after its directive has run, with the white space before it
+// (line ends of two characters among it): it ends where a source piece ends with the string. An
+// import named by an expression has just been written, as the last piece. In both, what is to go
+// begins at the first character that is no white space.
+#define TELV_SOURCE_PATH "tools/tlexpand/ImportText"
+
 #include "ImportText.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
@@ -128,8 +131,10 @@ OutputRange ImportMarks::Locate(const Mark& mark, PieceWalk& walk, SubString tex
     OutputRange range = {mark.m_outputSize - mark.m_calculatedSize, mark.m_outputSize};
     if (mark.m_sourceEnd != nullptr)
         range.m_end = walk.FindSourceEnd(mark.m_outputSize, mark.m_sourceEnd);
-    while (range.m_begin < range.m_end && IsBlank(text.begin()[range.m_begin]))
-        ++range.m_begin;
+    TELV_ASSERT(range.m_begin <= range.m_end);
+    SubString rest(text.begin() + range.m_begin, text.begin() + range.m_end);
+    ScanWhiteSpace(rest);
+    range.m_begin = rest.begin() - text.begin();
     return range;
 }
 
@@ -138,11 +143,7 @@ std::vector<OutputRange> ImportMarks::FindText(const OutputPieces& pieces, SubSt
     std::vector<OutputRange> ranges;
     PieceWalk walk(pieces);
     for (const Mark& mark : m_marks)
-    {
-        const OutputRange range = Locate(mark, walk, text);
-        if (range.m_begin <= range.m_end)
-            ranges.push_back(range);
-    }
+        ranges.push_back(Locate(mark, walk, text));
     return TakeBlankLines(ranges, text);
 }
 

@@ -14,8 +14,15 @@ namespace
 {
 
 constexpr size_t s_mebi = size_t(1) << 20;
-constexpr size_t s_stackSizes[] = {4096 * s_mebi, 1024 * s_mebi, 256 * s_mebi, 64 * s_mebi,
-                                   16 * s_mebi};
+
+// Enough for 100,000 nested macro calls of some size. Not more: the commonest mistake, a macro that
+// calls itself without end, has to unwind all of it before it is reported.
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__)
+constexpr size_t s_largest = 384 * s_mebi;
+#else
+constexpr size_t s_largest = 2048 * s_mebi;
+#endif
+constexpr size_t s_stackSizes[] = {s_largest, 64 * s_mebi, 16 * s_mebi};
 
 struct Job
 {

@@ -6,25 +6,11 @@
 namespace telv
 {
 
-/// One pass over a text.
-class DollarMacroPass
-{
-public:
-    explicit DollarMacroPass(const FileScopeVarFrame& frame) : m_frame(frame) {}
-
-    /// Writes `s` with each known `$(NAME)` replaced; true if any was.
-    bool Run(xostream& os, SubString s);
-
-    /// The first macro that the pass replaced; views the text that it ran over.
-    SubString FirstName() const { return m_firstName; }
-
-private:
-    const FileScopeVarFrame& m_frame;
-    SubString m_firstName;
-};
+/// Writes `s` with each known `$(NAME)` replaced, once; true if any was.
+bool RunDollarMacroPass(const FileScopeVarFrame& frame, xostream& os, SubString s);
 
 /// Runs passes over `s` until nothing changes; true if `s` changed.
-/// @throws ExpansionLimitException  when that would never be.
+/// @throws ExpansionLimitException  when that would never be; `s` is then unchanged.
 bool SubstituteDollarMacros(const FileScopeVarFrame& frame, xstring& s);
 
 } // namespace telv

@@ -1,6 +1,6 @@
 // Composing errors and their context lines.
 #include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
 #include <algorithm>
 #include <cstring>
 
@@ -76,6 +76,7 @@ void ThrowAt(const char* pos, std::initializer_list<SubString> parts)
 
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts)
 {
+    ExpansionLevel::MoveOutOfDeadTexts(e);
     auto* const limit = dynamic_cast<ExpansionLimitException*>(&e);
     if (limit == nullptr || limit->m_contextLines++ < s_mostLinesOfLimit)
         Append(e.m_description, parts);

@@ -50,14 +50,24 @@ void ExpansionLevel::CheckLimits()
     CountStep(m_run, pos);
 }
 
-void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e)
+void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e) noexcept
 {
-    for (const ExpansionRun::DeadText& text : m_run.m_deadTexts)
+    ExpansionRun* const run = ExpansionRun::Current();
+    if (run == nullptr)
+        return;
+    for (const ExpansionRun::DeadText& text : run->m_deadTexts)
     {
         if (text.m_begin <= e.m_pos && e.m_pos <= text.m_end)
             e.m_pos = text.m_origin;
     }
-    m_run.m_deadTexts.clear();
+    run->m_deadTexts.clear();
+}
+
+/// Expansions with an import handler are the application's, and so may be what it starts from one.
+bool ExpansionLevel::IsCalledByApplication() const
+{
+    return m_outer == nullptr || m_expander.m_importHandler != nullptr ||
+           m_outer->m_expander.m_importHandler != nullptr;
 }
 
 ExpansionLevel* ExpansionLevel::Current() noexcept

@@ -26,7 +26,10 @@ public:
     ExpansionLevel& operator=(const ExpansionLevel&) = delete;
 
     /// Moves the position of a passing error out of the texts that died under it.
-    void MoveOutOfDeadTexts(LexScannerException& e);
+    static void MoveOutOfDeadTexts(LexScannerException& e) noexcept;
+
+    /// Whether the application called: what leaves this level must not point into dead text.
+    bool IsCalledByApplication() const;
 
     /// The innermost level of this thread, or null.
     static ExpansionLevel* Current() noexcept;

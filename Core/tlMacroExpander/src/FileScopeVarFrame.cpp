@@ -86,7 +86,7 @@ const char* ScanDollarMacro(SubString s, SubString& name)
 
 bool FileScopeVarFrame::ApplyDollarMacros(xostream& os, SubString s) const
 {
-    return DollarMacroPass(*this).Run(os, s);
+    return RunDollarMacroPass(*this, os, s);
 }
 
 bool FileScopeVarFrame::ApplyDollarMacros(xstring& s) const

@@ -40,13 +40,21 @@ void MacroExpander::Expand()
     if (m_str.empty())
         return;
     ExpansionLevel level(*run, *this);
+    if (level.IsCalledByApplication())
+        ExpandForApplication();
+    else
+        ExpandText(); // catching at every level would make errors from deep nesting slow
+}
+
+[[gnu::noinline]] void MacroExpander::ExpandForApplication()
+{
     try
     {
         ExpandText();
     }
     catch (LexScannerException& e)
     {
-        level.MoveOutOfDeadTexts(e);
+        ExpansionLevel::MoveOutOfDeadTexts(e);
         throw;
     }
 }

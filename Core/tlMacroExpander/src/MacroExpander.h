@@ -132,6 +132,7 @@ private:
     struct ForHead;
 
     void ExpandWithOwnRun();
+    void ExpandForApplication();
     void ExpandText();
     void PassOverLineStarts();
     void ProcessToken(const LSToken& token);

@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/PythonSignals.h"
 #include "tlMacroExpander/src/StackGuard.h"
 #include "tlMacroExpander/src/UsePython.h"
+#include <algorithm>
 #include <cstring>
 
 namespace telv
@@ -51,15 +52,41 @@ constexpr const char* s_bootstrapScript = "import code\n"
                                           "\n"
                                           "TelvCodeConsole = code.InteractiveConsole()\n";
 
-/// Stack that Python's interpreter gets at least: it nests by itself without asking our guard.
-constexpr ssize_t s_stackForPython = ssize_t(256) * 1024;
+/// What starting Python and simple code need.
+constexpr ssize_t s_leastStack = ssize_t(64) * 1024;
+/// More than one level of Python's recursion takes.
+constexpr ssize_t s_stackPerLevel = 1024;
 
-[[gnu::noinline]] void CheckStackForPython(const char* pos)
+/// Lowers Python's recursion limit, until the end of the scope, to what fits on the stack that the
+/// expansion has left: Python itself counts levels and knows nothing of bytes.
+class RecursionLimitScope
 {
-    const char* const frame = static_cast<const char*>(__builtin_frame_address(0));
-    if (frame - LowestStackAddress(frame) < s_stackForPython)
-        ThrowNestedTooDeeply(pos);
-}
+public:
+    /// @throws ExpansionLimitException  There is hardly any stack left.
+    [[gnu::noinline]] explicit RecursionLimitScope(const char* pos)
+    {
+        const char* const frame = static_cast<const char*>(__builtin_frame_address(0));
+        const ssize_t stack = frame - LowestStackAddress(frame);
+        if (stack < s_leastStack)
+            ThrowNestedTooDeeply(pos);
+        InitPython();
+        m_previous = Python().Py_GetRecursionLimit();
+        m_limit = static_cast<int>(std::min<ssize_t>(m_previous, stack / s_stackPerLevel));
+        Python().Py_SetRecursionLimit(m_limit);
+    }
+    /// A limit that the code has set stays.
+    ~RecursionLimitScope()
+    {
+        if (Python().Py_GetRecursionLimit() == m_limit)
+            Python().Py_SetRecursionLimit(m_previous);
+    }
+    RecursionLimitScope(const RecursionLimitScope&) = delete;
+    RecursionLimitScope& operator=(const RecursionLimitScope&) = delete;
+
+private:
+    int m_previous;
+    int m_limit;
+};
 
 /// Starts the interpreter without its module `site`: were that one broken, Python would end the
 /// process. It is imported afterwards, as the start would have done, and may fail.
@@ -80,8 +107,7 @@ bool RunSimpleString(const char* code)
     if (mainModule == nullptr)
         return false;
     PyObject* const dict = Python().PyModule_GetDict(mainModule);
-    const PyObjectRef result(
-        Python().PyRun_StringFlags(code, Py_file_input, dict, dict, nullptr));
+    const PyObjectRef result(Python().PyRun_StringFlags(code, Py_file_input, dict, dict, nullptr));
     Python().PyErr_Clear();
     return static_cast<bool>(result);
 }
@@ -225,10 +251,10 @@ PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorStrin
     InitPython();
     const PythonSignals signals;
     const xstring code = WithoutLeadingBlanks(expression);
-    PyObject* const result =
-        CheckNoNul(code) ? Python().PyRun_StringFlags(code.c_str(), Py_eval_input, s_moduleDict,
-                                                      s_moduleDict, nullptr)
-                         : nullptr;
+    PyObject* const result = CheckNoNul(code)
+                                 ? Python().PyRun_StringFlags(code.c_str(), Py_eval_input,
+                                                              s_moduleDict, s_moduleDict, nullptr)
+                                 : nullptr;
     if (result == nullptr)
         GetPythonError(errorString);
     return result;
@@ -236,9 +262,8 @@ PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorStrin
 
 void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos)
 {
-    CheckStackForPython(errorPos);
     LoadPython(errorPos);
-    InitPython();
+    const RecursionLimitScope recursionLimit(errorPos);
     const PythonSignals signals;
     const PyObjectRef code(CheckNoNul(pythonCode)
                                ? Python().Py_CompileStringFlags(pythonCode.c_str(), path.c_str(),
@@ -246,17 +271,16 @@ void RunPython(const xstring& path, const xstring& pythonCode, const char* error
                                : nullptr);
     if (!code)
         ThrowPendingError("Python compilation error: ", errorPos);
-    const PyObjectRef result(Python().PyEval_EvalCode(
-        reinterpret_cast<PyCodeObject*>(code.m_pyObj), s_moduleDict, s_moduleDict));
+    const PyObjectRef result(Python().PyEval_EvalCode(reinterpret_cast<PyCodeObject*>(code.m_pyObj),
+                                                      s_moduleDict, s_moduleDict));
     if (!result)
         ThrowPendingError("Python error: ", errorPos);
 }
 
 void EvalPythonExpression(const xstring& pythonCode, xstring& result, const char* errorPos)
 {
-    CheckStackForPython(errorPos);
     LoadPython(errorPos);
-    InitPython();
+    const RecursionLimitScope recursionLimit(errorPos);
     xstring errorString;
     const PyObjectRef value(ExecutePythonExpression(pythonCode, errorString));
     if (!value)

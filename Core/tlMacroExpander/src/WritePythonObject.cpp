@@ -48,7 +48,7 @@ private:
     {
         if (PyInt_Check(p))
             m_os << Python().PyInt_AsLong(p);
-        else if (PyFloat_Check(p))
+        else if (Python().PyType_IsSubtype(Py_TYPE(p), Python().PyFloat_Type) != 0)
             m_os << Python().PyFloat_AsDouble(p);
         else if (PyString_Check(p))
             WriteBytes(p);

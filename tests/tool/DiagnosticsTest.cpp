@@ -1,0 +1,92 @@
+// Errors as they are shown.
+#include "ToolTest.h"
+
+namespace telv::test
+{
+
+using DiagnosticsTest = ToolTest;
+
+TEST_F(DiagnosticsTest, TheCaretStandsUnderTheColumn)
+{
+    struct Row
+    {
+        std::string m_source;
+        std::string m_excerpt;
+    };
+    const Row rows[] = {
+        {"@else", " 1 | @else\n   |  ^\n"},
+        {"\t x\t@else\n", " 1 | \t x\t@else\n   | \t  \t ^\n"},
+        {"\xc3\xa4\xe2\x82\xac\xff @else\n", " 1 | \xc3\xa4\xe2\x82\xac\xff @else\n   |      ^\n"},
+        {"a\r\n@else\r\nb\r\n", " 2 | @else\n   |  ^\n"},
+        {"@else\x1b[31m\n", " 1 | @else\x1b[31m\n   |  ^\n"},
+    };
+    for (const Row& row : rows)
+    {
+        const ProgramResult result = Run({}, row.m_source);
+        EXPECT_EQ(result.status, 1);
+        const size_t firstLine = result.err.find('\n') + 1;
+        EXPECT_EQ(result.err.substr(firstLine), row.m_excerpt);
+    }
+}
+
+TEST_F(DiagnosticsTest, TheEndOfTheTextIsBehindItsLastCharacter)
+{
+    ExpectFailure(Run({}, "@scope{"), 1,
+                  "<stdin>(1) : error : Met EOS before closing }\n"
+                  " 1 | @scope{\n"
+                  "   |       ^\n");
+    ExpectFailure(Run({}, "x\n@print(a"), 1,
+                  "<stdin>(2) : error : Met EOS while reading bracketted section\n"
+                  " 2 | @print(a\n"
+                  "   |         ^\n");
+    ExpectFailure(Run({}, "@print(a\n"), 1,
+                  "<stdin>(2) : error : Met EOS while reading bracketted section\n"
+                  " 2 | \n"
+                  "   | ^\n");
+}
+
+TEST_F(DiagnosticsTest, ALongLineIsCutAroundTheCaret)
+{
+    const std::string blanks(300, ' ');
+    ExpectFailure(Run({}, blanks + "@else" + blanks), 1,
+                  "<stdin>(1) : error : @else with no matching @if directive\n"
+                  " 1 | ..." + std::string(199, ' ') + "@else" + std::string(196, ' ') + "...\n" +
+                      "   | " + std::string(203, ' ') + "^\n");
+}
+
+TEST_F(DiagnosticsTest, ColoursOnDemandOnly)
+{
+    EXPECT_EQ(Run({"--color", "always"}, "@else").err,
+              "\x1b[1m<stdin>(1) : \x1b[31merror\x1b[0m\x1b[1m : @else with no matching @if "
+              "directive\x1b[0m\n"
+              " 1 | @else\n"
+              "   |  \x1b[1;32m^\x1b[0m\n");
+    EXPECT_EQ(Run({"--color=never"}, "@else").err, Run({}, "@else").err);
+}
+
+TEST_F(DiagnosticsTest, ErrorsInMadeUpTextStandAtTheDirective)
+{
+    ExpectFailure(Run({}, "a\n @let int i = {1 2}\n"), 1,
+                  "<stdin>(2) : error : Read 2 in middle of expression\n"
+                  "    expression: 1 2\n"
+                  " 2 |  @let int i = {1 2}\n"
+                  "   |  ^\n");
+}
+
+TEST_F(DiagnosticsTest, ABrokenAssumptionIsReportedAtItsPlace)
+{
+    const ProgramResult result = Run({}, "a\nb @(__LINE__)\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.find("<stdin>(2) : error : Assertion failed: "
+                              "GetFilenameAndLineNumberAtCurrentPosition(filename, lineNumber) at "
+                              "Core/tlMacroExpander/src/ExpressionParser("),
+              0u);
+    EXPECT_NE(result.err.find("\n 2 | b @(__LINE__)\n"), std::string::npos);
+}
+
+TEST_F(DiagnosticsTest, PrintedTextComesFirst)
+{
+    EXPECT_EQ(Run({}, "@println(text)@else").err.substr(0, 24), "text\n<stdin>(1) : error ");
+}
+
+} // namespace telv::test

@@ -1,0 +1,130 @@
+// Project files.
+#include "ToolTest.h"
+
+namespace telv::test
+{
+
+using ProjectTest = ToolTest;
+
+TEST_F(ProjectTest, PrintsWhatWasRead)
+{
+    Write("app.mpfw", "@importpath \"lib\"\n@import \"common.mpfw\"\n$output = \"build/app\"\n");
+    Write("common.mpfw", "$ROOT = \"/usr\"\n");
+    EXPECT_EQ(Expand({"project", "--path-setting", "output", "app.mpfw"}),
+              "{\"version\":1,\"files\":[\"app.mpfw\",\"common.mpfw\"],"
+              "\"macros\":[{\"name\":\"ROOT\",\"value\":\"/usr\"}],\n"
+              " \"importPaths\":[\"lib\"],\"settings\":{\"output\":\"build/app\"}}\n");
+}
+
+TEST_F(ProjectTest, AnEmptyProjectIsOne)
+{
+    Write("e", "");
+    EXPECT_EQ(Expand({"project", "e"}), "{\"version\":1,\"files\":[\"e\"],\"macros\":[],\n"
+                                        " \"importPaths\":[],\"settings\":{}}\n");
+}
+
+TEST_F(ProjectTest, ASettingInARowOfDefinitionsIsASetting)
+{
+    Write("p", "$A = \"1\" $s = \"$(A)\" $B = \"$(A)2\" $C = path \"x/./$(B)/\" $D = (\"a\" + \"b\")\n");
+    EXPECT_EQ(Expand({"project", "--setting", "s", "p"}),
+              "{\"version\":1,\"files\":[\"p\"],"
+              "\"macros\":[{\"name\":\"A\",\"value\":\"1\"},{\"name\":\"B\",\"value\":\"12\"},"
+              "{\"name\":\"C\",\"value\":\"x/12\"},{\"name\":\"D\",\"value\":\"ab\"}],\n"
+              " \"importPaths\":[],\"settings\":{\"s\":\"$(A)\"}}\n");
+}
+
+TEST_F(ProjectTest, DefinitionsOfTheCommandLineComeFirst)
+{
+    Write("p", "$B = \"$(A)\"\n");
+    EXPECT_EQ(Expand({"project", "-D", "A=1", "p"}),
+              "{\"version\":1,\"files\":[\"p\"],"
+              "\"macros\":[{\"name\":\"A\",\"value\":\"1\"},{\"name\":\"B\",\"value\":\"1\"}],\n"
+              " \"importPaths\":[],\"settings\":{}}\n");
+}
+
+TEST_F(ProjectTest, FindsImportsBesideTheFileInImportPathsAndInTheDirectoriesGiven)
+{
+    Write("sub/p", "@import \"a\" @importpath \"paths\" @import \"b\" @import \"c\"\n");
+    Write("sub/a", "$F = \"a\"\n");
+    Write("paths/b", "$F = \"b\"\n");
+    Write("given/c", "$F = \"c\"\n");
+    EXPECT_EQ(Expand({"project", "-I", "given", "sub/p"}),
+              "{\"version\":1,\"files\":[\"sub/p\",\"sub/a\",\"paths/b\",\"given/c\"],"
+              "\"macros\":[{\"name\":\"F\",\"value\":\"a\"},{\"name\":\"F\",\"value\":\"b\"},"
+              "{\"name\":\"F\",\"value\":\"c\"}],\n"
+              " \"importPaths\":[\"paths\"],\"settings\":{}}\n");
+}
+
+TEST_F(ProjectTest, AFileIsReadOnce)
+{
+    Write("p", "@import \"a\" @import \"b\" @import \"./a\"\n");
+    Write("a", "@import \"b\" $A = \"a\"\n");
+    Write("b", "$B = \"b\"\n");
+    EXPECT_EQ(Expand({"project", "p"}),
+              "{\"version\":1,\"files\":[\"p\",\"a\",\"b\"],"
+              "\"macros\":[{\"name\":\"B\",\"value\":\"b\"},{\"name\":\"A\",\"value\":\"a\"}],\n"
+              " \"importPaths\":[],\"settings\":{}}\n");
+}
+
+TEST_F(ProjectTest, AnErrorDoesNotStopTheReadingOfOtherFiles)
+{
+    Write("p", "@import \"a\"\n@import \"b\"\n$x = 1\n");
+    Write("a", "\n@else\n");
+    Write("b", "$B = \"b\"\nnonsense\n");
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "a(2) : error : @else with no matching @if directive\n"
+                  " 2 | @else\n"
+                  "   |  ^\n"
+                  "imported from p(1)\n"
+                  "b(2) : error : Syntax error: nonsense\n"
+                  " 2 | nonsense\n"
+                  "   | ^\n"
+                  "imported from p(2)\n"
+                  "p(3) : error : Expected quoted string when read 1\n"
+                  " 3 | $x = 1\n"
+                  "   |      ^\n");
+}
+
+TEST_F(ProjectTest, PathSettingsAreStrict)
+{
+    Write("p", "$s = \"a/b/\"\n");
+    ExpectFailure(Run({"project", "--path-setting", "s", "p"}), 1,
+                  "p(1) : error : Path can't end with a trailing slash : a/b/\n"
+                  " 1 | $s = \"a/b/\"\n"
+                  "   |      ^\n");
+}
+
+TEST_F(ProjectTest, ReportsCyclesAndMissingFilesAtTheDirective)
+{
+    Write("p", "@import \"a\"\n");
+    Write("a", "@import \"p\"\n");
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "a(1) : error : Import cycle: p -> a -> p\n"
+                  " 1 | @import \"p\"\n"
+                  "   |         ^\n"
+                  "imported from p(1)\n");
+    Write("q", "@import \"none\"\n");
+    ExpectFailure(Run({"project", "q"}), 1,
+                  "q(1) : error : Couldn't open file none\n"
+                  " 1 | @import \"none\"\n"
+                  "   |         ^\n");
+    ExpectFailure(Run({"project", "none"}), 2,
+                  "tlexpand: can't read 'none': No such file or directory\n");
+}
+
+TEST_F(ProjectTest, AnErrorAtTheEndOfAFileStandsThere)
+{
+    Write("p", "$x = ");
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "p(1) : error : Expected quoted string when read EOS\n"
+                  " 1 | $x = \n"
+                  "   |      ^\n");
+}
+
+TEST_F(ProjectTest, AFileOfThatNameIsReachedWithItsDirectory)
+{
+    Write("project", "x");
+    EXPECT_EQ(Expand({"./project"}), "x");
+}
+
+} // namespace telv::test
