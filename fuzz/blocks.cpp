@@ -1,6 +1,6 @@
 // Sections, arguments and blocks of any bytes, read behind every bracket and line feed of the text:
-// views lie inside it, start before they end, and are those of a plain reference that scans token by
-// token. Brackets that are looked up give what scanning for them gives.
+// views lie inside it, start before they end, and are those of a plain reference that scans token
+// by token. Brackets that are looked up give what scanning for them gives.
 #include "Checks.h"
 #include "Mutator.h"
 #include "tlMacroExpander/src/BracketCache.h"
@@ -34,8 +34,9 @@ constexpr Pair s_pairs[] = {{TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN, "(", ")"},
 
 std::string Show(const ExactText& text, SubString view, SubString rest, ssize_t extra)
 {
-    return std::to_string(text.OffsetOf(view.m_p1)) + "-" + std::to_string(text.OffsetOf(view.m_p2)) +
-           " rest " + std::to_string(text.OffsetOf(rest.m_p1)) + " " + std::to_string(extra);
+    return std::to_string(text.OffsetOf(view.m_p1)) + "-" +
+           std::to_string(text.OffsetOf(view.m_p2)) + " rest " +
+           std::to_string(text.OffsetOf(rest.m_p1)) + " " + std::to_string(extra);
 }
 
 /// What a scan must hold to, whatever the text.
@@ -86,7 +87,8 @@ LSToken ArgumentPlainly(SubString& s, SubString& arg, EToken close)
     ScanWhiteSpace(s);
     const SubString whole(s);
     const auto fail = [&] {
-        throw LexScannerException(xstring("Met EOS while reading argument ") + xstring(whole), whole);
+        throw LexScannerException(xstring("Met EOS while reading argument ") + xstring(whole),
+                                  whole);
     };
     if (s && *s == '`')
     {
@@ -124,36 +126,46 @@ LSToken ArgumentPlainly(SubString& s, SubString& arg, EToken close)
 
 void CheckSection(const ExactText& text, SubString from, const Pair& pair)
 {
-    const Outcome plain = Observe(text, [&] {
-        SubString s(from);
-        const SubString section = SectionPlainly(s, pair);
-        return Show(text, section, s, 0);
-    });
-    const Outcome outcome = Observe(text, [&] {
-        SubString s(from);
-        const SubString section = ScanBrackettedSection(s, true, pair.m_open, pair.m_close);
-        CheckView(text, section, s);
-        return Show(text, section, s, 0);
-    });
+    const Outcome plain = Observe(text,
+                                  [&]
+                                  {
+                                      SubString s(from);
+                                      const SubString section = SectionPlainly(s, pair);
+                                      return Show(text, section, s, 0);
+                                  });
+    const Outcome outcome = Observe(text,
+                                    [&]
+                                    {
+                                        SubString s(from);
+                                        const SubString section = ScanBrackettedSection(
+                                            s, true, pair.m_open, pair.m_close);
+                                        CheckView(text, section, s);
+                                        return Show(text, section, s, 0);
+                                    });
     FUZZ_REQUIRE(outcome == plain);
 }
 
 void CheckArgument(const ExactText& text, SubString from, const Pair& pair)
 {
-    const Outcome plain = Observe(text, [&] {
-        SubString s(from);
-        SubString arg;
-        const LSToken token = ArgumentPlainly(s, arg, pair.m_close);
-        return Show(text, arg, s, token.m_type);
-    });
-    const Outcome outcome = Observe(text, [&] {
-        SubString s(from);
-        SubString arg;
-        const LSToken token = ScanArgument(s, arg, pair.m_close);
-        CheckView(text, arg, s);
-        FUZZ_REQUIRE(text.Holds(token.m_str) && token.m_str.m_p2 == s.m_p1);
-        return Show(text, arg, s, token.m_type);
-    });
+    const Outcome plain = Observe(text,
+                                  [&]
+                                  {
+                                      SubString s(from);
+                                      SubString arg;
+                                      const LSToken token = ArgumentPlainly(s, arg, pair.m_close);
+                                      return Show(text, arg, s, token.m_type);
+                                  });
+    const Outcome outcome =
+        Observe(text,
+                [&]
+                {
+                    SubString s(from);
+                    SubString arg;
+                    const LSToken token = ScanArgument(s, arg, pair.m_close);
+                    CheckView(text, arg, s);
+                    FUZZ_REQUIRE(text.Holds(token.m_str) && token.m_str.m_p2 == s.m_p1);
+                    return Show(text, arg, s, token.m_type);
+                });
     FUZZ_REQUIRE(outcome == plain);
 }
 
@@ -235,21 +247,27 @@ SubString BlockPlainly(SubString& s, ssize_t& indent, const Pair& pair, bool req
 
 void CheckBlock(const ExactText& text, SubString from, const Pair& pair, bool requireOpen)
 {
-    const Outcome plain = Observe(text, [&] {
-        SubString s(from);
-        ssize_t indent = -1;
-        const SubString block = BlockPlainly(s, indent, pair, requireOpen);
-        return Show(text, block, s, indent);
-    });
-    const Outcome outcome = Observe(text, [&] {
-        SubString s(from);
-        ssize_t indent = -1;
-        const SubString block = ScanStringBlock(s, indent, pair.m_open, pair.m_close,
-                                                pair.m_openText, pair.m_closeText, requireOpen);
-        CheckView(text, block, s);
-        FUZZ_REQUIRE(indent >= 0);
-        return Show(text, block, s, indent);
-    });
+    const Outcome plain = Observe(text,
+                                  [&]
+                                  {
+                                      SubString s(from);
+                                      ssize_t indent = -1;
+                                      const SubString block =
+                                          BlockPlainly(s, indent, pair, requireOpen);
+                                      return Show(text, block, s, indent);
+                                  });
+    const Outcome outcome = Observe(text,
+                                    [&]
+                                    {
+                                        SubString s(from);
+                                        ssize_t indent = -1;
+                                        const SubString block = ScanStringBlock(
+                                            s, indent, pair.m_open, pair.m_close, pair.m_openText,
+                                            pair.m_closeText, requireOpen);
+                                        CheckView(text, block, s);
+                                        FUZZ_REQUIRE(indent >= 0);
+                                        return Show(text, block, s, indent);
+                                    });
     FUZZ_REQUIRE(outcome == plain);
 }
 
@@ -291,8 +309,8 @@ void CheckCache(const ExactText& text, const std::vector<const char*>& places)
             continue;
         const Pair& pair = PairAt(text, s.m_p1);
         const auto match = [&](BracketCache* known) {
-            return Observe(
-                text, [&] { return ShowMatch(text, s, pair.m_open, pair.m_close, known); });
+            return Observe(text,
+                           [&] { return ShowMatch(text, s, pair.m_open, pair.m_close, known); });
         };
         FUZZ_REQUIRE(match(&cache) == match(nullptr));
     }
@@ -303,7 +321,8 @@ std::vector<const char*> FindPlaces(const ExactText& text)
 {
     std::vector<const char*> places{text.View().m_p1};
     for (const char* p = text.View().m_p1; p != text.View().m_p2; ++p)
-        if (places.size() < s_mostPlaces && std::string("\n\r({[=,`)").find(*p) != std::string::npos)
+        if (places.size() < s_mostPlaces &&
+            std::string("\n\r({[=,`)").find(*p) != std::string::npos)
             places.push_back(p + 1);
     return places;
 }

@@ -67,7 +67,7 @@ public:
 
 private:
     const Files& m_files;
-    std::map<size_t, FileScopeVarFrame*> m_frames; ///< Null while a file is being read.
+    std::map<size_t, FileScopeVarFrame*> m_frames;          ///< Null while a file is being read.
     std::vector<std::unique_ptr<FileScopeVarFrame>> m_done; ///< In order of completion.
 };
 
@@ -106,7 +106,8 @@ std::string ShowPieces(const OutputPieces& pieces, const Files& files)
         shown += std::to_string(piece.out) + ":";
         for (size_t i = 0; i < files.size(); ++i)
             if (piece.in.m_p1 != nullptr && files[i]->Holds(piece.in))
-                shown += std::to_string(i) + "@" + std::to_string(files[i]->OffsetOf(piece.in.m_p1));
+                shown +=
+                    std::to_string(i) + "@" + std::to_string(files[i]->OffsetOf(piece.in.m_p1));
         shown += "+" + std::to_string(piece.in.size()) + "\n";
     }
     return shown;
@@ -223,32 +224,38 @@ Result Run(const Files& files, Expand expand)
 void Check(const Files& files, ssize_t srcIndent, ssize_t dstIndent)
 {
     const SubString text = files[0]->View();
-    const Result mapped = Run(files, [&](ExpansionRun& run, ImportHandler& imports,
-                                         VarFrame& frame, std::string& pieces) {
-        StringStream os(4096);
-        ExpandedOutput output(&os);
-        run.m_mappedOutput = &output;
-        MacroExpand(&imports, &frame, text, srcIndent, dstIndent, output);
-        const xstring written = os.GetString();
-        FUZZ_REQUIRE(output.m_size == written.size() && output.size() == written.size());
-        CheckMap(output.m_pieces, written, files, run);
-        pieces = ShowPieces(output.m_pieces, files);
-        return ToStd(written);
-    });
-    const Result withPieces = Run(files, [&](ExpansionRun&, ImportHandler& imports,
-                                             VarFrame& frame, std::string& shown) {
-        xstring output("dropped");
-        OutputPieces pieces;
-        MacroExpand(&imports, &frame, text, srcIndent, dstIndent, output, pieces);
-        shown = ShowPieces(pieces, files);
-        return ToStd(output);
-    });
-    const Result plain = Run(files, [&](ExpansionRun&, ImportHandler& imports, VarFrame& frame,
-                                        std::string&) {
-        xstring output("dropped");
-        MacroExpand(&imports, &frame, text, srcIndent, dstIndent, output);
-        return ToStd(output);
-    });
+    const Result mapped =
+        Run(files,
+            [&](ExpansionRun& run, ImportHandler& imports, VarFrame& frame, std::string& pieces)
+            {
+                StringStream os(4096);
+                ExpandedOutput output(&os);
+                run.m_mappedOutput = &output;
+                MacroExpand(&imports, &frame, text, srcIndent, dstIndent, output);
+                const xstring written = os.GetString();
+                FUZZ_REQUIRE(output.m_size == written.size() && output.size() == written.size());
+                CheckMap(output.m_pieces, written, files, run);
+                pieces = ShowPieces(output.m_pieces, files);
+                return ToStd(written);
+            });
+    const Result withPieces =
+        Run(files,
+            [&](ExpansionRun&, ImportHandler& imports, VarFrame& frame, std::string& shown)
+            {
+                xstring output("dropped");
+                OutputPieces pieces;
+                MacroExpand(&imports, &frame, text, srcIndent, dstIndent, output, pieces);
+                shown = ShowPieces(pieces, files);
+                return ToStd(output);
+            });
+    const Result plain =
+        Run(files,
+            [&](ExpansionRun&, ImportHandler& imports, VarFrame& frame, std::string&)
+            {
+                xstring output("dropped");
+                MacroExpand(&imports, &frame, text, srcIndent, dstIndent, output);
+                return ToStd(output);
+            });
     FUZZ_REQUIRE(withPieces == mapped);
     FUZZ_REQUIRE(plain.m_outcome == mapped.m_outcome && plain.m_file == mapped.m_file);
 }

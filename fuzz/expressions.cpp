@@ -42,11 +42,25 @@ constexpr LevelFunction s_levels[] = {
 };
 
 constexpr const char* s_messages[] = {
-    "Expected ", "Unexpected ", "No conversion from ", "No implicit conversion from ",
-    "Incompatible type", "Division by zero", "Modulo zero error", "Calculation ",
-    "Can't assign to ", "Can't take log of value ", "Dot operator currently not supported",
-    "Function application currently not supported", "Index ", "len() not available on ",
-    "[] not available on ", "Bad token ", "Invalid token ", "Invalid escape character ", "Met ",
+    "Expected ",
+    "Unexpected ",
+    "No conversion from ",
+    "No implicit conversion from ",
+    "Incompatible type",
+    "Division by zero",
+    "Modulo zero error",
+    "Calculation ",
+    "Can't assign to ",
+    "Can't take log of value ",
+    "Dot operator currently not supported",
+    "Function application currently not supported",
+    "Index ",
+    "len() not available on ",
+    "[] not available on ",
+    "Bad token ",
+    "Invalid token ",
+    "Invalid escape character ",
+    "Met ",
     "Expansion nested too deeply",
 };
 
@@ -79,13 +93,16 @@ std::string ShowEnd(const ExactText& text, const ParserBase& parser)
 template <class Parse>
 Outcome Parsed(const ExactText& text, Parse parse)
 {
-    const auto once = [&] {
-        return Observe(text, [&] {
-            ExpressionParser parser;
-            parser.Init(text.View());
-            const std::string value = parse(parser);
-            return value + ShowEnd(text, parser);
-        });
+    const auto once = [&]
+    {
+        return Observe(text,
+                       [&]
+                       {
+                           ExpressionParser parser;
+                           parser.Init(text.View());
+                           const std::string value = parse(parser);
+                           return value + ShowEnd(text, parser);
+                       });
     };
     const Outcome outcome = once();
     FUZZ_REQUIRE(once() == outcome);
@@ -95,11 +112,13 @@ Outcome Parsed(const ExactText& text, Parse parse)
 
 Outcome ParsedLevel(const ExactText& text, LevelFunction level)
 {
-    return Parsed(text, [&](ExpressionParser& parser) {
-        LSLiteral literal;
-        (parser.*level)(literal);
-        return ShowLiteral(literal);
-    });
+    return Parsed(text,
+                  [&](ExpressionParser& parser)
+                  {
+                      LSLiteral literal;
+                      (parser.*level)(literal);
+                      return ShowLiteral(literal);
+                  });
 }
 
 std::string ShowTyped(ExpressionParser& parser, size_t type, bool loss)
@@ -145,9 +164,8 @@ void CheckInBrackets(const ExactText& text, const Outcome& outcome)
         return;
     const ExactText inBrackets("(\n" + ToStd(text.View()) + "\n)");
     const Outcome again = ParsedLevel(inBrackets, &ExpressionParser::ParseExpression);
-    const auto value = [](const Outcome& o) {
-        return o.m_text.substr(0, o.m_text.rfind(" then "));
-    };
+    const auto value = [](const Outcome& o)
+    { return o.m_text.substr(0, o.m_text.rfind(" then ")); };
     FUZZ_REQUIRE(again.m_kind == Outcome::Value && value(again) == value(outcome));
 }
 
@@ -157,20 +175,21 @@ void Check(const ExactText& text, size_t choice)
     CheckInBrackets(text, outcome);
     if (PlainExpressions::CanParse(text.View()))
     {
-        const Outcome plain = Observe(text, [&] {
-            PlainExpressions parser;
-            parser.Init(text.View());
-            LSLiteral literal;
-            parser.ParseExpression(literal);
-            return ShowLiteral(literal) + ShowEnd(text, parser);
-        });
+        const Outcome plain = Observe(text,
+                                      [&]
+                                      {
+                                          PlainExpressions parser;
+                                          parser.Init(text.View());
+                                          LSLiteral literal;
+                                          parser.ParseExpression(literal);
+                                          return ShowLiteral(literal) + ShowEnd(text, parser);
+                                      });
         FUZZ_REQUIRE(plain == outcome ||
                      (plain.m_kind == Outcome::Assertion && outcome.m_kind == Outcome::Assertion));
     }
     ParsedLevel(text, s_levels[choice % std::size(s_levels)]);
-    Parsed(text, [&](ExpressionParser& parser) {
-        return ShowTyped(parser, choice % 14, choice / 14 % 2 == 0);
-    });
+    Parsed(text, [&](ExpressionParser& parser)
+           { return ShowTyped(parser, choice % 14, choice / 14 % 2 == 0); });
 }
 
 } // namespace

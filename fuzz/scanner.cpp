@@ -44,22 +44,25 @@ void CheckToken(const ExactText& text, const LSToken& token, SubString before, S
 /// Scans to the end or to the first error and returns how it ended.
 Outcome ScanAll(const ExactText& text, bool returnComments, std::vector<LSToken>& tokens)
 {
-    return Observe(text, [&] {
-        SubString s = text.View();
-        for (;;)
-        {
-            const SubString before(s);
-            tokens.push_back(LsScanToken(s, returnComments));
-            CheckToken(text, tokens.back(), before, s);
-            const SubString gap(before.m_p1, tokens.back().m_str.m_p1);
-            FUZZ_REQUIRE(!returnComments || IsWhiteSpace(gap));
-            if (tokens.back().m_type == TOKEN_END)
-                return std::string();
-        }
-    });
+    return Observe(text,
+                   [&]
+                   {
+                       SubString s = text.View();
+                       for (;;)
+                       {
+                           const SubString before(s);
+                           tokens.push_back(LsScanToken(s, returnComments));
+                           CheckToken(text, tokens.back(), before, s);
+                           const SubString gap(before.m_p1, tokens.back().m_str.m_p1);
+                           FUZZ_REQUIRE(!returnComments || IsWhiteSpace(gap));
+                           if (tokens.back().m_type == TOKEN_END)
+                               return std::string();
+                       }
+                   });
 }
 
-void CheckWithoutComments(const ExactText& text, const std::vector<LSToken>& all, const Outcome& end)
+void CheckWithoutComments(const ExactText& text, const std::vector<LSToken>& all,
+                          const Outcome& end)
 {
     std::vector<LSToken> tokens;
     FUZZ_REQUIRE(ScanAll(text, /*returnComments=*/false, tokens) == end);
@@ -78,24 +81,30 @@ void CheckWithoutComments(const ExactText& text, const std::vector<LSToken>& all
 /// Each piece of the scanner either takes something or leaves the text alone.
 void CheckParts(const ExactText& text)
 {
-    Observe(text, [&] {
-        SubString s = text.View();
-        const bool taken = LsScanLiteralCharacter(s);
-        FUZZ_REQUIRE(text.Holds(s) && taken == (s.m_p1 != text.View().m_p1));
-        return std::string();
-    });
-    Observe(text, [&] {
-        SubString s = text.View();
-        const bool taken = LsScanEscapeCharacter(s);
-        FUZZ_REQUIRE(text.Holds(s) && taken == (s.m_p1 != text.View().m_p1));
-        return std::string();
-    });
-    Observe(text, [&] {
-        SubString s = text.View();
-        const bool taken = LsScanNumber(s) != TOKEN_UNDEF;
-        FUZZ_REQUIRE(text.Holds(s) && taken == (s.m_p1 != text.View().m_p1));
-        return std::string();
-    });
+    Observe(text,
+            [&]
+            {
+                SubString s = text.View();
+                const bool taken = LsScanLiteralCharacter(s);
+                FUZZ_REQUIRE(text.Holds(s) && taken == (s.m_p1 != text.View().m_p1));
+                return std::string();
+            });
+    Observe(text,
+            [&]
+            {
+                SubString s = text.View();
+                const bool taken = LsScanEscapeCharacter(s);
+                FUZZ_REQUIRE(text.Holds(s) && taken == (s.m_p1 != text.View().m_p1));
+                return std::string();
+            });
+    Observe(text,
+            [&]
+            {
+                SubString s = text.View();
+                const bool taken = LsScanNumber(s) != TOKEN_UNDEF;
+                FUZZ_REQUIRE(text.Holds(s) && taken == (s.m_p1 != text.View().m_p1));
+                return std::string();
+            });
 }
 
 void Check(const ExactText& text)

@@ -74,8 +74,8 @@ struct Outcome
     };
 
     Kind m_kind = Value;
-    std::string m_text;     ///< The value as text, or the whole message.
-    ssize_t m_offset = -2;  ///< Of the error in the text; -1: null.
+    std::string m_text;    ///< The value as text, or the whole message.
+    ssize_t m_offset = -2; ///< Of the error in the text; -1: null.
 
     bool operator==(const Outcome&) const = default;
 };

@@ -13,16 +13,17 @@ constexpr int s_deepest = 5;
 
 constexpr const char* s_names[] = {"a", "b", "f", "g", "m", "n", "s", "x", "y", "_A_", "word"};
 constexpr const char* s_types[] = {"bool", "int", "double", "char", "string"};
-constexpr const char* s_functions[] = {"len",    "is_bool", "is_char", "is_int", "is_double", "bool",
-                                       "char",   "int",     "double",  "string", "sin",       "cos",
-                                       "tan",    "exp",     "log",     "is_string"};
-constexpr const char* s_operators[] = {"+",  "-",  "*",  "/",  "%",  "&&", "||", "==", "!=", "<",
-                                       ">",  "<=", ">=", "<<", ">>", "&",  "|",  "^",  "^^", "--"};
-constexpr const char* s_literals[] = {"0",     "1",        "7",       "2147483648", "0x1F",
-                                      "2.5",   "1e300",    "true",    "false",      "\"text\"",
-                                      "'c'",   "\"\"",     "r\"\\a\"", "9223372036854775807",
-                                      "0.1",   "\"\\x41\"", "\"a\\n\"", "__LINE__"};
-constexpr const char* s_blanks[] = {"", "", "", " ", "  ", "\n", "\t", "\r\n", " // note\n", "/* c */"};
+constexpr const char* s_functions[] = {
+    "len",    "is_bool", "is_char", "is_int", "is_double", "bool", "char", "int",
+    "double", "string",  "sin",     "cos",    "tan",       "exp",  "log",  "is_string"};
+constexpr const char* s_operators[] = {"+", "-",  "*",  "/",  "%",  "&&", "||", "==", "!=", "<",
+                                       ">", "<=", ">=", "<<", ">>", "&",  "|",  "^",  "^^", "--"};
+constexpr const char* s_literals[] = {
+    "0",    "1",         "7",        "2147483648", "0x1F", "2.5",      "1e300",
+    "true", "false",     "\"text\"", "'c'",        "\"\"", "r\"\\a\"", "9223372036854775807",
+    "0.1",  "\"\\x41\"", "\"a\\n\"", "__LINE__"};
+constexpr const char* s_blanks[] = {"",   "",   "",     " ",          "  ",
+                                    "\n", "\t", "\r\n", " // note\n", "/* c */"};
 
 } // namespace
 
@@ -44,7 +45,8 @@ std::string Grammar::Text(Start start)
     {
     case Start::Expression:
         return Expression();
-    case Start::Project: {
+    case Start::Project:
+    {
         std::string text;
         for (size_t left = 1 + Below(6); left != 0; --left)
             text += ProjectStatement();
@@ -163,8 +165,8 @@ std::string Grammar::Statement()
 
 std::string Grammar::Definition()
 {
-    static constexpr const char* s_words[] = {"@def", "@def", "@def", "@exportdef", "@nakeddef",
-                                              "@nakeddef"};
+    static constexpr const char* s_words[] = {"@def",       "@def",      "@def",
+                                              "@exportdef", "@nakeddef", "@nakeddef"};
     std::string text = s_words[Below(std::size(s_words))];
     text += OneIn(3) ? " + " : " ";
     if (OneIn(6))
@@ -250,8 +252,8 @@ std::string Grammar::Loop()
         return "@let int x = {0}@while(x<" + std::to_string(Below(4)) + "){" + Statement() +
                "@let x={x+1}}";
     if (OneIn(3))
-        return "@for((" + Name() + "," + Name() + ") in [(" + Argument() + "," + Argument() + "),(" +
-               Argument() + "," + Argument() + ")])" + Block();
+        return "@for((" + Name() + "," + Name() + ") in [(" + Argument() + "," + Argument() +
+               "),(" + Argument() + "," + Argument() + ")])" + Block();
     std::string list = "[" + Argument();
     for (size_t left = Below(3); left != 0; --left)
         list += "," + Argument();
@@ -328,8 +330,9 @@ std::string Grammar::Import()
 
 std::string Grammar::Words()
 {
-    static constexpr const char* s_words[] = {"word", " ", "\n", "    ", ";",     "\"$(A)/x\"", "+1",
-                                              "a",    "x", "'q'", "\t",  "\r\n", "@@",         "{}"};
+    static constexpr const char* s_words[] = {"word",       " ",    "\n", "    ", ";",
+                                              "\"$(A)/x\"", "+1",   "a",  "x",    "'q'",
+                                              "\t",         "\r\n", "@@", "{}"};
     std::string text;
     for (size_t left = 1 + Below(5); left != 0; --left)
         text += s_words[Below(std::size(s_words))];

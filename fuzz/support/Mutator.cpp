@@ -142,7 +142,8 @@ std::string MutateText(const std::string& text, uint32_t seed, Start start)
         return grammar.OneIn(2) ? text + grammar.Part(start) : grammar.Wrap(text);
     case 4:
         return MixSections(text, sections, grammar);
-    default: {
+    default:
+    {
         Range section = sections[grammar.Below(sections.size())];
         return ChangeSection(text, section, grammar, start);
     }
@@ -184,7 +185,8 @@ size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize, unsig
 {
     if (seed % 3 == 0)
         return LLVMFuzzerMutate(data, size, maxSize);
-    return Store(telv::fuzz::MutateText(Load(data, size), seed, telv::fuzz::s_start), data, maxSize);
+    return Store(telv::fuzz::MutateText(Load(data, size), seed, telv::fuzz::s_start), data,
+                 maxSize);
 }
 
 size_t LLVMFuzzerCustomCrossOver(const uint8_t* data1, size_t size1, const uint8_t* data2,

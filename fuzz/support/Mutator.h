@@ -1,8 +1,8 @@
 // The custom mutator of the targets whose input is a text of the language.
 //
-// It changes a text along its structure: it inserts generated parts between lines and tokens, wraps,
-// copies, removes and replaces bracketed sections, and exchanges names. Every third time or so it
-// leaves the work to the fuzzer's own mutations of bytes.
+// It changes a text along its structure: it inserts generated parts between lines and tokens,
+// wraps, copies, removes and replaces bracketed sections, and exchanges names. Every third time or
+// so it leaves the work to the fuzzer's own mutations of bytes.
 #pragma once
 
 #include "Grammar.h"

@@ -14,24 +14,78 @@ namespace
 using Combine = LSLiteral (*)(const LSLiteral&, const LSLiteral&);
 using Level = std::map<EToken, Combine>;
 
-LSLiteral Plus(const LSLiteral& x, const LSLiteral& y) { return x + y; }
-LSLiteral Minus(const LSLiteral& x, const LSLiteral& y) { return x - y; }
-LSLiteral Times(const LSLiteral& x, const LSLiteral& y) { return x * y; }
-LSLiteral Divide(const LSLiteral& x, const LSLiteral& y) { return x / y; }
-LSLiteral Modulo(const LSLiteral& x, const LSLiteral& y) { return x % y; }
-LSLiteral Left(const LSLiteral& x, const LSLiteral& y) { return x << y; }
-LSLiteral Right(const LSLiteral& x, const LSLiteral& y) { return x >> y; }
-LSLiteral BitAnd(const LSLiteral& x, const LSLiteral& y) { return x & y; }
-LSLiteral BitOr(const LSLiteral& x, const LSLiteral& y) { return x | y; }
-LSLiteral BitXor(const LSLiteral& x, const LSLiteral& y) { return x ^ y; }
-LSLiteral And(const LSLiteral& x, const LSLiteral& y) { return x && y; }
-LSLiteral Or(const LSLiteral& x, const LSLiteral& y) { return x || y; }
-LSLiteral Equal(const LSLiteral& x, const LSLiteral& y) { return IsEqual(x, y); }
-LSLiteral NotEqual(const LSLiteral& x, const LSLiteral& y) { return !IsEqual(x, y); }
-LSLiteral Less(const LSLiteral& x, const LSLiteral& y) { return IsLess(x, y); }
-LSLiteral Greater(const LSLiteral& x, const LSLiteral& y) { return IsLess(y, x); }
-LSLiteral LessEqual(const LSLiteral& x, const LSLiteral& y) { return IsLessThanOrEqual(x, y); }
-LSLiteral GreaterEqual(const LSLiteral& x, const LSLiteral& y) { return IsLessThanOrEqual(y, x); }
+LSLiteral Plus(const LSLiteral& x, const LSLiteral& y)
+{
+    return x + y;
+}
+LSLiteral Minus(const LSLiteral& x, const LSLiteral& y)
+{
+    return x - y;
+}
+LSLiteral Times(const LSLiteral& x, const LSLiteral& y)
+{
+    return x * y;
+}
+LSLiteral Divide(const LSLiteral& x, const LSLiteral& y)
+{
+    return x / y;
+}
+LSLiteral Modulo(const LSLiteral& x, const LSLiteral& y)
+{
+    return x % y;
+}
+LSLiteral Left(const LSLiteral& x, const LSLiteral& y)
+{
+    return x << y;
+}
+LSLiteral Right(const LSLiteral& x, const LSLiteral& y)
+{
+    return x >> y;
+}
+LSLiteral BitAnd(const LSLiteral& x, const LSLiteral& y)
+{
+    return x & y;
+}
+LSLiteral BitOr(const LSLiteral& x, const LSLiteral& y)
+{
+    return x | y;
+}
+LSLiteral BitXor(const LSLiteral& x, const LSLiteral& y)
+{
+    return x ^ y;
+}
+LSLiteral And(const LSLiteral& x, const LSLiteral& y)
+{
+    return x && y;
+}
+LSLiteral Or(const LSLiteral& x, const LSLiteral& y)
+{
+    return x || y;
+}
+LSLiteral Equal(const LSLiteral& x, const LSLiteral& y)
+{
+    return IsEqual(x, y);
+}
+LSLiteral NotEqual(const LSLiteral& x, const LSLiteral& y)
+{
+    return !IsEqual(x, y);
+}
+LSLiteral Less(const LSLiteral& x, const LSLiteral& y)
+{
+    return IsLess(x, y);
+}
+LSLiteral Greater(const LSLiteral& x, const LSLiteral& y)
+{
+    return IsLess(y, x);
+}
+LSLiteral LessEqual(const LSLiteral& x, const LSLiteral& y)
+{
+    return IsLessThanOrEqual(x, y);
+}
+LSLiteral GreaterEqual(const LSLiteral& x, const LSLiteral& y)
+{
+    return IsLessThanOrEqual(y, x);
+}
 
 const std::vector<Level> s_levels = {
     {{TOKEN_DBL_VLINE, Or}},
@@ -51,20 +105,13 @@ const std::vector<Level> s_levels = {
 };
 
 const Level s_assignments = {
-    {TOKEN_EQUAL, nullptr},
-    {TOKEN_PLUS_EQUAL, Plus},
-    {TOKEN_MINUS_EQUAL, Minus},
-    {TOKEN_ASTERISK_EQUAL, Times},
-    {TOKEN_SLASH_EQUAL, Divide},
-    {TOKEN_PERCENT_EQUAL, Modulo},
-    {TOKEN_AMPERSAND_EQUAL, BitAnd},
-    {TOKEN_VLINE_EQUAL, BitOr},
-    {TOKEN_CARET_EQUAL, BitXor},
-    {TOKEN_DBL_LESS_EQUAL, Left},
-    {TOKEN_DBL_GREATER_EQUAL, Right},
-    {TOKEN_DBL_AMPERSAND_EQUAL, And},
-    {TOKEN_DBL_VLINE_EQUAL, Or},
-    {TOKEN_DBL_CARET_EQUAL, Power},
+    {TOKEN_EQUAL, nullptr},           {TOKEN_PLUS_EQUAL, Plus},
+    {TOKEN_MINUS_EQUAL, Minus},       {TOKEN_ASTERISK_EQUAL, Times},
+    {TOKEN_SLASH_EQUAL, Divide},      {TOKEN_PERCENT_EQUAL, Modulo},
+    {TOKEN_AMPERSAND_EQUAL, BitAnd},  {TOKEN_VLINE_EQUAL, BitOr},
+    {TOKEN_CARET_EQUAL, BitXor},      {TOKEN_DBL_LESS_EQUAL, Left},
+    {TOKEN_DBL_GREATER_EQUAL, Right}, {TOKEN_DBL_AMPERSAND_EQUAL, And},
+    {TOKEN_DBL_VLINE_EQUAL, Or},      {TOKEN_DBL_CARET_EQUAL, Power},
 };
 
 } // namespace
@@ -92,9 +139,9 @@ std::string ShowLiteral(const LSLiteral& literal)
 bool PlainExpressions::CanParse(SubString text)
 {
     const std::string whole = ToStd(text);
-    return std::count_if(whole.begin(), whole.end(), [](char c) {
-               return std::string("([?!~+-").find(c) != std::string::npos;
-           }) < 200;
+    return std::count_if(whole.begin(), whole.end(),
+                         [](char c)
+                         { return std::string("([?!~+-").find(c) != std::string::npos; }) < 200;
 }
 
 void PlainExpressions::ParseExpression(LSLiteral& literal)
@@ -170,7 +217,8 @@ void PlainExpressions::PostFix(LSLiteral& x)
     for (;;)
         switch (m_token.m_type)
         {
-        case TOKEN_LEFT_SQUARE: {
+        case TOKEN_LEFT_SQUARE:
+        {
             ReadNextToken();
             LSLiteral index;
             ParseExpression(index);
@@ -198,7 +246,8 @@ void PlainExpressions::Primary(LSLiteral& x)
     case TOKEN_FLOAT:
         return Read(x, m_token.GetLiteralDouble());
     case TOKEN_SINGLE_QUOTED_STRING:
-    case TOKEN_DOUBLE_QUOTED_STRING: {
+    case TOKEN_DOUBLE_QUOTED_STRING:
+    {
         xstring text;
         m_token.GetLiteralString(text);
         return Read(x, text);

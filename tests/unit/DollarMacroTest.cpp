@@ -235,6 +235,21 @@ TEST(DollarMacro, ChainPutTogetherFromLongerText)
     EXPECT_EQ(Applied(frame, "$(A0)"), expected + "end");
 }
 
+TEST(DollarMacro, ValueThatHelpsToReferToItselfWhileTheTextGetsShorter)
+{
+    EXPECT_EQ(Applied({{"P", "$("}, {"X", "X)"}}, "$(P)$(P)$(P)$(X)"), "X)");
+}
+
+TEST(DollarMacro, GrowthIsNoticedAmongManyMacros)
+{
+    FileScopeVarFrame frame;
+    for (int i = 0; i < 200; ++i)
+        frame.InsertDollarMacro(View("UNUSED" + std::to_string(i)), "x");
+    Insert(frame, {{"A", "$(D)(A)$(D)(A)"}, {"D", "$"}, {"V", "))$(V$(V"}});
+    EXPECT_EQ(Applied(frame, "$(A)"), "error: Dollar macro A contains itself");
+    EXPECT_EQ(Applied(frame, "$(V$(V))"), "error: Dollar macro V contains itself");
+}
+
 TEST(DollarMacro, UsedManyTimesIsNoRing)
 {
     std::string uses;
@@ -267,6 +282,7 @@ TEST(DollarMacro, Rings)
         {"put together, growing", {{"A", "$(D)(A)$(D)(A)x"}, {"D", "$"}}, "$(A)", "A"},
         {"put together by three", {{"A", "$(D)$(P)A)x"}, {"D", "$"}, {"P", "("}}, "$(A)", "A"},
         {"put together from the name", {{"A", "x$($(N))"}, {"N", "A"}}, "$(A)", "A"},
+        {"values side by side", {{"V", "))$(V$(V"}}, "$(V$(V))", "V"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(Applied(row.m_macros, row.m_text),

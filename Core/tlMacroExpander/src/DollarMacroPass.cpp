@@ -8,6 +8,7 @@
 // Macros that refer to each other in a ring, as their values are written, are found before the first
 // pass: the text could double with each macro of the ring.
 #include "tlMacroExpander/src/DollarMacroPass.h"
+#include "tlMacroExpander/src/ExpansionLevel.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <cstring>
 #include <set>

@@ -16,6 +16,8 @@ ExpansionLevel::ExpansionLevel(ExpansionRun& run, const MacroExpander& expander)
       m_exceptions(std::uncaught_exceptions())
 {
     const SubString text = expander.m_origStr;
+    if (m_owner == nullptr && m_outer == nullptr)
+        m_owner = FallbackRun().m_nextOwner;
     if (m_owner != nullptr && !IsWithin(text, m_owner->Text()))
         m_owner = nullptr;
     if (m_outer != nullptr)
@@ -100,6 +102,13 @@ const char* ExpansionLevel::Position() const
 {
     const char* const directive = m_expander.m_startDirectivePos;
     return directive == nullptr ? m_expander.m_origStr.begin() : directive;
+}
+
+void ExpansionLevel::CheckSize(ssize_t size)
+{
+    const ExpansionRun* const run = ExpansionRun::Current();
+    if (run != nullptr && size > run->m_limits.m_maxOutput)
+        ThrowOutputTooLarge(nullptr);
 }
 
 void ExpansionLevel::ForgetErrors() noexcept

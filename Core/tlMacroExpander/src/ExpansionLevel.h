@@ -12,8 +12,12 @@ namespace telv
 
 class MacroExpander;
 
-/// The run installed for this thread; an expansion is in progress.
+/// The run installed for this thread, or the fallback.
 ExpansionRun& CurrentRun() noexcept;
+
+/// Serves, on this thread, members of an expander that are called while no run is installed. What
+/// they expand has a run of its own.
+ExpansionRun& FallbackRun() noexcept;
 
 /// Lives as long as one `MacroExpander::Expand`.
 class ExpansionLevel
@@ -50,6 +54,10 @@ public:
     }
     /// Notes that a piece of the mapped output views the text of the innermost level.
     static void NotePiece();
+
+    /// @throws ExpansionLimitException  `size` bytes are more than the current run allows; without a
+    ///     position.
+    static void CheckSize(ssize_t size);
 
     /// To be called where an error has been swallowed.
     static void ForgetErrors() noexcept;

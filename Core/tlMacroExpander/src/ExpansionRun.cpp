@@ -23,9 +23,15 @@ ExpansionRun* ExpansionRun::Current() noexcept
     return t_current;
 }
 
+ExpansionRun& FallbackRun() noexcept
+{
+    thread_local ExpansionRun run;
+    return run;
+}
+
 ExpansionRun& CurrentRun() noexcept
 {
-    return *t_current;
+    return t_current != nullptr ? *t_current : FallbackRun();
 }
 
 ExpansionRunScope::ExpansionRunScope(ExpansionRun& run) noexcept

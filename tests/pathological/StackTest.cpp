@@ -1,0 +1,172 @@
+// Nesting: whatever the stack is, a text that nests too deeply is an error, and one that nests
+// 100,000 deep is expanded by the tool.
+#include "HostileTest.h"
+
+#include <sys/resource.h>
+
+namespace telv::test
+{
+namespace
+{
+
+constexpr unsigned long s_kibi = 1024;
+constexpr unsigned long s_mebi = 1024 * s_kibi;
+constexpr size_t s_deep = 100'000;
+
+/// A limit on the stack, as `ulimit -s` sets it.
+constexpr unsigned long s_stacks[] = {512 * s_kibi, 8 * s_mebi, 256 * s_mebi, RLIM_INFINITY};
+
+/// Every way in which a body can come back to itself.
+const char* const s_endless[] = {
+    "@def f = {f}\nf",
+    "@def f = {@scope{f}}\nf",
+    "@def f = {@if(true){f}}\nf",
+    "@def f = {@if(false){}@elseif(true){f}}\nf",
+    "@def f = {@if(false){}@else{f}}\nf",
+    "@def f = {@if(f){}}\nf",
+    "@def f = {@for(x in [1]){f}}\nf",
+    "@def f = {@for(x in f){}}\nf",
+    "@def f = {@while(true){f}}\nf",
+    "@def f = {@while(f){}}\nf",
+    "@def f = {@(f)}\nf",
+    "@def f = {@[f]}\nf",
+    "@def f = {@[@quote(f)]}\nf",
+    "@def f = {@str(f)}\nf",
+    "@def f = {@unstr(f)}\nf",
+    "@def f = {@print(f)}\nf",
+    "@def f = {@assert(f)}\nf",
+    "@def f = {@assertfails(f)}\nf",
+    "@def f = {@assertfails(f)@assertfails(f)}\nf",
+    "@def f = {@fail(f)}\nf",
+    "@def f = {@relativepath(f, f)}\nf",
+    "@def f = {@let int i = {f}}\nf",
+    "@def f = {@let string s := {f}}\nf",
+    "@def int f = {f}\nf",
+    "@def f(int i) = {f(i)}\nf(1)",
+    "@def f(int i) = {x}\n@def g = {f(g)}\ng",
+    "@def f(x) = {f(x)}\nf(1)",
+    "@def f(g()) = {g(1)}\n@def h(x) = {f(h)}\nf(h)",
+    "@nakeddef f = {f}\nf",
+};
+
+class StackTest : public HostileTest
+{
+protected:
+    /// Runs the client of the library, whose stack is the main thread's.
+    static ProgramResult RunClient(std::string_view source, unsigned long stack)
+    {
+        LimitedOptions options;
+        options.input = source;
+        options.stack = stack;
+        const ProgramResult result = RunLimited({TELV_LIBRARY_CLIENT_PATH}, options);
+        EXPECT_EQ(result.signal, 0) << source.substr(0, 200);
+        return result;
+    }
+};
+
+TEST_F(StackTest, EndlessRecursionIsAnErrorOnSmallStacks)
+{
+    const std::string wanted = "Expansion nested too deeply";
+    for (const char* const source : s_endless)
+        for (const unsigned long stack : {512 * s_kibi, 8 * s_mebi})
+        {
+            const ProgramResult result = RunClient(source, stack);
+            EXPECT_EQ(result.status, 1) << source;
+            EXPECT_EQ(result.err.substr(0, wanted.size()), wanted) << source;
+            EXPECT_EQ(result.err.find("at -1"), std::string::npos) << source;
+        }
+}
+
+TEST_F(StackTest, EndlessRecursionIsAnErrorOnLargeStacks)
+{
+    for (const unsigned long stack : {256 * s_mebi, RLIM_INFINITY})
+    {
+        const ProgramResult result = RunClient(s_endless[0], stack);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err.rfind("Expansion nested too deeply", 0), 0u);
+    }
+}
+
+TEST_F(StackTest, AThousandLevelsFitIntoTheUsualStack)
+{
+    const ProgramResult result = RunClient(
+        "@def f(int n) = {@if(n > 0){@scope{f(n - 1)}}@else{end}}\nf(1000)", 8 * s_mebi);
+    EXPECT_EQ(result.out, "end");
+}
+
+TEST_F(StackTest, ToolReportsEndlessRecursion)
+{
+    ExpectError(Expand("@def f = {f}\nf\n"),
+                "main.tl(1) : error : Expansion nested too deeply\n    invoking macro f\n");
+}
+
+TEST_F(StackTest, ToolNestsMacroCalls)
+{
+    const std::string source = "@def f(n) = {[n]}\n" + Repeat("f(", s_deep) + "x" +
+                               Repeat(")", s_deep);
+    for (const unsigned long stack : s_stacks)
+    {
+        LimitedOptions options;
+        options.stack = stack;
+        ExpectText(Expand(source, {}, options), Repeat("[", s_deep) + "x" + Repeat("]", s_deep));
+    }
+}
+
+TEST_F(StackTest, ToolNestsTypedRecursion)
+{
+    ExpectText(Expand("@def f(int n) = {@if(n > 0){f(n - 1)}@else{end}}\nf(100000)\n"), "end\n");
+}
+
+TEST_F(StackTest, ToolFollowsDynamicScopes)
+{
+    ExpectText(Expand("@def g = {G}\n@def f(int n) = {g@if(n > 0){f(n - 1)}}\nf(100000)\n"),
+               Repeat("G", s_deep + 1) + "\n");
+}
+
+TEST_F(StackTest, ToolNestsBlocks)
+{
+    ExpectText(Expand(Repeat("@scope{", s_deep) + "x" + Repeat("}", s_deep)), "x");
+    ExpectText(Expand(Repeat("@if(true){\n", 5000) + "x\n" + Repeat("}\n", 5000)),
+               "x\n" + Repeat("\n", 5000));
+}
+
+TEST_F(StackTest, ToolNestsExpressions)
+{
+    const size_t n = 1'000'000;
+    ExpectText(Expand("@(" + Repeat("(", n) + "1" + Repeat(")", n) + ")"), "1");
+    ExpectText(Expand("@(" + Repeat("!", n) + "true)"), "true");
+    ExpectText(Expand("@(" + Repeat("- ", n) + "1)"), "1");
+    ExpectText(Expand("@(" + Repeat("true?", n) + "1" + Repeat(":2", n) + ")"), "1");
+    ExpectText(Expand("@(" + Repeat("false?1:", n) + "2)"), "2");
+    ExpectText(Expand("@(" + Repeat("\"ab\"[", n) + "1" + Repeat("==\"b\"?1:0]", n) + ")"), "b");
+    ExpectText(Expand("@(" + Repeat("int(", n) + "1" + Repeat(")", n) + ")"), "1");
+    ExpectText(Expand("@(1" + Repeat("+1", n) + ")"), "1000001");
+}
+
+TEST_F(StackTest, ClientNestsNoExpressionTooDeeply)
+{
+    const size_t n = 1'000'000;
+    const std::string expressions[] = {
+        Repeat("(", n) + "1" + Repeat(")", n),   Repeat("!", n) + "true",
+        Repeat("true?", n) + "1" + Repeat(":2", n), Repeat("false?1:", n) + "2",
+        Repeat("\"ab\"[", n) + "1" + Repeat("]", n), Repeat("len(", n) + "1" + Repeat(")", n),
+    };
+    for (const std::string& expression : expressions)
+    {
+        const ProgramResult result = RunClient("@(" + expression + ")", 512 * s_kibi);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err.substr(0, 27), "Expansion nested too deeply") << expression.substr(0, 9);
+    }
+}
+
+TEST_F(StackTest, MaxDepthIsALimitOfItsOwn)
+{
+    ExpectError(Expand("@def f = {f}\nf\n", {"--max-depth", "50"}),
+                "main.tl(1) : error : Expansion nested too deeply\n    invoking macro f\n");
+    ExpectError(Expand("@def f = {@assertfails(f)}\nf\n", {"--max-depth", "50"}),
+                "main.tl(1) : error : Expansion nested too deeply\n");
+    ExpectText(Expand("@def f = {@scope{x}}\nf\n", {"--max-depth", "3"}), "x\n");
+}
+
+} // namespace
+} // namespace telv::test
