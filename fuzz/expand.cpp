@@ -176,9 +176,9 @@ struct Result
 void SetLimits(ExpansionRun& run)
 {
     run.m_pythonAllowed = false;
-    run.m_limits.m_maxDepth = 60;
-    run.m_limits.m_maxSteps = 1500;
-    run.m_limits.m_maxOutput = 100'000;
+    run.m_limits.m_maxDepth = 40;
+    run.m_limits.m_maxSteps = 500;
+    run.m_limits.m_maxOutput = 20'000;
 }
 
 void CheckAssertion(const Outcome& outcome)

@@ -138,7 +138,9 @@ TEST_F(StackTest, ToolNestsExpressions)
     ExpectText(Expand("@(" + Repeat("- ", n) + "1)"), "1");
     ExpectText(Expand("@(" + Repeat("true?", n) + "1" + Repeat(":2", n) + ")"), "1");
     ExpectText(Expand("@(" + Repeat("false?1:", n) + "2)"), "2");
-    ExpectText(Expand("@(" + Repeat("\"ab\"[", n) + "1" + Repeat("==\"b\"?1:0]", n) + ")"), "b");
+    ExpectText(Expand("@(" + Repeat("\"ab\"[", n) + "\"ab\"[1]" +
+                      Repeat("==\"b\"?1:0]", n) + ")"),
+               "b");
     ExpectText(Expand("@(" + Repeat("int(", n) + "1" + Repeat(")", n) + ")"), "1");
     ExpectText(Expand("@(1" + Repeat("+1", n) + ")"), "1000001");
 }

@@ -238,7 +238,7 @@ TEST(Invocation, ErrorsNameTheCall)
         {"number(1 2)", "error: Read 2 in middle of expression\n    expression: 1 2\n    invoking "
                         "macro number(x) with x=1 2 @0"},
         {"call(two)", "error: Insufficient arguments provided for macro two(a,b)\n    invoking "
-                      "macro f\n    invoking macro call(f) with f=two @#0:143"},
+                      "macro f\n    invoking macro call(f) with f=two @#0:126"},
     };
     for (const auto& row : rows)
     {

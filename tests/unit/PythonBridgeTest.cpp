@@ -817,7 +817,7 @@ template <class Operation>
 std::string WithoutLibraries(Operation operation)
 {
     s_librariesHidden = true;
-    const std::string result = operation();
+    std::string result = operation();
     s_librariesHidden = false;
     return result;
 }
@@ -889,17 +889,16 @@ TEST_F(PythonLoadingDeathTest, OtherPlacesAreTriedWhenTheFirstFails)
 /// Where the library is found. The parent looks, which loads it; the child inherits the answer.
 std::string InstalledLibrary()
 {
-    if (std::getenv("TELV_TEST_PYTHON_LIBRARY") == nullptr)
-    {
-        InitPython();
-        UninitPython();
-        const std::string maps = test::ReadFile("/proc/self/maps").value_or("");
-        const size_t name = maps.find("libpython2.7");
-        const size_t begin = maps.rfind(' ', name) + 1;
-        const std::string path = maps.substr(begin, maps.find('\n', name) - begin);
-        setenv("TELV_TEST_PYTHON_LIBRARY", path.c_str(), 1);
-    }
-    return std::getenv("TELV_TEST_PYTHON_LIBRARY");
+    if (const char* const known = std::getenv("TELV_TEST_PYTHON_LIBRARY"))
+        return known;
+    InitPython();
+    UninitPython();
+    const std::string maps = test::ReadFile("/proc/self/maps").value_or("");
+    const size_t name = maps.find("libpython2.7");
+    const size_t begin = maps.rfind(' ', name) + 1;
+    std::string path = maps.substr(begin, maps.find('\n', name) - begin);
+    setenv("TELV_TEST_PYTHON_LIBRARY", path.c_str(), 1);
+    return path;
 }
 
 TEST_F(PythonLoadingDeathTest, LibraryOfTheEnvironmentComesFirst)

@@ -77,6 +77,7 @@ private:
     ExpansionLevel* m_bracketLevel;           ///< The level whose text holds this one's.
     std::unique_ptr<BracketCache> m_brackets; ///< Made on demand.
     int m_exceptions;                         ///< In flight when the level began.
+    bool m_errorHasPosition = false;          ///< The error that ended it says where it is.
 };
 
 /// Says who owns the text that the next expansion is given, where that is not the current text.

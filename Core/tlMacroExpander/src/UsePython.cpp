@@ -117,6 +117,8 @@ void MakeSharedModule()
 {
     s_module = Python().PyModule_New("test");
     TELV_ASSERT(s_module);
+    // The assertion's text is the name of the variable.
+    // NOLINTNEXTLINE(readability-identifier-naming)
     PyObject* const builtin_module = Python().PyImport_AddModule("__builtin__");
     TELV_ASSERT(builtin_module);
     Py_INCREF(builtin_module);

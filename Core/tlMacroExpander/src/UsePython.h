@@ -8,7 +8,8 @@
 #include "tlMacroExpander/Export.h"
 #include "tlUtils/StringExt.h"
 
-struct _object;
+// The name that Python's own header gives the structure.
+struct _object; // NOLINT(bugprone-reserved-identifier)
 
 namespace telv
 {
@@ -70,8 +71,7 @@ TLEXPANDER_API PyObject* ExecutePythonExpression(const xstring& expression, xstr
 /// Runs statements. `path` is what tracebacks call them.
 /// @throws LexScannerException  "Python compilation error: " or "Python error: " and the traceback,
 ///     at `errorPos`.
-TLEXPANDER_API void RunPython(const xstring& path, const xstring& pythonCode,
-                              const char* errorPos);
+TLEXPANDER_API void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos);
 
 /// Evaluates an expression and stores its value as text.
 /// @throws LexScannerException  "Python error: " and the traceback, or "Can't convert python

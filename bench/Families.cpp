@@ -1,0 +1,298 @@
+// A family is a function from n to a text. The text is expanded with its pieces; an error at its
+// end is part of the program.
+#include "Families.h"
+#include "tlMacroExpander/MacroExpand.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include <memory>
+#include <string>
+
+namespace telv::bench
+{
+
+namespace
+{
+
+/// Allows dollar macros.
+class NoFiles final : public ImportHandler
+{
+public:
+    bool HandleImport(VarFrame*, const xstring&, const char*) override { return false; }
+};
+
+void Expand(SubString text)
+{
+    NoFiles files;
+    FileScopeVarFrame frame;
+    xstring output;
+    OutputPieces pieces;
+    try
+    {
+        MacroExpand(&files, &frame, text, 0, 0, output, pieces);
+    }
+    catch (const LexScannerException&)
+    {
+    }
+}
+
+Work ExpansionOf(const std::string& text)
+{
+    const auto kept = std::make_shared<std::string>(text);
+    return [kept] { Expand(SubString(kept->data(), kept->data() + kept->size())); };
+}
+
+std::string Times(size_t n, const std::string& text)
+{
+    std::string result;
+    result.reserve(n * text.size());
+    for (size_t i = 0; i < n; ++i)
+        result += text;
+    return result;
+}
+
+/// `make` called with "0" to "n-1", joined by `separator`.
+template <class Make>
+std::string Join(size_t n, const std::string& separator, Make make)
+{
+    std::string result;
+    for (size_t i = 0; i < n; ++i)
+        result += (i == 0 ? "" : separator) + make(std::to_string(i));
+    return result;
+}
+
+std::string Nested(size_t n, const std::string& open, const std::string& inside,
+                   const std::string& close)
+{
+    return Times(n, open) + inside + Times(n, close);
+}
+
+Work NestedScope(size_t n)
+{
+    return ExpansionOf(Nested(n, "@scope{", "x", "}"));
+}
+Work NestedIf(size_t n)
+{
+    return ExpansionOf(Nested(n, "@if(true){", "x", "}"));
+}
+Work NestedElse(size_t n)
+{
+    return ExpansionOf(Nested(n, "@if(false){}@else{", "x", "}"));
+}
+Work NestedFor(size_t n)
+{
+    return ExpansionOf(Nested(n, "@for(i in [1]){", "i", "}"));
+}
+Work NestedTwice(size_t n)
+{
+    return ExpansionOf(Nested(n, "@[", "x", "]"));
+}
+
+Work NestedDefinitions(size_t n)
+{
+    return ExpansionOf(Nested(n, "@def m = {", "x", " m}") + " m");
+}
+
+Work Recursion(size_t n)
+{
+    return ExpansionOf("@def r(int n) = {@if(n>0){r(n-1)}}r(" + std::to_string(n) + ")");
+}
+
+Work Chain(size_t n)
+{
+    return ExpansionOf(
+        "@def m0 = {x}\n" +
+        Join(n, "",
+             [](const std::string& i)
+             { return "@def m" + std::to_string(std::stoul(i) + 1) + " = {m" + i + "}\n"; }) +
+        "m" + std::to_string(n));
+}
+
+Work Formals(size_t n)
+{
+    const auto name = [](const std::string& i) { return "a" + i; };
+    const auto value = [](const std::string& i) { return i; };
+    return ExpansionOf("@def f(" + Join(n, ",", name) + ") = {a0}f(" + Join(n, ",", value) + ")");
+}
+
+Work NestedCalls(size_t n)
+{
+    return ExpansionOf("@def f(x) = {x}" + Nested(n, "f(", "1", ")"));
+}
+
+Work NestedFunctionArguments(size_t n)
+{
+    return ExpansionOf("@def id(x) = {x}@def call(f()) = {f(1)}" + Times(n, "call(id) "));
+}
+
+Work List(size_t n)
+{
+    return ExpansionOf("@for(i in [" + Join(n, ",", [](const std::string& i) { return i; }) +
+                       "]){i;}");
+}
+
+Work While(size_t n)
+{
+    return ExpansionOf("@let int i = {0}@while(i<" + std::to_string(n) + "){x@let i = {i+1}}");
+}
+
+Work Definitions(size_t n)
+{
+    return ExpansionOf(
+        Join(n, "", [](const std::string& i) { return "@def d" + i + " = {" + i + "}\n"; }) +
+        Join(n, " ", [](const std::string& i) { return "d" + i; }));
+}
+
+Work Redefinitions(size_t n)
+{
+    return ExpansionOf(Times(n, "@def m = {x}m\n"));
+}
+
+Work LongString(size_t n)
+{
+    return ExpansionOf("@str(" + Times(n, "word \"\\n\" ") + ")");
+}
+Work ManyStringLines(size_t n)
+{
+    return ExpansionOf("@strx(" + Times(n, "line\n") + ")");
+}
+
+Work Assignments(size_t n)
+{
+    return ExpansionOf("@let string s := {}\n" + Times(n, "@let s := {text}\n") + "s");
+}
+
+Work Appends(size_t n)
+{
+    return ExpansionOf("@let string s := {}\n" + Times(n, "@let s := {s@@x}\n") + "s");
+}
+
+Work WideExpression(size_t n)
+{
+    return ExpansionOf("@(" + Times(n, "1 + ") + "1)");
+}
+Work NestedParentheses(size_t n)
+{
+    return ExpansionOf("@" + Nested(n, "(", "1", ")"));
+}
+Work PrefixOperators(size_t n)
+{
+    return ExpansionOf("@(" + Times(n, "- ") + "1)");
+}
+Work Alternatives(size_t n)
+{
+    return ExpansionOf("@(" + Times(n, "false ? 1 : ") + "2)");
+}
+Work LongLine(size_t n)
+{
+    return ExpansionOf(Times(n, "word , 1.5 "));
+}
+Work ShortLines(size_t n)
+{
+    return ExpansionOf(Times(n, "    x\n"));
+}
+Work Comments(size_t n)
+{
+    return ExpansionOf(Times(n, "// note\n@// gone\n"));
+}
+Work Quote(size_t n)
+{
+    return ExpansionOf("  @quote(" + Times(n, "    word\n") + ")");
+}
+
+Work ExpectedErrors(size_t n)
+{
+    return ExpansionOf(Times(n, "@assertfails(@fail(\"x\"))\n"));
+}
+
+Work DeepError(size_t n)
+{
+    return ExpansionOf("@def r(int n) = {@if(n>0){r(n-1)}@else{@fail(\"x\")}}r(" +
+                       std::to_string(n) + ")");
+}
+
+Work DeepErrorInExpressions(size_t n)
+{
+    return ExpansionOf(Nested(n, "@(", "1 +", ")"));
+}
+
+Work DollarMacros(size_t n)
+{
+    return ExpansionOf(
+        Join(n, "", [](const std::string& i) { return "@$A" + i + " = \"" + i + "\"\n"; }) + "\"" +
+        Join(n, "/", [](const std::string& i) { return "$(A" + i + ")"; }) + "\"");
+}
+
+Work ChainOfDollarMacros(size_t n)
+{
+    return ExpansionOf(
+        "@$A0 = \"x\"\n" +
+        Join(n, "",
+             [](const std::string& i)
+             { return "@$A" + std::to_string(std::stoul(i) + 1) + " = \"$(A" + i + ")\"\n"; }) +
+        "\"$(A" + std::to_string(n) + ")\"");
+}
+
+/// Every position of an output is mapped back, in order.
+Work Mapping(size_t n)
+{
+    struct Expanded
+    {
+        std::string m_text;
+        FileScopeVarFrame m_frame;
+        xstring m_output;
+        OutputPieces m_pieces;
+    };
+    const auto expanded = std::make_shared<Expanded>();
+    expanded->m_text = "@def m = {one, two}\n" + Times(n, "m and ");
+    const std::string& text = expanded->m_text;
+    MacroExpand(nullptr, &expanded->m_frame, SubString(text.data(), text.data() + text.size()), 0,
+                0, expanded->m_output, expanded->m_pieces);
+    return [expanded]
+    {
+        OutputPiecesMonotonePosMapper mapper(expanded->m_pieces);
+        for (ssize_t pos = 0; pos < expanded->m_output.size(); ++pos)
+            mapper.MapOutputPositionToAddress(pos);
+    };
+}
+
+} // namespace
+
+std::vector<Family> TextFamilies()
+{
+    return {
+        {"nested @scope", 25'000, NestedScope, nullptr},
+        {"nested @if", 25'000, NestedIf, nullptr},
+        {"nested @else", 25'000, NestedElse, nullptr},
+        {"nested @for", 10'000, NestedFor, nullptr},
+        {"nested @[", 10'000, NestedTwice, nullptr},
+        {"nested definitions", 10'000, NestedDefinitions, nullptr},
+        {"deep recursion", 10'000, Recursion, nullptr},
+        {"chain of macros", 25'000, Chain, nullptr},
+        {"many formal arguments", 25'000, Formals, nullptr},
+        {"nested calls", 25'000, NestedCalls, nullptr},
+        {"function arguments", 25'000, NestedFunctionArguments, nullptr},
+        {"long list of @for", 50'000, List, nullptr},
+        {"long @while", 25'000, While, nullptr},
+        {"many definitions", 50'000, Definitions, nullptr},
+        {"redefinitions", 50'000, Redefinitions, nullptr},
+        {"long @str", 50'000, LongString, nullptr},
+        {"long @strx", 50'000, ManyStringLines, nullptr},
+        {"@quote of many lines", 100'000, Quote, nullptr},
+        {"many assignments by @let", 50'000, Assignments, nullptr},
+        {"appending by @let", 2'000, Appends, "time: the values, one byte longer each, are made"},
+        {"wide expression", 100'000, WideExpression, nullptr},
+        {"nested parentheses", 50'000, NestedParentheses, nullptr},
+        {"prefix operators", 50'000, PrefixOperators, nullptr},
+        {"chain of ?:", 50'000, Alternatives, nullptr},
+        {"long line", 100'000, LongLine, nullptr},
+        {"many short lines", 200'000, ShortLines, nullptr},
+        {"many comments", 100'000, Comments, nullptr},
+        {"many expected errors", 20'000, ExpectedErrors, nullptr},
+        {"deep error in macros", 5'000, DeepError, nullptr},
+        {"deep error in expressions", 5'000, DeepErrorInExpressions, nullptr},
+        {"many dollar macros", 25'000, DollarMacros, nullptr},
+        {"chain of dollar macros", 25'000, ChainOfDollarMacros, nullptr},
+        {"mapping every position", 100'000, Mapping, nullptr},
+    };
+}
+
+} // namespace telv::bench

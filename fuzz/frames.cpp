@@ -1,0 +1,407 @@
+// Random operations on frames, each answered by the library and by a model that walks frames,
+// imports and parents literally, without an index. Dollar macros are looked up and substituted too.
+#include "Checks.h"
+#include "tlMacroExpander/VarFrame.h"
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+
+namespace telv::fuzz
+{
+namespace
+{
+
+constexpr size_t s_mostFrames = 12;
+constexpr int s_mostOperations = 200;
+constexpr const char* s_names[] = {"a", "b", "c", "_a_", "longer_name"};
+
+xstring NameOf(Decisions& decisions)
+{
+    return xstring(s_names[decisions.Below(std::size(s_names))]);
+}
+
+/// What a look-up gave: a variable, or nothing, or how it failed.
+struct Answer
+{
+    LSVariable* m_var = nullptr;
+    bool m_ambiguous = false;
+    bool m_broken = false; ///< The assertion that two hits have an import that leads to them.
+
+    bool operator==(const Answer&) const = default;
+};
+
+/// A frame of the model. Orders among imports are those of the addresses of the real frames.
+class ModelFrame
+{
+public:
+    explicit ModelFrame(ModelFrame* parent) : m_parent(parent) {}
+
+    std::map<std::string, LSVariable*> m_variables;
+    std::map<VarFrame*, ModelFrame*> m_all;
+    std::map<VarFrame*, ModelFrame*> m_direct;
+    std::vector<ModelFrame*> m_imports;
+    std::map<std::string, std::string> m_dollarMacros;
+    ModelFrame* m_parent;
+
+    LSVariable* FindOwn(const std::string& name) const
+    {
+        const auto found = m_variables.find(name);
+        return found == m_variables.end() ? nullptr : found->second;
+    }
+
+    Answer Find2(const std::string& name) const
+    {
+        for (const ModelFrame* frame = this; frame != nullptr; frame = frame->m_parent)
+            if (LSVariable* const var = frame->FindOwn(name))
+                return {var};
+        return {};
+    }
+
+    Answer Find(const std::string& name) const
+    {
+        for (const ModelFrame* frame = this; frame != nullptr; frame = frame->m_parent)
+            if (const Answer answer = frame->FindLocal(name); answer != Answer())
+                return answer;
+        return {};
+    }
+
+    Answer FindLocal(const std::string& name) const
+    {
+        if (LSVariable* const var = FindOwn(name))
+            return {var};
+        std::set<LSVariable*> hits;
+        for (const auto& [address, frame] : m_all)
+            if (LSVariable* const var = frame->Find2(name).m_var)
+                hits.insert(var);
+        if (hits.size() < 2)
+            return {hits.empty() ? nullptr : *hits.begin()};
+        const Answer answer = FindInDirectImports(name);
+        return answer == Answer() ? Answer{nullptr, false, true} : answer;
+    }
+
+    Answer FindInDirectImports(const std::string& name) const
+    {
+        Answer found;
+        for (const auto& [address, frame] : m_direct)
+        {
+            const Answer answer = frame->FindLocal(name);
+            if (answer.m_ambiguous || answer.m_broken)
+                return answer;
+            if (answer.m_var == nullptr)
+                continue;
+            if (found.m_var != nullptr && found.m_var != answer.m_var)
+                return {nullptr, true, false};
+            found = answer;
+        }
+        return found;
+    }
+
+    const std::string* FindDollarMacro(const std::string& name) const
+    {
+        const auto own = m_dollarMacros.find(name);
+        if (own != m_dollarMacros.end())
+            return &own->second;
+        for (const ModelFrame* import : m_imports)
+            if (const std::string* const value = import->FindDollarMacro(name))
+                return value;
+        return nullptr;
+    }
+};
+
+/// A real frame and its model.
+struct Frame
+{
+    std::unique_ptr<VarFrame> m_child;
+    std::unique_ptr<FileScopeVarFrame> m_file;
+    std::unique_ptr<ModelFrame> m_model;
+    size_t m_root = 0;           ///< Index of the file-scope frame above, or its own.
+    int m_pins = 0;              ///< Children and importers alive.
+    std::vector<size_t> m_holds; ///< The frames whose pins this one counts in.
+
+    VarFrame& Real() { return m_file != nullptr ? *m_file : *m_child; }
+};
+
+class Frames
+{
+public:
+    void Run(Decisions& decisions);
+    ~Frames();
+
+private:
+    void AddFrame(Decisions& decisions);
+    void Define(Decisions& decisions);
+    void Import(Decisions& decisions);
+    void Remove(size_t index);
+    void LookUp(Decisions& decisions);
+    void DefineDollarMacro(Decisions& decisions);
+    void Substitute(Decisions& decisions);
+    void CheckLists(Decisions& decisions);
+    std::string SubstitutePlainly(const ModelFrame& model, const std::string& text);
+
+    size_t Pick(Decisions& decisions) const { return decisions.Below(m_frames.size()); }
+    void Hold(size_t holder, size_t held);
+
+    std::vector<Frame> m_frames;
+};
+
+Frames::~Frames()
+{
+    while (!m_frames.empty())
+        for (size_t i = m_frames.size(); i-- != 0;)
+            Remove(i);
+}
+
+void Frames::Hold(size_t holder, size_t held)
+{
+    m_frames[holder].m_holds.push_back(held);
+    ++m_frames[held].m_pins;
+}
+
+void Frames::AddFrame(Decisions& decisions)
+{
+    if (m_frames.size() >= s_mostFrames)
+        return;
+    const size_t index = m_frames.size();
+    const bool isFile = m_frames.empty() || decisions.Below(3) == 0;
+    const size_t parent = isFile ? 0 : Pick(decisions);
+    Frame frame;
+    ModelFrame* const above = isFile ? nullptr : m_frames[parent].m_model.get();
+    frame.m_model = std::make_unique<ModelFrame>(above);
+    frame.m_root = isFile ? index : m_frames[parent].m_root;
+    if (isFile)
+        frame.m_file = std::make_unique<FileScopeVarFrame>();
+    else
+        frame.m_child = std::make_unique<VarFrame>(&m_frames[parent].Real());
+    m_frames.push_back(std::move(frame));
+    if (!isFile)
+        Hold(index, parent);
+    FUZZ_REQUIRE(m_frames[index].Real().m_fileScopeFrame ==
+                 m_frames[m_frames[index].m_root].m_file.get());
+}
+
+/// The last frame goes when nobody views it; indices of the others stay.
+void Frames::Remove(size_t index)
+{
+    if (index + 1 != m_frames.size() || m_frames[index].m_pins != 0)
+        return;
+    for (const size_t held : m_frames[index].m_holds)
+        --m_frames[held].m_pins;
+    m_frames.pop_back();
+}
+
+void Frames::Define(Decisions& decisions)
+{
+    static const char s_text[] = "abc_a_longer_name";
+    static constexpr std::pair<int, int> s_ranges[] = {{0, 1}, {1, 2}, {2, 3}, {3, 6}, {6, 17}};
+    Frame& frame = m_frames[Pick(decisions)];
+    const auto [begin, end] = s_ranges[decisions.Below(std::size(s_ranges))];
+    const SubString name(s_text + begin, s_text + end);
+    LSVariable* const var = new LSValueVariable(LSV_STRING, name, "value");
+    frame.Real().m_localVariables.Add(var);
+    frame.m_model->m_variables[ToStd(name)] = var;
+}
+
+/// A frame imports one that was made before it, so that there are no cycles and the imported one
+/// lives longer. An ancestor or a descendant is left alone.
+void Frames::Import(Decisions& decisions)
+{
+    const size_t importer = Pick(decisions);
+    const size_t imported = Pick(decisions);
+    if (m_frames[imported].m_root >= m_frames[importer].m_root || imported >= importer)
+        return;
+    Frame& from = m_frames[importer];
+    Frame& to = m_frames[imported];
+    const bool isFile = from.m_file != nullptr && to.m_file != nullptr && decisions.Below(4) != 0;
+    if (isFile)
+    {
+        from.m_file->AddImport(to.m_file.get());
+        from.m_model->m_imports.push_back(to.m_model.get());
+    }
+    else
+        from.Real().ImportFrame(&to.Real());
+    ModelFrame& model = *from.m_model;
+    if (model.m_all.emplace(&to.Real(), to.m_model.get()).second)
+        model.m_all.insert(to.m_model->m_all.begin(), to.m_model->m_all.end());
+    model.m_direct.emplace(&to.Real(), to.m_model.get());
+    Hold(importer, imported);
+}
+
+template <class Find>
+Answer Ask(const char* pos, Find find)
+{
+    try
+    {
+        return {find()};
+    }
+    catch (const LexScannerException& e)
+    {
+        FUZZ_REQUIRE(ToStd(e.m_description).starts_with("Ambiguous macro name : "));
+        FUZZ_REQUIRE(e.m_pos == pos);
+        return {nullptr, true, false};
+    }
+    catch (const TelvAssertionError&)
+    {
+        return {nullptr, false, true};
+    }
+}
+
+/// Frames that import each other's ambiguities may report either failure, by the order of
+/// addresses.
+void Compare(const Answer& answer, const Answer& model)
+{
+    const bool fails = answer.m_ambiguous || answer.m_broken;
+    FUZZ_REQUIRE(answer.m_var == model.m_var);
+    FUZZ_REQUIRE(fails == (model.m_ambiguous || model.m_broken));
+}
+
+void Frames::LookUp(Decisions& decisions)
+{
+    Frame& frame = m_frames[Pick(decisions)];
+    const xstring name = NameOf(decisions);
+    const std::string key = ToStd(name);
+    const char* const pos = name.begin();
+    VarFrame& real = frame.Real();
+    const ModelFrame& model = *frame.m_model;
+    Compare(Ask(pos, [&] { return real.Find(name, pos); }), model.Find(key));
+    Compare(Ask(pos, [&] { return real.Find2(name); }), model.Find2(key));
+    Compare(Ask(pos, [&] { return real.FindLocal(name, pos); }), model.FindLocal(key));
+    Compare(Ask(pos, [&] { return real.FindInDirectImports(name, pos); }),
+            model.FindInDirectImports(key));
+    FUZZ_REQUIRE(real.m_localVariables.Find(name) == model.FindOwn(key));
+}
+
+void Frames::DefineDollarMacro(Decisions& decisions)
+{
+    static constexpr const char* s_values[] = {"",  "x",   "$(a)",           "$(b)y", "$(c)$(a)",
+                                               "$", "(b)", "$(longer_name)", "a)"};
+    Frame& frame = m_frames[m_frames[Pick(decisions)].m_root];
+    const xstring name = NameOf(decisions);
+    const xstring value(s_values[decisions.Below(std::size(s_values))]);
+    frame.m_file->InsertDollarMacro(name, value);
+    frame.m_model->m_dollarMacros[ToStd(name)] = ToStd(value);
+    xstring varName("_");
+    varName += name;
+    varName += "_";
+    LSVariable* const var = frame.m_file->Find2(varName);
+    FUZZ_REQUIRE(var != nullptr && var->GetType() == LSV_STRING);
+    FUZZ_REQUIRE(static_cast<LSValueVariable*>(var)->m_value == value);
+    frame.m_model->m_variables[ToStd(varName)] = var;
+}
+
+std::string Frames::SubstitutePlainly(const ModelFrame& model, const std::string& text)
+{
+    std::string result;
+    for (size_t i = 0; i < text.size();)
+    {
+        const size_t end = text.compare(i, 2, "$(") == 0 ? text.find(')', i) : std::string::npos;
+        const std::string* value = nullptr;
+        if (end != std::string::npos)
+            value = model.FindDollarMacro(text.substr(i + 2, end - i - 2));
+        result += value != nullptr ? *value : text.substr(i, 1);
+        i = value != nullptr ? end + 1 : i + 1;
+    }
+    return result;
+}
+
+/// Passes until nothing changes, or none when that does not come to an end soon.
+void Frames::Substitute(Decisions& decisions)
+{
+    static constexpr const char* s_words[] = {"$(a)", "$(b)", "$", "(a)", "$(c)", "$(nope)", "$(a"};
+    Frame& frame = m_frames[m_frames[Pick(decisions)].m_root];
+    std::string text;
+    for (size_t left = 1 + decisions.Below(4); left != 0; --left)
+        text += s_words[decisions.Below(std::size(s_words))];
+    StringStream once(4096);
+    frame.m_file->ApplyDollarMacros(once, SubString(text.data(), text.data() + text.size()));
+    std::string plain = SubstitutePlainly(*frame.m_model, text);
+    FUZZ_REQUIRE(ToStd(once.GetString()) == plain);
+    bool ends = false;
+    for (int pass = 0; pass < 40 && !ends && plain.size() < 10'000; ++pass)
+    {
+        const std::string next = SubstitutePlainly(*frame.m_model, plain);
+        ends = next == plain;
+        plain = next;
+    }
+    xstring whole(SubString(text.data(), text.data() + text.size()));
+    try
+    {
+        const bool changed = frame.m_file->ApplyDollarMacros(whole);
+        FUZZ_REQUIRE(ends && ToStd(whole) == plain);
+        FUZZ_REQUIRE(changed || plain == text);
+    }
+    catch (const ExpansionLimitException& e)
+    {
+        const std::string message = ToStd(e.m_description);
+        FUZZ_REQUIRE(message.starts_with("Dollar macro ") && message.ends_with(" contains itself"));
+        // A macro that stands for itself alone changes nothing, but never comes to an end either.
+        FUZZ_REQUIRE(!ends || plain.find("$(") != std::string::npos);
+    }
+}
+
+void Frames::CheckLists(Decisions& decisions)
+{
+    Frame& frame = m_frames[Pick(decisions)];
+    const LSVariableMap& map = frame.Real().m_localVariables.m_map;
+    FUZZ_REQUIRE(map.size() == static_cast<ssize_t>(frame.m_model->m_variables.size()));
+    auto expected = frame.m_model->m_variables.begin();
+    for (const auto& [name, var] : map)
+    {
+        FUZZ_REQUIRE(ToStd(name) == expected->first && var == expected->second);
+        ++expected;
+    }
+    StringStream os(4096);
+    frame.Real().WriteToStream(os);
+    FUZZ_REQUIRE(frame.Real().m_setOfFrames.size() ==
+                 static_cast<ssize_t>(frame.m_model->m_all.size()));
+}
+
+void Frames::Run(Decisions& decisions)
+{
+    AddFrame(decisions);
+    for (int left = s_mostOperations; left != 0 && !decisions.AtEnd(); --left)
+        switch (decisions.Below(12))
+        {
+        case 0:
+        case 1:
+            AddFrame(decisions);
+            break;
+        case 2:
+        case 3:
+            Define(decisions);
+            break;
+        case 4:
+        case 5:
+            Import(decisions);
+            break;
+        case 6:
+            DefineDollarMacro(decisions);
+            break;
+        case 7:
+            Substitute(decisions);
+            break;
+        case 8:
+            if (m_frames.size() > 1)
+                Remove(m_frames.size() - 1);
+            break;
+        case 9:
+            CheckLists(decisions);
+            break;
+        default:
+            LookUp(decisions);
+        }
+}
+
+} // namespace
+} // namespace telv::fuzz
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    telv::fuzz::Decisions decisions(data, size);
+    telv::fuzz::Frames frames;
+    frames.Run(decisions);
+    return 0;
+}

@@ -1,0 +1,128 @@
+// Texts that grow without bounds: an error with a place when a limit was given, and one when the
+// memory itself is the limit. The address sanitizer needs the address space for itself, so what is
+// about real exhaustion is left to the other builds.
+#include "HostileTest.h"
+
+namespace telv::test
+{
+namespace
+{
+
+/// A name, a source, the line where it ends, and the caret's column.
+struct Row
+{
+    const char* name;
+    std::string source;
+    size_t line;
+};
+
+std::string TenfoldMacros()
+{
+    std::string source = "@def a0 = {0123456789}\n";
+    for (int i = 1; i <= 12; ++i)
+    {
+        const std::string before = "a" + std::to_string(i - 1) + " ";
+        source += "@def a" + std::to_string(i) + " = {" + Repeat(before, 10) + "}\n";
+    }
+    return source + "a12";
+}
+
+const Row s_growing[] = {
+    {"loop", "\n@while(true){0123456789012345678901234567890123456789}", 2},
+    {"tenfold macros", TenfoldMacros(), 1},
+    {"doubling by name", "@def d(x) = {x x}\n" + Repeat("d(", 50) + "0123456789" + Repeat(")", 50), 2},
+    {"strings in strings", "\n\n" + Repeat("@str(", 60) + "\"" + "\"" + Repeat(")", 60), 3},
+    {"value that doubles", "@let string s := {0123456789}\n" + Repeat("@let s := {s@@s}\n", 60), 0},
+    {"dollar macros that double",
+     [] {
+         std::string source;
+         for (int i = 0; i < 50; ++i)
+         {
+             const std::string next = "$(A" + std::to_string(i + 1) + ")";
+             source += "@$A" + std::to_string(i) + "=\"" + next + next + "\"\n";
+         }
+         return source + "@$A50=\"0123456789\"\n\"$(A0)\"";
+     }(),
+     52},
+};
+
+class MemoryTest : public HostileTest
+{
+protected:
+    /// The run ended with this description, at a line: the row's when it names one.
+    static void ExpectAt(const ProgramResult& result, const Row& row, const std::string& what)
+    {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(result.status, 1) << Describe(result);
+        EXPECT_EQ(result.out, "");
+        const size_t open = result.err.find('(');
+        const size_t close = result.err.find(") : error : " + what + "\n");
+        ASSERT_NE(close, std::string::npos) << Describe(result);
+        const std::string line = result.err.substr(open + 1, close - open - 1);
+        EXPECT_EQ(result.err.substr(0, open), "main.tl");
+        EXPECT_GT(std::stol(line), 0);
+        if (row.line != 0)
+            EXPECT_EQ(line, std::to_string(row.line));
+        EXPECT_NE(result.err.find("\n " + line + " | "), std::string::npos);
+    }
+};
+
+TEST_F(MemoryTest, GrowthMeetsTheLimitOfOutput)
+{
+    for (const Row& row : s_growing)
+    {
+        Row limited = row;
+        limited.line = 0;
+        ExpectAt(Expand(row.source, {"--max-output", "1M"}), limited, "Output too large");
+    }
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+
+TEST_F(MemoryTest, OutOfMemoryIsAnErrorWithAPlace)
+{
+    LimitedOptions options;
+    options.addressSpace = 256UL << 20;
+    for (const Row& row : s_growing)
+    {
+        Row anywhere = row;
+        if (anywhere.line == 1)
+            anywhere.line = 0;
+        ExpectAt(Expand(row.source, {}, options), anywhere, "Out of memory");
+    }
+}
+
+TEST_F(MemoryTest, AnEarlierOutputSurvivesOutOfMemory)
+{
+    Write("out.txt", "earlier");
+    LimitedOptions options;
+    options.addressSpace = 256UL << 20;
+    const ProgramResult result = Expand(s_growing[0].source, {"-o", "out.txt"}, options);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Read("out.txt"), "earlier");
+}
+
+TEST_F(MemoryTest, InputLargerThanTheMemory)
+{
+    LimitedOptions options;
+    options.addressSpace = 256UL << 20;
+    options.inputPath = "/dev/zero";
+    const ProgramResult standardInput = Run({"-"}, options);
+    EXPECT_EQ(standardInput.status, 2) << Describe(standardInput);
+    EXPECT_EQ(standardInput.err, "tlexpand: can't read '<stdin>': Cannot allocate memory\n");
+    const ProgramResult file = Run({"/dev/zero"}, options);
+    EXPECT_EQ(file.status, 2) << Describe(file);
+    EXPECT_EQ(file.err, "tlexpand: can't read '/dev/zero': Cannot allocate memory\n");
+}
+
+TEST_F(MemoryTest, NoStackButTheMainThreads)
+{
+    LimitedOptions options;
+    options.addressSpace = 40UL << 20;
+    ExpectText(Expand("@def f = {x}\nf", {}, options), "x");
+}
+
+#endif
+
+} // namespace
+} // namespace telv::test
