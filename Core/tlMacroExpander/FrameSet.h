@@ -1,7 +1,8 @@
 // An ordered set of frames in six words.
 //
-// The members are a sorted array. The room that is left holds where the owning frame stands in the
-// tree of frames, so that looking up a name need not walk every enclosing invocation.
+// The members are a sorted array, which takes three words. A frame has room for nothing else, so the
+// other three hold where the owning frame stands in the tree of frames; with that, looking up a name
+// need not walk every enclosing invocation (src/NameIndex.h).
 #pragma once
 
 #include "tlMacroExpander/Export.h"
@@ -33,6 +34,8 @@ public:
     const_iterator find(VarFrame* frame) const;
     /// Adds `frame`; false when it is there already. Linear.
     bool insert(VarFrame* frame);
+    /// After this the next `n` insertions do not allocate.
+    void MakeRoom(ssize_t n);
 
 private:
     friend class VarFrame;
@@ -40,13 +43,12 @@ private:
     friend class NameIndex;
 
     VarFrame** m_frames = nullptr;
-    int32 m_size = 0;
-    int32 m_capacity = 0;
+    ssize_t m_size = 0;
+    ssize_t m_capacity = 0;
 
     int64 m_depth = 0;              ///< Of the owning frame below its file-scope frame.
     VarFrame* m_jump = nullptr;     ///< An ancestor further up, or null at the root.
     NameIndex* m_index = nullptr;   ///< Names bound in the whole tree; set at its root only.
-    [[maybe_unused]] int64 m_room = 0;
 };
 
 static_assert(sizeof(FrameSet) == 48, "the size of a standard ordered set");

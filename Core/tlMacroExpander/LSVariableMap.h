@@ -15,7 +15,8 @@ namespace telv
 class LSVariable;
 class VarFrame;
 
-/// Hash of a name, for the tables of variables.
+/// Hash of a name, for the tables of variables. Differs from process to process, so that no text can
+/// choose names that collide.
 uint64 HashName(SubString name);
 
 /// Map from name to variable, iterated in the order of `strcmp` on the names. Owns no variable;
@@ -66,6 +67,8 @@ public:
     LSVariable* Lookup(SubString name) const;
     /// Makes `v` the variable of its name. Amortised constant time.
     void Set(LSVariable* v);
+    /// After this the next `Set` does not allocate.
+    void MakeRoom();
 
     /// The frame whose variables these are, or null for a list of its own.
     VarFrame* GetFrame() const { return m_frame; }

@@ -43,7 +43,8 @@ public:
     void WriteToStream(xostream& os) const;
 };
 
-/// A scope. Neither its parent nor the frames it imports are owned; all must outlive it.
+/// A scope. Neither its parent nor the frames it imports are owned; they, and the texts that hold the
+/// names of its variables, must outlive it, its destructor included.
 class TLEXPANDER_API VarFrame
 {
 public:

@@ -89,7 +89,7 @@ TEST_F(TimeTest, MessagesThatGrowAtEveryLevel)
 {
     const std::string big(20'000, 'y');
     const ProgramResult result =
-        Expand("@def f(int n, string t) = {@if(n > 0){f(n - 1, \"t\")}@else{@fail(\"x\")}}\nf(500, \"" +
+        Expand("@def f(int n, string t) = {@if(n > 0){f(n - 1, @str(t))}@else{@fail(\"x\")}}\nf(500, \"" +
                big + "\")");
     ExpectError(result, "main.tl(1) : error : x\n    invoking macro f(n,t) with n=0, t=" + big);
     EXPECT_LT(result.err.size(), 100'000u);

@@ -50,8 +50,9 @@ TEST_F(DiagnosticsTest, ALongLineIsCutAroundTheCaret)
     const std::string blanks(300, ' ');
     ExpectFailure(Run({}, blanks + "@else" + blanks), 1,
                   "<stdin>(1) : error : @else with no matching @if directive\n"
-                  " 1 | ..." + std::string(199, ' ') + "@else" + std::string(196, ' ') + "...\n" +
-                      "   | " + std::string(203, ' ') + "^\n");
+                  " 1 | ..." +
+                      std::string(199, ' ') + "@else" + std::string(196, ' ') + "...\n" + "   | " +
+                      std::string(203, ' ') + "^\n");
 }
 
 TEST_F(DiagnosticsTest, ColoursOnDemandOnly)

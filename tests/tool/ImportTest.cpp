@@ -124,9 +124,8 @@ TEST_F(ImportTest, RefusesWhatIsNoReadableFile)
     mkfifo(Path("pipe").c_str(), 0600);
     for (const std::string name : {"none.tl", "dir", "pipe", "/dev/zero", ""})
         ExpectFailure(Run({}, "@import \"" + name + "\"\n"), 1,
-                      "<stdin>(1) : error : Can't import file: " + name + "\n" +
-                          " 1 | @import \"" + name + "\"\n" +
-                          "   |         ^\n");
+                      "<stdin>(1) : error : Can't import file: " + name + "\n" + " 1 | @import \"" +
+                          name + "\"\n" + "   |         ^\n");
 }
 
 TEST_F(ImportTest, RefusesANameWithANul)
@@ -134,7 +133,8 @@ TEST_F(ImportTest, RefusesANameWithANul)
     Write("li", "@def m = {x}\n");
     const ProgramResult result = Run({}, "@import \"li\\0b.tl\"\n");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err.substr(0, 47), std::string("<stdin>(1) : error : Can't import file: li\0b.tl", 47));
+    EXPECT_EQ(result.err.substr(0, 47),
+              std::string("<stdin>(1) : error : Can't import file: li\0b.tl", 47));
 }
 
 TEST_F(ImportTest, TheTextOfTheDirectiveGoes)

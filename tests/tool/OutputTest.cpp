@@ -158,11 +158,11 @@ TEST_F(OutputTest, ASignalLeavesNothing)
     {
         // The map's pipe has no reader, so the run waits when the other output is written. The
         // shell makes what runs in the background ignore SIGINT.
-        const ProgramResult result = RunShell(
-            std::string("rm -f pipe; mkfifo pipe\n") +
-            "env --default-signal=INT $TLEXPAND -o out --map pipe x.tl & pid=$!\n"
-            "until ls .tlexpand-* > list 2> list; do :; done\n" +
-            "kill -" + signal + " $pid; wait $pid; echo $?; rm -f list");
+        const ProgramResult result =
+            RunShell(std::string("rm -f pipe; mkfifo pipe\n") +
+                     "env --default-signal=INT $TLEXPAND -o out --map pipe x.tl & pid=$!\n"
+                     "until ls .tlexpand-* > list 2> list; do :; done\n" +
+                     "kill -" + signal + " $pid; wait $pid; echo $?; rm -f list");
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(Read("out"), "old");
         EXPECT_EQ(Names(), " out pipe x.tl") << signal;
@@ -182,7 +182,8 @@ TEST_F(OutputTest, ASignalEndsEndlessExpansion)
 TEST_F(OutputTest, UnreadableInputIsNamed)
 {
     std::filesystem::create_directory(Path("dir"));
-    ExpectFailure(Run({"none.tl"}), 2, "tlexpand: can't read 'none.tl': No such file or directory\n");
+    ExpectFailure(Run({"none.tl"}), 2,
+                  "tlexpand: can't read 'none.tl': No such file or directory\n");
     ExpectFailure(Run({"dir"}), 2, "tlexpand: can't read 'dir': Is a directory\n");
 }
 

@@ -25,7 +25,8 @@ TEST_F(ProjectTest, AnEmptyProjectIsOne)
 
 TEST_F(ProjectTest, ASettingInARowOfDefinitionsIsASetting)
 {
-    Write("p", "$A = \"1\" $s = \"$(A)\" $B = \"$(A)2\" $C = path \"x/./$(B)/\" $D = (\"a\" + \"b\")\n");
+    Write("p",
+          "$A = \"1\" $s = \"$(A)\" $B = \"$(A)2\" $C = path \"x/./$(B)/\" $D = (\"a\" + \"b\")\n");
     EXPECT_EQ(Expand({"project", "--setting", "s", "p"}),
               "{\"version\":1,\"files\":[\"p\"],"
               "\"macros\":[{\"name\":\"A\",\"value\":\"1\"},{\"name\":\"B\",\"value\":\"12\"},"

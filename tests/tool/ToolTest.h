@@ -5,9 +5,9 @@
 #include "support/RunProgram.h"
 #include "support/TempDir.h"
 
-#include <gtest/gtest.h>
 #include <algorithm>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 

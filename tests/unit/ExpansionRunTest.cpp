@@ -418,7 +418,7 @@ TEST(ExpansionRun, FailurePositionWhenMemoryIsExhausted)
     {
         int m_writes;
         ssize_t m_offset;
-    } rows[] = {{0, 0}, {1, 4}, {2, 4}, {3, 15}, {4, 20}};
+    } rows[] = {{0, 0}, {1, 4}, {2, 8}, {3, 15}, {4, 21}};
     for (const auto& row : rows)
     {
         Exhausted exhausted(row.m_writes);

@@ -1,11 +1,11 @@
 // Project files: statements, the list of files, imports, and errors that don't stop the reading.
+#include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "support/Files.h"
 #include "support/TempDir.h"
 #include "tlMacroExpander/ExpansionRun.h"
-#include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 
-#include <gtest/gtest.h>
 #include <functional>
+#include <gtest/gtest.h>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -402,8 +402,7 @@ TEST_F(MpfwProjectTest, ACycleIsAnError)
     Collected collected(m_files, m_directory);
     const ExpansionRunScope scope(collected.m_run);
     m_parser.AddFile(Path("p"));
-    EXPECT_EQ(collected.m_errors,
-              (std::vector<std::string>{"b(2) : Import cycle: a -> b -> a"}));
+    EXPECT_EQ(collected.m_errors, (std::vector<std::string>{"b(2) : Import cycle: a -> b -> a"}));
     // The files are finished afterwards.
     EXPECT_EQ(m_parser.AddFile(Path("a")), m_files[1]);
 }

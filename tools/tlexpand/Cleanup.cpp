@@ -15,8 +15,7 @@ namespace telv::tool
 namespace
 {
 
-constexpr int s_signals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM,
-                             SIGALRM, SIGXCPU, SIGUSR1, SIGUSR2};
+constexpr int s_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGALRM, SIGXCPU, SIGUSR1, SIGUSR2};
 
 struct Entry
 {

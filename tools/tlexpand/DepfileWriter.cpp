@@ -36,12 +36,12 @@ std::string MakeDepfile(const std::string& output, const std::string& main,
 {
     std::string text = EscapeName(output) + ":";
     if (!main.empty())
-        text += " " + EscapeName(main);
+        text.append(" ").append(EscapeName(main));
     for (const std::string& import : imports)
-        text += " \\\n  " + EscapeName(import);
+        text.append(" \\\n  ").append(EscapeName(import));
     text += "\n";
     for (const std::string& import : imports)
-        text += "\n" + EscapeName(import) + ":\n";
+        text.append("\n").append(EscapeName(import)).append(":\n");
     return text;
 }
 

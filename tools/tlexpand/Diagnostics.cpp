@@ -61,13 +61,8 @@ void Diagnostics::Report(const LexScannerException& error) const
         source = &m_sources[0];
         pos = source->Text().begin();
     }
-    WriteToStandardError(MakeFirstLines(error, *source, pos) +
-                         MakeExcerpt(*source, pos, m_style) + MakeImportLines(*source));
-}
-
-void Diagnostics::Report(const std::string& description, const char* pos) const
-{
-    Report(LexScannerException(xstring(ViewOf(description)), pos));
+    WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
+                         MakeImportLines(*source));
 }
 
 std::string Diagnostics::Show(SubString text) const

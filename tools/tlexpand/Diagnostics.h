@@ -21,9 +21,6 @@ public:
     /// the beginning of the first one.
     void Report(const LexScannerException& error) const;
 
-    /// Reports what failed without a position, at `pos` (may be null).
-    void Report(const std::string& description, const char* pos) const;
-
 private:
     std::string MakeFirstLines(const LexScannerException& error, const Source& source,
                                const char* pos) const;

@@ -1,8 +1,8 @@
 // The line is cut into characters first (a UTF-8 sequence, an ill-formed byte); what is shown and
 // what stands under it are then made from the same list.
 #include "Excerpt.h"
-#include "Utf8.h"
 #include "Files.h"
+#include "Utf8.h"
 #include <vector>
 
 namespace telv::tool

@@ -130,18 +130,19 @@ void ExpandCommand::SetContents()
     else
         m_outputs.m_set.SetStandardOutput(text);
     if (m_outputs.m_map != nullptr)
-        m_outputs.m_set.SetContent(
-            *m_outputs.m_map, [this](ByteSink& sink)
-            { WriteMap(sink, {m_sources, m_run, m_pieces, m_removed}); });
+        m_outputs.m_set.SetContent(*m_outputs.m_map,
+                                   [this](ByteSink& sink) {
+                                       WriteMap(sink, {m_sources, m_run, m_pieces, m_removed});
+                                   });
     if (m_outputs.m_depfile != nullptr)
-        m_outputs.m_set.SetContent(
-            *m_outputs.m_depfile,
-            [this](ByteSink& sink)
-            {
-                const bool isFile = m_options.m_file != "-";
-                sink.Write(MakeDepfile(*m_options.m_output, isFile ? m_options.m_file : "",
-                                       m_handler.ImportedPaths()));
-            });
+        m_outputs.m_set.SetContent(*m_outputs.m_depfile,
+                                   [this](ByteSink& sink)
+                                   {
+                                       const bool isFile = m_options.m_file != "-";
+                                       sink.Write(MakeDepfile(*m_options.m_output,
+                                                              isFile ? m_options.m_file : "",
+                                                              m_handler.ImportedPaths()));
+                                   });
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <ranges>
 #include <unistd.h>
 
 namespace telv::tool
@@ -62,8 +61,8 @@ FileImportHandler::~FileImportHandler()
 {
     // Importers go before what they import.
     m_mainFrame.reset();
-    for (Input* input : m_expanded | std::views::reverse)
-        input->m_frame.reset();
+    for (auto input = m_expanded.rbegin(); input != m_expanded.rend(); ++input)
+        (*input)->m_frame.reset();
 }
 
 FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name, xstring text,
@@ -86,8 +85,8 @@ void FileImportHandler::ReadMain(const std::string& path)
     Descriptor opened;
     if (!isStandardInput)
     {
-        opened = Descriptor(
-            openat(StartDirectory(), path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        opened =
+            Descriptor(openat(StartDirectory(), path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
         if (!opened.IsOpen())
             throw MakeFileError("read", path, errno);
     }
@@ -232,18 +231,18 @@ std::optional<FileIdentity> FileImportHandler::MainIdentity() const
 std::vector<std::string> FileImportHandler::ImportedPaths() const
 {
     std::vector<std::string> paths;
-    for (const auto& input : m_inputs | std::views::drop(1))
-        if (input->m_identity)
-            paths.push_back(input->m_name);
+    for (size_t i = 1; i < m_inputs.size(); ++i)
+        if (m_inputs[i]->m_identity)
+            paths.push_back(m_inputs[i]->m_name);
     return paths;
 }
 
 std::vector<FileIdentity> FileImportHandler::ImportedIdentities() const
 {
     std::vector<FileIdentity> identities;
-    for (const auto& input : m_inputs | std::views::drop(1))
-        if (input->m_identity)
-            identities.push_back(*input->m_identity);
+    for (size_t i = 1; i < m_inputs.size(); ++i)
+        if (m_inputs[i]->m_identity)
+            identities.push_back(*m_inputs[i]->m_identity);
     return identities;
 }
 

@@ -88,8 +88,8 @@ private:
     Prelude m_prelude;                            ///< Views inputs.
     std::vector<Input*> m_expanded;               ///< Imports, in the order of being finished.
     std::map<FileIdentity, Input*> m_byIdentity;
-    std::vector<std::string> m_registeredPaths;   ///< By `@importpath`.
-    std::vector<Active> m_active;                 ///< Innermost last.
+    std::vector<std::string> m_registeredPaths; ///< By `@importpath`.
+    std::vector<Active> m_active;               ///< Innermost last.
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
     const ExpandedOutput* m_mainOutput = nullptr; ///< While the main file is expanded.
     ImportMarks m_marks;

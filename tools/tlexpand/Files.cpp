@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <poll.h>
 #include <new>
+#include <poll.h>
 #include <unistd.h>
 
 namespace telv::tool

@@ -12,15 +12,19 @@ namespace telv::tool
 namespace
 {
 
-/// An error that was caught, with the text of one that has no position of its own.
-using Failure = std::optional<LexScannerException>;
+/// What an exception said, and where.
+struct Failure
+{
+    xstring m_description;
+    const char* m_pos; ///< May be null.
+};
 
 Failure At(const xstring& description, const ExpansionRun& run)
 {
-    return LexScannerException(description, run.FailurePosition());
+    return {description, run.FailurePosition()};
 }
 
-Failure Attempt(const std::function<void()>& work, const ExpansionRun& run)
+std::optional<Failure> Attempt(const std::function<void()>& work, const ExpansionRun& run)
 {
     try
     {
@@ -29,7 +33,7 @@ Failure Attempt(const std::function<void()>& work, const ExpansionRun& run)
     }
     catch (const LexScannerException& e)
     {
-        return e;
+        return Failure{e.m_description, e.m_pos};
     }
     catch (const FileError&)
     {
@@ -57,10 +61,10 @@ Failure Attempt(const std::function<void()>& work, const ExpansionRun& run)
 
 } // namespace
 
-bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run,
-                const Sources& sources, const Diagnostics& diagnostics, PrintedText& printed)
+bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run, const Sources& sources,
+                const Diagnostics& diagnostics, PrintedText& printed)
 {
-    Failure failure = Attempt(work, run);
+    std::optional<Failure> failure = Attempt(work, run);
     if (!IsOriginalProcess())
         _exit(1);
     printed.Flush();
@@ -68,7 +72,7 @@ bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run,
         return true;
     if (sources.Find(failure->m_pos) == nullptr)
         failure->m_pos = run.FailurePosition();
-    diagnostics.Report(*failure);
+    diagnostics.Report(LexScannerException(failure->m_description, failure->m_pos));
     return false;
 }
 

@@ -16,7 +16,7 @@ namespace telv::tool
 /// finish.
 ///
 /// @throws FileError, UsageError  From `work`, as they are.
-bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run,
-                const Sources& sources, const Diagnostics& diagnostics, PrintedText& printed);
+bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run, const Sources& sources,
+                const Diagnostics& diagnostics, PrintedText& printed);
 
 } // namespace telv::tool

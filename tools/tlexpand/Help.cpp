@@ -4,7 +4,8 @@
 namespace telv::tool
 {
 
-const char* const s_expandHelp = R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
+const char* const s_expandHelp =
+    R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
        tlexpand project [OPTIONS] FILE    read a project file and print it as JSON
 
 Options of an expansion:
@@ -29,7 +30,8 @@ Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file tha
 cannot be read or written.
 )";
 
-const char* const s_projectHelp = R"(Usage: tlexpand project [OPTIONS] FILE    read a project file and print it as JSON
+const char* const s_projectHelp =
+    R"(Usage: tlexpand project [OPTIONS] FILE    read a project file and print it as JSON
 
 Options:
       --setting NAME       $NAME = "..." is a setting; repeatable

@@ -37,9 +37,9 @@ public:
 private:
     struct Mark
     {
-        ssize_t m_outputSize;      ///< When the directive ran.
-        ssize_t m_calculatedSize;  ///< Of the piece just written as the directive; 0 if none was.
-        const char* m_sourceEnd;   ///< Where the directive that will be copied ends; or null.
+        ssize_t m_outputSize;     ///< When the directive ran.
+        ssize_t m_calculatedSize; ///< Of the piece just written as the directive; 0 if none was.
+        const char* m_sourceEnd;  ///< Where the directive that will be copied ends; or null.
     };
 
     class PieceWalk;

@@ -80,11 +80,10 @@ void PieceWriter::WritePart(const OutputPiece& piece, ssize_t from, ssize_t to)
         kind = "source";
     else if (piece.in.begin() != nullptr)
         kind = "calculated";
-    m_sink.Write(std::string(m_first ? "\n" : ",\n") + "   {\"kind\":\"" + kind +
-                 "\",\"out\":" + std::to_string(m_written) +
-                 ",\"size\":" + std::to_string(to - from) + ",");
-    WriteSource(piece, isSource ? SubString(piece.in.begin() + from, piece.in.begin() + to)
-                                : piece.in);
+    m_sink.Write(std::string(m_first ? "\n" : ",\n") + "   {\"kind\":\"" + kind + "\",\"out\":" +
+                 std::to_string(m_written) + ",\"size\":" + std::to_string(to - from) + ",");
+    WriteSource(piece,
+                isSource ? SubString(piece.in.begin() + from, piece.in.begin() + to) : piece.in);
     m_sink.Write("}");
     m_written += to - from;
     m_first = false;
@@ -96,7 +95,10 @@ void WriteMap(ByteSink& sink, const MappedOutput& output)
 {
     sink.Write("{\"version\":1,\n \"sources\":[");
     for (size_t i = 0; i < output.m_sources.Count(); ++i)
-        sink.Write((i == 0 ? "" : ",") + JsonString(ViewOf(output.m_sources[i].Name())));
+    {
+        sink.Write(i == 0 ? "" : ",");
+        sink.Write(JsonString(ViewOf(output.m_sources[i].Name())));
+    }
     ssize_t size = output.m_pieces.size();
     for (const OutputRange& range : output.m_removed)
         size -= range.m_end - range.m_begin;

@@ -79,9 +79,9 @@ void SetFile(CommonOptions& options, const char* file)
 
 [[noreturn]] void ThrowBadOption(int code, char** argv)
 {
-    const std::string written =
-        optopt != 0 && optopt < OPT_SRC_INDENT ? std::string("-") + static_cast<char>(optopt)
-                                               : std::string(argv[optind - 1]);
+    const std::string written = optopt != 0 && optopt < OPT_SRC_INDENT
+                                    ? std::string("-") + static_cast<char>(optopt)
+                                    : std::string(argv[optind - 1]);
     if (code == ':')
         throw UsageError("option '" + written + "' needs a value");
     const std::string name = written.substr(0, written.find('='));
@@ -190,7 +190,7 @@ ExpandOptions ParseExpandOptions(int argc, char** argv)
     ExpandOptions options =
         ParseArguments(argc, argv, s_expandLetters, s_expandTable, SetExpandOption);
     if (options.m_file.empty())
-        options.m_file = "-";
+        options.m_file = std::string(1, '-');
     if (options.m_output == "-")
         options.m_output.reset();
     const bool informs = options.m_help || options.m_version;

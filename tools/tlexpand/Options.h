@@ -28,7 +28,8 @@ enum class Colour
 /// A `-D` or an `-E`.
 struct Definition
 {
-    bool m_isText = false; ///< `-E`: expand `m_value`. Else: `m_name` is the dollar macro `m_value`.
+    bool m_isText =
+        false; ///< `-E`: expand `m_value`. Else: `m_name` is the dollar macro `m_value`.
     std::string m_name;
     std::string m_value;
 };

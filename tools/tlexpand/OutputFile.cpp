@@ -28,7 +28,8 @@ std::string ReadLink(int directory, const std::string& name, const std::string& 
 
 Descriptor OpenDirectory(int base, const std::string& name, const std::string& path)
 {
-    const int fd = openat(base, name.empty() ? "." : name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    const int fd =
+        openat(base, name.empty() ? "." : name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         throw MakeFileError("write", path, errno);
     return Descriptor(fd);
@@ -117,7 +118,8 @@ bool OutputFile::IsSameFile(const OutputFile& other) const
 {
     if (m_direct || other.m_direct)
         return false;
-    const bool samePlace = m_directoryIdentity == other.m_directoryIdentity && m_name == other.m_name;
+    const bool samePlace =
+        m_directoryIdentity == other.m_directoryIdentity && m_name == other.m_name;
     return samePlace || (m_identity && m_identity == other.m_identity);
 }
 
@@ -139,7 +141,8 @@ void OutputFile::Write(const Content& content)
 
 void OutputFile::WriteDirectly(const Content& content)
 {
-    Descriptor fd(openat(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY | O_CLOEXEC));
+    Descriptor fd(
+        openat(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY | O_CLOEXEC));
     if (!fd.IsOpen())
         throw MakeFileError("write", m_path, errno);
     ByteSink sink(fd.Get(), m_path);

@@ -10,12 +10,10 @@ namespace
 
 void AddCopy(FileScopeVarFrame& frame, const LSMacroVariable& macro)
 {
-    auto copy = std::make_unique<LSMacroVariable>(macro.m_returnType, macro.m_name,
-                                                  macro.m_context, macro.m_isPython,
-                                                  macro.m_naked, macro.m_isFnArg);
+    auto copy = std::make_unique<LSMacroVariable>(macro.m_returnType, macro.m_name, macro.m_context,
+                                                  macro.m_isPython, macro.m_naked, macro.m_isFnArg);
     copy->m_argNames = macro.m_argNames;
-    copy->SetSubstitutionString(macro.GetSubstitutionString(), /*copy=*/false,
-                                macro.m_indentation);
+    copy->SetSubstitutionString(macro.GetSubstitutionString(), /*copy=*/false, macro.m_indentation);
     frame.m_localVariables.Add(copy.release());
 }
 

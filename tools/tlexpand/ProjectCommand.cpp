@@ -20,8 +20,9 @@ std::string JsonList(const Items& items, char open, char close, Write write)
 {
     std::string json(1, open);
     for (const auto& item : items)
-        json += (json.size() == 1 ? "" : ",") + write(item);
-    return json + close;
+        json.append(json.size() == 1 ? "" : ",").append(write(item));
+    json += close;
+    return json;
 }
 
 std::string JsonText(const std::string& s)
@@ -120,16 +121,25 @@ std::string ProjectCommand::MakeJson() const
 {
     const auto named = [](const auto& macro)
     {
-        return "{\"name\":" + JsonText(macro.first) + ",\"value\":" + JsonText(macro.second) + "}";
+        return std::string("{\"name\":")
+            .append(JsonText(macro.first))
+            .append(",\"value\":")
+            .append(JsonText(macro.second))
+            .append("}");
     };
     const auto member = [](const auto& setting)
-    { return JsonText(setting.first) + ":" + JsonText(setting.second); };
+    { return JsonText(setting.first).append(":").append(JsonText(setting.second)); };
     const auto path = [](const xstring& directory) { return JsonString(directory); };
     const auto file = [](const MpfwSourceFile* f) { return JsonString(f->m_localPath); };
-    return "{\"version\":1,\"files\":" + JsonList(m_files, '[', ']', file) +
-           ",\"macros\":" + JsonList(m_reader.Macros(), '[', ']', named) +
-           ",\n \"importPaths\":" + JsonList(m_frame.m_importPaths, '[', ']', path) +
-           ",\"settings\":" + JsonList(m_reader.Settings(), '{', '}', member) + "}\n";
+    return std::string("{\"version\":1,\"files\":")
+        .append(JsonList(m_files, '[', ']', file))
+        .append(",\"macros\":")
+        .append(JsonList(m_reader.Macros(), '[', ']', named))
+        .append(",\n \"importPaths\":")
+        .append(JsonList(m_frame.m_importPaths, '[', ']', path))
+        .append(",\"settings\":")
+        .append(JsonList(m_reader.Settings(), '{', '}', member))
+        .append("}\n");
 }
 
 } // namespace

@@ -65,8 +65,8 @@ bool ProjectReader::HandleImport(VarFrame* vf, const xstring& path, const char* 
 
 MpfwSourceFile* ProjectReader::CreateMpfwSourceFile()
 {
-    const char* const importPos = m_importPositions.empty() ? PlaceInBuffer(m_token.m_str.begin())
-                                                            : m_importPositions.back();
+    const char* const importPos =
+        m_importPositions.empty() ? PlaceInBuffer(m_token.m_str.begin()) : m_importPositions.back();
     return std::make_unique<ProjectFile>(importPos).release();
 }
 

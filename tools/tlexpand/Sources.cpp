@@ -13,8 +13,7 @@ const char* FindLineFeed(const char* begin, const char* end)
 {
     if (begin == end)
         return nullptr;
-    return static_cast<const char*>(
-        std::memchr(begin, '\n', static_cast<size_t>(end - begin)));
+    return static_cast<const char*>(std::memchr(begin, '\n', static_cast<size_t>(end - begin)));
 }
 
 } // namespace

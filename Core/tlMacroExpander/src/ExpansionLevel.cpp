@@ -37,10 +37,15 @@ ExpansionLevel::ExpansionLevel(ExpansionRun& run, const MacroExpander& expander)
 
 ExpansionLevel::~ExpansionLevel()
 {
-    if (std::uncaught_exceptions() > m_exceptions && m_run.m_failurePos == nullptr)
+    if (IsFailing() && !m_errorHasPosition && m_run.m_failurePos == nullptr)
         m_run.m_failurePos = m_run.CurrentPosition();
     m_run.m_level = m_outer;
     --m_run.m_depth;
+}
+
+bool ExpansionLevel::IsFailing() const noexcept
+{
+    return std::uncaught_exceptions() > m_exceptions;
 }
 
 void ExpansionLevel::CheckLimits()
@@ -63,6 +68,9 @@ void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e) noexcept
             e.m_pos = text.m_origin;
     }
     run->m_deadTexts.clear();
+    run->m_failurePos = nullptr;
+    if (run->m_level != nullptr)
+        run->m_level->m_errorHasPosition = true;
 }
 
 /// Expansions with an import handler are the application's, and so may be what it starts from one.
@@ -114,7 +122,10 @@ void ExpansionLevel::CheckSize(ssize_t size)
 void ExpansionLevel::ForgetErrors() noexcept
 {
     if (ExpansionRun* const run = ExpansionRun::Current())
+    {
         run->ForgetErrors();
+        run->m_failurePos = nullptr;
+    }
 }
 
 void ExpansionLevel::NotePiece()

@@ -32,18 +32,21 @@ public:
     /// Moves the position of a passing error out of the texts that died under it.
     static void MoveOutOfDeadTexts(LexScannerException& e) noexcept;
 
+    /// Whether an exception is passing that was thrown since the level began.
+    bool IsFailing() const noexcept;
+
     /// Whether the application called: what leaves this level must not point into dead text.
     bool IsCalledByApplication() const;
 
     /// The innermost level of this thread, or null.
     static ExpansionLevel* Current() noexcept;
 
-    /// Who owns the text that is being expanded on this thread; see `Owner`.
+    /// Who owns the text that is being expanded on this thread: null when the application does.
     static TemporaryText* CurrentOwner() noexcept;
 
-    /// Who owns the text of this level: null when the application does.
-    TemporaryText* Owner() const { return m_owner; }
+    /// What is known of the brackets in the text of this level, or in a larger one that holds it.
     BracketCache* Brackets();
+    /// The current directive or name, or the start of the text before the first.
     const char* Position() const;
 
     /// Counts an expansion, an invocation or a loop round.

@@ -17,20 +17,24 @@ FrameSet::const_iterator FrameSet::find(VarFrame* frame) const
     return found != end() && *found == frame ? found : end();
 }
 
+void FrameSet::MakeRoom(ssize_t n)
+{
+    if (m_capacity - m_size >= n)
+        return;
+    const ssize_t capacity = m_capacity * 2 + n;
+    VarFrame** const larger = new VarFrame*[static_cast<size_t>(capacity)];
+    std::copy(begin(), end(), larger);
+    delete[] m_frames;
+    m_frames = larger;
+    m_capacity = capacity;
+}
+
 bool FrameSet::insert(VarFrame* frame)
 {
-    const int64 place = std::lower_bound(begin(), end(), frame, std::less<>()) - begin();
+    const ssize_t place = std::lower_bound(begin(), end(), frame, std::less<>()) - begin();
     if (place < m_size && m_frames[place] == frame)
         return false;
-    if (m_size == m_capacity)
-    {
-        const int32 capacity = m_capacity == 0 ? 4 : m_capacity * 2;
-        VarFrame** const larger = new VarFrame*[static_cast<size_t>(capacity)];
-        std::copy(begin(), end(), larger);
-        delete[] m_frames;
-        m_frames = larger;
-        m_capacity = capacity;
-    }
+    MakeRoom(1);
     std::copy_backward(m_frames + place, m_frames + m_size, m_frames + m_size + 1);
     m_frames[place] = frame;
     ++m_size;

@@ -7,24 +7,39 @@
 namespace telv
 {
 
+namespace
+{
+
+__extension__ typedef unsigned __int128 uint128;
+
+/// Both factors hold what a text cannot know: it cannot make the product come out as it likes.
+uint64 MultiplyFold(uint64 a, uint64 b)
+{
+    const uint128 product = static_cast<uint128>(a) * b;
+    return static_cast<uint64>(product) ^ static_cast<uint64>(product >> 64);
+}
+
+} // namespace
+
 uint64 HashName(SubString name)
 {
-    constexpr uint64 mix = 0x9e3779b97f4a7c15UL;
+    // Where the library was loaded is random.
+    static const char place = 0;
+    const uint64 seed = reinterpret_cast<uint64>(&place) * 0x9e3779b97f4a7c15UL;
+    const uint64 secret = seed ^ 0xa0761d6478bd642fUL;
     const char* p = name.begin();
     size_t n = static_cast<size_t>(name.size());
-    uint64 hash = n * mix;
+    uint64 hash = seed ^ n;
     uint64 word = 0;
-    for (; n >= sizeof(word); n -= sizeof(word), p += sizeof(word))
+    for (; n > sizeof(word); n -= sizeof(word), p += sizeof(word))
     {
         std::memcpy(&word, p, sizeof(word));
-        hash = (hash ^ word) * mix;
-        hash ^= hash >> 29;
+        hash = MultiplyFold(word ^ secret, hash ^ seed);
     }
     word = 0;
     if (n > 0)
         std::memcpy(&word, p, n);
-    hash = (hash ^ word) * mix;
-    return hash ^ (hash >> 32);
+    return MultiplyFold(word ^ secret, hash ^ (seed >> 7));
 }
 
 LSVariableMap::~LSVariableMap()
@@ -74,11 +89,16 @@ void LSVariableMap::Set(LSVariable* v)
             return;
         }
     }
-    if (m_size * 2 >= m_capacity)
-        Grow();
+    MakeRoom();
     LSVariable** const slot = FindSlot(m_table, m_capacity, v->m_name);
     m_size += *slot == nullptr ? 1 : 0;
     *slot = v;
+}
+
+void LSVariableMap::MakeRoom()
+{
+    if (m_size >= s_inPlace && m_size * 2 >= m_capacity)
+        Grow();
 }
 
 void LSVariableMap::Grow()

@@ -2,10 +2,39 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/MacroExpand.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/MacroExpander.h"
+#include <utility>
 
 namespace telv
 {
+
+namespace
+{
+
+/// Makes the current run keep what the pieces of an output view.
+class MappedOutputScope
+{
+public:
+    explicit MappedOutputScope(const ExpandedOutput& output) : m_run(ExpansionRun::Current())
+    {
+        if (m_run != nullptr)
+            m_previous = std::exchange(m_run->m_mappedOutput, &output);
+    }
+    ~MappedOutputScope()
+    {
+        if (m_run != nullptr)
+            m_run->m_mappedOutput = m_previous;
+    }
+    MappedOutputScope(const MappedOutputScope&) = delete;
+    MappedOutputScope& operator=(const MappedOutputScope&) = delete;
+
+private:
+    ExpansionRun* m_run;
+    const ExpandedOutput* m_previous = nullptr;
+};
+
+} // namespace
 
 bool ImportHandler::HandleImportPath(const xstring&, const char*)
 {
@@ -22,8 +51,12 @@ void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcInde
 void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
                  ssize_t dstIndent, xstring& output)
 {
-    OutputPieces pieces;
-    MacroExpand(ih, vf, str, srcIndent, dstIndent, output, pieces);
+    TELV_ASSERT(vf);
+    StringStream os(4096);
+    ExpandedOutput ep(&os);
+    MacroExpand(ih, vf, str, srcIndent, dstIndent, ep);
+    os.GetString(output, true);
+    TELV_ASSERT(output.size() == ep.size());
 }
 
 void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
@@ -32,7 +65,10 @@ void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcInde
     TELV_ASSERT(vf);
     StringStream os(4096);
     ExpandedOutput ep(&os);
-    MacroExpand(ih, vf, str, srcIndent, dstIndent, ep);
+    {
+        const MappedOutputScope mapped(ep);
+        MacroExpand(ih, vf, str, srcIndent, dstIndent, ep);
+    }
     os.GetString(output, true);
     TELV_ASSERT(output.size() == ep.size());
     pieces.m_pieces.swap(ep.m_pieces.m_pieces);

@@ -86,18 +86,17 @@ void MacroExpander::ExpandText()
 /// is discarded as far as it belongs to the source.
 void MacroExpander::PassOverLineStarts()
 {
-    for (; m_str.m_p1 != m_str.m_p2; ++m_str.m_p1)
+    while (m_str)
     {
         const char c = *m_str.m_p1;
-        if (c == ' ' || c == '\t')
-            continue;
-        if (c != '\n')
+        if (c != ' ' && c != '\t' && c != '\n')
             return;
         ++m_str.m_p1;
+        if (c != '\n')
+            continue;
         AdvanceWritePos(m_str.begin(), true);
         ScanIndentation(m_str, m_srcIndent, s_tabWidth);
         AdvanceWritePos(m_str.begin(), false);
-        --m_str.m_p1;
     }
 }
 

@@ -55,6 +55,7 @@ public:
     ssize_t GetOutputPos() const;
     /// Moves the write position to `pos`, writing what lies between or discarding it.
     void AdvanceWritePos(const xchar* pos, bool write);
+    /// Writes text of the source at the destination indentation.
     void WriteSubStringFromSourceFile(SubString s);
     /// Writes text that the current directive, or `src`, produced.
     void WriteCalculatedSubString(SubString s);
@@ -65,11 +66,14 @@ public:
 
     // Blocks: text as it stands, and text in a scope of its own.
 
+    /// `@quote(text)`: the text as it stands, indented to where the directive stood.
     void ProcessQuoteDirective();
+    /// `@scope{text}`: the text, expanded in a frame of its own.
     void ProcessScopeDirective();
 
     // Definitions of macros.
 
+    /// `@def` and its kin: reads a definition and places the macro in the frame it is meant for.
     void ProcessDefDirective(bool exportdef, bool nakeddef, bool defpython);
     /// Reads the formal arguments, `=` and the body into `macroVar`.
     void ReadMacroVariableDefn(SubString name, LSMacroVariable* macroVar);
@@ -80,23 +84,34 @@ public:
 
     // Invocation of variables.
 
+    /// Writes what the name just scanned stands for: a value, or the expansion of a macro, whose
+    /// arguments are read from the text.
     void InvokeVariable(LSVariable* var);
+    /// The same for a formal argument that stands for a macro: the call is composed from its text
+    /// and the arguments in the text, and expanded where the argument came from.
     void InvokeMacroFunction(LSMacroVariable* macroVar);
 
     // Conditionals.
 
+    /// `@if(condition){block}` with its `@elseif` and `@else`.
     void ProcessIfDirective();
+    /// Reads, expands and evaluates the condition in the parentheses that follow.
     bool ParseBoolExpressionInBrackets(SubString directiveName);
 
     // Loops.
 
+    /// `@for(name in [list]){block}`, or with several names: the block once per element.
     void ProcessForDirective();
+    /// `@while(condition){block}`: the condition is expanded afresh for each round.
     void ProcessWhileDirective();
 
     // Typed expressions.
 
+    /// `@let type name = {value}` defines a value, `@let name = {value}` assigns one.
     void ProcessLetDirective();
+    /// `@(expression)`: the value as text.
     void ProcessRndBracketDirective();
+    /// `@[text]`: the text, expanded twice.
     void ProcessSqrBracketDirective();
     /// Expands `text` and evaluates it as a string; the directive is named in errors.
     xstring EvaluateString(SubString text, SubString directiveName);
@@ -105,28 +120,40 @@ public:
 
     // String literals and dollar macros.
 
+    /// `@str(text)` and its kin: the expanded text as a literal, or one literal for each line.
     void ProcessStrDirective(bool splitLines, EStrLiteralMode mode);
+    /// `@unstr("text")`: the characters of a literal.
     void ProcessUnstrDirective();
+    /// `@$NAME = "value"`: a dollar macro of the file.
     void ProcessDollarDefDirective();
 
     // Diagnostics.
 
+    /// `@print(text)`, `@println(text)`: writes the expanded text to `xcout` and flushes it.
     void ProcessPrintDirective(bool newline);
+    /// `@assert(condition)`: an error unless the condition holds.
     void ProcessAssertDirective();
+    /// `@assertfails(text)`: an error unless the text has one.
     void ProcessAssertFailsDirective();
+    /// `@fail(message)`: an error with this very text.
     [[noreturn]] void ProcessFailDirective();
 
     // Imports.
 
+    /// `@import "file"`: asks the import handler, which must be set.
     void ProcessImportDirective();
+    /// `@importpath "directory"`: the same for a directory.
     void ProcessImportPathDirective();
+    /// `@relativepath(from, to)`: the path as a string literal.
     void ProcessRelativePathDirective();
 
     // Python.
 
+    /// `@runpython {code}`: runs Python statements; writes nothing.
     void ProcessRunPythonDirective();
 
 private:
+    struct ActualArg;
     class FormalNames;
     class ForLoop;
     struct ForHead;
@@ -153,14 +180,19 @@ private:
     VarFrame* FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name);
 
     void InvokeMacro(LSMacroVariable& macroVar);
-    void ReadActualArgs(const LSMacroVariable& macroVar, xvector<SubString>& args);
-    void BindArgs(const LSMacroVariable& macroVar, const xvector<SubString>& args, VarFrame& frame);
-    void BindValue(const LSMacroVariable& macroVar, const LSFormalArg& formal, SubString arg,
-                   VarFrame& frame);
+    void ReadActualArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args);
+    void BindArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args, VarFrame& frame);
+    LSVariable* MakeNamedArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
+                             SubString arg);
+    LSVariable* MakeValueArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
+                             SubString arg);
     void WriteValueOf(const LSVariable& var);
     void WriteTypedValue(VarFrame* frame, SubString text, ELSVariable type);
-    void WriteMacroResult(LSMacroVariable& macroVar, VarFrame& frame);
+    void WriteMacroResult(LSMacroVariable& macroVar, const xvector<ActualArg>& args,
+                          VarFrame& frame);
     void WritePythonMacroResult(LSMacroVariable& macroVar, VarFrame& frame);
+    static void AddInvocationContext(LexScannerException& e, const LSMacroVariable& macroVar,
+                                     const xvector<ActualArg>& args);
     xstring ComposeCall(const LSMacroVariable& macroVar, SubString section);
 
     bool EvaluateCondition(SubString condition, SubString directiveName);

@@ -30,6 +30,7 @@ size_t NameIndex::Probe(SubString name, uint64 hash) const
 void NameIndex::Grow()
 {
     std::vector<Record*> table(m_table.empty() ? 64 : m_table.size() * 2);
+    m_spare.reserve(table.size()); // so that erasing a record never has to allocate
     table.swap(m_table);
     for (Record* record : table)
     {
@@ -42,10 +43,7 @@ void NameIndex::InsertRecord(size_t slot, VarFrame* frame, LSVariable* v, uint64
 {
     Record* record = nullptr;
     if (m_spare.empty())
-    {
-        m_spare.reserve(m_size + 1); // so that erasing a record never has to allocate
         record = new Record();
-    }
     else
     {
         record = m_spare.back();
@@ -100,6 +98,9 @@ void NameIndex::Bind(VarFrame* frame, LSVariable* v)
     }
     Binding* const place = BehindDepth(*record, frame->Depth());
     const auto offset = place - record->Begin();
+    // Room first: with it, the rest cannot fail half-way.
+    if (record->m_more.capacity() <= record->m_more.size() + 1)
+        record->m_more.reserve(record->m_more.size() * 2 + 2);
     if (record->m_more.empty())
         record->m_more.push_back(record->m_one);
     record->m_more.insert(record->m_more.begin() + offset, Binding{frame, v});

@@ -4,8 +4,10 @@
 // parents is as long as the invocations are nested, and walking it for each identifier would make
 // recursion quadratic. The index keeps, for each name, its bindings ordered by the depth of their
 // frames. The answer to a look-up from a frame F is the deepest binding whose frame is F or an
-// ancestor of F, and "ancestor" is decided in logarithmic time with jump pointers. A name that is
-// bound nowhere, which most words of a text are, costs one probe.
+// ancestor of F. Whether a frame is an ancestor is decided in logarithmic time with jump pointers;
+// nearly always the first binding that is looked at is one, because frames elsewhere are alive only
+// while the text of an argument is expanded in its caller's frame. A name that is bound nowhere,
+// which most words of a text are, costs one probe.
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"

@@ -33,7 +33,8 @@ namespace telv
 /// The address of each function or object, under its own name.
 struct PythonApi
 {
-#define TELV_DECLARE_SYMBOL(name) decltype (&::name)(name) = nullptr;
+// NOLINTNEXTLINE(bugprone-macro-parentheses)
+#define TELV_DECLARE_SYMBOL(name) decltype(&::name) name = nullptr;
     TELV_PYTHON_SYMBOLS(TELV_DECLARE_SYMBOL)
 #undef TELV_DECLARE_SYMBOL
 };

@@ -1,7 +1,6 @@
 // Temporary texts: registered with the run that made them, reported when they die under an error.
 #include "tlMacroExpander/src/TemporaryText.h"
 #include "tlMacroExpander/src/ExpansionLevel.h"
-#include <exception>
 #include <utility>
 
 namespace telv
@@ -46,9 +45,9 @@ TemporaryText::TemporaryText(xstring& text, SubString origin)
     if (run.m_liveTexts == nullptr)
         run.m_liveTexts = std::make_shared<LiveTexts>();
     m_liveTexts = run.m_liveTexts;
-    m_liveTexts->emplace(m_origin->m_begin, m_origin.get());
-    if (run.m_deadTexts.capacity() < m_liveTexts->size())
-        run.m_deadTexts.reserve(m_liveTexts->size() * 2);
+    if (run.m_deadTexts.capacity() <= m_liveTexts->size())
+        run.m_deadTexts.reserve(m_liveTexts->size() * 2 + 1);
+    m_liveTexts->emplace(m_origin->m_begin, m_origin.get()); // last: nothing may fail after it
 }
 
 TemporaryText::~TemporaryText()
@@ -57,9 +56,9 @@ TemporaryText::~TemporaryText()
     if (m_liveTexts == nullptr)
         return;
     m_liveTexts->erase(m_origin->m_begin);
-    ExpansionRun* const run = ExpansionRun::Current();
-    if (run != nullptr && run->m_level != nullptr && std::uncaught_exceptions() > 0)
-        run->NoteDeath(*m_origin);
+    const ExpansionLevel* const level = ExpansionLevel::Current();
+    if (level != nullptr && level->IsFailing())
+        CurrentRun().NoteDeath(*m_origin);
 }
 
 TextScope::TextScope(xstring& text, SubString origin)

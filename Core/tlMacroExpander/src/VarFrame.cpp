@@ -4,7 +4,9 @@
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/ImportQuery.h"
 #include "tlMacroExpander/src/NameIndex.h"
+#include "tlMacroExpander/src/StackGuard.h"
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 namespace telv
@@ -31,15 +33,18 @@ void LSVariableList::Add(LSVariable* v)
 {
     TELV_ASSERT(v);
     TELV_ASSERT(!v->m_name.empty());
-    v->m_next = m_first;
-    m_first = v;
-    m_map.Set(v);
+    // What can fail comes first and changes nothing when it does.
+    std::unique_ptr<LSVariable> owned(v);
+    m_map.MakeRoom();
     VarFrame* const frame = m_map.GetFrame();
     if (frame != nullptr)
     {
         if (NameIndex* index = frame->GetIndex())
             index->Bind(frame, v);
     }
+    m_map.Set(v);
+    v->m_next = m_first;
+    m_first = owned.release();
     TELV_ASSERT(m_map.find(v->m_name)->second == v);
 }
 
@@ -65,12 +70,14 @@ void LSVariableList::WriteToStream(xostream& os) const
     os << "}\n";
 }
 
-VarFrame::VarFrame(VarFrame* parent)
-    : m_parent(parent), m_fileScopeFrame(parent == nullptr ? nullptr : parent->m_fileScopeFrame)
+VarFrame::VarFrame(VarFrame* parent) : m_parent(parent), m_fileScopeFrame(nullptr)
 {
     TELV_ASSERT(parent != this);
     if (parent != nullptr)
+    {
+        m_fileScopeFrame = parent->m_fileScopeFrame;
         TELV_ASSERT(m_fileScopeFrame);
+    }
     m_localVariables.m_map.SetFrame(this);
     LinkToTree();
 }
@@ -165,21 +172,24 @@ LSVariable* VarFrame::FindInDirectImports(SubString name, const char* pos)
 void VarFrame::ImportFrame(VarFrame* vf)
 {
     TELV_ASSERT(vf);
-    const bool isFirst = m_setOfFrames.empty();
+    // Room first: an import that is only half made would never be completed.
+    const std::vector<VarFrame*> further(vf->m_setOfFrames.begin(), vf->m_setOfFrames.end());
+    m_setOfFrames.MakeRoom(vf->m_setOfFrames.size() + 1);
+    m_setOfDirectFrames.MakeRoom(1);
+    NameIndex* const index = GetIndex();
+    if (index != nullptr && m_setOfFrames.empty())
+        index->m_importers.push_back(this);
     if (m_setOfFrames.insert(vf))
     {
-        const std::vector<VarFrame*> further(vf->m_setOfFrames.begin(), vf->m_setOfFrames.end());
         for (VarFrame* frame : further)
             m_setOfFrames.insert(frame);
     }
     m_setOfDirectFrames.insert(vf);
-    NameIndex* const index = GetIndex();
-    if (index != nullptr && isFirst)
-        index->m_importers.push_back(this);
 }
 
 void VarFrame::WriteToStream(xostream& os) const
 {
+    CheckStack(nullptr);
     os << "{\n";
     {
         Indenter indenter(os, 4);

@@ -28,6 +28,7 @@ struct ChosenBlock
     }
 };
 
+/// Takes two tokens, whatever the first one is: a mistake in either is an error.
 bool ScanDirectiveWord(SubString& str, const char* word)
 {
     const LSToken at = LsScanToken(str, false);

@@ -9,7 +9,6 @@
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/OwningVariables.h"
 #include "tlMacroExpander/src/ScanSection.h"
-#include <string_view>
 #include <unordered_set>
 
 namespace telv
@@ -103,20 +102,20 @@ public:
         if (args.size() <= s_few)
             return m_macroVar.FindArgName(name) != -1;
         for (ssize_t i = m_names.empty() ? 0 : args.size() - 1; i < args.size(); ++i)
-            m_names.insert(View(args[i].m_name));
-        return m_names.count(View(name)) > 0;
+            m_names.insert(args[i].m_name);
+        return m_names.count(name) > 0;
     }
 
 private:
     static constexpr ssize_t s_few = 16;
 
-    static std::string_view View(SubString s)
+    struct Hash
     {
-        return std::string_view(s.begin(), static_cast<size_t>(s.size()));
-    }
+        size_t operator()(SubString name) const { return HashName(name); }
+    };
 
     const LSMacroVariable& m_macroVar;
-    std::unordered_set<std::string_view> m_names;
+    std::unordered_set<SubString, Hash> m_names;
 };
 
 void MacroExpander::ReadFormalArgs(SubString name, LSMacroVariable& macroVar)

@@ -2,7 +2,6 @@
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/ErrorContext.h"
 #include <cstring>
-#include <iterator>
 
 namespace telv
 {

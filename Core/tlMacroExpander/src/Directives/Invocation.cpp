@@ -17,6 +17,13 @@
 namespace telv
 {
 
+/// An argument of an invocation.
+struct MacroExpander::ActualArg
+{
+    SubString m_text;                    ///< As the caller wrote it.
+    const LSVariable* m_bound = nullptr; ///< The variable that it was bound to.
+};
+
 namespace
 {
 
@@ -33,35 +40,6 @@ xstring Signature(const LSMacroVariable& macroVar)
     ThrowAtToken({"( expected to begin argument list for macro ", Signature(macroVar),
                   " when read "},
                  token);
-}
-
-/// Writes " with a=…, b=…" for the variables bound to the formal arguments, of which `last` is the
-/// last; the list links them newest first.
-void WriteBoundArgs(xostream& os, const LSMacroVariable& macroVar, const LSVariable* last)
-{
-    std::vector<const LSVariable*> bound;
-    for (ssize_t n = macroVar.GetNumArgs(); n > 0; --n, last = last->m_next)
-        bound.push_back(last);
-    os << " with ";
-    while (!bound.empty())
-    {
-        os << bound.back()->m_name << '=';
-        bound.back()->WriteValue(os);
-        bound.pop_back();
-        if (!bound.empty())
-            os << ", ";
-    }
-}
-
-[[gnu::noinline]] void AddInvocationContext(LexScannerException& e, const LSMacroVariable& macroVar,
-                                            const LSVariable* lastBound)
-{
-    StringStream os(4096);
-    os << "\n    invoking macro ";
-    macroVar.WriteNameAndFormalParameterList(os);
-    if (lastBound != nullptr)
-        WriteBoundArgs(os, macroVar, lastBound);
-    AddErrorContext(e, {os.GetString()});
 }
 
 /// Reads one actual argument; `isLast` says which bracket or comma has to end it.
@@ -81,6 +59,24 @@ SubString ReadActualArg(SubString& str, const LSMacroVariable& macroVar, bool is
 }
 
 } // namespace
+
+/// Adds the line that names the macro and what its arguments were bound to.
+[[gnu::noinline]] void MacroExpander::AddInvocationContext(LexScannerException& e,
+                                                           const LSMacroVariable& macroVar,
+                                                           const xvector<ActualArg>& args)
+{
+    StringStream os(4096);
+    os << "\n    invoking macro ";
+    macroVar.WriteNameAndFormalParameterList(os);
+    const char* separator = " with ";
+    for (const ActualArg& arg : args)
+    {
+        os << separator << arg.m_bound->m_name << '=';
+        arg.m_bound->WriteValue(os);
+        separator = ", ";
+    }
+    AddErrorContext(e, {os.GetString()});
+}
 
 void MacroExpander::InvokeVariable(LSVariable* var)
 {
@@ -113,7 +109,7 @@ void MacroExpander::WriteValueOf(const LSVariable& var)
 
 void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
 {
-    xvector<SubString> args;
+    xvector<ActualArg> args;
     if (macroVar.GetNumArgs() > 0)
         ReadActualArgs(macroVar, args);
     if (macroVar.m_isPython)
@@ -126,10 +122,10 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
     if (macroVar.m_isPython)
         WritePythonMacroResult(macroVar, workingFrame);
     else
-        WriteMacroResult(macroVar, workingFrame);
+        WriteMacroResult(macroVar, args, workingFrame);
 }
 
-void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, xvector<SubString>& args)
+void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args)
 {
     const LSToken open = LsScanToken(m_str, false);
     if (open.m_type != TOKEN_LEFT_PAREN)
@@ -137,32 +133,37 @@ void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, xvector<SubS
     const ssize_t n = macroVar.GetNumArgs();
     args.reserve(n);
     for (ssize_t i = 0; i < n; ++i)
-        args.push_back(ReadActualArg(m_str, macroVar, /*isLast=*/i == n - 1));
+        args.push_back(ActualArg{ReadActualArg(m_str, macroVar, /*isLast=*/i == n - 1), nullptr});
 }
 
-void MacroExpander::BindArgs(const LSMacroVariable& macroVar, const xvector<SubString>& args,
+void MacroExpander::BindArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args,
                              VarFrame& frame)
 {
-    TemporaryText* const nameOwner = BodyOwner(macroVar);
     for (ssize_t i = 0; i < args.size(); ++i)
     {
         const LSFormalArg& formal = macroVar.m_argNames[i];
-        if (formal.m_type != LSV_MACRO)
-        {
-            BindValue(macroVar, formal, args[i], frame);
-            continue;
-        }
-        auto bound = MakeMacroVariable(LSV_MACRO, formal.m_name, m_vf, nameOwner,
-                                       ExpansionLevel::CurrentOwner());
-        bound->m_isFnArg = formal.m_isFnArg;
-        bound->SetSubstitutionString(args[i], false, 0);
-        frame.m_localVariables.Add(bound.release());
+        LSVariable* const bound = formal.m_type == LSV_MACRO
+                                      ? MakeNamedArg(macroVar, formal, args[i].m_text)
+                                      : MakeValueArg(macroVar, formal, args[i].m_text);
+        frame.m_localVariables.Add(bound);
+        args[i].m_bound = bound;
     }
 }
 
-/// Binds an argument that has a type: it is evaluated now, in the caller's frame.
-void MacroExpander::BindValue(const LSMacroVariable& macroVar, const LSFormalArg& formal,
-                              SubString arg, VarFrame& frame)
+/// An argument that is bound by name: expanded in the caller's frame wherever it is used.
+LSVariable* MacroExpander::MakeNamedArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
+                                        SubString arg)
+{
+    auto bound = MakeMacroVariable(LSV_MACRO, formal.m_name, m_vf, BodyOwner(macroVar),
+                                   ExpansionLevel::CurrentOwner());
+    bound->m_isFnArg = formal.m_isFnArg;
+    bound->SetSubstitutionString(arg, false, 0);
+    return bound.release();
+}
+
+/// An argument that has a type: it is evaluated now, in the caller's frame.
+LSVariable* MacroExpander::MakeValueArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
+                                        SubString arg)
 {
     auto bound = MakeValueVariable(formal.m_type, formal.m_name, BodyOwner(macroVar));
     try
@@ -175,13 +176,12 @@ void MacroExpander::BindValue(const LSMacroVariable& macroVar, const LSFormalArg
                             macroVar.m_name});
         throw;
     }
-    frame.m_localVariables.Add(bound.release());
+    return bound.release();
 }
 
-void MacroExpander::WriteMacroResult(LSMacroVariable& macroVar, VarFrame& frame)
+void MacroExpander::WriteMacroResult(LSMacroVariable& macroVar, const xvector<ActualArg>& args,
+                                     VarFrame& frame)
 {
-    const LSVariable* const lastBound =
-        macroVar.GetNumArgs() == 0 ? nullptr : frame.m_localVariables.m_first;
     const TextOwnerScope owner(BodyOwner(macroVar));
     try
     {
@@ -193,7 +193,7 @@ void MacroExpander::WriteMacroResult(LSMacroVariable& macroVar, VarFrame& frame)
     }
     catch (LexScannerException& e)
     {
-        AddInvocationContext(e, macroVar, lastBound);
+        AddInvocationContext(e, macroVar, args);
         throw;
     }
 }
@@ -254,7 +254,7 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
     }
     catch (LexScannerException& e)
     {
-        AddInvocationContext(e, *macroVar, nullptr);
+        AddInvocationContext(e, *macroVar, xvector<ActualArg>());
         throw;
     }
 }

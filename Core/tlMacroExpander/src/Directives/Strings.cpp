@@ -101,6 +101,8 @@ void MacroExpander::ProcessDollarDefDirective()
     else
         ThrowAtToken({"Quoted string expected after $", name.m_str, " definition when read "},
                      token);
+    if (m_vf->m_fileScopeFrame == nullptr)
+        ThrowAt(name.m_str.begin(), {"No filescope frame"});
     m_vf->m_fileScopeFrame->InsertDollarMacro(name.m_str, value);
     AdvanceWritePos(m_str.begin(), false);
 }
