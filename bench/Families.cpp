@@ -88,7 +88,7 @@ Work NestedTwice(size_t n)
 
 Work NestedDefinitions(size_t n)
 {
-    return ExpansionOf(Nested(n, "@def m = {", "x", " m}") + " m");
+    return ExpansionOf(Nested(n, "@def m = {", "x", "}m"));
 }
 
 Work Recursion(size_t n)
@@ -278,7 +278,7 @@ std::vector<Family> TextFamilies()
         {"long @strx", 50'000, ManyStringLines, nullptr},
         {"@quote of many lines", 100'000, Quote, nullptr},
         {"many assignments by @let", 50'000, Assignments, nullptr},
-        {"appending by @let", 2'000, Appends, "time: the values, one byte longer each, are made"},
+        {"appending by @let", 8'000, Appends, "time: the values, one byte longer each, are made"},
         {"wide expression", 100'000, WideExpression, nullptr},
         {"nested parentheses", 50'000, NestedParentheses, nullptr},
         {"prefix operators", 50'000, PrefixOperators, nullptr},

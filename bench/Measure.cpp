@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr size_t s_stackSize = size_t{4} << 30;
+constexpr rlim_t s_longestSeconds = 20;
 
 struct Job
 {
@@ -41,6 +42,8 @@ void* RunJob(void* argument)
 [[noreturn]] void RunChild(const std::function<Work()>& makeWork, int pipeEnd)
 {
     Job job{makeWork, -1};
+    const rlimit limit{s_longestSeconds, s_longestSeconds};
+    setrlimit(RLIMIT_CPU, &limit);
     pthread_attr_t attributes;
     pthread_t thread;
     pthread_attr_init(&attributes);

@@ -18,7 +18,7 @@ struct Cost
 using Work = std::function<void()>;
 
 /// Makes the work, calls it, and tells what both needed; the time is that of the call alone. None
-/// when the process did not end well.
+/// when the process did not end well, or not within 20 seconds.
 std::optional<Cost> MeasureOnce(const std::function<Work()>& makeWork);
 
 /// The least cost of `times` runs.

@@ -23,11 +23,13 @@ template <class Row>
 std::string Columns(const Row& row)
 {
     std::ostringstream os;
-    BindColumns(row, [&](const char* name, const auto& value) {
-        os << "  " << name << " = ";
-        Write(os, value);
-        os << '\n';
-    });
+    BindColumns(row,
+                [&](const char* name, const auto& value)
+                {
+                    os << "  " << name << " = ";
+                    Write(os, value);
+                    os << '\n';
+                });
     return os.str();
 }
 

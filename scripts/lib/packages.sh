@@ -23,6 +23,7 @@ find_missing() {
     cmake_is_recent || missing+=(cmake)
     need_command ninja ninja-build
     need_command make make
+    need_command python3 python3
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     case $1 in

@@ -160,9 +160,9 @@ TEST(DollarMacro, OnePassReplacesOnce)
 
 TEST(DollarMacro, Substitution)
 {
-    const Definitions macros = {{"ROOT", "/usr"},  {"LIB", "$(ROOT)/lib"}, {"SO", "$(LIB)/x.so"},
-                                {"E", ""},         {"N", "ROOT"},          {"OPEN", "$("},
-                                {"UNKNOWN", "$(NOPE)"}};
+    const Definitions macros = {
+        {"ROOT", "/usr"}, {"LIB", "$(ROOT)/lib"}, {"SO", "$(LIB)/x.so"}, {"E", ""},
+        {"N", "ROOT"},    {"OPEN", "$("},         {"UNKNOWN", "$(NOPE)"}};
     const struct
     {
         const char* m_text;

@@ -190,8 +190,8 @@ struct MappedOutput : Output
         m_output.WriteSubStringFromSourceFile(SubString(m_source.data(), m_source.data() + 3), 2);
         m_output.WriteCalculatedSubString("xy", SubString(m_source.data() + 3, m_source.data() + 6),
                                           2);
-        m_output.WriteSubStringFromSourceFile(
-            SubString(m_source.data() + 6, m_source.data() + 8), 2);
+        m_output.WriteSubStringFromSourceFile(SubString(m_source.data() + 6, m_source.data() + 8),
+                                              2);
     }
 
     /// The offset in the source; "null" for none.
@@ -212,8 +212,7 @@ TEST(ExpandedOutput, MapsEachPosition)
     const MappedOutput out;
     ASSERT_EQ(out.Text(), "  ab\n  xycd");
     for (ssize_t pos = 0; pos < out.m_output.size(); ++pos)
-        EXPECT_EQ(out.Offset(out.m_output.m_pieces.MapOutputPositionToAddress(pos)),
-                  s_offsets[pos])
+        EXPECT_EQ(out.Offset(out.m_output.m_pieces.MapOutputPositionToAddress(pos)), s_offsets[pos])
             << pos;
 }
 

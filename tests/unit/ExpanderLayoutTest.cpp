@@ -60,8 +60,8 @@ static_assert(!std::is_polymorphic_v<VarFrame>);
 
 static_assert(sizeof(FileScopeVarFrame) == 240);
 static_assert(std::is_base_of_v<VarFrame, FileScopeVarFrame>);
-static_assert(std::is_same_v<decltype(FileScopeVarFrame::m_imports),
-                             xvector<const FileScopeVarFrame*>>);
+static_assert(
+    std::is_same_v<decltype(FileScopeVarFrame::m_imports), xvector<const FileScopeVarFrame*>>);
 static_assert(!std::is_polymorphic_v<FileScopeVarFrame>);
 
 static_assert(std::is_same_v<decltype(s_started), bool>);

@@ -65,8 +65,7 @@ public:
             const SubString text = View(m_texts[i]);
             if (!IsWithin(SubString(pos, pos), text))
                 continue;
-            const std::string number =
-                i + 1 == m_texts.size() ? "" : "#" + std::to_string(i) + ":";
+            const std::string number = i + 1 == m_texts.size() ? "" : "#" + std::to_string(i) + ":";
             return number + std::to_string(pos - text.begin());
         }
         return "elsewhere";

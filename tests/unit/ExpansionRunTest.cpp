@@ -1,7 +1,7 @@
 // The run: how it is installed, its limits, which source a position belongs to, and where something
 // failed that has no position of its own.
-#include "ExpanderSupport.h"
 #include "tlMacroExpander/ExpansionRun.h"
+#include "ExpanderSupport.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -144,8 +144,13 @@ TEST(ExpansionRun, NewRunLimitsNothing)
 TEST(ExpansionRun, SameResultsWithAndWithout)
 {
     const char* const texts[] = {
-        "a@@b", "@def f(x) = {<x>}\nf(1) f(f(2))", "@for(x in [1,2]){x }", "@[@quote(@(1+1))]",
-        "@fail(\"no\")", "@for(x in [1,2]){@fail(\"x\")}", "@[@quote(@(1+))]",
+        "a@@b",
+        "@def f(x) = {<x>}\nf(1) f(f(2))",
+        "@for(x in [1,2]){x }",
+        "@[@quote(@(1+1))]",
+        "@fail(\"no\")",
+        "@for(x in [1,2]){@fail(\"x\")}",
+        "@[@quote(@(1+))]",
     };
     for (const char* text : texts)
         EXPECT_EQ(Limited(ExpansionLimits(), text), ExpansionOf(text)) << text;
@@ -175,10 +180,10 @@ TEST(ExpansionRun, StepLimitCountsExpansionsInvocationsAndRounds)
     } rows[] = {
         {"x", 1},
         {"@scope{x}", 2},
-        {"@def m = {x}\nm", 3},           // text, invocation, body
-        {"@let int i = {1}\ni i", 4},     // text, value text, two values
-        {"@for(x in [1,2]){}", 4},        // text, list, two rounds
-        {"@if(true){x}", 3},              // text, condition, block
+        {"@def m = {x}\nm", 3},       // text, invocation, body
+        {"@let int i = {1}\ni i", 4}, // text, value text, two values
+        {"@for(x in [1,2]){}", 4},    // text, list, two rounds
+        {"@if(true){x}", 3},          // text, condition, block
     };
     for (const auto& row : rows)
     {
@@ -229,8 +234,7 @@ TEST(ExpansionRun, AssertFailsDoesNotSwallowLimits)
               "error: Expansion nested too deeply @20");
     EXPECT_EQ(Limited(Steps(100), "@assertfails{@while(true){}}").substr(0, 31),
               "error: Too many expansion steps");
-    EXPECT_EQ(Limited(OutputSize(9), "@assertfails{abcdefghij}"),
-              "error: Output too large @13");
+    EXPECT_EQ(Limited(OutputSize(9), "@assertfails{abcdefghij}"), "error: Output too large @13");
     EXPECT_EQ(Limited(Depth(3), "@assertfails{@fail(\"no\")}x"), "x");
 }
 

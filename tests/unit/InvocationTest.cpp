@@ -188,8 +188,7 @@ TEST(Invocation, DefinedMacroHasTheFieldsOfItsDefinition)
         session.Keep("@nakeddef int f(a, string b, c()) =\n    {\n        one\n    }\n");
     xstring output;
     MacroExpand(nullptr, &session.m_frame, source, 0, 0, output);
-    const auto* const f =
-        dynamic_cast<const LSMacroVariable*>(session.m_frame.Find("f", nullptr));
+    const auto* const f = dynamic_cast<const LSMacroVariable*>(session.m_frame.Find("f", nullptr));
     ASSERT_NE(f, nullptr);
     EXPECT_EQ(f->m_returnType, LSV_INT);
     EXPECT_TRUE(f->m_naked);
@@ -231,8 +230,9 @@ TEST(Invocation, ErrorsNameTheCall)
         {"two(1, 2", "error: Met EOS while reading argument 2 @7"},
         {"two(`1`2, 3)", "error: Comma or right parenthesis expected when read 2 @7"},
         {"two(p, q)", "error: no\n    invoking macro two(a,b) with a=p, b=q @#0:24"},
-        {"one(z)", "error: no\n    invoking macro two(a,b) with a=x, b=2\n    invoking macro one(x) "
-                   "with x=z @#0:24"},
+        {"one(z)",
+         "error: no\n    invoking macro two(a,b) with a=x, b=2\n    invoking macro one(x) "
+         "with x=z @#0:24"},
         {"typed(1 2)", "error: Read 2 in middle of expression\n    expression: 1 2\n    passing "
                        "formal argument i to macro typed @0"},
         {"number(1 2)", "error: Read 2 in middle of expression\n    expression: 1 2\n    invoking "

@@ -418,8 +418,7 @@ TEST(ImportHandler, DollarDefinitionsNeedIt)
     Session session(&handler);
     EXPECT_EQ(session.Expand("a@$ROOT = \"/usr\" \"$(ROOT)\" _ROOT_"), "a \"/usr\" /usr");
     EXPECT_EQ(session.Expand("@$A = (\"x\" + \"y\")\"$(A)\""), "\"xy\"");
-    EXPECT_EQ(session.Expand("@$ = \"x\""),
-              "error: Identifier expected after @let when read = @3");
+    EXPECT_EQ(session.Expand("@$ = \"x\""), "error: Identifier expected after @let when read = @3");
     EXPECT_EQ(session.Expand("@$A := \"x\""),
               "error: = expected in definition of macro A when read : @4");
     EXPECT_EQ(session.Expand("@$A = x"),
@@ -603,9 +602,9 @@ TEST(MacroExpander, TypeKeywords)
         const char* m_word;
         ELSVariable m_type;
     } rows[] = {
-        {"bool", LSV_BOOL},   {"int", LSV_INT},     {"double", LSV_DOUBLE}, {"char", LSV_CHAR},
+        {"bool", LSV_BOOL},     {"int", LSV_INT},     {"double", LSV_DOUBLE}, {"char", LSV_CHAR},
         {"string", LSV_STRING}, {"macro", LSV_MACRO}, {"Int", LSV_MACRO},     {"ints", LSV_MACRO},
-        {"in", LSV_MACRO},    {"", LSV_MACRO},
+        {"in", LSV_MACRO},      {"", LSV_MACRO},
     };
     for (const auto& row : rows)
         EXPECT_EQ(CheckVariableType(row.m_word), row.m_type) << row.m_word;
@@ -700,8 +699,7 @@ TEST(MacroExpander, ValuesByExpression)
         {LSV_INT, "two + 3", "5"},
         {LSV_INT, "-7", "-7"},
         {LSV_INT, "2147483647", "2147483647"},
-        {LSV_INT, "1 two",
-         "error: Read 2 in middle of expression\n    expression: 1 2 @0"},
+        {LSV_INT, "1 two", "error: Read 2 in middle of expression\n    expression: 1 2 @0"},
         {LSV_DOUBLE, "1.0 / 4", "0.25"},
         {LSV_DOUBLE, "3.0", "3"},
         {LSV_DOUBLE, "1e30", "1e+30"},

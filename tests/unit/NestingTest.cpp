@@ -38,7 +38,7 @@ struct Nested
 {
     const char* m_name;
     std::string m_before;
-    std::string m_open;  ///< Repeated, then `m_middle`, then `m_close` as often.
+    std::string m_open; ///< Repeated, then `m_middle`, then `m_close` as often.
     std::string m_middle;
     std::string m_close;
 };
@@ -102,14 +102,18 @@ const std::pair<const char*, const char*> s_endless[] = {
 
 } // namespace
 
-TEST(Nesting, EndlessIsAnError)
+TEST(Nesting, EndlessIsAnErrorOnASmallStack)
 {
-    for (const size_t stack : {s_smallStack, s_largeStack})
-    {
-        for (const auto& [name, text] : s_endless)
-            EXPECT_EQ(FirstLine(OnStack(stack, text)), "error: Expansion nested too deeply")
-                << name << " on " << stack;
-    }
+    for (const auto& [name, text] : s_endless)
+        EXPECT_EQ(FirstLine(OnStack(s_smallStack, text)), "error: Expansion nested too deeply")
+            << name;
+}
+
+TEST(Nesting, EndlessIsAnErrorOnALargeStack)
+{
+    for (const auto& [name, text] : s_endless)
+        EXPECT_EQ(FirstLine(OnStack(s_largeStack, text)), "error: Expansion nested too deeply")
+            << name;
 }
 
 TEST(Nesting, DeepTextEndsInAnErrorOnAnyStack)
@@ -142,8 +146,7 @@ TEST(Nesting, DeepExpressionsEndInAnError)
 
 TEST(Nesting, ThousandLevelsOfMacrosOnALargeStack)
 {
-    const std::string countdown =
-        "@def f(int n) = {@if(n > 0){f(n - 1)}@else{end}}\nf(300)";
+    const std::string countdown = "@def f(int n) = {@if(n > 0){f(n - 1)}@else{end}}\nf(300)";
     std::string chain = "@def m0 = {end}\n";
     for (int i = 1; i <= 1000; ++i)
         chain += "@def m" + std::to_string(i) + " = {m" + std::to_string(i - 1) + "}\n";

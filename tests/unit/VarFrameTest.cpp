@@ -418,8 +418,8 @@ TEST(VarFrame, SetsAreOrderedByAddress)
 {
     std::array<FileScopeVarFrame, 20> frames;
     FileScopeVarFrame importer;
-    for (size_t i : {7, 3, 19, 0, 11, 5, 12, 2, 18, 1})
-        importer.ImportFrame(&frames[i]);
+    for (const int i : {7, 3, 19, 0, 11, 5, 12, 2, 18, 1})
+        importer.ImportFrame(&frames[static_cast<size_t>(i)]);
     EXPECT_EQ(importer.m_setOfFrames.size(), 10);
     EXPECT_TRUE(std::is_sorted(importer.m_setOfFrames.begin(), importer.m_setOfFrames.end()));
     EXPECT_EQ(importer.m_setOfFrames.find(&frames[4]), importer.m_setOfFrames.end());
@@ -493,7 +493,8 @@ TEST(VarFrame, TwoHitsThatNoDirectImportHasAreAnAssertion)
     file.ImportFrame(&block1);
     file.ImportFrame(&block2);
     EXPECT_EQ(FailedAssertion([&] { file.Find("x", nullptr); }), AssertionIn("LSVariable", "v"));
-    EXPECT_EQ(FailedAssertion([&] { file.FindLocal("x", nullptr); }), AssertionIn("LSVariable", "v"));
+    EXPECT_EQ(FailedAssertion([&] { file.FindLocal("x", nullptr); }),
+              AssertionIn("LSVariable", "v"));
 }
 
 TEST(VarFrame, PositionOfTheErrorIsThatOfTheUse)
@@ -550,15 +551,24 @@ const Graph s_graphs[] = {
     {"importing file hides what it imports", {"BC", "AB"}, "BC", "B", "B"},
     {"one definition by two ways", {"BD", "CD", "AB", "AC"}, "D", "D", "D"},
     {"hidden on both ways", {"BD", "CD", "AB", "AC"}, "BCD", s_ambiguous, s_ambiguous},
-    {"hidden on one way, reached by the other", {"BD", "CD", "AB", "AC"}, "BD", s_ambiguous,
+    {"hidden on one way, reached by the other",
+     {"BD", "CD", "AB", "AC"},
+     "BD",
+     s_ambiguous,
      s_ambiguous},
     {"hidden on the only way", {"CD", "BC", "AB"}, "CD", "C", "C"},
     {"two definitions behind one import", {"BD", "BE", "AB"}, "DE", s_ambiguous, s_ambiguous},
     {"an import resolves what it imports", {"BD", "BE", "AB"}, "BDE", "B", "B"},
-    {"hidden import that is imported directly too", {"BD", "AB", "AD"}, "BD", s_ambiguous,
+    {"hidden import that is imported directly too",
+     {"BD", "AB", "AD"},
+     "BD",
+     s_ambiguous,
      s_ambiguous},
     {"same definition directly and by a way", {"BD", "AB", "AD"}, "D", "D", "D"},
-    {"two imports with one definition each way", {"BD", "CE", "AB", "AC"}, "DE", s_ambiguous,
+    {"two imports with one definition each way",
+     {"BD", "CE", "AB", "AC"},
+     "DE",
+     s_ambiguous,
      s_ambiguous},
     {"three imports, one definition", {"BE", "CE", "DE", "AB", "AC", "AD"}, "E", "E", "E"},
     {"long way", {"DE", "CD", "BC", "AB"}, "E", "E", "E"},

@@ -125,8 +125,7 @@ private:
 };
 
 /// One pass; `progress` may be null.
-bool ReplaceOnce(const FileScopeVarFrame& frame, xostream& os, SubString s,
-                 ProgressCheck* progress)
+bool ReplaceOnce(const FileScopeVarFrame& frame, xostream& os, SubString s, ProgressCheck* progress)
 {
     ssize_t size = 0;
     const char* written = s.begin();

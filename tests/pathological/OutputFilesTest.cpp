@@ -1,0 +1,214 @@
+// Outputs of every kind, in every state of the standard streams: a whole file, or the earlier one
+// and an error.
+#include "HostileTest.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace telv::test
+{
+namespace
+{
+
+class OutputFilesTest : public HostileTest
+{
+protected:
+    /// The run failed as one does that can't write, and said so.
+    static void ExpectFileError(const ProgramResult& result, const std::string& err)
+    {
+        EXPECT_EQ(result.status, 2) << Describe(result);
+        EXPECT_EQ(result.err, "tlexpand: " + err + "\n");
+    }
+};
+
+TEST_F(OutputFilesTest, ErrorKeepsTheEarlierFile)
+{
+    Write("out.txt", "earlier");
+    ExpectError(Expand("text\n@fail(\"no\")", {"-o", "out.txt"}), "main.tl(2) : error : no\n");
+    EXPECT_EQ(Read("out.txt"), "earlier");
+    ExpectError(Expand("@fail(\"no\")", {"-o", "new.txt"}), "main.tl(1) : error : no\n");
+}
+
+TEST_F(OutputFilesTest, ErrorAtTheSecondOutputKeepsTheFirst)
+{
+    Write("out.txt", "earlier");
+    ExpectFileError(Expand("text", {"-o", "out.txt", "--map", "none/map.json"}),
+                    "can't write 'none/map.json': No such file or directory");
+    ExpectFileError(Expand("text", {"-o", "out.txt", "--map", "/dev/full"}),
+                    "can't write '/dev/full': No space left on device");
+    EXPECT_EQ(Read("out.txt"), "earlier");
+}
+
+TEST_F(OutputFilesTest, OutputsThatAreOneFile)
+{
+    Write("out.txt", "earlier");
+    std::filesystem::create_hard_link(Path("out.txt"), Path("hard"));
+    std::filesystem::create_symlink("out.txt", Path("soft"));
+    Expect("hard");
+    Expect("soft");
+    for (const char* const other : {"out.txt", "./out.txt", "hard", "soft"})
+    {
+        const ProgramResult result = Expand("text", {"-o", "out.txt", "--map", other});
+        EXPECT_EQ(result.status, 2) << other;
+        EXPECT_EQ(Read("out.txt"), "earlier");
+    }
+    EXPECT_EQ(Expand("text", {"-o", "new", "--map", "./new"}).status, 2);
+}
+
+TEST_F(OutputFilesTest, OutputThatIsAnImport)
+{
+    Write("lib.tl", "@def m = {x}\n");
+    const ProgramResult result = Expand("@import \"lib.tl\"\nm", {"-o", "lib.tl"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(Read("lib.tl"), "@def m = {x}\n");
+}
+
+TEST_F(OutputFilesTest, OutputOverTheMainFile)
+{
+    ExpectText(Expand("@def m = {x}\nm", {"-o", "main.tl"}), "");
+    EXPECT_EQ(Read("main.tl"), "x");
+}
+
+TEST_F(OutputFilesTest, SymbolicLinksAreFollowed)
+{
+    std::filesystem::create_directory(Path("folder"));
+    WriteFile(Path("folder/target"), "earlier");
+    std::filesystem::create_symlink("folder/target", Path("link"));
+    std::filesystem::create_symlink("link", Path("link2"));
+    std::filesystem::create_symlink("folder/absent", Path("dangling"));
+    std::filesystem::create_symlink("loop", Path("loop"));
+    for (const char* const name : {"folder", "link", "link2", "dangling", "loop"})
+        Expect(name);
+    ExpectText(Expand("text", {"-o", "link2"}), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(Path("link")));
+    EXPECT_TRUE(std::filesystem::is_symlink(Path("link2")));
+    EXPECT_EQ(Read("folder/target"), "text");
+    ExpectText(Expand("text", {"-o", "dangling"}), "");
+    EXPECT_EQ(Read("folder/absent"), "text");
+    EXPECT_EQ(Expand("text", {"-o", "loop"}).status, 2);
+}
+
+TEST_F(OutputFilesTest, DevicesStayDevices)
+{
+    ExpectText(Expand("text", {"-o", "/dev/null"}), "");
+    struct stat status;
+    ASSERT_EQ(stat("/dev/null", &status), 0);
+    EXPECT_TRUE(S_ISCHR(status.st_mode));
+    ExpectFileError(Expand("text", {"-o", "/dev/full"}),
+                    "can't write '/dev/full': No space left on device");
+    ExpectText(Expand("text", {"-o", "/dev/stdout"}), "text");
+    ExpectFileError(Expand("text", {"-o", "."}), "can't write '.': Is a directory");
+}
+
+TEST_F(OutputFilesTest, FifosAreWrittenTo)
+{
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    Expect("fifo");
+    const int reader = open(Path("fifo").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    ExpectText(Expand("text", {"-o", "fifo"}), "");
+    char buffer[16];
+    EXPECT_EQ(read(reader, buffer, sizeof(buffer)), 4);
+    close(reader);
+    struct stat status;
+    ASSERT_EQ(stat(Path("fifo").c_str(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
+}
+
+TEST_F(OutputFilesTest, FullDisk)
+{
+    Write("out.txt", "earlier");
+    Write("main.tl", "@for(x in [1,2,3,4]){" + std::string(100'000, 'x') + "}");
+    LimitedOptions options;
+    options.fileSize = 64 * 1024;
+    ExpectFileError(Run({"-o", "out.txt", "main.tl"}, options), "can't write 'out.txt': File too large");
+    EXPECT_EQ(Read("out.txt"), "earlier");
+    LimitedOptions full;
+    full.outputPath = "/dev/full";
+    ExpectFileError(Run({"main.tl"}, full), "can't write 'standard output': No space left on device");
+    ExpectFileError(Expand("@println(x)\n", {"-o", "out.txt"}, full),
+                    "can't write standard output: No space left on device");
+    EXPECT_EQ(Read("out.txt"), "earlier");
+}
+
+TEST_F(OutputFilesTest, FullStandardErrorDoesNotHideTheStatus)
+{
+    LimitedOptions options;
+    options.errorPath = "/dev/full";
+    EXPECT_EQ(Expand("@fail(\"no\")", {}, options).status, 1);
+    EXPECT_EQ(Run({"--no-such-option"}, options).status, 2);
+}
+
+TEST_F(OutputFilesTest, ClosedStreamsHurtNoFile)
+{
+    const std::vector<int> closed[] = {{0}, {1}, {2}, {0, 1}, {1, 2}, {0, 1, 2}};
+    for (const std::vector<int>& streams : closed)
+    {
+        LimitedOptions options;
+        options.closed = streams;
+        const std::string source = "text @println(printed)";
+        const ProgramResult result = Expand(source, {"-o", "out.txt"}, options);
+        Expect("out.txt");
+        const bool lost = streams.back() >= 1 && streams != std::vector<int>{2};
+        EXPECT_EQ(result.status, lost ? result.status : 0);
+        EXPECT_EQ(Read("main.tl"), source);
+        if (result.status == 0)
+            EXPECT_EQ(Read("out.txt"), "text");
+        EXPECT_NE(Expand("@fail(\"no\")", {}, options).status, 0);
+        EXPECT_EQ(Read("main.tl"), "@fail(\"no\")");
+    }
+}
+
+TEST_F(OutputFilesTest, ReaderThatGoesAway)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    LimitedOptions options;
+    options.outputPath = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(ends[1]);
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    Expect("fifo");
+    options.outputPath = Path("fifo");
+    const int reader = open(Path("fifo").c_str(), O_RDONLY | O_NONBLOCK);
+    Write("main.tl", "@while(true){@println(" + std::string(1000, 'x') + ")}");
+    LimitedProgram program(CommandLine({"-o", "out.txt", "main.tl"}), InDirectory(options));
+    pollfd waited{reader, POLLIN, 0};
+    EXPECT_EQ(poll(&waited, 1, 30'000), 1);
+    close(reader);
+    close(ends[1]);
+    const ProgramResult result = program.Finish();
+    ExpectFileError(result, "can't write standard output: Broken pipe");
+}
+
+TEST_F(OutputFilesTest, RunsThatRaceLeaveAWholeFile)
+{
+    Expect("out.txt");
+    Write("main.tl", "@for(x in [1,2,3,4,5,6,7,8,9,10]){" + Repeat("\"$(WHO)\"", 2000) + "}");
+    std::vector<std::unique_ptr<LimitedProgram>> programs;
+    for (int i = 0; i < 30; ++i)
+        programs.push_back(std::make_unique<LimitedProgram>(
+            CommandLine({"-D", "WHO=" + std::to_string(10 + i), "-o", "out.txt", "main.tl"}),
+            InDirectory({})));
+    for (const auto& program : programs)
+        EXPECT_EQ(program->Finish().status, 0);
+    const std::string text = Read("out.txt");
+    EXPECT_EQ(text, Repeat(text.substr(0, 4), 20'000));
+}
+
+TEST_F(OutputFilesTest, PermissionsOfANewFile)
+{
+    Expect("out.txt");
+    const mode_t before = umask(027);
+    ExpectText(Expand("text", {"-o", "out.txt"}), "");
+    umask(before);
+    struct stat status;
+    ASSERT_EQ(stat(Path("out.txt").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0640u);
+}
+
+} // namespace
+} // namespace telv::test

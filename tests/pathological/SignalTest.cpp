@@ -1,0 +1,122 @@
+// Signals at the moments when a run can be met: while it expands, while it waits for input, while
+// its outputs are half written. It ends by the signal and leaves nothing behind.
+#include "HostileTest.h"
+
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <sys/stat.h>
+#include <thread>
+
+namespace telv::test
+{
+namespace
+{
+
+class SignalTest : public HostileTest
+{
+protected:
+    /// Waits until something has happened, or fails.
+    static void Await(const std::function<bool()>& happened)
+    {
+        using namespace std::chrono_literals;
+        for (int i = 0; i < 6000 && !happened(); ++i)
+            std::this_thread::sleep_for(5ms);
+        EXPECT_TRUE(happened());
+    }
+
+    void ExpectDeath(LimitedProgram& program, int signal)
+    {
+        program.Send(signal);
+        const ProgramResult result = program.Finish();
+        EXPECT_EQ(result.signal, signal) << Describe(result);
+        EXPECT_FALSE(result.timedOut);
+        EXPECT_EQ(Strangers(), std::set<std::string>());
+    }
+};
+
+const int s_signals[] = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+
+TEST_F(SignalTest, WhileItExpands)
+{
+    Write("out.txt", "earlier");
+    Write("main.tl", "@scope{@println(ready)}@while(true){}");
+    for (const int signal : s_signals)
+    {
+        LimitedOptions options;
+        options.outputPath = "/dev/null";
+        LimitedProgram program(CommandLine({"main.tl"}), InDirectory(options));
+        Await([&] { return program.ErrorSoFar() == "ready\n"; });
+        ExpectDeath(program, signal);
+    }
+    EXPECT_EQ(Read("out.txt"), "earlier");
+}
+
+TEST_F(SignalTest, WhileOutputsAreWritten)
+{
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    Expect("fifo");
+    Write("map.json", "earlier");
+    Write("main.tl", "text");
+    for (const int signal : s_signals)
+    {
+        // The map's temporary file is there while the opening of the pipe waits for a reader.
+        LimitedProgram program(CommandLine({"--map", "map.json", "-o", "fifo", "main.tl"}),
+                               InDirectory({}));
+        Await([&] { return !Strangers().empty(); });
+        ExpectDeath(program, signal);
+        EXPECT_EQ(Read("map.json"), "earlier");
+    }
+}
+
+TEST_F(SignalTest, WhileItWaitsForInput)
+{
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    Expect("fifo");
+    LimitedProgram program(CommandLine({"fifo"}), InDirectory({}));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    ExpectDeath(program, SIGTERM);
+}
+
+TEST_F(SignalTest, IgnoredSignalsStayIgnored)
+{
+    Expect("out.txt");
+    Write("main.tl", "@println(ready)@for(x in [" + Repeat("1,", 50'000) + "1]){x}");
+    LimitedOptions options;
+    options.ignoredSignals = {SIGHUP, SIGINT};
+    options.outputPath = "/dev/null";
+    LimitedProgram program(CommandLine({"-o", "out.txt", "main.tl"}), InDirectory(options));
+    for (int i = 0; i < 20; ++i)
+    {
+        program.Send(SIGHUP);
+        program.Send(SIGINT);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(program.Finish().status, 0);
+    EXPECT_EQ(Read("out.txt"), Repeat("1", 50'001));
+}
+
+TEST_F(SignalTest, AtAnyMoment)
+{
+    Write("out.txt", "earlier");
+    const std::string text = Repeat("0123456789abcdef\n", 60'000);
+    Write("main.tl", text);
+    for (int i = 0; i < 40; ++i)
+    {
+        LimitedProgram program(CommandLine({"-o", "out.txt", "--map", "map.json", "main.tl"}),
+                               InDirectory({}));
+        std::this_thread::sleep_for(std::chrono::microseconds(1000 * i));
+        program.Send(i % 2 == 0 ? SIGTERM : SIGINT);
+        program.Finish();
+        const std::string out = Read("out.txt");
+        EXPECT_TRUE(out == "earlier" || out == text);
+        const std::string map = Read("map.json");
+        EXPECT_TRUE(map == "(none)" || (map.rfind("{\"version\":1", 0) == 0 &&
+                                        map.substr(map.size() - 3) == "]}\n"));
+        Expect("map.json");
+        EXPECT_EQ(Strangers(), std::set<std::string>());
+    }
+}
+
+} // namespace
+} // namespace telv::test
