@@ -19,7 +19,7 @@ constexpr double s_largestExponent = 1.15;
 /// Growth below these is noise.
 constexpr double s_leastSeconds = 0.002;
 constexpr double s_leastMegabytes = 1.0;
-constexpr int s_times = 3;
+constexpr int s_times = 5;
 
 struct Row
 {

@@ -46,12 +46,7 @@ std::string Grammar::Text(Start start)
     case Start::Expression:
         return Expression();
     case Start::Project:
-    {
-        std::string text;
-        for (size_t left = 1 + Below(6); left != 0; --left)
-            text += ProjectStatement();
-        return text;
-    }
+        return ProjectFiles();
     case Start::Program:
         break;
     }
@@ -376,9 +371,23 @@ std::string Grammar::StringExpression()
     return "\"" + Name() + (OneIn(3) ? "\\n$(A)\"" : "\"");
 }
 
+/// Sections that are files of their own; they import each other by number.
+std::string Grammar::ProjectFiles()
+{
+    std::string text;
+    for (size_t files = 1 + Below(4); files != 0; --files)
+    {
+        for (size_t left = 1 + Below(5); left != 0; --left)
+            text += ProjectStatement();
+        if (files > 1)
+            text += '\x1e';
+    }
+    return text;
+}
+
 std::string Grammar::ProjectStatement()
 {
-    switch (Below(6))
+    switch (Below(7))
     {
     case 0:
         return "$" + Name() + " = path \"$(A)/" + Name() + "/../x\"\n";
@@ -390,6 +399,8 @@ std::string Grammar::ProjectStatement()
         return "@importpath \"" + Name() + "\"\n";
     case 4:
         return Definition();
+    case 5:
+        return "@quote(@import \"" + std::to_string(Below(4)) + "\")\n";
     default:
         return "$" + Name() + " = \"" + Words() + "\"\n";
     }

@@ -59,6 +59,7 @@ private:
     std::string Expression();
     std::string Operand();
     std::string StringExpression();
+    std::string ProjectFiles();
     std::string ProjectStatement();
     std::string Blank();
     const char* Type();

@@ -2,6 +2,7 @@
 // and an error.
 #include "HostileTest.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -151,13 +152,13 @@ TEST_F(OutputFilesTest, ClosedStreamsHurtNoFile)
         LimitedOptions options;
         options.closed = streams;
         const std::string source = "text @println(printed)";
+        Write("out.txt", "earlier");
         const ProgramResult result = Expand(source, {"-o", "out.txt"}, options);
-        Expect("out.txt");
-        const bool lost = streams.back() >= 1 && streams != std::vector<int>{2};
-        EXPECT_EQ(result.status, lost ? result.status : 0);
+        // What is printed has nowhere to go without standard output: no silent success then.
+        const bool isLost = std::count(streams.begin(), streams.end(), 1) > 0;
+        EXPECT_EQ(result.status, isLost ? 2 : 0) << Describe(result);
         EXPECT_EQ(Read("main.tl"), source);
-        if (result.status == 0)
-            EXPECT_EQ(Read("out.txt"), "text");
+        EXPECT_EQ(Read("out.txt"), isLost ? "earlier" : "text");
         EXPECT_NE(Expand("@fail(\"no\")", {}, options).status, 0);
         EXPECT_EQ(Read("main.tl"), "@fail(\"no\")");
     }
@@ -165,21 +166,17 @@ TEST_F(OutputFilesTest, ClosedStreamsHurtNoFile)
 
 TEST_F(OutputFilesTest, ReaderThatGoesAway)
 {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    close(ends[0]);
     LimitedOptions options;
-    options.outputPath = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(ends[1]);
     ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
     Expect("fifo");
     options.outputPath = Path("fifo");
-    const int reader = open(Path("fifo").c_str(), O_RDONLY | O_NONBLOCK);
+    const int reader = open(Path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
     Write("main.tl", "@while(true){@println(" + std::string(1000, 'x') + ")}");
     LimitedProgram program(CommandLine({"-o", "out.txt", "main.tl"}), InDirectory(options));
     pollfd waited{reader, POLLIN, 0};
     EXPECT_EQ(poll(&waited, 1, 30'000), 1);
     close(reader);
-    close(ends[1]);
     const ProgramResult result = program.Finish();
     ExpectFileError(result, "can't write standard output: Broken pipe");
 }

@@ -120,6 +120,20 @@ TEST_F(TimeTest, LadderOfImports)
     ExpectError(Expand(imports + "both"), "main.tl(3) : error : Ambiguous macro name : both\n");
 }
 
+TEST_F(TimeTest, ManyWordsBesideManyImports)
+{
+    std::string source;
+    for (size_t i = 0; i < 1000; ++i)
+    {
+        Write(Numbered("f", i) + ".tl", Numbered("@def m", i) + " = {" + std::to_string(i) + "}\n");
+        source += "@import \"" + Numbered("f", i) + ".tl\"\n";
+    }
+    LimitedOptions options;
+    options.cpuSeconds = 5;
+    ExpectText(Expand(source + Repeat("word m7 ", 200'000), {}, options),
+               Repeat("word 7 ", 200'000));
+}
+
 TEST_F(TimeTest, ChainOfMacros)
 {
     std::string source = "@def m0 = {end}\n";

@@ -131,8 +131,8 @@ TEST(Nesting, DeepExpressionsEndInAnError)
 {
     const std::pair<const char*, std::string> rows[] = {
         {"round brackets", "@(" + Repeated("(", 300000) + "1" + Repeated(")", 300000) + ")"},
-        {"prefix operators", "@(" + Repeated("!", 300000) + "true)"},
-        {"signs", "@(" + Repeated("- ", 300000) + "1)"},
+        {"prefix operators", "@(" + Repeated("!", 1000000) + "true)"},
+        {"signs", "@(" + Repeated("- ", 1000000) + "1)"},
         {"conditionals", "@(" + Repeated("true?1:", 300000) + "2)"},
         {"function calls", "@(" + Repeated("sin(", 300000) + "1" + Repeated(")", 300000) + ")"},
     };

@@ -27,10 +27,25 @@ LSVariable* ImportQuery::FindAbove(VarFrame* frame, const VarFrame* owner, LSVar
         }
         if (nearest == nullptr)
             return own;
-        if (LSVariable* v = FindImported(nearest))
+        if (LSVariable* v = FindImportedOrKnown(nearest))
             return v;
         below = nearest->Depth();
     }
+}
+
+/// `FindImported` for a frame whose own variables do not matter, from memory where possible.
+LSVariable* ImportQuery::FindImportedOrKnown(VarFrame* frame)
+{
+    NameIndex& index = *frame->GetIndex();
+    if (frame->Depth() != 0 || !index.HasEpoch())
+        return FindImported(frame);
+    const uint64 hash = HashName(m_name);
+    LSVariable* v = nullptr;
+    if (index.m_importCache.Find(m_name, hash, index.Epoch(), v))
+        return v;
+    v = FindImported(frame);
+    index.m_importCache.Store(m_name, hash, v);
+    return v;
 }
 
 LSVariable* ImportQuery::FindImported(VarFrame* frame)

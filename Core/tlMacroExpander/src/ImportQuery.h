@@ -28,6 +28,7 @@ public:
     LSVariable* FindInDirectImports(VarFrame* frame);
 
 private:
+    LSVariable* FindImportedOrKnown(VarFrame* frame);
     LSVariable* FindLocal(VarFrame* frame);
     [[noreturn]] void ThrowAmbiguous() const;
 

@@ -79,8 +79,27 @@ NameIndex::Binding* NameIndex::FindBinding(Record& record, const VarFrame* frame
     return nullptr;
 }
 
+/// Counts a change of what other files may have looked up here.
+void NameIndex::NoteChange(const VarFrame* frame)
+{
+    if (m_isImported && frame->Depth() == 0)
+        ++ImportEpoch::Find(m_epoch).m_changes;
+}
+
+void NameIndex::NoteImport(const VarFrame* importer, const VarFrame* imported)
+{
+    NameIndex* const other = imported->GetIndex();
+    ImportEpoch::Join(m_epoch, other == nullptr ? m_epoch : other->m_epoch);
+    // Changes are counted in the frames of files only.
+    if (other == nullptr || importer->Depth() != 0 || imported->Depth() != 0)
+        ImportEpoch::Find(m_epoch).m_isWhole = false;
+    if (other != nullptr)
+        other->m_isImported = true;
+}
+
 void NameIndex::Bind(VarFrame* frame, LSVariable* v)
 {
+    NoteChange(frame);
     if ((m_size + 1) * 2 > m_table.size())
         Grow();
     const uint64 hash = HashName(v->m_name);

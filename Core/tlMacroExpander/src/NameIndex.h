@@ -11,6 +11,7 @@
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/ImportCache.h"
 #include <vector>
 
 namespace telv
@@ -42,6 +43,14 @@ public:
     /// Frames of the tree that import others, in the order in which they first did.
     std::vector<VarFrame*> m_importers;
 
+    /// To be called when `importer`, a frame of this tree, is about to import `imported`.
+    void NoteImport(const VarFrame* importer, const VarFrame* imported);
+
+    /// Whether what the root of the tree imports may be remembered, and at which state of the files.
+    bool HasEpoch() { return m_epoch != nullptr && ImportEpoch::Find(m_epoch).m_isWhole; }
+    uint64 Epoch() { return ImportEpoch::Find(m_epoch).m_changes; }
+    ImportCache m_importCache;
+
 private:
     struct Binding
     {
@@ -70,6 +79,11 @@ private:
     void Grow();
 
     std::vector<Record*> m_table; ///< Open addressing, linear probing, a power of two.
+    void NoteChange(const VarFrame* frame);
+
+    ImportEpoch::Ptr m_epoch;   ///< Of the files that this one is connected with; or null.
+    bool m_isImported = false;  ///< Another file's answers depend on this one.
+
     size_t m_size = 0;
     std::vector<Record*> m_spare; ///< Records to use again.
 };

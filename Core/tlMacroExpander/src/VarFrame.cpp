@@ -177,8 +177,12 @@ void VarFrame::ImportFrame(VarFrame* vf)
     m_setOfFrames.MakeRoom(vf->m_setOfFrames.size() + 1);
     m_setOfDirectFrames.MakeRoom(1);
     NameIndex* const index = GetIndex();
-    if (index != nullptr && m_setOfFrames.empty())
-        index->m_importers.push_back(this);
+    if (index != nullptr)
+    {
+        index->NoteImport(this, vf);
+        if (m_setOfFrames.empty())
+            index->m_importers.push_back(this);
+    }
     if (m_setOfFrames.insert(vf))
     {
         for (VarFrame* frame : further)
