@@ -30,7 +30,7 @@ TEST_F(PythonTest, AttemptsToEndTheProcessAreErrors)
         {"raise SystemExit\n", "SystemExit"},
         {"raise KeyboardInterrupt\n", "KeyboardInterrupt"},
         {"quit()\n", "SystemExit"},
-        {"raise ValueError(u'\\xe4\\u4e00')\n", "ValueError"},
+        {"raise ValueError(unichr(228) + unichr(20000))\n", "ValueError"},
         {"class E(Exception):\n  def __str__(self): raise E()\nraise E()\n", "E"},
         {"1/0\n", "ZeroDivisionError"},
     };
@@ -102,11 +102,11 @@ TEST_F(PythonTest, AForkedProcessDoesNotFinishTheRun)
 
 TEST_F(PythonTest, PrintsOfAnyBytes)
 {
-    const ProgramResult result = RunPython("print u'\\xe4'.encode('utf8'), 'a\\tb'\n");
+    const ProgramResult result = RunPython("print unichr(228).encode('utf8'), 'a\\tb'\n");
     EXPECT_EQ(result.err, "\xc3\xa4 a\tb\n");
     EXPECT_EQ(result.out, "after\n");
     EXPECT_EQ(RunPython("print 'a\\0b'\n").signal, 0);
-    EXPECT_EQ(RunPython("print u'\\xe4'\n").signal, 0);
+    EXPECT_EQ(RunPython("print unichr(228)\n").signal, 0);
 }
 
 TEST_F(PythonTest, ErrorsThatWereSwallowedLeaveNothing)

@@ -95,7 +95,7 @@ TemporaryFile::TemporaryFile(int directory, const std::string& path)
         entry.m_used = true;
         fd = openat(directory, entry.m_name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
                     0600);
-    } while (fd < 0 && errno == EEXIST);
+    } while (fd < 0 && (errno == EEXIST || errno == EINTR));
     const int error = errno;
     m_fd = Descriptor(fd);
     if (fd < 0)
@@ -116,8 +116,10 @@ TemporaryFile::~TemporaryFile()
 void TemporaryFile::Finish()
 {
     // A file system that cannot synchronise a file has nothing to report either.
-    const bool synced = fsync(m_fd.Get()) == 0 || errno == EINVAL || errno == ENOSYS;
-    if (!synced || fchmod(m_fd.Get(), PermissionsOfNewFile()) != 0)
+    const bool synced = Uninterrupted([this] { return fsync(m_fd.Get()); }) == 0 ||
+                        errno == EINVAL || errno == ENOSYS;
+    const auto setPermissions = [this] { return fchmod(m_fd.Get(), PermissionsOfNewFile()); };
+    if (!synced || Uninterrupted(setPermissions) != 0)
         throw MakeFileError("write", m_path, errno);
     if (const int error = m_fd.Close())
         throw MakeFileError("write", m_path, error);

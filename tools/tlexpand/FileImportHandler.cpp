@@ -86,7 +86,7 @@ void FileImportHandler::ReadMain(const std::string& path)
     if (!isStandardInput)
     {
         opened =
-            Descriptor(openat(StartDirectory(), path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+            Descriptor(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
         if (!opened.IsOpen())
             throw MakeFileError("read", path, errno);
     }
@@ -157,8 +157,8 @@ std::optional<std::string> FileImportHandler::FindPath(const std::string& name) 
 FileImportHandler::Input* FileImportHandler::Open(const std::string& path, const char* importPos)
 try
 {
-    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    const Descriptor fd(openat(StartDirectory(), path.c_str(), flags));
+    constexpr int flags = O_RDONLY | O_NOCTTY | O_NONBLOCK;
+    const Descriptor fd(OpenAt(StartDirectory(), path.c_str(), flags));
     struct stat status;
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode))
         return nullptr;

@@ -53,6 +53,11 @@ ssize_t ReadSome(int fd, xstring& text, ssize_t room, const std::string& path)
 
 } // namespace
 
+int OpenAt(int directory, const char* path, int flags)
+{
+    return Uninterrupted([=] { return openat(directory, path, flags | O_CLOEXEC); });
+}
+
 FileError MakeFileError(const char* verb, const std::string& path, int error)
 {
     return FileError(std::string("can't ") + verb + " '" + path + "': " + std::strerror(error));
@@ -94,7 +99,7 @@ void OpenMissingStandardDescriptors()
 
 int StartDirectory()
 {
-    static const int s_directory = open(".", O_PATH | O_DIRECTORY | O_CLOEXEC);
+    static const int s_directory = OpenAt(AT_FDCWD, ".", O_PATH | O_DIRECTORY);
     return s_directory < 0 ? AT_FDCWD : s_directory;
 }
 

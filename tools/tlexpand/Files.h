@@ -6,6 +6,7 @@
 #pragma once
 
 #include "tlUtils/StringExt.h"
+#include <cerrno>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -42,6 +43,19 @@ public:
 private:
     int m_fd;
 };
+
+/// The result of a system call that is made again while a signal interrupts it.
+template <class Call>
+auto Uninterrupted(Call call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+/// `openat`, made again after an interruption; the descriptor is not inherited by child processes.
+int OpenAt(int directory, const char* path, int flags);
 
 /// The same file under whatever name: device and inode.
 struct FileIdentity

@@ -28,8 +28,7 @@ std::string ReadLink(int directory, const std::string& name, const std::string& 
 
 Descriptor OpenDirectory(int base, const std::string& name, const std::string& path)
 {
-    const int fd =
-        openat(base, name.empty() ? "." : name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    const int fd = OpenAt(base, name.empty() ? "." : name.c_str(), O_PATH | O_DIRECTORY);
     if (fd < 0)
         throw MakeFileError("write", path, errno);
     return Descriptor(fd);
@@ -141,8 +140,7 @@ void OutputFile::Write(const Content& content)
 
 void OutputFile::WriteDirectly(const Content& content)
 {
-    Descriptor fd(
-        openat(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY | O_CLOEXEC));
+    Descriptor fd(OpenAt(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY));
     if (!fd.IsOpen())
         throw MakeFileError("write", m_path, errno);
     ByteSink sink(fd.Get(), m_path);

@@ -79,7 +79,7 @@ int ProjectCommand::Run()
 void ProjectCommand::CheckMainFile() const
 {
     const Descriptor fd(
-        openat(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+        OpenAt(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_NOCTTY));
     struct stat status;
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0)
         throw MakeFileError("read", m_options.m_file, errno);

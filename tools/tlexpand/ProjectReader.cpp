@@ -37,6 +37,22 @@ const char* MapToBuffer(const MpfwSourceFile& file, const char* pos)
     return place;
 }
 
+/// The place of an import for as long as the import goes on, however it ends.
+class PositionScope
+{
+public:
+    PositionScope(std::vector<const char*>& positions, const char* pos) : m_positions(positions)
+    {
+        m_positions.push_back(pos);
+    }
+    ~PositionScope() { m_positions.pop_back(); }
+    PositionScope(const PositionScope&) = delete;
+    PositionScope& operator=(const PositionScope&) = delete;
+
+private:
+    std::vector<const char*>& m_positions;
+};
+
 } // namespace
 
 ProjectReader::ProjectReader(MpfwFrame& frame, const ProjectOptions& options, ErrorSink report)
@@ -57,10 +73,8 @@ void ProjectReader::Read(const xstring& path)
 
 bool ProjectReader::HandleImport(VarFrame* vf, const xstring& path, const char* pos)
 {
-    m_importPositions.push_back(pos);
-    const bool found = MpfwParser::HandleImport(vf, path, pos);
-    m_importPositions.pop_back();
-    return found;
+    const PositionScope scope(m_importPositions, pos);
+    return MpfwParser::HandleImport(vf, path, pos);
 }
 
 MpfwSourceFile* ProjectReader::CreateMpfwSourceFile()
