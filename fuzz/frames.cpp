@@ -142,6 +142,7 @@ private:
     void CheckLists(Decisions& decisions);
     std::string SubstitutePlainly(const ModelFrame& model, const std::string& text);
 
+    bool IsOfFile(size_t index) const { return m_frames[m_frames[index].m_root].m_file != nullptr; }
     size_t Pick(Decisions& decisions) const { return decisions.Below(m_frames.size()); }
     void Hold(size_t holder, size_t held);
 
@@ -161,23 +162,25 @@ void Frames::Hold(size_t holder, size_t held)
     ++m_frames[held].m_pins;
 }
 
+/// A frame of a file, a child of another frame, or now and then a frame of its own that belongs to
+/// no file and can have no children.
 void Frames::AddFrame(Decisions& decisions)
 {
     if (m_frames.size() >= s_mostFrames)
         return;
     const size_t index = m_frames.size();
-    const bool isFile = m_frames.empty() || decisions.Below(3) == 0;
-    const size_t parent = isFile ? 0 : Pick(decisions);
+    const size_t parent = m_frames.empty() ? 0 : Pick(decisions);
+    const bool isRoot = m_frames.empty() || decisions.Below(3) == 0 || !IsOfFile(parent);
+    const bool isFile = isRoot && (m_frames.empty() || decisions.Below(6) != 0);
     Frame frame;
-    ModelFrame* const above = isFile ? nullptr : m_frames[parent].m_model.get();
-    frame.m_model = std::make_unique<ModelFrame>(above);
-    frame.m_root = isFile ? index : m_frames[parent].m_root;
+    frame.m_model = std::make_unique<ModelFrame>(isRoot ? nullptr : m_frames[parent].m_model.get());
+    frame.m_root = isRoot ? index : m_frames[parent].m_root;
     if (isFile)
         frame.m_file = std::make_unique<FileScopeVarFrame>();
     else
-        frame.m_child = std::make_unique<VarFrame>(&m_frames[parent].Real());
+        frame.m_child = std::make_unique<VarFrame>(isRoot ? nullptr : &m_frames[parent].Real());
     m_frames.push_back(std::move(frame));
-    if (!isFile)
+    if (!isRoot)
         Hold(index, parent);
     FUZZ_REQUIRE(m_frames[index].Real().m_fileScopeFrame ==
                  m_frames[m_frames[index].m_root].m_file.get());
@@ -279,6 +282,8 @@ void Frames::DefineDollarMacro(Decisions& decisions)
     static constexpr const char* s_values[] = {"",  "x",   "$(a)",           "$(b)y", "$(c)$(a)",
                                                "$", "(b)", "$(longer_name)", "a)"};
     Frame& frame = m_frames[m_frames[Pick(decisions)].m_root];
+    if (frame.m_file == nullptr)
+        return;
     const xstring name = NameOf(decisions);
     const xstring value(s_values[decisions.Below(std::size(s_values))]);
     frame.m_file->InsertDollarMacro(name, value);
@@ -312,6 +317,8 @@ void Frames::Substitute(Decisions& decisions)
 {
     static constexpr const char* s_words[] = {"$(a)", "$(b)", "$", "(a)", "$(c)", "$(nope)", "$(a"};
     Frame& frame = m_frames[m_frames[Pick(decisions)].m_root];
+    if (frame.m_file == nullptr)
+        return;
     std::string text;
     for (size_t left = 1 + decisions.Below(4); left != 0; --left)
         text += s_words[decisions.Below(std::size(s_words))];

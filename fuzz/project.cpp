@@ -63,8 +63,8 @@ public:
 
     std::string PathOf(size_t index) const { return m_path + "/" + std::to_string(index); }
 
-    /// Writes the sections; returns how many.
-    size_t Write(const std::string& input)
+    /// Writes the sections.
+    void Write(const std::string& input)
     {
         size_t count = 0;
         for (size_t begin = 0; count < s_mostFiles && begin <= input.size(); ++count)
@@ -75,7 +75,6 @@ public:
         }
         for (size_t i = count; i < s_mostFiles; ++i)
             std::remove(PathOf(i).c_str());
-        return count;
     }
 
 private:
@@ -86,17 +85,14 @@ private:
 class Reader final : public MpfwParser
 {
 public:
-    Reader(MpfwFrame& frame, const Folder& folder, size_t files)
-        : MpfwParser(frame), m_folder(folder), m_files(files)
-    {
-    }
+    Reader(MpfwFrame& frame, const Folder& folder) : MpfwParser(frame), m_folder(folder) {}
 
     bool ResolveImportPath(const xstring& name, xstring& path) override
     {
-        const size_t index = name.size() == 1 ? static_cast<size_t>(name[0] - '0') : s_mostFiles;
-        if (index >= m_files)
+        const std::string folder = m_folder.PathOf(0);
+        if (!MpfwParser::ResolveImportPath(name, path) || ToStd(path).size() != folder.size() ||
+            !ToStd(path).starts_with(folder.substr(0, folder.size() - 1)))
             return false;
-        path = ToX(m_folder.PathOf(index));
         if (m_inStatements)
             AddFile(path);
         return true;
@@ -139,7 +135,6 @@ private:
     }
 
     const Folder& m_folder;
-    size_t m_files;
     int m_processed = 0;
     bool m_inStatements = false;
 };
@@ -185,7 +180,7 @@ void CheckFile(const MpfwSourceFile& file)
 }
 
 /// Everything that one reading gives, as text.
-std::string ReadProject(const Folder& folder, size_t files)
+std::string ReadProject(const Folder& folder)
 {
     ExpansionRun run;
     run.m_pythonAllowed = false;
@@ -200,7 +195,7 @@ std::string ReadProject(const Folder& folder, size_t files)
         resolved.m_pos = run.ResolvePosition(e.m_pos);
         result += "swallowed: " + ShowError(list, resolved);
     };
-    Reader reader(frame, folder, files);
+    Reader reader(frame, folder);
     try
     {
         const MpfwSourceFile* const file = reader.AddFile(ToX(folder.PathOf(0)));
@@ -238,8 +233,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static telv::fuzz::Nowhere s_nowhere;
     static telv::fuzz::Folder s_folder;
     telv::xcout.m_os = &s_nowhere;
-    const size_t files = s_folder.Write(std::string(data, data + size));
-    const std::string first = telv::fuzz::ReadProject(s_folder, files);
-    FUZZ_REQUIRE(telv::fuzz::ReadProject(s_folder, files) == first);
+    s_folder.Write(std::string(data, data + size));
+    const std::string first = telv::fuzz::ReadProject(s_folder);
+    FUZZ_REQUIRE(telv::fuzz::ReadProject(s_folder) == first);
     return 0;
 }

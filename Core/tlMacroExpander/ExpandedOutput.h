@@ -65,7 +65,7 @@ public:
     ExpandedOutput& operator=(const ExpandedOutput&) = delete;
 
     /// Total size of the recorded pieces. Linear.
-    ssize_t size() const { return m_pieces.size(); }
+    ssize_t size() const;
 
     /// Writes text of a source, each line indented by `indent` columns.
     void WriteSubStringFromSourceFile(SubString s, ssize_t indent);
@@ -86,10 +86,7 @@ public:
     ssize_t m_index;          ///< Piece where the next search starts.
     ssize_t m_offset;         ///< Output position at which that piece begins.
 
-    explicit OutputPiecesMonotonePosMapper(const OutputPieces& op)
-        : m_op(op), m_index(0), m_offset(0)
-    {
-    }
+    explicit OutputPiecesMonotonePosMapper(const OutputPieces& op);
 
     /// As `OutputPieces::MapOutputPositionToAddress`; positions must never decrease.
     const char* MapOutputPositionToAddress(ssize_t pos);

@@ -39,7 +39,8 @@ public:
     SubString m_name;    ///< Never empty once the variable is in a list.
     LSVariable* m_next;  ///< Next older variable of the owning list.
 
-    explicit LSVariable(SubString name) : m_name(name), m_next(nullptr) {}
+    /// Views `name`.
+    explicit LSVariable(SubString name);
     LSVariable(const LSVariable&) = delete;
     LSVariable& operator=(const LSVariable&) = delete;
     virtual ~LSVariable();

@@ -3,6 +3,7 @@
 
 #include "tlMacroExpander/ExpandedOutput.h"
 #include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/LSToken.h" // what is thrown
 
 namespace telv
 {

@@ -74,4 +74,14 @@ const FlushAtExit s_flushAtExit;
 
 constinit xostream xcout(&s_standardOutput.m_stream);
 
+Indenter::Indenter(xostream& os, ssize_t indent) : m_os(os), m_indent(indent)
+{
+    m_os.m_os->AddIndent(m_indent);
+}
+
+Indenter::~Indenter()
+{
+    m_os.m_os->AddIndent(-m_indent);
+}
+
 } // namespace telv

@@ -113,11 +113,8 @@ inline xostream& operator<<(xostream& os, double value)
 class TLUTILS_API Indenter
 {
 public:
-    Indenter(xostream& os, ssize_t indent) : m_os(os), m_indent(indent)
-    {
-        m_os.m_os->AddIndent(m_indent);
-    }
-    ~Indenter() { m_os.m_os->AddIndent(-m_indent); }
+    Indenter(xostream& os, ssize_t indent);
+    ~Indenter();
     Indenter(const Indenter&) = delete;
     Indenter& operator=(const Indenter&) = delete;
 

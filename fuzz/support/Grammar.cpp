@@ -51,7 +51,7 @@ std::string Grammar::Text(Start start)
         break;
     }
     std::string text = Statements(8);
-    if (OneIn(6))
+    while (OneIn(4))
         text += '\x1e' + Statements(4);
     return text;
 }
@@ -313,7 +313,7 @@ std::string Grammar::Import()
     switch (Below(4))
     {
     case 0:
-        return "@import \"1\"";
+        return "@import \"" + std::to_string(1 + Below(3)) + "\"";
     case 1:
         return "@import (" + StringExpression() + ")";
     case 2:

@@ -32,6 +32,11 @@ ExpandedOutput::ExpandedOutput(xostream* os) : m_os(os), m_columnPos(-1), m_size
     TELV_ASSERT(m_os);
 }
 
+ssize_t ExpandedOutput::size() const
+{
+    return m_pieces.size();
+}
+
 /// Writes the indentation of a line that is about to receive its first character.
 void ExpandedOutput::StartLine(ssize_t indent)
 {

@@ -4,6 +4,8 @@
 namespace telv
 {
 
+LSVariable::LSVariable(SubString name) : m_name(name), m_next(nullptr) {}
+
 LSVariable::~LSVariable() = default;
 
 LSValueVariable::LSValueVariable(ELSVariable type, SubString name, SubString value)

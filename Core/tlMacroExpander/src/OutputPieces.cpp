@@ -50,6 +50,11 @@ void OutputPieces::AdjustErrorPosition(LexScannerException& e, SubString output)
         e.m_pos = MapOutputPositionToAddress(e.m_pos - output.begin());
 }
 
+OutputPiecesMonotonePosMapper::OutputPiecesMonotonePosMapper(const OutputPieces& op)
+    : m_op(op), m_index(0), m_offset(0)
+{
+}
+
 const char* OutputPiecesMonotonePosMapper::MapOutputPositionToAddress(ssize_t pos)
 {
     TELV_ASSERT(0 <= m_index && m_index <= m_op.m_pieces.size());

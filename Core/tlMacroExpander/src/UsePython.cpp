@@ -25,14 +25,16 @@ bool s_haveInitialisedPython = false;
 PyObject* s_module = nullptr;
 PyObject* s_moduleDict = nullptr;
 
-namespace
-{
-
+/// The functions of the module `telv`; Python keeps the address.
+extern TLEXPANDER_API PyMethodDef TelvMethods[3];
 PyMethodDef TelvMethods[] = {
     {"WriteToStdOut", WriteToStdOut, METH_VARARGS, "Write to stdout"},
     {"WriteToStdErr", WriteToStdErr, METH_VARARGS, "Write to stderr"},
     {nullptr, nullptr, 0, nullptr},
 };
+
+namespace
+{
 
 constexpr int s_moduleApiVersion = 1013;
 

@@ -54,6 +54,8 @@ private:
     SubString m_str;
 };
 
+MpfwFrame::MpfwFrame(MpfwSourceFileList& srcFileList) : m_srcFileList(srcFileList) {}
+
 MpfwParser::MpfwParser(MpfwFrame& frame) : m_frame(frame) {}
 
 void MpfwParser::ParseStringSettingHelper(const xstring& name, xstring& value)

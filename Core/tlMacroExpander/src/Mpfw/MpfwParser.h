@@ -36,7 +36,7 @@ public:
     FileScopeVarFrame m_vf;            ///< In which all files are expanded.
     xvector<xstring> m_importPaths;    ///< Registered by `@importpath`, in order.
 
-    explicit MpfwFrame(MpfwSourceFileList& srcFileList) : m_srcFileList(srcFileList) {}
+    explicit MpfwFrame(MpfwSourceFileList& srcFileList);
 };
 
 /// Parses the statements of a project. Errors of the text are LexScannerExceptions at the current
