@@ -16,12 +16,27 @@ namespace
 {
 
 constexpr size_t s_mostFrames = 12;
-constexpr int s_mostOperations = 200;
-constexpr const char* s_names[] = {"a", "b", "c", "_a_", "longer_name"};
-
-xstring NameOf(Decisions& decisions)
+constexpr int s_mostOperations = 400;
+/// A name from a static text: mostly one of few, so that definitions and look-ups meet, otherwise
+/// one of many, so that tables grow and names collide in them.
+SubString NameOf(Decisions& decisions)
 {
-    return xstring(s_names[decisions.Below(std::size(s_names))]);
+    static const char s_few[] = "abc_a_";
+    static constexpr int s_ranges[][2] = {{0, 1}, {1, 2}, {2, 3}, {3, 6}};
+    static const std::string s_many = []
+    {
+        std::string names;
+        for (int i = 0; i < 256; ++i)
+            names += "n" + std::to_string(1000 + i);
+        return names;
+    }();
+    if (decisions.Below(3) != 0)
+    {
+        const auto& range = s_ranges[decisions.Below(std::size(s_ranges))];
+        return SubString(s_few + range[0], s_few + range[1]);
+    }
+    const char* const name = s_many.data() + 5 * decisions.Below(256);
+    return SubString(name, name + 5);
 }
 
 /// What a look-up gave: a variable, or nothing, or how it failed.
@@ -198,11 +213,8 @@ void Frames::Remove(size_t index)
 
 void Frames::Define(Decisions& decisions)
 {
-    static const char s_text[] = "abc_a_longer_name";
-    static constexpr std::pair<int, int> s_ranges[] = {{0, 1}, {1, 2}, {2, 3}, {3, 6}, {6, 17}};
     Frame& frame = m_frames[Pick(decisions)];
-    const auto [begin, end] = s_ranges[decisions.Below(std::size(s_ranges))];
-    const SubString name(s_text + begin, s_text + end);
+    const SubString name = NameOf(decisions);
     LSVariable* const var = new LSValueVariable(LSV_STRING, name, "value");
     frame.Real().m_localVariables.Add(var);
     frame.m_model->m_variables[ToStd(name)] = var;
@@ -264,7 +276,7 @@ void Compare(const Answer& answer, const Answer& model)
 void Frames::LookUp(Decisions& decisions)
 {
     Frame& frame = m_frames[Pick(decisions)];
-    const xstring name = NameOf(decisions);
+    const SubString name = NameOf(decisions);
     const std::string key = ToStd(name);
     const char* const pos = name.begin();
     VarFrame& real = frame.Real();
@@ -279,12 +291,12 @@ void Frames::LookUp(Decisions& decisions)
 
 void Frames::DefineDollarMacro(Decisions& decisions)
 {
-    static constexpr const char* s_values[] = {"",  "x",   "$(a)",           "$(b)y", "$(c)$(a)",
-                                               "$", "(b)", "$(longer_name)", "a)"};
+    static constexpr const char* s_values[] = {"",  "x",   "$(a)",   "$(b)y", "$(c)$(a)",
+                                               "$", "(b)", "$(_a_)", "a)"};
     Frame& frame = m_frames[m_frames[Pick(decisions)].m_root];
     if (frame.m_file == nullptr)
         return;
-    const xstring name = NameOf(decisions);
+    const xstring name(NameOf(decisions));
     const xstring value(s_values[decisions.Below(std::size(s_values))]);
     frame.m_file->InsertDollarMacro(name, value);
     frame.m_model->m_dollarMacros[ToStd(name)] = ToStd(value);
@@ -377,6 +389,9 @@ void Frames::Run(Decisions& decisions)
             AddFrame(decisions);
             break;
         case 2:
+            for (size_t more = decisions.Below(12); more != 0; --more)
+                Define(decisions);
+            break;
         case 3:
             Define(decisions);
             break;

@@ -27,7 +27,7 @@ const char* Find(SubString text, SubString wanted)
 
 ssize_t GetLineNumber(SubString buffer, const char* pos)
 {
-    if (!IsWithin(SubString(pos, pos), buffer))
+    if (pos == nullptr || !IsWithin(SubString(pos, pos), buffer))
         return -1;
     ssize_t line = 1;
     const char* p = buffer.begin();

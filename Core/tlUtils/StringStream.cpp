@@ -9,8 +9,10 @@ char PagedBufferStream::LastCharacter() const
     return m_pb.m_totalSize == 0 ? '\n' : m_pb.m_pages.back()[m_pb.m_writePos - 1];
 }
 
-// The base takes the address of a member that does not live yet; nothing is written before it does.
-StringStream::StringStream(ssize_t pageSize) : xostream(&m_outs), m_pb(pageSize), m_outs(m_pb) {}
+StringStream::StringStream(ssize_t pageSize) : xostream(nullptr), m_pb(pageSize), m_outs(m_pb)
+{
+    m_os = &m_outs; // only now does it live
+}
 
 void StringStream::GetString(xstring& out, bool all) const
 {

@@ -11,6 +11,7 @@
 #include "OutputFile.h"
 #include "ProjectCommand.h"
 #include <cstring>
+#include <malloc.h>
 #include <new>
 
 namespace telv::tool
@@ -78,6 +79,8 @@ catch (const std::exception& e)
 int main(int argc, char** argv)
 {
     using namespace telv::tool;
+    // Only one thread works; without room for another arena, each allocation would try to make one.
+    mallopt(M_ARENA_MAX, 1);
     OpenMissingStandardDescriptors();
     StartDirectory();
     InstallSignalHandlers();

@@ -97,7 +97,11 @@ void ExpressionParser::ParseBinaryExpression(LSLiteral& literal, int level)
     ReadNextToken();
     LSLiteral right;
     ParseBinaryExpression(right, op.m_level + 1);
-    literal = op.m_combine(literal, right);
+    // Long sums of strings are built in place: copying what is there for each would be quadratic.
+    if (op.m_token == TOKEN_PLUS && literal == LITERAL_STRING && right == LITERAL_STRING)
+        literal.m_string += right.m_string;
+    else
+        literal = op.m_combine(literal, right);
 }
 
 void ExpressionParser::ParseLogicalOrExpression(LSLiteral& literal)

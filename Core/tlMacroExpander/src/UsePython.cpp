@@ -237,6 +237,7 @@ void UninitPython()
 
 void InitTelvModule()
 {
+    TELV_ASSERT(s_haveInitialisedPython);
     Python().Py_InitModule4_64("telv", TelvMethods, nullptr, nullptr, s_moduleApiVersion);
 }
 

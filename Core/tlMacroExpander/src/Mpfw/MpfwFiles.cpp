@@ -67,6 +67,15 @@ SubString DirectoryOf(SubString path)
     return path;
 }
 
+/// What follows the last slash or backslash.
+SubString LastComponent(SubString path)
+{
+    const char* start = path.end();
+    while (start != path.begin() && start[-1] != '/' && start[-1] != '\\')
+        --start;
+    return SubString(start, path.end());
+}
+
 bool FindIn(SubString directory, const xstring& name, xstring& path)
 {
     xstring joined(directory);
@@ -142,9 +151,15 @@ bool MpfwParser::HandleImport(VarFrame* vf, const xstring& path, const char* pos
 MpfwSourceFile* MpfwParser::FindExactly(const xstring& path) const
 {
     const xstring normalised = Normalised(path);
+    const SubString name = LastComponent(normalised);
     for (MpfwSourceFile* srcFile : m_frame.m_srcFileList)
-        if (Normalised(srcFile->m_localPath) == normalised)
+    {
+        // Nearly all files have another name, which is seen without normalising their paths.
+        const SubString knownName = LastComponent(srcFile->m_localPath);
+        const bool mayBe = knownName == name || knownName.empty() || *knownName == '.';
+        if (mayBe && Normalised(srcFile->m_localPath) == normalised)
             return srcFile;
+    }
     return nullptr;
 }
 
@@ -164,11 +179,12 @@ MpfwSourceFile* MpfwParser::AddFileAt(const xstring& path, const char* pos)
     xstring buffer;
     if (!ReadStringFromFile(buffer, path, true))
         ThrowAt(pos, {"Couldn't open file ", path});
-    MpfwSourceFile* const srcFile = CreateMpfwSourceFile();
-    m_frame.m_srcFileList.AddSrcFile(srcFile);
-    srcFile->m_localPath = path;
-    srcFile->m_buffer.swap(buffer);
-    srcFile->m_buffer.c_str(); // Gives an empty text an address of its own.
+    std::unique_ptr<MpfwSourceFile> made(CreateMpfwSourceFile());
+    made->m_localPath = path;
+    made->m_buffer.swap(buffer);
+    made->m_buffer.c_str(); // Gives an empty text an address of its own.
+    m_frame.m_srcFileList.AddSrcFile(made.get());
+    MpfwSourceFile* const srcFile = made.release();
     Expand(*srcFile);
     return srcFile;
 }
