@@ -92,7 +92,8 @@ LSToken ArgumentPlainly(SubString& s, SubString& arg, EToken close)
     };
     if (s && *s == '`')
     {
-        for (arg = SubString(++s.m_p1, s.m_p1); s && *s != '`'; ++s)
+        ++s;
+        for (arg = SubString(s.m_p1, s.m_p1); s && *s != '`'; ++s)
             arg.m_p2 = s.m_p1 + 1;
         if (!s)
             fail();

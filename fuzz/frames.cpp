@@ -155,6 +155,7 @@ private:
     void DefineDollarMacro(Decisions& decisions);
     void Substitute(Decisions& decisions);
     void CheckLists(Decisions& decisions);
+    void CheckAllNames();
     std::string SubstitutePlainly(const ModelFrame& model, const std::string& text);
 
     bool IsOfFile(size_t index) const { return m_frames[m_frames[index].m_root].m_file != nullptr; }
@@ -361,6 +362,18 @@ void Frames::Substitute(Decisions& decisions)
     }
 }
 
+/// Every name that is defined anywhere is found, also after other frames and their names have gone.
+void Frames::CheckAllNames()
+{
+    for (Frame& frame : m_frames)
+        for (const auto& [name, var] : frame.m_model->m_variables)
+        {
+            const SubString view(name.data(), name.data() + name.size());
+            FUZZ_REQUIRE(frame.Real().Find2(view) == var);
+            FUZZ_REQUIRE(frame.Real().FindLocal(view, nullptr) == var);
+        }
+}
+
 void Frames::CheckLists(Decisions& decisions)
 {
     Frame& frame = m_frames[Pick(decisions)];
@@ -408,6 +421,7 @@ void Frames::Run(Decisions& decisions)
         case 8:
             if (m_frames.size() > 1)
                 Remove(m_frames.size() - 1);
+            CheckAllNames();
             break;
         case 9:
             CheckLists(decisions);

@@ -55,10 +55,10 @@ public:
 class TLEXPANDER_API ExpandedOutput
 {
 public:
-    xostream* m_os;        ///< Never null; not owned.
-    ssize_t m_columnPos;   ///< Column of the next character; -1 at the start of a line.
+    xostream* m_os;      ///< Never null; not owned.
+    ssize_t m_columnPos; ///< Column of the next character; -1 at the start of a line.
     OutputPieces m_pieces;
-    ssize_t m_size;        ///< Characters written.
+    ssize_t m_size; ///< Characters written.
 
     explicit ExpandedOutput(xostream* os);
     ExpandedOutput(const ExpandedOutput&) = delete;
@@ -92,8 +92,8 @@ public:
     const char* MapOutputPositionToAddress(ssize_t pos);
 };
 
-static_assert(sizeof(OutputPiece) == 24 && sizeof(OutputPieces) == 24, "specified fields only");
-static_assert(sizeof(ExpandedOutput) == 48, "specified fields only");
-static_assert(sizeof(OutputPiecesMonotonePosMapper) == 24, "specified fields only");
+static_assert(sizeof(OutputPiece) == 24 && sizeof(OutputPieces) == 24, "no other fields");
+static_assert(sizeof(ExpandedOutput) == 48, "no other fields");
+static_assert(sizeof(OutputPiecesMonotonePosMapper) == 24, "no other fields");
 
 } // namespace telv

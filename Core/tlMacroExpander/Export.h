@@ -6,4 +6,3 @@
 #else
 #define TLEXPANDER_API
 #endif
-

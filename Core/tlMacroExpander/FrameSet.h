@@ -1,8 +1,8 @@
 // An ordered set of frames in six words.
 //
-// The members are a sorted array, which takes three words. A frame has room for nothing else, so the
-// other three hold where the owning frame stands in the tree of frames; with that, looking up a name
-// need not walk every enclosing invocation (src/NameIndex.h).
+// The members are a sorted array, which takes three words. A frame has room for nothing else, so
+// the other three hold where the owning frame stands in the tree of frames; with that, looking up a
+// name need not walk every enclosing invocation (src/NameIndex.h).
 #pragma once
 
 #include "tlMacroExpander/Export.h"
@@ -46,9 +46,9 @@ private:
     ssize_t m_size = 0;
     ssize_t m_capacity = 0;
 
-    int64 m_depth = 0;              ///< Of the owning frame below its file-scope frame.
-    VarFrame* m_jump = nullptr;     ///< An ancestor further up, or null at the root.
-    NameIndex* m_index = nullptr;   ///< Names bound in the whole tree; set at its root only.
+    int64 m_depth = 0;            ///< Of the owning frame below its file-scope frame.
+    VarFrame* m_jump = nullptr;   ///< An ancestor further up, or null at the root.
+    NameIndex* m_index = nullptr; ///< Names bound in the whole tree; set at its root only.
 };
 
 static_assert(sizeof(FrameSet) == 48, "the size of a standard ordered set");

@@ -27,17 +27,17 @@ enum ELSVariable
 /// One formal argument of a macro.
 struct TLEXPANDER_API LSFormalArg
 {
-    SubString m_name;             ///< Views the text of the definition.
+    SubString m_name; ///< Views the text of the definition.
     ELSVariable m_type = LSV_MACRO;
-    bool m_isFnArg = false;       ///< The argument is itself a macro, called with arguments.
+    bool m_isFnArg = false; ///< The argument is itself a macro, called with arguments.
 };
 
 /// Base of all variables. Owned by the list that it was added to.
 class TLEXPANDER_API LSVariable
 {
 public:
-    SubString m_name;    ///< Never empty once the variable is in a list.
-    LSVariable* m_next;  ///< Next older variable of the owning list.
+    SubString m_name;   ///< Never empty once the variable is in a list.
+    LSVariable* m_next; ///< Next older variable of the owning list.
 
     /// Views `name`.
     explicit LSVariable(SubString name);

@@ -15,8 +15,8 @@ namespace telv
 class LSVariable;
 class VarFrame;
 
-/// Hash of a name, for the tables of variables. Differs from process to process, so that no text can
-/// choose names that collide.
+/// Hash of a name, for the tables of variables. Differs from process to process, so that no text
+/// can choose names that collide.
 uint64 HashName(SubString name);
 
 /// Map from name to variable, iterated in the order of `strcmp` on the names. Owns no variable;

@@ -43,16 +43,16 @@ public:
     void WriteToStream(xostream& os) const;
 };
 
-/// A scope. Neither its parent nor the frames it imports are owned; they, and the texts that hold the
-/// names of its variables, must outlive it, its destructor included.
+/// A scope. Neither its parent nor the frames it imports are owned; they, and the texts that hold
+/// the names of its variables, must outlive it, its destructor included.
 class TLEXPANDER_API VarFrame
 {
 public:
-    FrameSet m_setOfFrames;               ///< Imported directly or through other imports.
-    FrameSet m_setOfDirectFrames;         ///< Imported directly.
+    FrameSet m_setOfFrames;       ///< Imported directly or through other imports.
+    FrameSet m_setOfDirectFrames; ///< Imported directly.
     LSVariableList m_localVariables;
-    VarFrame* m_parent;                   ///< Or null.
-    FileScopeVarFrame* m_fileScopeFrame;  ///< At the root of the chain of parents; or null.
+    VarFrame* m_parent;                  ///< Or null.
+    FileScopeVarFrame* m_fileScopeFrame; ///< At the root of the chain of parents; or null.
 
     /// A child of `parent`, or a frame of its own when that is null.
     explicit VarFrame(VarFrame* parent);
@@ -121,7 +121,7 @@ public:
 /// parenthesis; else null.
 TLEXPANDER_API const char* ScanDollarMacro(SubString s, SubString& name);
 
-static_assert(sizeof(LSVariableList) == 56 && sizeof(VarFrame) == 168, "specified fields only");
-static_assert(sizeof(FileScopeVarFrame) == 240, "specified fields only");
+static_assert(sizeof(LSVariableList) == 56 && sizeof(VarFrame) == 168, "no other fields");
+static_assert(sizeof(FileScopeVarFrame) == 240, "no other fields");
 
 } // namespace telv

@@ -32,6 +32,6 @@ public:
     ssize_t m_writePos;  ///< Characters used of the last page.
 };
 
-static_assert(sizeof(PagedBuffer) == 48, "specified fields only");
+static_assert(sizeof(PagedBuffer) == 48, "no other fields");
 
 } // namespace telv

@@ -22,6 +22,6 @@ public:
     ssize_t m_capacity; ///< Bytes of the owned copy; 0 when the text is borrowed.
 };
 
-static_assert(sizeof(StringX) == 24, "specified fields only");
+static_assert(sizeof(StringX) == 24, "no other fields");
 
 } // namespace telv

@@ -145,6 +145,6 @@ private:
     xstring m_pending;
 };
 
-static_assert(sizeof(xostream) == 8 && sizeof(Indenter) == 16, "specified fields only");
+static_assert(sizeof(xostream) == 8 && sizeof(Indenter) == 16, "no other fields");
 
 } // namespace telv

@@ -8,10 +8,10 @@
 #include "support/RunProgram.h"
 #include "support/TempDir.h"
 
-#include <gtest/gtest.h>
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <gtest/gtest.h>
 #include <set>
 #include <sstream>
 #include <string>
@@ -91,6 +91,9 @@ TEST(ExportedSymbolsTest, EveryPublicNameIsThere)
         for (const std::string& name : List(std::string("required-") + library))
             EXPECT_EQ(exported.count(name), 1u) << library << ": " << name;
     }
+#if TELV_HAS_PYTHON
+    EXPECT_EQ(ExportedNames("tlMacroExpander").count("telv::TelvMethods"), 1u);
+#endif
 }
 
 TEST(ExportedSymbolsTest, NoInternalNameIsThere)
@@ -99,8 +102,12 @@ TEST(ExportedSymbolsTest, NoInternalNameIsThere)
     {
         const std::set<std::string> owners = List(std::string("owners-") + library);
         for (const std::string& name : ExportedNames(library))
+        {
             if (name.rfind("std::", 0) != 0 && name.find(" std::") == std::string::npos)
+            {
                 EXPECT_EQ(owners.count(OwnerOf(name)), 1u) << library << ": " << name;
+            }
+        }
     }
 }
 
@@ -133,8 +140,7 @@ std::string MappingsDuring(const std::string& source)
 
 TEST(ExportedSymbolsTest, PythonIsMappedOnlyWhenItIsUsed)
 {
-    const std::string without =
-        MappingsDuring("@defpython p = {1}\n@println(ready)@while(true){}");
+    const std::string without = MappingsDuring("@defpython p = {1}\n@println(ready)@while(true){}");
     EXPECT_NE(without.find("libtlMacroExpander"), std::string::npos);
     EXPECT_EQ(without.find("libpython"), std::string::npos);
 #if TELV_HAS_PYTHON

@@ -8,10 +8,10 @@
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlUtils/StringExt.h"
 
-#include <gtest/gtest.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <new>
 #include <string>
 
@@ -46,7 +46,7 @@ bool Fails()
         return false;
     ++t_watch.count;
     const bool fails = t_watch.failAt > 0 && (t_watch.goesOn ? t_watch.count >= t_watch.failAt
-                                                              : t_watch.count == t_watch.failAt);
+                                                             : t_watch.count == t_watch.failAt);
     if (fails)
         errno = ENOMEM;
     return fails;
@@ -126,8 +126,8 @@ const char* const s_programs[] = {
     "@if(false){a}@elseif(1 == 2){b}@elseif(true)\n{\n  several\n    lines\n}\n@else{c}",
     "@def m = {one @def + m = {two} m}\nm m @assertfails(@let int i = {1 2})",
     "@def f = {@fail(\"wrong\")}\n@def g(x, y) = {f}\ng(1, 2)",
-    "@def m(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q, r) = {a r}\n"
-    "m(1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18)",
+    ("@def m(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q, r) = {a r}\n"
+     "m(1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18)"),
 };
 
 /// Allows `@$` and finds no file.
@@ -217,7 +217,8 @@ long FailEach(SubString text, bool goesOn)
     for (long at = 1; at <= count; ++at)
     {
         const Result result = RunWatched(text, wanted, answer, at, goesOn);
-        EXPECT_TRUE(result == Result::Right || result == Result::OutOfMemory) << "allocation " << at;
+        EXPECT_TRUE(result == Result::Right || result == Result::OutOfMemory)
+            << "allocation " << at;
         EXPECT_EQ(t_watch.live, 0) << "allocation " << at;
     }
     EXPECT_EQ(RunWatched(text, wanted, answer, 0, false), Result::Right);

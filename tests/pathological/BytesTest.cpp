@@ -119,7 +119,8 @@ TEST_F(BytesTest, ValuesAtTheEdges)
         if (row.err.empty())
             ExpectText(result, row.out);
         else
-            ExpectError(result, "main.tl(1) : error : " + row.err + "\n    in @(" + row.source + ")\n");
+            ExpectError(result,
+                        "main.tl(1) : error : " + row.err + "\n    in @(" + row.source + ")\n");
     }
 }
 
@@ -162,7 +163,8 @@ TEST_F(BytesTest, IndentationsOutOfRange)
 TEST_F(BytesTest, LimitsOutOfRange)
 {
     for (const char* const option : {"--max-depth", "--max-steps", "--max-output"})
-        for (const char* const value : {"-1", "9223372036854775808", "9223372036854775807G", "x", ""})
+        for (const char* const value :
+             {"-1", "9223372036854775808", "9223372036854775807G", "x", ""})
         {
             const ProgramResult result = Expand("x", {option, value});
             EXPECT_EQ(result.status, 2) << option << value;

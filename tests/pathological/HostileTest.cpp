@@ -46,8 +46,7 @@ std::set<std::string> HostileTest::Strangers() const
     return strangers;
 }
 
-std::vector<std::string>
-HostileTest::CommandLine(const std::vector<std::string>& arguments) const
+std::vector<std::string> HostileTest::CommandLine(const std::vector<std::string>& arguments) const
 {
     std::vector<std::string> argv = {TELV_TLEXPAND_PATH};
     argv.insert(argv.end(), arguments.begin(), arguments.end());

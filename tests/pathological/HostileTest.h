@@ -37,7 +37,8 @@ protected:
     LimitedOptions InDirectory(LimitedOptions options) const;
 
     /// Runs the tool in the directory; it may not end by a signal or hang.
-    ProgramResult Run(const std::vector<std::string>& arguments, const LimitedOptions& options = {});
+    ProgramResult Run(const std::vector<std::string>& arguments,
+                      const LimitedOptions& options = {});
     /// The same with `source` as main.tl, named last.
     ProgramResult Expand(std::string_view source, std::vector<std::string> arguments = {},
                          const LimitedOptions& options = {});

@@ -18,8 +18,9 @@ class ImportFilesTest : public HostileTest
 
 TEST_F(ImportFilesTest, Cycles)
 {
-    ExpectError(Expand("@import \"main.tl\""),
-                "main.tl(1) : error : Import cycle: main.tl -> main.tl\n 1 | @import \"main.tl\"\n");
+    ExpectError(
+        Expand("@import \"main.tl\""),
+        "main.tl(1) : error : Import cycle: main.tl -> main.tl\n 1 | @import \"main.tl\"\n");
     Write("b.tl", "\n@import \"c.tl\"\n");
     Write("c.tl", "\n\n@import \"b.tl\"\n");
     ExpectError(Expand("@import \"b.tl\""), "c.tl(3) : error : Import cycle: b.tl -> c.tl -> b.tl\n"
@@ -42,7 +43,8 @@ TEST_F(ImportFilesTest, LongChainWithFewDescriptors)
     const size_t n = 2000;
     for (size_t i = 0; i < n; ++i)
         Write("f" + std::to_string(i) + ".tl",
-              i + 1 < n ? "@import \"f" + std::to_string(i + 1) + ".tl\"\n" : "@def last = {end}\n");
+              i + 1 < n ? "@import \"f" + std::to_string(i + 1) + ".tl\"\n"
+                        : "@def last = {end}\n");
     LimitedOptions options;
     options.descriptors = 64;
     ExpectText(Expand("@import \"f0.tl\"\nlast", {}, options), "end");
@@ -68,8 +70,8 @@ TEST_F(ImportFilesTest, WhatIsNoRegularFile)
     Expect("fifo");
     std::filesystem::create_directory(Path("folder"));
     Expect("folder");
-    for (const char* const name : {"folder", "fifo", "/dev/zero", "/dev/tty", "/",
-                                   ".", "", "missing.tl", "/proc/self/mem"})
+    for (const char* const name :
+         {"folder", "fifo", "/dev/zero", "/dev/tty", "/", ".", "", "missing.tl", "/proc/self/mem"})
     {
         const std::string import = "@import \""s + name + "\"";
         LimitedOptions options;
@@ -82,8 +84,10 @@ TEST_F(ImportFilesTest, WhatIsNoRegularFile)
 TEST_F(ImportFilesTest, NamesWithNul)
 {
     Write("li", "@def read = {wrong file}\n");
-    ExpectError(Expand("@import \"li\0b.tl\""s), "main.tl(1) : error : Can't import file: li\0b.tl\n"s);
-    ExpectError(Expand("@import \"li\\0b.tl\""), "main.tl(1) : error : Can't import file: li\0b.tl\n"s);
+    ExpectError(Expand("@import \"li\0b.tl\""s),
+                "main.tl(1) : error : Can't import file: li\0b.tl\n"s);
+    ExpectError(Expand("@import \"li\\0b.tl\""),
+                "main.tl(1) : error : Can't import file: li\0b.tl\n"s);
     ExpectError(Expand("@import \"" + std::string(100'000, 'n') + "\""),
                 "main.tl(1) : error : Can't import file: nnn");
 }

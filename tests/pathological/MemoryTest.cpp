@@ -30,11 +30,13 @@ std::string TenfoldMacros()
 const Row s_growing[] = {
     {"loop", "\n@while(true){0123456789012345678901234567890123456789}", 2},
     {"tenfold macros", TenfoldMacros(), 1},
-    {"doubling by name", "@def d(x) = {x x}\n" + Repeat("d(", 50) + "0123456789" + Repeat(")", 50), 0},
+    {"doubling by name", "@def d(x) = {x x}\n" + Repeat("d(", 50) + "0123456789" + Repeat(")", 50),
+     0},
     {"strings in strings", "\n\n" + Repeat("@str(", 60) + "\"" + "\"" + Repeat(")", 60), 3},
     {"value that doubles", "@let string s := {0123456789}\n" + Repeat("@let s := {s@@s}\n", 60), 0},
     {"dollar macros that double",
-     [] {
+     []
+     {
          std::string source;
          for (int i = 0; i < 50; ++i)
          {

@@ -8,8 +8,8 @@
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/LSToken.h"
 
-#include <gtest/gtest.h>
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 
 namespace telv::test

@@ -126,11 +126,13 @@ TEST_F(OutputFilesTest, FullDisk)
     Write("main.tl", "@for(x in [1,2,3,4]){" + std::string(100'000, 'x') + "}");
     LimitedOptions options;
     options.fileSize = 64 * 1024;
-    ExpectFileError(Run({"-o", "out.txt", "main.tl"}, options), "can't write 'out.txt': File too large");
+    ExpectFileError(Run({"-o", "out.txt", "main.tl"}, options),
+                    "can't write 'out.txt': File too large");
     EXPECT_EQ(Read("out.txt"), "earlier");
     LimitedOptions full;
     full.outputPath = "/dev/full";
-    ExpectFileError(Run({"main.tl"}, full), "can't write 'standard output': No space left on device");
+    ExpectFileError(Run({"main.tl"}, full),
+                    "can't write 'standard output': No space left on device");
     ExpectFileError(Expand("@println(x)\n", {"-o", "out.txt"}, full),
                     "can't write standard output: No space left on device");
     EXPECT_EQ(Read("out.txt"), "earlier");

@@ -117,10 +117,19 @@ TEST_F(PythonTest, ErrorsThatWereSwallowedLeaveNothing)
                "1");
 }
 
-TEST_F(PythonTest, RecursionWithMacros)
+// The address sanitizer can't follow an exception through more than 64 MiB of stack.
+#if !defined(__SANITIZE_ADDRESS__)
+
+TEST_F(PythonTest, RecursionOfMacros)
 {
     ExpectError(Expand("@defpython p(a) = {p(a)}\np(1)"),
                 "main.tl(1) : error : Expansion nested too deeply\n");
+}
+
+#endif
+
+TEST_F(PythonTest, RecursionOfFunctions)
+{
     ExpectError(RunPython("def f(): f()\nf()\n"), "main.tl(1) : error : Python error: ");
 }
 
@@ -129,16 +138,24 @@ TEST_F(PythonTest, NoPythonHoldsEverywhere)
     Write("lib.tl", "@def imported = {@runpython{x}}\n@defpython direct = {1}\n");
     Write("lib2.tl", "@runpython{x}\n");
     const char* const rows[] = {
-        "@runpython{x}", "@defpython p = {1}\np", "@scope{@runpython{x}}", "@[@quote(@runpython{x})]",
-        "@for(x in [1]){@runpython{x}}", "@import \"lib.tl\"\nimported", "@import \"lib.tl\"\ndirect",
-        "@import \"lib2.tl\"", "@def m(a) = {a}\nm(@runpython{x})", "@str(@runpython{x})",
+        "@runpython{x}",
+        "@defpython p = {1}\np",
+        "@scope{@runpython{x}}",
+        "@[@quote(@runpython{x})]",
+        "@for(x in [1]){@runpython{x}}",
+        "@import \"lib.tl\"\nimported",
+        "@import \"lib.tl\"\ndirect",
+        "@import \"lib2.tl\"",
+        "@def m(a) = {a}\nm(@runpython{x})",
+        "@str(@runpython{x})",
         "@def m(int i) = {i}\nm(@runpython{1})",
     };
     for (const char* const row : rows)
     {
         const ProgramResult result = Expand(row, {"--no-python"});
         EXPECT_EQ(result.status, 1) << row;
-        EXPECT_NE(result.err.find(" : error : Python is disabled\n"), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(" : error : Python is disabled\n"), std::string::npos)
+            << result.err;
     }
     const ProgramResult result = Expand("x", {"--no-python", "-E", "@runpython{x}"});
     ExpectError(result, "<command line>(1) : error : Python is disabled\n");
@@ -171,8 +188,8 @@ TEST_F(PythonTest, SignalsWorkAsBeforeAfterPython)
 TEST_F(PythonTest, ModulesOfTheCurrentDirectoryAreNotTaken)
 {
     Write("code.py", "raise ValueError('taken')\n");
-    Write("json.py", "raise ValueError('taken')\n");
-    ExpectText(RunPython("import json\n"), "after\n");
+    Write("string.py", "raise ValueError('taken')\n");
+    ExpectText(RunPython("import string\n"), "after\n");
 }
 
 } // namespace

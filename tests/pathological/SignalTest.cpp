@@ -111,8 +111,8 @@ TEST_F(SignalTest, AtAnyMoment)
         const std::string out = Read("out.txt");
         EXPECT_TRUE(out == "earlier" || out == text);
         const std::string map = Read("map.json");
-        EXPECT_TRUE(map == "(none)" || (map.rfind("{\"version\":1", 0) == 0 &&
-                                        map.substr(map.size() - 3) == "]}\n"));
+        EXPECT_TRUE(map == "(none)" ||
+                    (map.rfind("{\"version\":1", 0) == 0 && map.substr(map.size() - 3) == "]}\n"));
         Expect("map.json");
         EXPECT_EQ(Strangers(), std::set<std::string>());
     }

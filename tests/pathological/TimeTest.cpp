@@ -88,9 +88,9 @@ TEST_F(TimeTest, MapOfManyTokens)
 TEST_F(TimeTest, MessagesThatGrowAtEveryLevel)
 {
     const std::string big(20'000, 'y');
-    const ProgramResult result =
-        Expand("@def f(int n, string t) = {@if(n > 0){f(n - 1, @str(t))}@else{@fail(\"x\")}}\nf(500, \"" +
-               big + "\")");
+    const ProgramResult result = Expand(
+        "@def f(int n, string t) = {@if(n > 0){f(n - 1, @str(t))}@else{@fail(\"x\")}}\nf(500, \"" +
+        big + "\")");
     ExpectError(result, "main.tl(1) : error : x\n    invoking macro f(n,t) with n=0, t=" + big);
     EXPECT_LT(result.err.size(), 100'000u);
     ExpectError(Expand("@def f(int n) = {@if(n > 0){@[f(n - 1)]}@else{@fail(\"EOS\")}}\nf(500)"),
@@ -149,7 +149,8 @@ TEST_F(TimeTest, DollarMacrosThatComeBackToThemselves)
         {"@$A=\"x$(A)$(A)\"\n\n\"$(A)\"", "main.tl(3) : error : Dollar macro A contains itself\n"},
         {"@$A=\"$(B)\"\n@$B=\"$(C)\"\n@$C=\"-$(A)\"\n\"$(B)\"",
          "main.tl(4) : error : Dollar macro B contains itself\n"},
-        {"@$A=\"$(\"\n@$B=\"$(A)B)\"\n\"$(B)\"", "main.tl(3) : error : Dollar macro B contains itself\n"},
+        {"@$A=\"$(\"\n@$B=\"$(A)B)\"\n\"$(B)\"",
+         "main.tl(3) : error : Dollar macro B contains itself\n"},
         {"@$A=\"$(A)\"\n@import \"$(A)\"", "main.tl(2) : error : Dollar macro A contains itself\n"},
     };
     for (const auto& row : rows)

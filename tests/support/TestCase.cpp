@@ -33,6 +33,11 @@ TestCase MakeCase(const fs::path& root, const fs::path& file)
     return testCase;
 }
 
+bool IsProjectFile(const fs::path& file)
+{
+    return file.extension() == ".mpfw";
+}
+
 bool IsBelow(const TestCase& testCase, const std::string& folder)
 {
     return testCase.path.starts_with(folder + "/");
@@ -50,6 +55,11 @@ void PrintTo(const TestCase& testCase, std::ostream* os)
     *os << testCase.path;
 }
 
+bool IsProject(const TestCase& testCase)
+{
+    return IsProjectFile(testCase.name);
+}
+
 std::vector<TestCase> FindCases(const std::string& root)
 {
     std::vector<TestCase> cases;
@@ -57,7 +67,8 @@ std::vector<TestCase> FindCases(const std::string& root)
     {
         if (i->is_directory() && i->path().extension() == ".d")
             i.disable_recursion_pending();
-        else if (i->is_regular_file() && i->path().extension() == ".tl")
+        else if (i->is_regular_file() &&
+                 (i->path().extension() == ".tl" || IsProjectFile(i->path())))
             cases.push_back(MakeCase(root, i->path()));
     }
     std::sort(cases.begin(), cases.end(),
@@ -67,13 +78,16 @@ std::vector<TestCase> FindCases(const std::string& root)
 
 Expectation ReadExpectation(const TestCase& testCase)
 {
-    return {ReadFile(testCase.File(".out")), ReadFile(testCase.File(".err")),
+    const char* const output = IsProject(testCase) ? ".json" : ".out";
+    return {ReadFile(testCase.File(output)), ReadFile(testCase.File(".err")),
             ReadFile(testCase.File(".map")), ReadFile(testCase.File(".print"))};
 }
 
 std::vector<std::string> ReadArguments(const TestCase& testCase)
 {
     std::vector<std::string> arguments;
+    if (IsProject(testCase))
+        arguments.push_back("project");
     std::string text = ReadFile(testCase.File(".args")).value_or("");
     while (!text.empty())
     {
@@ -86,7 +100,7 @@ std::vector<std::string> ReadArguments(const TestCase& testCase)
 
 bool RunsInLibrary(const TestCase& testCase)
 {
-    if (IsBelow(testCase, "python") || fs::exists(testCase.File(".args")) ||
+    if (IsProject(testCase) || IsBelow(testCase, "python") || fs::exists(testCase.File(".args")) ||
         fs::exists(testCase.File(".print")) || fs::exists(testCase.File(".d")))
         return false;
     const std::string source = ReadFile(testCase.File(".tl")).value_or("");

@@ -34,6 +34,9 @@ struct Expectation
     std::optional<std::string> print; ///< What the source prints.
 };
 
+/// Whether the case is a project file (`.mpfw`), whose output is the `.json` beside it.
+bool IsProject(const TestCase& testCase);
+
 /// All cases below `root` in the order of their paths. Folders named "*.d" hold files that cases
 /// import, and no cases.
 std::vector<TestCase> FindCases(const std::string& root);

@@ -58,7 +58,7 @@ std::string ErrorOf(const std::string& text, const std::function<void(MpfwParser
     return "(none)";
 }
 
-TEST(MpfwLayout, IsAsSpecified)
+TEST(MpfwLayout, HasTheFieldsInOrder)
 {
     static_assert(std::is_base_of_v<ExpressionParser, MpfwParser>);
     static_assert(std::is_base_of_v<ImportHandler, MpfwParser>);

@@ -128,7 +128,9 @@ void TemporaryFile::Finish()
 void TemporaryFile::RenameTo(const std::string& name)
 {
     Entry& entry = s_entries[m_slot];
-    if (renameat(entry.m_directory, entry.m_name, entry.m_directory, name.c_str()) != 0)
+    const auto rename = [&]
+    { return renameat(entry.m_directory, entry.m_name, entry.m_directory, name.c_str()); };
+    if (Uninterrupted(rename) != 0)
         throw MakeFileError("write", m_path, errno);
     entry.m_used = false;
 }

@@ -2,6 +2,7 @@
 // that stand before a blank are doubled; elsewhere they mean themselves.
 #include "DepfileWriter.h"
 #include "Files.h"
+#include <cstring>
 
 namespace telv::tool
 {
@@ -9,14 +10,17 @@ namespace telv::tool
 namespace
 {
 
+/// What one of the programs would take for something else, however it is written.
+constexpr const char* s_unwritable = "\n\t;|=%";
+
 std::string EscapeName(const std::string& name)
 {
     std::string escaped;
     size_t backslashes = 0;
     for (const char c : name)
     {
-        if (c == '\n')
-            throw FileError("can't write the name of a file with a line feed to a dependency file");
+        if (std::strchr(s_unwritable, c) != nullptr)
+            throw FileError("can't write the name '" + name + "' to a dependency file");
         if (c == ' ' || c == '\t')
             escaped += std::string(backslashes + 1, '\\');
         else if (c == '#' || c == ':')

@@ -107,8 +107,11 @@ void ExpandCommand::RefuseInputs() const
 {
     if (const auto identity = m_handler.MainIdentity())
         m_outputs.m_set.RefuseInput(*identity, m_outputs.m_text);
-    for (const FileIdentity& identity : m_handler.ImportedIdentities())
+    const std::vector<FileIdentity> imports = m_handler.ImportedIdentities();
+    for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
+    if (m_outputs.m_text == nullptr)
+        m_outputs.m_set.RefuseStandardOutput(imports);
 }
 
 void ExpandCommand::WriteText(ByteSink& sink) const

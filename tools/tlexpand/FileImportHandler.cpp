@@ -13,6 +13,12 @@ namespace telv::tool
 namespace
 {
 
+/// The name as the system takes it, not normalised.
+std::string InDirectory(const std::string& directory, const std::string& name)
+{
+    return directory.empty() ? name : directory + "/" + name;
+}
+
 /// Takes the expansion of imported files, which nobody reads.
 class DiscardingStream final : public IndentingStream
 {
@@ -70,6 +76,7 @@ FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name, x
 {
     Input& input = *m_inputs.emplace_back(std::make_unique<Input>());
     input.m_name = name;
+    input.m_path = name;
     input.m_file.m_name = xstring(ViewOf(name));
     input.m_file.m_buffer.swap(text);
     input.m_file.m_buffer.c_str(); // Gives an empty text an address of its own.
@@ -85,8 +92,7 @@ void FileImportHandler::ReadMain(const std::string& path)
     Descriptor opened;
     if (!isStandardInput)
     {
-        opened =
-            Descriptor(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
+        opened = Descriptor(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
         if (!opened.IsOpen())
             throw MakeFileError("read", path, errno);
     }
@@ -148,8 +154,12 @@ std::optional<std::string> FileImportHandler::FindPath(const std::string& name) 
     directories.insert(directories.end(), m_registeredPaths.begin(), m_registeredPaths.end());
     directories.insert(directories.end(), m_importPaths.begin(), m_importPaths.end());
     for (const std::string& directory : directories)
-        if (std::string path = JoinPath(directory, name); IsRegularFile(path))
-            return path;
+    {
+        // Links and backslashes mean what they mean to the system, unless that leads nowhere.
+        for (const std::string& path : {InDirectory(directory, name), JoinPath(directory, name)})
+            if (IsRegularFile(path))
+                return path;
+    }
     return std::nullopt;
 }
 
@@ -165,7 +175,9 @@ try
     const FileIdentity identity(status);
     if (const auto known = m_byIdentity.find(identity); known != m_byIdentity.end())
         return known->second;
-    Input& input = AddInput(path, ReadAll(fd.Get(), path), importPos);
+    const std::string name = path.starts_with('/') ? path : JoinPath("", path);
+    Input& input = AddInput(name, ReadAll(fd.Get(), path), importPos);
+    input.m_path = path;
     input.m_identity = identity;
     m_byIdentity[identity] = &input;
     return &input;
@@ -202,7 +214,8 @@ void FileImportHandler::ExpandImport(Input& input)
 bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
 {
     const std::string name = ExpandName(path, pos);
-    m_registeredPaths.push_back(name.starts_with('/') ? name : JoinPath(CurrentDirectory(), name));
+    m_registeredPaths.push_back(name.starts_with('/') ? name
+                                                      : InDirectory(CurrentDirectory(), name));
     if (IsInMain())
         m_marks.NoteImportPath(*m_mainOutput);
     return true;

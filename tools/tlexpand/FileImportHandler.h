@@ -59,7 +59,8 @@ private:
     {
         LSSourceFile m_file;
         std::optional<FileIdentity> m_identity; ///< Of a regular file.
-        std::string m_name;
+        std::string m_name;                     ///< As it is shown.
+        std::string m_path; ///< As it was opened: its directory is that of its imports.
         std::unique_ptr<FileScopeVarFrame> m_frame; ///< Null until it is expanded as an import.
     };
 
@@ -78,7 +79,7 @@ private:
     Input* Open(const std::string& path, const char* importPos);
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
-    std::string CurrentDirectory() const { return DirectoryOf(m_active.back().m_input->m_name); }
+    std::string CurrentDirectory() const { return DirectoryOf(m_active.back().m_input->m_path); }
     bool IsInMain() const { return m_mainOutput != nullptr && m_active.size() == 1; }
 
     Sources& m_sources;

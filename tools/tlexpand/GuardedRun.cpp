@@ -70,6 +70,7 @@ bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run, cons
     printed.Flush();
     if (!failure)
         return true;
+    failure->m_pos = run.ResolvePosition(failure->m_pos);
     if (sources.Find(failure->m_pos) == nullptr)
         failure->m_pos = run.FailurePosition();
     diagnostics.Report(LexScannerException(failure->m_description, failure->m_pos));

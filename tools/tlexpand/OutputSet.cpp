@@ -2,6 +2,8 @@
 // renames, which no signal interrupts.
 #include "OutputSet.h"
 #include "Options.h"
+#include <algorithm>
+#include <unistd.h>
 
 namespace telv::tool
 {
@@ -21,6 +23,20 @@ void OutputSet::RefuseInput(const FileIdentity& identity, const OutputFile* allo
     for (const Output& output : m_outputs)
         if (&output.m_file != allowed && output.m_file.IsFile(identity))
             throw UsageError("the output '" + output.m_file.Path() + "' is a file that is read");
+}
+
+void OutputSet::RefuseStandardOutput(const std::vector<FileIdentity>& imports) const
+{
+    struct stat status;
+    if (fstat(STDOUT_FILENO, &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    const FileIdentity identity(status);
+    for (const Output& output : m_outputs)
+        if (output.m_file.IsFile(identity))
+            throw UsageError("standard output and '" + output.m_file.Path() +
+                             "' are the same output");
+    if (std::ranges::find(imports, identity) != imports.end())
+        throw UsageError("standard output is a file that is read");
 }
 
 void OutputSet::SetContent(OutputFile& file, Content content)

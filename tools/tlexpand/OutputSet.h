@@ -3,6 +3,7 @@
 
 #include "OutputFile.h"
 #include <deque>
+#include <vector>
 
 namespace telv::tool
 {
@@ -19,6 +20,10 @@ public:
     /// @throws UsageError  An output other than `allowed` (may be null) is the file `identity`,
     ///     which the run has read.
     void RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const;
+
+    /// @throws UsageError  Standard output, to which something will be written, is the same regular
+    ///     file as an output or as an imported one.
+    void RefuseStandardOutput(const std::vector<FileIdentity>& imports) const;
 
     /// What is to be written to `output`.
     void SetContent(OutputFile& output, Content content);

@@ -78,8 +78,7 @@ int ProjectCommand::Run()
 /// A main file that can't be read is no error in a text.
 void ProjectCommand::CheckMainFile() const
 {
-    const Descriptor fd(
-        OpenAt(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_NOCTTY));
+    const Descriptor fd(OpenAt(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_NOCTTY));
     struct stat status;
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0)
         throw MakeFileError("read", m_options.m_file, errno);

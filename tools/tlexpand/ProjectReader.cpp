@@ -1,6 +1,7 @@
 // Errors in statements stand in expanded text; they are moved to the file before they are reported.
 #include "ProjectReader.h"
 #include "Files.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include <algorithm>
 
 namespace telv::tool
@@ -14,8 +15,19 @@ bool Holds(const std::vector<std::string>& names, SubString name)
     return std::ranges::any_of(names, [&](const std::string& n) { return ViewOf(n) == name; });
 }
 
-/// Where in the file the character `pos` of its expansion came from. Text that was made while
-/// expanding may be gone: the place before it counts then.
+/// The place in a file that a piece of its expansion stands for: what made the text, where it was
+/// made while expanding.
+SubString SourceOf(const OutputPiece& piece)
+{
+    const ExpansionRun* const run = ExpansionRun::Current();
+    SubString origin;
+    if (run != nullptr && run->FindOrigin(piece.in.begin(), origin))
+        return SubString(origin.begin(), origin.begin());
+    return piece.in;
+}
+
+/// Where in the file the character `pos` of its expansion came from; for what came from another
+/// file, the place before it.
 const char* MapToBuffer(const MpfwSourceFile& file, const char* pos)
 {
     if (pos == file.m_expanded.end())
@@ -24,14 +36,15 @@ const char* MapToBuffer(const MpfwSourceFile& file, const char* pos)
     const char* place = file.m_buffer.begin();
     for (const OutputPiece& piece : file.m_pieces.m_pieces)
     {
-        const bool isInBuffer = IsWithin(piece.in, file.m_buffer);
+        const SubString source = SourceOf(piece);
+        const bool isInBuffer = IsWithin(source, file.m_buffer);
         if (left < piece.size())
         {
-            const ssize_t offset = piece.out == 0 ? left : 0;
-            return isInBuffer ? piece.in.begin() + offset : place;
+            const ssize_t offset = piece.out == 0 && !source.empty() ? left : 0;
+            return isInBuffer ? source.begin() + offset : place;
         }
         if (isInBuffer)
-            place = piece.in.begin();
+            place = source.begin();
         left -= piece.size();
     }
     return place;

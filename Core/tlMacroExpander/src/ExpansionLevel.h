@@ -58,7 +58,8 @@ public:
     /// Notes that a piece of the mapped output views the text of the innermost level.
     static void NotePiece();
 
-    /// @throws ExpansionLimitException  `size` bytes are more than the current run allows; without a
+    /// @throws ExpansionLimitException  `size` bytes are more than the current run allows; without
+    /// a
     ///     position.
     static void CheckSize(ssize_t size);
 

@@ -91,7 +91,8 @@ bool FileScopeVarFrame::ApplyDollarMacros(xostream& os, SubString s) const
 
 bool FileScopeVarFrame::ApplyDollarMacros(xstring& s) const
 {
-    const void* const dollar = s.empty() ? nullptr : std::memchr(s.begin(), '$', static_cast<size_t>(s.size()));
+    const void* const dollar =
+        s.empty() ? nullptr : std::memchr(s.begin(), '$', static_cast<size_t>(s.size()));
     return dollar != nullptr && SubstituteDollarMacros(*this, s);
 }
 

@@ -19,6 +19,6 @@ public:
     bool GetFilenameAndLineNumber(const char* pos, xstring& path, ssize_t& line) const;
 };
 
-static_assert(sizeof(LSSourceFile) == 48, "specified fields only");
+static_assert(sizeof(LSSourceFile) == 48, "no other fields");
 
 } // namespace telv

@@ -209,7 +209,7 @@ TLEXPANDER_API xostream& operator<<(xostream& os, const LSToken& t);
 ///     What was decoded before stays written.
 TLEXPANDER_API void UnstringifyQuotedString(SubString s, xostream& os);
 
-static_assert(sizeof(LSToken) == 24, "specified fields only");
-static_assert(sizeof(LexScannerException) == 72, "specified fields only");
+static_assert(sizeof(LSToken) == 24, "no other fields");
+static_assert(sizeof(LexScannerException) == 72, "no other fields");
 
 } // namespace telv

@@ -118,7 +118,8 @@ void LSVariableMap::Sort() const
     m_sorted = new LSVariable*[static_cast<size_t>(m_size)];
     LSVariable** next = m_sorted;
     ForEach([&](LSVariable* v) { *next++ = v; });
-    std::sort(m_sorted, next, [](const LSVariable* a, const LSVariable* b)
+    std::sort(m_sorted, next,
+              [](const LSVariable* a, const LSVariable* b)
               { return strcmp(a->m_name, b->m_name) < 0; });
 }
 
@@ -139,9 +140,9 @@ LSVariableMap::const_iterator& LSVariableMap::const_iterator::operator++()
 {
     m_map->Sort();
     LSVariable** const last = m_map->m_sorted + m_map->m_size;
-    LSVariable** const next =
-        std::upper_bound(m_map->m_sorted, last, m_var, [](const LSVariable* a, const LSVariable* b)
-                         { return strcmp(a->m_name, b->m_name) < 0; });
+    LSVariable** const next = std::upper_bound(m_map->m_sorted, last, m_var,
+                                               [](const LSVariable* a, const LSVariable* b)
+                                               { return strcmp(a->m_name, b->m_name) < 0; });
     m_var = next == last ? nullptr : *next;
     return *this;
 }

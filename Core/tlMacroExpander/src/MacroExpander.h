@@ -25,16 +25,16 @@ enum EStrLiteralMode
 class TLEXPANDER_API MacroExpander
 {
 public:
-    ImportHandler* m_importHandler;     ///< Null: no imports; always so in nested expansions.
-    VarFrame* m_vf;                     ///< The current frame; never null.
+    ImportHandler* m_importHandler; ///< Null: no imports; always so in nested expansions.
+    VarFrame* m_vf;                 ///< The current frame; never null.
     ExpandedOutput& m_output;
-    ssize_t m_srcIndent;                ///< Columns removed from lines after a line feed.
-    ssize_t m_dstIndent;                ///< Columns written before each line.
-    SubString m_origStr;                ///< The whole text.
-    SubString m_str;                    ///< What is not scanned yet.
-    const xchar* m_startDirectivePos;   ///< The last token of the main loop: what calculated
-    const xchar* m_endDirectivePos;     ///< output is attributed to. Null before the first.
-    const xchar* m_writePos;            ///< First character neither written nor discarded.
+    ssize_t m_srcIndent;              ///< Columns removed from lines after a line feed.
+    ssize_t m_dstIndent;              ///< Columns written before each line.
+    SubString m_origStr;              ///< The whole text.
+    SubString m_str;                  ///< What is not scanned yet.
+    const xchar* m_startDirectivePos; ///< The last token of the main loop: what calculated
+    const xchar* m_endDirectivePos;   ///< output is attributed to. Null before the first.
+    const xchar* m_writePos;          ///< First character neither written nor discarded.
 
     MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
                   ssize_t dstIndent, ExpandedOutput& output);
@@ -229,6 +229,6 @@ TLEXPANDER_API bool ScanElseBlock(SubString& str);
 TLEXPANDER_API void WritePrefix(xostream& os, EStrLiteralMode mode);
 TLEXPANDER_API void WriteSuffix(xostream& os, EStrLiteralMode mode);
 
-static_assert(sizeof(MacroExpander) == 96, "specified fields only");
+static_assert(sizeof(MacroExpander) == 96, "no other fields");
 
 } // namespace telv

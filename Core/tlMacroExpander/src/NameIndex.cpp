@@ -62,8 +62,8 @@ NameIndex::Binding* NameIndex::BehindDepth(Record& record, int64 depth)
     Binding* const end = record.End();
     if (end[-1].m_frame->Depth() <= depth)
         return end;
-    return std::upper_bound(record.Begin(), end, depth, [](int64 d, const Binding& b)
-                            { return d < b.m_frame->Depth(); });
+    return std::upper_bound(record.Begin(), end, depth,
+                            [](int64 d, const Binding& b) { return d < b.m_frame->Depth(); });
 }
 
 /// The binding of `frame` itself, or null.

@@ -46,7 +46,8 @@ public:
     /// To be called when `importer`, a frame of this tree, is about to import `imported`.
     void NoteImport(const VarFrame* importer, const VarFrame* imported);
 
-    /// Whether what the root of the tree imports may be remembered, and at which state of the files.
+    /// Whether what the root of the tree imports may be remembered, and at which state of the
+    /// files.
     bool HasEpoch() { return m_epoch != nullptr && ImportEpoch::Find(m_epoch).m_isWhole; }
     uint64 Epoch() { return ImportEpoch::Find(m_epoch).m_changes; }
     ImportCache m_importCache;
@@ -81,8 +82,8 @@ private:
     std::vector<Record*> m_table; ///< Open addressing, linear probing, a power of two.
     void NoteChange(const VarFrame* frame);
 
-    ImportEpoch::Ptr m_epoch;   ///< Of the files that this one is connected with; or null.
-    bool m_isImported = false;  ///< Another file's answers depend on this one.
+    ImportEpoch::Ptr m_epoch;  ///< Of the files that this one is connected with; or null.
+    bool m_isImported = false; ///< Another file's answers depend on this one.
 
     size_t m_size = 0;
     std::vector<Record*> m_spare; ///< Records to use again.

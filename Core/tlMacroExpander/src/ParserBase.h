@@ -42,6 +42,6 @@ public:
     [[noreturn]] void ThrowExpectedException(const char* what);
 };
 
-static_assert(sizeof(ParserBase) == 88, "specified fields only");
+static_assert(sizeof(ParserBase) == 88, "no other fields");
 
 } // namespace telv

@@ -1,9 +1,9 @@
 // Text that exists only while expanding and is itself expanded: the first result of `@[...]`, the
 // text of a call through a function argument, the list of `@for`.
 //
-// Definitions made in such a text view it and may outlive the directive that made it. They share its
-// ownership (OwningVariables.h). What is needed to say where a position in such a text came from is
-// kept apart, in a TextOrigin, which may outlive the characters.
+// Definitions made in such a text view it and may outlive the directive that made it. They share
+// its ownership (OwningVariables.h). What is needed to say where a position in such a text came
+// from is kept apart, in a TextOrigin, which may outlive the characters.
 #pragma once
 
 #include "tlMacroExpander/ExpansionRun.h"

@@ -1,4 +1,5 @@
-// Temporary texts on guarded pages. Dead texts queue up; the oldest is unmapped when there are many.
+// Temporary texts on guarded pages. Dead texts queue up; the oldest is unmapped when there are
+// many.
 #include "tlMacroExpander/src/TextMemory.h"
 
 #ifdef TELV_GUARD_TEXTS

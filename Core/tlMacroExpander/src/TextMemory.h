@@ -1,7 +1,7 @@
 // Where the characters of a temporary text are kept.
 //
-// Built with TELV_GUARD_TEXTS, each text ends at the end of its own pages, before one that cannot be
-// read, and stays mapped but unreadable for a while after its death: a view that outlived it, or
+// Built with TELV_GUARD_TEXTS, each text ends at the end of its own pages, before one that cannot
+// be read, and stays mapped but unreadable for a while after its death: a view that outlived it, or
 // that runs past its end, is then found without luck.
 #pragma once
 

@@ -15,8 +15,7 @@ void MacroExpander::ProcessQuoteDirective()
     const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
     while (text)
     {
-        const void* const feed =
-            std::memchr(text.begin(), '\n', static_cast<size_t>(text.size()));
+        const void* const feed = std::memchr(text.begin(), '\n', static_cast<size_t>(text.size()));
         const char* const end = feed == nullptr ? text.end() : static_cast<const char*>(feed) + 1;
         WriteSubStringFromSourceFile(SubString(text.begin(), end));
         text.m_p1 = end;

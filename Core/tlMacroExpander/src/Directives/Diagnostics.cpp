@@ -62,8 +62,8 @@ void MacroExpander::ProcessAssertDirective()
         throw;
     }
     if (!holds)
-        ThrowAt(pos, {"Assertion failure\n        @assert(", section, ")\nie      @assert(", text,
-                      ")"});
+        ThrowAt(pos,
+                {"Assertion failure\n        @assert(", section, ")\nie      @assert(", text, ")"});
     ScanOverWhiteSpaceAfterDirective();
 }
 

@@ -1,7 +1,7 @@
 // @let, @( and @[: typed values and text that is expanded twice.
 //
-// The pattern of all of them: expand the text into a string in a scope of its own, then evaluate the
-// string. The string dies with the directive, so no error that leaves here points into it.
+// The pattern of all of them: expand the text into a string in a scope of its own, then evaluate
+// the string. The string dies with the directive, so no error that leaves here points into it.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/src/ErrorContext.h"

@@ -1,9 +1,9 @@
 // What stands for the name of a variable: a value, or the expansion of a macro.
 //
-// An invocation has a frame of its own whose parent is the frame of the caller (or the frame that an
-// argument came from). Arguments without a type are bound by name: as macros whose text is expanded
-// in the caller's frame, each time it is used. These functions are on the stack once per nested
-// call, so what only errors need is composed elsewhere.
+// An invocation has a frame of its own whose parent is the frame of the caller (or the frame that
+// an argument came from). Arguments without a type are bound by name: as macros whose text is
+// expanded in the caller's frame, each time it is used. These functions are on the stack once per
+// nested call, so what only errors need is composed elsewhere.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/src/ErrorContext.h"
@@ -37,9 +37,9 @@ xstring Signature(const LSMacroVariable& macroVar)
 [[noreturn, gnu::noinline]] void ThrowNoArgumentList(const LSMacroVariable& macroVar,
                                                      const LSToken& token)
 {
-    ThrowAtToken({"( expected to begin argument list for macro ", Signature(macroVar),
-                  " when read "},
-                 token);
+    ThrowAtToken(
+        {"( expected to begin argument list for macro ", Signature(macroVar), " when read "},
+        token);
 }
 
 /// Reads one actual argument; `isLast` says which bracket or comma has to end it.
@@ -172,8 +172,8 @@ LSVariable* MacroExpander::MakeValueArg(const LSMacroVariable& macroVar, const L
     }
     catch (LexScannerException& e)
     {
-        AddErrorContext(e, {"\n    passing formal argument ", formal.m_name, " to macro ",
-                            macroVar.m_name});
+        AddErrorContext(
+            e, {"\n    passing formal argument ", formal.m_name, " to macro ", macroVar.m_name});
         throw;
     }
     return bound.release();

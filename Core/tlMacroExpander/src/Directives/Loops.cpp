@@ -16,8 +16,8 @@ namespace telv
 struct MacroExpander::ForHead
 {
     xvector<SubString> m_names;
-    bool m_isSingle = true;           ///< One name without parentheses.
-    const char* m_listPos = nullptr;  ///< Where the list stands in the source.
+    bool m_isSingle = true;          ///< One name without parentheses.
+    const char* m_listPos = nullptr; ///< Where the list stands in the source.
 };
 
 /// A loop over a list that has been expanded.
@@ -184,8 +184,8 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
 
 void MacroExpander::ForLoop::Bind(VarFrame& frame, SubString name, SubString value) const
 {
-    auto bound = MakeMacroVariable(LSV_MACRO, name, m_expander.m_vf,
-                                   ExpansionLevel::CurrentOwner(), m_list.Owner());
+    auto bound = MakeMacroVariable(LSV_MACRO, name, m_expander.m_vf, ExpansionLevel::CurrentOwner(),
+                                   m_list.Owner());
     bound->SetSubstitutionString(value, false, 0);
     frame.m_localVariables.Add(bound.release());
 }

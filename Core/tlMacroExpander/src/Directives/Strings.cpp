@@ -1,4 +1,5 @@
-// @str and its kin write text as string literals; @unstr does the reverse; @$ defines a dollar macro.
+// @str and its kin write text as string literals; @unstr does the reverse; @$ defines a dollar
+// macro.
 #include "tlMacroExpander/src/ErrorContext.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/ScanSection.h"

@@ -127,7 +127,7 @@ private:
     void ParseStringSettingHelper(const xstring& name, xstring& value);
 };
 
-static_assert(sizeof(MpfwFrame) == 272, "specified fields only");
-static_assert(sizeof(MpfwParser) == 104, "specified fields only");
+static_assert(sizeof(MpfwFrame) == 272, "no other fields");
+static_assert(sizeof(MpfwParser) == 104, "no other fields");
 
 } // namespace telv

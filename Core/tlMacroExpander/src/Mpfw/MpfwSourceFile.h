@@ -70,7 +70,7 @@ public:
     void WriteLexScannerError(xostream& os, const LexScannerException& e) const;
 };
 
-static_assert(sizeof(MpfwSourceFile) == 104, "specified fields only");
-static_assert(sizeof(MpfwSourceFileList) == 24, "specified fields only");
+static_assert(sizeof(MpfwSourceFile) == 104, "no other fields");
+static_assert(sizeof(MpfwSourceFileList) == 24, "no other fields");
 
 } // namespace telv
