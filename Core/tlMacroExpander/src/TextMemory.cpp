@@ -5,10 +5,10 @@
 #ifdef TELV_GUARD_TEXTS
 
 #include <cstring>
-#include <deque>
 #include <new>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <vector>
 
 namespace telv
 {
@@ -18,38 +18,43 @@ namespace
 
 struct DeadPages
 {
-    char* m_pages;
-    size_t m_size;
+    char* m_pages = nullptr;
+    size_t m_size = 0;
 };
 
 constexpr size_t s_mostDead = 10000;
 
-/// Unmaps the pages that are left when the thread ends.
+/// A ring of dead texts. Unmaps the pages that are left when the thread ends.
 class Graveyard
 {
 public:
     ~Graveyard()
     {
-        while (!m_dead.empty())
-            UnmapOldest();
+        for (const DeadPages& dead : m_ring)
+            Unmap(dead);
     }
+
+    /// After this `Bury` does not allocate: it is called from destructors.
+    void MakeRoom() { m_ring.resize(s_mostDead); }
 
     void Bury(char* pages, size_t size)
     {
         mprotect(pages, size, PROT_NONE);
-        if (m_dead.size() >= s_mostDead)
-            UnmapOldest();
-        m_dead.push_back(DeadPages{pages, size});
+        DeadPages& oldest = m_ring[m_next];
+        Unmap(oldest);
+        oldest = DeadPages{pages, size};
+        m_next = (m_next + 1) % s_mostDead;
     }
 
 private:
-    void UnmapOldest()
+    static void Unmap(const DeadPages& dead)
     {
-        munmap(m_dead.front().m_pages, m_dead.front().m_size);
-        m_dead.pop_front();
+        if (dead.m_pages != nullptr)
+            munmap(dead.m_pages, dead.m_size);
     }
 
-    std::deque<DeadPages> m_dead;
+    std::vector<DeadPages> m_ring;
+    size_t m_next = 0;
 };
 
 thread_local Graveyard t_graveyard;
@@ -60,6 +65,7 @@ TextMemory::TextMemory(xstring& text)
 {
     if (text.empty())
         return;
+    t_graveyard.MakeRoom();
     const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     const size_t length = static_cast<size_t>(text.size());
     const size_t readable = (length + page - 1) / page * page;
