@@ -89,38 +89,3 @@ function(telv_add_library name)
         target_link_options(${name} PRIVATE LINKER:--no-undefined)
     endif()
 endfunction()
-
-# Makes a program a fuzzer and runs it for a while as a test. The language cases are its seeds, what
-# it finds new stays in the build; fuzz/<stem>.dict is its dictionary when there is one.
-function(telv_run_fuzzer target stem)
-    set(corpus ${CMAKE_BINARY_DIR}/corpus/${stem})
-    set(dictionary "")
-    if(EXISTS ${CMAKE_SOURCE_DIR}/fuzz/${stem}.dict)
-        set(dictionary -dict=${CMAKE_SOURCE_DIR}/fuzz/${stem}.dict)
-    endif()
-    file(MAKE_DIRECTORY ${corpus})
-    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
-    add_test(NAME ${target}
-        COMMAND ${target} -runs=20000 -max_len=4096 ${dictionary}
-            ${corpus} ${CMAKE_SOURCE_DIR}/tests/cases)
-endfunction()
-
-# A folder that builds itself when it has a CMakeLists.txt; otherwise each of its sources is one
-# program, named after the folder and the file.
-function(telv_add_folder folder)
-    if(EXISTS ${CMAKE_SOURCE_DIR}/${folder}/CMakeLists.txt)
-        add_subdirectory(${CMAKE_SOURCE_DIR}/${folder})
-        return()
-    endif()
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
-    foreach(source IN LISTS sources)
-        cmake_path(GET source STEM stem)
-        set(target ${folder}_${stem})
-        add_executable(${target} ${source})
-        telv_configure(${target})
-        target_link_libraries(${target} PRIVATE tlMacroExpander)
-        if(folder STREQUAL "fuzz")
-            telv_run_fuzzer(${target} ${stem})
-        endif()
-    endforeach()
-endfunction()
