@@ -112,7 +112,7 @@ void CheckCommandLines(const ExactText& text)
                      {
                          const ProjectOptions options = ParseProjectOptions(argc, argv);
                          CheckCommon(options);
-                         FUZZ_REQUIRE(!options.m_file.empty() || options.m_help);
+                         FUZZ_REQUIRE(!options.m_file.empty() || options.m_help || options.m_version);
                      });
 }
 

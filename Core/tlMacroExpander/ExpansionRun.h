@@ -51,6 +51,16 @@ public:
     /// With false, `@runpython` and Python macros are the error "Python is disabled".
     bool m_pythonAllowed = true;
 
+    /// Called on the expanding thread each time before Python code runs, so that what was printed
+    /// earlier can be sent off: the code may write to descriptors, and may start processes that
+    /// inherit buffers. Empty: nothing is called.
+    std::function<void()> m_pythonBegins;
+
+    /// Called each time after Python code has run, with false when an exception of it is being
+    /// thrown. Python code can fork: an application that must not go on in two processes compares
+    /// its process id here. Must not throw. Empty: nothing is called.
+    std::function<void(bool succeeded)> m_pythonEnded;
+
     /// Receives the located errors that do not stop the reading of project files. Empty: they go to
     /// the trace stream.
     std::function<void(const LexScannerException&)> m_fileErrorSink;

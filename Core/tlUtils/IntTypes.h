@@ -4,6 +4,14 @@
 #include <cstdint>
 #include <sys/types.h>
 
+/// Marks a function whose unsigned arithmetic is meant to wrap: clang's check of unsigned overflow,
+/// which finds sizes that went below zero, leaves it out.
+#if defined(__clang__)
+#define TELV_WRAPS __attribute__((no_sanitize("unsigned-integer-overflow", "unsigned-shift-base")))
+#else
+#define TELV_WRAPS
+#endif
+
 namespace telv
 {
 

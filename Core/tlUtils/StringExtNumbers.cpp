@@ -2,6 +2,7 @@
 // is defined, and converted at the end.
 #define TELV_SOURCE_PATH "Core/tlUtils/StringExt"
 
+#include "tlUtils/IntTypes.h"
 #include "tlUtils/NumberText.h"
 #include "tlUtils/StringExt.h"
 
@@ -17,7 +18,7 @@ xstring MakeString(const NumberText& number)
 }
 
 template <class Unsigned>
-Unsigned DecimalToUnsigned(SubString digits)
+TELV_WRAPS Unsigned DecimalToUnsigned(SubString digits)
 {
     const ssize_t n = digits.size();
     TELV_ASSERT(n > 0);
@@ -32,7 +33,7 @@ Unsigned DecimalToUnsigned(SubString digits)
 }
 
 template <class Unsigned>
-Unsigned HexToUnsigned(SubString str)
+TELV_WRAPS Unsigned HexToUnsigned(SubString str)
 {
     const ssize_t n = str.size();
     TELV_ASSERT(n > 2);

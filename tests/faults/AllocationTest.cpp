@@ -15,7 +15,7 @@
 #include <new>
 #include <string>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TELV_ADDRESS_SANITIZER)
 #define TELV_REAL(name) __interceptor_##name
 #else
 #define TELV_REAL(name) __libc_##name

@@ -55,6 +55,53 @@ TEST_F(BytesTest, AnyBytes)
     }
 }
 
+/// Whatever can hold a text, around texts that hold nothing: no view may end before it begins.
+TEST_F(BytesTest, NothingInsideAnything)
+{
+    const char* const heads[] = {
+        "@def m =",
+        "@def int m =",
+        "@def m(a) =",
+        "@nakeddef + m =",
+        "@let string m :=",
+        "@let int m =",
+        "@scope",
+        "@if(true)",
+        "@if(false){}@else",
+        "@for(x in [a,b])",
+        "@while(false)",
+        "@quote",
+        "@assertfails",
+        "@defpython int m =",
+        "@runpython",
+        "@str",
+        "@strxW",
+        "@print",
+        "@unstr",
+        "@fail",
+        "@(",
+        "@[",
+    };
+    const char* const bodies[] = {
+        "{}",     "{\n}",   "{ }",        "{\n\n}",     "{\t}",         "{/**/}", "{//\n}",
+        "{\r\n}", "\n{\n}", "\r\n{\r\n}", "\n{}",       "{\n@@\n}",     "(   )",  "(\n)",
+        "(/**/)", "[ ]",    "[\n]",       ")",          "\r\n)",        "/**/]",  "\n]",
+        "{",      "(",      "",           "{\n\n  \n}", "{\n// c\n\n}",
+    };
+    for (const char* const head : heads)
+        for (const char* const body : bodies)
+        {
+            const std::string source = std::string(head) + body + "\n[m(1)]";
+            SCOPED_TRACE(source);
+            const ProgramResult result = Expand(source);
+            if (result.status == 0)
+                continue;
+            EXPECT_EQ(result.status, 1);
+            EXPECT_EQ(result.err.rfind("main.tl(", 0), 0u) << result.err;
+            EXPECT_EQ(result.err.find("Assertion"), std::string::npos) << result.err;
+        }
+}
+
 TEST_F(BytesTest, EveryByteAlone)
 {
     for (int c = 0; c < 256; ++c)

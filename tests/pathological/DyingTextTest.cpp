@@ -55,6 +55,52 @@ TEST_F(DyingTextTest, WhatEscapesStaysReadable)
     Expect("map.json");
 }
 
+/// The same from wherever a text can come: what is viewed there dies at other times.
+TEST_F(DyingTextTest, WhatEscapesStaysReadableWhereverTheTextStands)
+{
+    for (const Row& row : s_escapes)
+    {
+        SCOPED_TRACE(row.name);
+        const std::string source = row.source;
+        const std::string out = row.out;
+        ExpectText(Expand("@[@quote(" + source + ")]"), out);
+        ExpectText(Expand("@[@quote(" + source + ")]", {"--map", "map.json"}), out);
+        ExpectText(Expand("@for(z in [1]){" + source + "}"), out);
+        ExpectText(Expand("@def wrapped = {" + source + "}\nwrapped\nwrapped"), out + '\n' + out);
+        ExpectText(Expand("@assertfails{" + source + "@fail(\"x\")}" + source), out);
+        ExpectText(Expand("-", {"-E", source, "-E", "@scope{" + source + "}"}), "-");
+        Write("lib.tl", source);
+        ExpectText(Expand("@import \"lib.tl\"\n@scope{" + source + "}"), out);
+    }
+    Expect("map.json");
+}
+
+TEST_F(DyingTextTest, WhatEscapesFromOtherTextsIsVisible)
+{
+    const std::string definitions = "@[@quote(@def + m(aa,bb) = {<bb|aa>})]"
+                                    "@[@quote(@[@quote(@def + k = {deep})])]"
+                                    "@for(x in [@quote(@let string v := {value})]){}"
+                                    "@$D=\"dollar\"\n";
+    const std::string use = "m(1,2) k \"$(D)\" _D_";
+    const std::string out = "<2|1> deep \"dollar\" dollar";
+    Write("lib.tl", definitions);
+    Write("outer.tl", "@import \"lib.tl\"\n");
+    ExpectText(Expand("@import \"lib.tl\"\n" + use), out);
+    ExpectText(Expand("@import \"outer.tl\"\n" + use), out);
+    ExpectText(Expand(use, {"-E", definitions}), out);
+    ExpectText(Expand(use, {"-E", "@import \"outer.tl\""}), out);
+    ExpectText(Expand("@import \"outer.tl\"\n@[@quote(" + use + ")]", {"--map", "map.json"}), out);
+    Expect("map.json");
+}
+
+TEST_F(DyingTextTest, LineEndsOfTheOtherKind)
+{
+    ExpectText(Expand("@[@quote(@def + m =\r\n{\r\n    body\r\n})]\r\nm\r\nm"), "\r\nbody\r\nbody");
+    ExpectError(Expand("x\r\n@[@quote(@let int i = {1 2})]\r\n"),
+                "main.tl(2) : error : Read 2 in middle of expression\n    expression: 1 2\n"
+                "    in @[@let int i = {1 2}]\n 2 | @[@quote(@let int i = {1 2})]\n   | ^\n");
+}
+
 struct ErrorRow
 {
     const char* source;
@@ -74,6 +120,9 @@ const ErrorRow s_errors[] = {
      "main.tl(1) : error : Unexpected zzz after ( in expression\n    in @fail(zzz)\n"},
     {"@[@quote(@def + m = {@fail(\"late\")})]\n\nm",
      "main.tl(1) : error : late\n    invoking macro m\n"},
+    // The outer text is long dead when the inner one dies, with the block that kept it.
+    {"\n@scope{\n@[@quote(@def call(f()) = {f(zzz)} call(@exportdef q = {@fail(\"late\")}))] q}",
+     "main.tl(3) : error : late\n    invoking macro q\n"},
 };
 
 TEST_F(DyingTextTest, ErrorsStandAtWhatMadeTheText)
@@ -82,6 +131,21 @@ TEST_F(DyingTextTest, ErrorsStandAtWhatMadeTheText)
     {
         SCOPED_TRACE(row.source);
         ExpectError(Expand(row.source), row.err);
+    }
+}
+
+TEST_F(DyingTextTest, ErrorsInImportedAndGivenTextStandThere)
+{
+    for (const ErrorRow& row : s_errors)
+    {
+        SCOPED_TRACE(row.source);
+        const std::string place = std::string(row.err).substr(sizeof "main.tl" - 1);
+        Write("lib.tl", row.source);
+        const ProgramResult imported = Expand("\n\n@import \"lib.tl\"");
+        ExpectError(imported, "lib.tl" + place);
+        EXPECT_TRUE(imported.err.ends_with("\nimported from main.tl(3)\n")) << imported.err;
+        ExpectError(Expand("x", {"-E", row.source}), "<command line>" + place);
+        ExpectText(Expand("@assertfails{" + std::string(row.source) + "}x"), "x");
     }
 }
 

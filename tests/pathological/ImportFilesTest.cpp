@@ -46,8 +46,15 @@ TEST_F(ImportFilesTest, LongChainWithFewDescriptors)
               i + 1 < n ? "@import \"f" + std::to_string(i + 1) + ".tl\"\n"
                         : "@def last = {end}\n");
     LimitedOptions options;
-    options.descriptors = 64;
+    // One for each file in turn, besides the standard streams, the working directory and that of
+    // the output. What this process was started with does not count.
+    options.descriptors = 6;
+    for (int fd = 3; fd < 64; ++fd)
+        options.closed.push_back(fd);
     ExpectText(Expand("@import \"f0.tl\"\nlast", {}, options), "end");
+    Expect("out.txt");
+    ExpectText(Expand("@import \"f0.tl\"\nlast", {"-o", "out.txt"}, options), "");
+    EXPECT_EQ(Read("out.txt"), "end");
 }
 
 TEST_F(ImportFilesTest, ManyFilesWithFewDescriptors)

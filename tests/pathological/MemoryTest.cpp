@@ -78,7 +78,7 @@ TEST_F(MemoryTest, GrowthMeetsTheLimitOfOutput)
     }
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(TELV_ADDRESS_SANITIZER)
 
 TEST_F(MemoryTest, OutOfMemoryIsAnErrorWithAPlace)
 {
@@ -91,6 +91,61 @@ TEST_F(MemoryTest, OutOfMemoryIsAnErrorWithAPlace)
             anywhere.line = 0;
         ExpectAt(Expand(row.source, {}, options), anywhere, "Out of memory");
     }
+}
+
+/// Texts that fit and whose expansion needs more than there is: what is left must be enough to say
+/// so, however many and however long the lines are.
+TEST_F(MemoryTest, TheErrorItselfNeedsLittleMemory)
+{
+    const std::string line(12'000'000, 'x');
+    std::string definitions;
+    for (int i = 0; i < 150'000; ++i)
+        definitions += "@def m" + std::to_string(i) + " = {x}\n";
+    const struct
+    {
+        const char* name;
+        std::string source;
+        unsigned long mebis;
+        const char* place; ///< Of "Out of memory", or "" where it depends.
+    } rows[] = {
+        {"one long line", line, 44, "main.tl(1)"},
+        {"many short lines", Repeat("0123456789abcde\n", 1'000'000), 60, ""},
+        {"many calls on many lines", "@def m(x) = {[x]}\n" + Repeat("m(1)\n", 400'000), 30, ""},
+        {"many definitions, which stay", definitions, 42, ""},
+        {"many names on a line", "@for(x in [" + Repeat("a,", 200'000) + "b]){@def + m = {x}}", 22,
+         "main.tl(1)"},
+        {"many brackets on a line",
+         "\n@(" + Repeat("(", 300'000) + "1" + Repeat(")", 300'000) + ")", 16, "main.tl(2)"},
+        {"long literal", "\n@(len(\"" + line + "\"))", 44, "main.tl(2)"},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        LimitedOptions options;
+        options.addressSpace = row.mebis << 20;
+        ExpectAt(Expand(row.source, {}, options), {row.name, "", 0}, "Out of memory");
+        const ProgramResult result = Expand(row.source, {}, options);
+        EXPECT_EQ(result.err.rfind(row.place, 0), 0u) << Describe(result);
+    }
+}
+
+TEST_F(MemoryTest, AnErrorInALongLineNeedsLittleMemory)
+{
+    const std::string line(12'000'000, 'x');
+    LimitedOptions options;
+    options.addressSpace = 200UL << 20;
+    ExpectError(Expand(line + "\x01" + line, {}, options),
+                "main.tl(1) : error : Bad token \x01\n 1 | ...xxx");
+}
+
+TEST_F(MemoryTest, ALongMessageNeedsLittleMemory)
+{
+    const std::string text(8'000'000, 'z');
+    LimitedOptions options;
+    options.addressSpace = 84UL << 20;
+    const ProgramResult result = Expand("\n@fail(\"" + text + "\")", {}, options);
+    ExpectError(result, "main.tl(2) : error : zzz");
+    EXPECT_NE(result.err.find("\n... (7934485 bytes left out) ...\nzzz"), std::string::npos);
 }
 
 TEST_F(MemoryTest, AnEarlierOutputSurvivesOutOfMemory)

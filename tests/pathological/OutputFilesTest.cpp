@@ -148,21 +148,32 @@ TEST_F(OutputFilesTest, FullStandardErrorDoesNotHideTheStatus)
 
 TEST_F(OutputFilesTest, ClosedStreamsHurtNoFile)
 {
-    const std::vector<int> closed[] = {{0}, {1}, {2}, {0, 1}, {1, 2}, {0, 1, 2}};
-    for (const std::vector<int>& streams : closed)
+    Expect("out.txt");
+    Expect("map.json");
+    for (unsigned set = 0; set < 8; ++set)
     {
         LimitedOptions options;
-        options.closed = streams;
-        const std::string source = "text @println(printed)";
-        Write("out.txt", "earlier");
-        const ProgramResult result = Expand(source, {"-o", "out.txt"}, options);
-        // What is printed has nowhere to go without standard output: no silent success then.
-        const bool isLost = std::count(streams.begin(), streams.end(), 1) > 0;
-        EXPECT_EQ(result.status, isLost ? 2 : 0) << Describe(result);
-        EXPECT_EQ(Read("main.tl"), source);
-        EXPECT_EQ(Read("out.txt"), isLost ? "earlier" : "text");
-        EXPECT_NE(Expand("@fail(\"no\")", {}, options).status, 0);
+        for (int fd = 0; fd <= 2; ++fd)
+            if ((set >> fd & 1) != 0)
+                options.closed.push_back(fd);
+        const bool isOutputClosed = (set & 2) != 0;
+        for (const std::string source : {"text @println(printed)", "text"})
+        {
+            Write("out.txt", "earlier");
+            Write("map.json", "earlier");
+            const ProgramResult result =
+                Expand(source, {"-o", "out.txt", "--map", "map.json"}, options);
+            // What is printed has nowhere to go without standard output: no silent success then.
+            const bool isLost = isOutputClosed && source != "text";
+            EXPECT_EQ(result.status, isLost ? 2 : 0) << Describe(result);
+            EXPECT_EQ(Read("main.tl"), source);
+            EXPECT_EQ(Read("out.txt"), isLost ? "earlier" : "text");
+            EXPECT_EQ(Read("map.json").rfind(isLost ? "earlier" : "{\"version\":1,", 0), 0u);
+        }
+        EXPECT_EQ(Expand("text", {}, options).status, isOutputClosed ? 2 : 0);
+        EXPECT_EQ(Expand("@fail(\"no\")", {}, options).status, 1);
         EXPECT_EQ(Read("main.tl"), "@fail(\"no\")");
+        EXPECT_EQ(Run({"-"}, options).status, (set & 1) != 0 ? 2 : 0);
     }
 }
 

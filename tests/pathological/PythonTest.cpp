@@ -118,12 +118,35 @@ TEST_F(PythonTest, ErrorsThatWereSwallowedLeaveNothing)
 }
 
 // The address sanitizer can't follow an exception through more than 64 MiB of stack.
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(TELV_ADDRESS_SANITIZER)
 
 TEST_F(PythonTest, RecursionOfMacros)
 {
     ExpectError(Expand("@defpython p(a) = {p(a)}\np(1)"),
                 "main.tl(1) : error : Expansion nested too deeply\n");
+}
+
+#endif
+
+#if !defined(TELV_ADDRESS_SANITIZER)
+
+TEST_F(PythonTest, MemoryThatRunsOutInWritesIsAnErrorOfPython)
+{
+    LimitedOptions options;
+    options.addressSpace = 1UL << 30;
+    const std::string write = "sys.stderr.write(text)\n";
+    const std::string code = "import sys\ntext = 'x' * (50 << 20)\n";
+    const ProgramResult written =
+        Expand("@runpython\n{\n" + code + "while True: " + write + "}\n", {}, options);
+    ExpectError(written, "main.tl(1) : error : Python error: Traceback");
+    EXPECT_NE(written.err.find("\nMemoryError\n"), std::string::npos);
+    // A report that does not fit is replaced by the plain one.
+    const ProgramResult reported =
+        Expand("@runpython\n{\n" + code + "def hook(*a):\n  while True: " + write +
+                   "sys.excepthook = hook\n1/0\n}\n",
+               {}, options);
+    ExpectError(reported, "main.tl(1) : error : Python error: Traceback");
+    EXPECT_NE(reported.err.find("\nZeroDivisionError: "), std::string::npos);
 }
 
 #endif

@@ -4,9 +4,13 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <functional>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace telv::test
 {
@@ -23,6 +27,19 @@ protected:
         for (int i = 0; i < 6000 && !happened(); ++i)
             std::this_thread::sleep_for(5ms);
         EXPECT_TRUE(happened());
+    }
+
+    /// Whether each of the process's threads waits for something.
+    static bool IsAsleep(pid_t pid)
+    {
+        const auto tasks = "/proc/" + std::to_string(pid) + "/task";
+        for (const auto& task : std::filesystem::directory_iterator(tasks))
+        {
+            const std::string stat = ReadFile(task.path() / "stat").value_or("");
+            if (stat.find("(tlexpand) S") == std::string::npos)
+                return false;
+        }
+        return true;
     }
 
     void ExpectDeath(LimitedProgram& program, int signal)
@@ -73,9 +90,37 @@ TEST_F(SignalTest, WhileItWaitsForInput)
 {
     ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
     Expect("fifo");
-    LimitedProgram program(CommandLine({"fifo"}), InDirectory({}));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    ExpectDeath(program, SIGTERM);
+    const int writer = open(Path("fifo").c_str(), O_RDWR | O_CLOEXEC);
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(writer, 0);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(grantpt(terminal), 0);
+    ASSERT_EQ(unlockpt(terminal), 0);
+    Write("out.txt", "earlier");
+    for (const std::string& input : {Path("fifo"), std::string(ptsname(terminal))})
+        for (const int signal : s_signals)
+        {
+            LimitedOptions options;
+            options.inputPath = input;
+            LimitedProgram program(CommandLine({"-o", "out.txt", "-"}), InDirectory(options));
+            Await([&] { return IsAsleep(program.Pid()); });
+            ExpectDeath(program, signal);
+            EXPECT_EQ(Read("out.txt"), "earlier");
+        }
+    close(writer);
+    close(terminal);
+}
+
+TEST_F(SignalTest, WhileItWaitsForTheOpeningOfItsInput)
+{
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    Expect("fifo");
+    for (const int signal : s_signals)
+    {
+        LimitedProgram program(CommandLine({"fifo"}), InDirectory({}));
+        Await([&] { return IsAsleep(program.Pid()); });
+        ExpectDeath(program, signal);
+    }
 }
 
 TEST_F(SignalTest, IgnoredSignalsStayIgnored)

@@ -80,7 +80,7 @@ TEST_F(StackTest, EndlessRecursionIsAnErrorOnSmallStacks)
 }
 
 // The address sanitizer can't follow an exception through more than 64 MiB of stack.
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(TELV_ADDRESS_SANITIZER)
 
 TEST_F(StackTest, EndlessRecursionIsAnErrorOnLargeStacks)
 {
@@ -167,6 +167,27 @@ TEST_F(StackTest, ClientNestsNoExpressionTooDeeply)
             << expression.substr(0, 9);
     }
 }
+
+// The main thread's stack would fail to grow, with a signal, before it met its own limit.
+#if !defined(TELV_ADDRESS_SANITIZER)
+
+TEST_F(StackTest, LittleAddressSpaceIsNoSignal)
+{
+    const std::string source =
+        "@def f(n) = {[n]}\n" + Repeat("f(", 20'000) + "x" + Repeat(")", 20'000);
+    for (const unsigned long stack : s_stacks)
+        for (const unsigned long space : {13 * s_mebi, 14 * s_mebi, 16 * s_mebi, 24 * s_mebi})
+        {
+            LimitedOptions options;
+            options.stack = stack;
+            options.addressSpace = space;
+            const ProgramResult result = Expand(source, {}, options);
+            EXPECT_EQ(result.status, 1) << space;
+            EXPECT_EQ(result.err.rfind("main.tl(", 0), 0u) << Describe(result);
+        }
+}
+
+#endif
 
 TEST_F(StackTest, MaxDepthIsALimitOfItsOwn)
 {

@@ -134,6 +134,24 @@ TEST_F(TimeTest, ManyWordsBesideManyImports)
                Repeat("word 7 ", 200'000));
 }
 
+TEST_F(TimeTest, ManyDifferentWordsBesideAnImport)
+{
+    std::string definitions;
+    std::string words;
+    std::string out;
+    for (size_t i = 0; i < 40'000; ++i)
+    {
+        if (i % 1000 == 0)
+            definitions += Numbered("@def w", i) + " = {" + std::to_string(i) + "}\n";
+        words += Numbered("w", i) + ' ';
+        out += Numbered(i % 1000 == 0 ? "" : "w", i) + ' ';
+    }
+    Write("lib.tl", definitions);
+    LimitedOptions options;
+    options.cpuSeconds = 5;
+    ExpectText(Expand("@import \"lib.tl\"\n" + words + words, {}, options), out + out);
+}
+
 TEST_F(TimeTest, ChainOfMacros)
 {
     std::string source = "@def m0 = {end}\n";

@@ -91,6 +91,8 @@ void SetStream(int target, int fd, const std::string& path, int flags)
     SetStream(2, streams[2], options.errorPath, O_WRONLY);
     if (chdir(options.directory.c_str()) != 0)
         _exit(s_cannotStart);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) // Some programs that run tests ignore these.
+        std::signal(signal, SIG_DFL);
     for (const int signal : options.ignoredSignals)
         std::signal(signal, SIG_IGN);
     for (const std::string& variable : options.environment)

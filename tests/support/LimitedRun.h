@@ -14,7 +14,7 @@ namespace telv::test
 {
 
 /// True in a build whose shadow memory does not go with a limit on the address space.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TELV_ADDRESS_SANITIZER)
 inline constexpr bool s_underAddressSanitizer = true;
 #else
 inline constexpr bool s_underAddressSanitizer = false;

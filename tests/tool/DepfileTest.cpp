@@ -1,6 +1,12 @@
 // Dependency files, read by the programs that they are for.
 #include "ToolTest.h"
 
+#include <cctype>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
 namespace telv::test
 {
 
@@ -31,11 +37,177 @@ TEST_F(DepfileTest, SpecialCharactersAreEscaped)
     EXPECT_EQ(Read("dep"), "o$$ut: m\\ a.tl \\\n  i\\#\\:$$/x\\ .tl\n\ni\\#\\:$$/x\\ .tl:\n");
 }
 
-TEST_F(DepfileTest, ALineFeedInANameIsAnError)
+TEST_F(DepfileTest, ANameThatMakeWouldMisreadIsRefused)
 {
-    Write("a\nb", "x");
-    EXPECT_EQ(Run({"-o", "out", "--depfile", "dep", "a\nb"}).status, 2);
-    EXPECT_EQ(Names(), " a\nb");
+    Write("x", "");
+    const std::string end = "' to a dependency file: ";
+    const std::pair<std::string, std::string> rows[] = {
+        {"a\nb", "it holds a control character"},
+        {"a\tb", "it holds a control character"},
+        {"a;b", "it holds ';'"},
+        {"a|b", "it holds '|'"},
+        {"a?", "it holds '?'"},
+        {"a*", "it holds '*'"},
+        {"a%b", "it holds '%'"},
+        {"a=b", "it holds '='"},
+        {"a\\#b", "it holds '\\#'"},
+        {"~a", "its first character is '~'"},
+        {"a ", "its last character is ' '"},
+        {"a\\", "its last character is '\\'"},
+        {"a(b)", "its last character is ')'"},
+        {"a&", "its last character is '&'"},
+    };
+    for (const auto& [name, reason] : rows)
+        ExpectFailure(Run({"-o", name, "--depfile", "dep", "x"}), 2,
+                      "tlexpand: can't write the name '" + name + end + reason + "\n");
+    EXPECT_EQ(Names(), " x");
+}
+
+TEST_F(DepfileTest, TheFirstInputMustNotLookLikeAnAssignment)
+{
+    Write("a=b", "");
+    Write("a%b", "");
+    EXPECT_EQ(Run({"-o", "out", "--depfile", "dep", "a=b"}).status, 2);
+    EXPECT_EQ(Run({"-E", "@import \"a=b\"", "-o", "out", "--depfile", "dep"}).status, 2);
+    Expand({"-o", "out", "--depfile", "dep", "a%b"});
+    EXPECT_EQ(Read("dep"), "out: a%b\n");
+}
+
+TEST_F(DepfileTest, NamesThatCantBeTargetsOfMakeHaveNoRule)
+{
+    Write("x", "@import \"a=b\"\n@import \"=b\"\n@import \"a%b\"\n@import \"c\"\n");
+    for (const char* name : {"a=b", "=b", "a%b", "c"})
+        Write(name, "");
+    Expand({"-o", "out", "--depfile", "dep", "x"});
+    EXPECT_EQ(Read("dep"), "out: x \\\n  a=b \\\n  ./=b \\\n  a%b \\\n  c\n\nc:\n");
+}
+
+TEST_F(DepfileTest, ANameLeadsToTheFileThatWasRead)
+{
+    Write("far/sub/x", "");
+    Write("far/y", "");
+    std::filesystem::create_symlink("far/sub", Path("link"));
+    Write("a\\b", "");
+    Write("main", "@import \"link/../y\"\n@import \"a\\\\b\"\n@import \"far/./y\"\n");
+    Expand({"-o", "out", "--depfile", "dep", "main"});
+    EXPECT_EQ(Read("dep"), "out: main \\\n  link/../y \\\n  a\\b\n\nlink/../y:\n\na\\b:\n");
+}
+
+/// What the tool accepts is read back by a build program: an output is made again when the import
+/// with that name has changed or has gone, and only then.
+class DepfileNamesTest : public ToolTest
+{
+protected:
+    DepfileNamesTest()
+    {
+        for (int c = ' ' - 1; c < 128; ++c)
+            if (c != '/' && std::isalnum(c) == 0)
+                for (const char* const before : {"", "a"})
+                    for (const char* const behind : {"", "b"})
+                        m_names.insert(before + std::string(1, static_cast<char>(c)) + behind);
+        m_names.erase(".");
+        for (const char* const name : {"a\\ b", "a\\\\ b", "a\\#b", "a\\:b", "a\\$b", "a(b).c",
+                                       "a:=b", "a+=b", "include", "define", "a\\\\b", "\xc3\xa9"})
+            m_names.insert(name);
+        Expand();
+    }
+
+    /// Expands a file for each name and keeps the names that are accepted, by their numbers.
+    void Expand()
+    {
+        std::map<std::string, std::string> byNumber;
+        for (const std::string& name : m_names)
+        {
+            const std::string number = std::to_string(byNumber.size());
+            byNumber[number] = name;
+            Write("names/" + name, "");
+            Write("m" + number, "@import \"" + Quoted("names/" + name) + "\"\n");
+        }
+        std::istringstream numbers(
+            RunShell("for m in m*; do\n"
+                     "$TLEXPAND -o o${m#m} --depfile d${m#m} $m 2> refusal && echo ${m#m}\ndone")
+                .out);
+        for (std::string number; numbers >> number;)
+            m_accepted[number] = byNumber[number];
+        EXPECT_GT(m_accepted.size(), 60u);
+        EXPECT_GT(m_names.size() - m_accepted.size(), 30u);
+    }
+
+    static std::string Quoted(const std::string& name)
+    {
+        std::string quoted;
+        for (const char c : name)
+            quoted += c == '\\' || c == '"' ? std::string("\\") + c : std::string(1, c);
+        return quoted;
+    }
+
+    /// Leaves out the names that hold one of `characters`.
+    void LeaveOut(const char* characters)
+    {
+        std::erase_if(m_accepted, [&](const auto& entry)
+                      { return entry.second.find_first_of(characters) != std::string::npos; });
+    }
+
+    /// `line` for each accepted name, with its number for "{}".
+    std::string ForEachName(const std::string& line) const
+    {
+        std::string text;
+        for (const auto& [number, name] : m_accepted)
+            text += std::regex_replace(line, std::regex("\\{\\}"), number) + "\n";
+        return text;
+    }
+
+    /// The names whose outputs `command` makes.
+    std::set<std::string> Made(const std::string& command) const
+    {
+        std::istringstream words(RunShell(command + " 2>&1").out);
+        std::set<std::string> made;
+        for (std::string word; words >> word;)
+            if (word.rfind("MADE-o", 0) == 0)
+                made.insert(m_accepted.at(word.substr(6)));
+        return made;
+    }
+
+    /// Targets with '%' and '=' are not written; only make needs any.
+    void ExpectReads(const std::string& command, bool needsTargets) const
+    {
+        std::set<std::string> all;
+        std::set<std::string> targets;
+        for (const auto& [number, name] : m_accepted)
+        {
+            all.insert(name);
+            if (!needsTargets || name.find_first_of("%=") == std::string::npos)
+                targets.insert(name);
+        }
+        Made(command); // Ninja makes everything once.
+        RunShell("touch -d 2001-01-01 m* names/* names/.*; touch -d 2002-01-01 o*");
+        Made(command);
+        EXPECT_EQ(Made(command), std::set<std::string>());
+        RunShell("touch -d 2100-01-01 names/* names/.*");
+        EXPECT_EQ(Made(command), all);
+        RunShell("touch -d 2001-01-01 names/* names/.*");
+        Made(command);
+        RunShell("rm -r names");
+        EXPECT_EQ(Made(command), targets);
+    }
+
+private:
+    std::set<std::string> m_names;
+    std::map<std::string, std::string> m_accepted; ///< By number.
+};
+
+TEST_F(DepfileNamesTest, MakeReadsWhatIsWritten)
+{
+    Write("Makefile", ForEachName("all: o{}\no{}: m{}\n\t@echo MADE-$@; touch $@\n-include d{}"));
+    ExpectReads("make -k", true);
+}
+
+TEST_F(DepfileNamesTest, NinjaReadsWhatIsWritten)
+{
+    LeaveOut("\"&'<>^`"); // Older ones end names there.
+    Write("build.ninja", "rule r\n  command = echo MADE-$out && touch $out\n  depfile = $d\n" +
+                             ForEachName("build o{}: r m{}\n  d = d{}"));
+    ExpectReads("ninja", false);
 }
 
 /// A rule that runs the tool and says so, for one program; names need quotes for the shell.

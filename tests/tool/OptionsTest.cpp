@@ -62,6 +62,15 @@ TEST_F(OptionsTest, RefusesWhatMakesNoSense)
          "bad value '9223372036854775807G' for --max-output: a number of bytes is wanted, or of K, "
          "M or G"},
         {{"--color", "blue"}, "bad value 'blue' for --color: auto, always or never is wanted"},
+        {{"-o", ""}, "bad value '' for -o: the name of a file is wanted"},
+        {{"--map="}, "bad value '' for --map: the name of a file is wanted"},
+        {{"--depfile", ""}, "bad value '' for --depfile: the name of a file is wanted"},
+        {{"--map", "-"}, "the expansion and the map can't both go to standard output"},
+        {{"-o", "-", "--map", "-"}, "the expansion and the map can't both go to standard output"},
+        {{"-o", "x", "--map", "-", "--depfile", "-"},
+         "the map and the dependency file can't both go to standard output"},
+        {{"-o", "-", "--depfile", "x"},
+         "--depfile needs -o: a dependency file says what the output depends on"},
         {{"--depfile", "x"},
          "--depfile needs -o: a dependency file says what the output depends on"},
         {{"project"}, "the project file is missing"},
@@ -77,6 +86,8 @@ TEST_F(OptionsTest, TellsVersionAndUsage)
 {
     EXPECT_EQ(Expand({"--version"}), "tlexpand 1.0.0\n");
     EXPECT_EQ(Expand({"--help"}).substr(0, 26), "Usage: tlexpand [OPTIONS] ");
+    EXPECT_EQ(Expand({"project", "--version"}), "tlexpand 1.0.0\n");
+    EXPECT_EQ(Expand({"--map", "-", "--depfile", "x", "--version"}), "tlexpand 1.0.0\n");
     EXPECT_EQ(Expand({"project", "--help"}).substr(0, 31), "Usage: tlexpand project [OPTION");
 }
 

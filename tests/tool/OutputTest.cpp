@@ -17,6 +17,27 @@ TEST_F(OutputTest, WritesTheFile)
     EXPECT_EQ(Names(), " out");
 }
 
+TEST_F(OutputTest, ADashIsStandardOutputForEveryOutput)
+{
+    const ProgramResult map = Run({"-o", "out", "--map", "-"}, "x@print(printed)");
+    EXPECT_EQ(map.status, 0);
+    EXPECT_EQ(map.out.substr(0, 14), "{\"version\":1,\n");
+    EXPECT_EQ(map.err, "printed");
+    EXPECT_EQ(Read("out"), "x");
+    const ProgramResult depfile = Run({"-o", "out", "--depfile", "-", "--map", "m"}, "y");
+    EXPECT_EQ(depfile.out, "out:\n");
+    EXPECT_EQ(Read("out"), "y");
+    EXPECT_EQ(Expand({"-o", "-"}, "x"), "x");
+    EXPECT_EQ(Names(), " m out");
+    Expand({"-o", "./-"}, "x");
+    EXPECT_EQ(Read("-"), "x");
+    EXPECT_EQ(Run({"-o", "out", "--map", "-"}, "z@else").out, "");
+    EXPECT_EQ(RunShell("echo z | $TLEXPAND -o out --map - > /dev/full").status, 2);
+    EXPECT_EQ(RunShell("echo z | $TLEXPAND -o out --map - >> out").err,
+              "tlexpand: standard output and 'out' are the same output" + s_hint);
+    EXPECT_EQ(Read("out"), "y");
+}
+
 TEST_F(OutputTest, AnErrorLeavesEverythingAsItWas)
 {
     Write("out", "old");

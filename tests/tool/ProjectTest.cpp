@@ -122,6 +122,41 @@ TEST_F(ProjectTest, AnErrorAtTheEndOfAFileStandsThere)
                   "   |      ^\n");
 }
 
+TEST_F(ProjectTest, ReadsStandardInput)
+{
+    Write("sub/common", "$A = \"1\"\n");
+    const std::string text = "@import \"sub/common\"\n$B = \"$(A)2\"\n";
+    EXPECT_EQ(Run({"project", "-"}, text).out,
+              "{\"version\":1,\"files\":[\"<stdin>\",\"sub/common\"],"
+              "\"macros\":[{\"name\":\"A\",\"value\":\"1\"},{\"name\":\"B\",\"value\":\"12\"}],\n"
+              " \"importPaths\":[],\"settings\":{}}\n");
+    ExpectFailure(Run({"project", "-"}, text + "nonsense"), 1,
+                  "<stdin>(3) : error : Syntax error: nonsense\n"
+                  " 3 | nonsense\n"
+                  "   | ^\n");
+    EXPECT_EQ(Run({"project", "-"}).status, 0);
+    const ProgramResult closed = RunShell("$TLEXPAND project - <&-");
+    EXPECT_EQ(closed.status, 2);
+    EXPECT_EQ(closed.err, "tlexpand: can't read '<stdin>': Bad file descriptor\n");
+}
+
+TEST_F(ProjectTest, ReadingGoesOnAfterAFailedImport)
+{
+    Write("p", "@import \"a\"\n@import \"b\"\n");
+    Write("a", "@import \"none\"\n$A = \"a\"\n");
+    Write("b", "nonsense\n");
+    // Nothing is printed of a project that is not whole.
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "a(1) : error : Couldn't open file none\n"
+                  " 1 | @import \"none\"\n"
+                  "   |         ^\n"
+                  "imported from p(1)\n"
+                  "b(1) : error : Syntax error: nonsense\n"
+                  " 1 | nonsense\n"
+                  "   | ^\n"
+                  "imported from p(2)\n");
+}
+
 TEST_F(ProjectTest, AFileOfThatNameIsReachedWithItsDirectory)
 {
     Write("project", "x");

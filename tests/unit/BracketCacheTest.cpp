@@ -210,6 +210,32 @@ TEST(BracketCache, LevelsDeeperThanRecordedAreFound)
     }
 }
 
+TEST(BracketCache, WhatAFullTableDoesNotHoldIsFound)
+{
+    // More pairs than any table holds, in nests that one scan records whole.
+    constexpr ssize_t depth = 120'000;
+    constexpr ssize_t nests = 30;
+    std::string text = "{";
+    for (ssize_t i = 0; i < nests; ++i)
+        text += Nest(depth);
+    text += "}";
+    BracketCache cache(View(text));
+    SubString all(text.data() + 1, text.data() + text.size());
+    MatchingBracket found;
+    ASSERT_TRUE(SkipToMatchingBracket(all, TOKEN_LEFT_CURLY, TOKEN_RIGHT_CURLY, found, &cache));
+    EXPECT_EQ(found.m_end, text.data() + text.size());
+    EXPECT_LT(cache.size(), depth * (nests - 1));
+    const ssize_t full = cache.size();
+    for (ssize_t i = 0; i < nests; ++i)
+    {
+        const char* const nest = text.data() + 1 + i * 2 * depth;
+        SubString s(nest + 1, text.data() + text.size());
+        ASSERT_TRUE(SkipToMatchingBracket(s, TOKEN_LEFT_CURLY, TOKEN_RIGHT_CURLY, found, &cache));
+        EXPECT_EQ(found.m_close, nest + 2 * depth - 1);
+    }
+    EXPECT_EQ(cache.size(), full);
+}
+
 TEST(BracketCache, ErrorInsideIsFoundEveryTime)
 {
     const std::string text = "{{" + std::string(500, 'a') + " 1.x }}";

@@ -312,4 +312,34 @@ TEST(MacroExpander, ValuesByExpression)
         EXPECT_EQ(ValueOf(row.m_type, row.m_text), row.m_value) << row.m_text;
 }
 
+TEST(ReadVariableValueByParsingExpression, RefusesATypeThatHasNoValues)
+{
+    FileScopeVarFrame frame;
+    const std::string text = "1";
+    xstring value("before");
+    EXPECT_EQ(FailedAssertion(
+                  [&]
+                  { ReadVariableValueByParsingExpression(&frame, View(text), LSV_MACRO, value); }),
+              AssertionIn(s_area, "0"));
+    EXPECT_EQ(Str(value), "before");
+}
+
+TEST(MacroExpander, DollarMacrosNeedAFile)
+{
+    SmallHandler handler;
+    VarFrame frame(nullptr);
+    const std::string text = "@$A = \"x\"";
+    xstring output;
+    try
+    {
+        MacroExpand(&handler, &frame, View(text), 0, 0, output);
+        FAIL() << Str(output);
+    }
+    catch (const LexScannerException& e)
+    {
+        EXPECT_EQ(Str(e.m_description), "No filescope frame");
+        EXPECT_EQ(e.m_pos, text.data() + 2);
+    }
+}
+
 } // namespace telv::expander

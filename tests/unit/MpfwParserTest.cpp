@@ -226,6 +226,23 @@ TEST(MpfwSourceFileList, FindsFilesWithoutRegardToCase)
     EXPECT_THROW(files.AddSrcFile(nullptr), TelvAssertionError);
 }
 
+TEST(MpfwSourceFile, LocatesItsPositionsOnly)
+{
+    MpfwSourceFile file;
+    file.m_localPath = "file";
+    file.m_buffer = "one\ntwo";
+    const char elsewhere = 'x';
+    xstring name("unchanged");
+    ssize_t line = 7;
+    EXPECT_FALSE(file.GetFilenameAndLineNumber(&elsewhere, name, line));
+    EXPECT_FALSE(file.GetFilenameAndLineNumber(nullptr, name, line));
+    EXPECT_EQ(Str(name), "unchanged");
+    EXPECT_EQ(line, 7);
+    EXPECT_TRUE(file.GetFilenameAndLineNumber(file.m_buffer.end(), name, line));
+    EXPECT_EQ(Str(name), "file");
+    EXPECT_EQ(line, 2);
+}
+
 TEST(MpfwSourceFileList, LocatesPositions)
 {
     MpfwSourceFileList files;
@@ -305,6 +322,20 @@ TEST_F(MpfwProjectTest, ReadsImportsWhileExpandingAndTheirStatementsWhenParsed)
     m_parser.ParseMacroDef();
     EXPECT_EQ(Macro("P"), "ba");
     EXPECT_EQ(m_parser.m_token.m_type, TOKEN_END);
+}
+
+TEST_F(MpfwProjectTest, TakesATextThatNoFileHolds)
+{
+    Write("sub/a", "$A = \"a\"");
+    xstring text("@import \"a\" @def m = {x}\n$B = (string(1))");
+    MpfwSourceFile* const file = m_parser.AddText(Path("sub/none"), text);
+    EXPECT_EQ(Str(text), "");
+    EXPECT_EQ(Files(), " sub/none sub/a");
+    m_parser.Init(file->m_expanded);
+    EXPECT_TRUE(m_parser.ParseImportDirective());
+    m_parser.ParseMacroDef();
+    EXPECT_EQ(Macro("A"), "a");
+    EXPECT_EQ(Macro("B"), "1");
 }
 
 TEST_F(MpfwProjectTest, KeepsTheMapOfEachFile)

@@ -3,6 +3,8 @@
 #include "ExpanderSupport.h"
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <memory>
+#include <ucontext.h>
 
 namespace telv::expander
 {
@@ -177,6 +179,63 @@ TEST(Nesting, HundredLevelsOfEverythingOnALargeStack)
               "7");
     EXPECT_EQ(OnStack(s_largeStack, "@(" + Repeated("!", 1000) + "true)"), "true");
 }
+
+// The address sanitizer would have to be told of the switch.
+#if !defined(TELV_ADDRESS_SANITIZER)
+
+namespace
+{
+
+struct Fiber
+{
+    ucontext_t m_caller;
+    ucontext_t m_own;
+    std::function<void()> m_work;
+};
+
+thread_local Fiber* t_fiber = nullptr;
+
+void RunFiber()
+{
+    t_fiber->m_work();
+}
+
+/// Runs `work` on a stack that the thread does not know of.
+void OnFiber(size_t size, const std::function<void()>& work)
+{
+    const std::unique_ptr<char[]> stack(new char[size]);
+    Fiber fiber;
+    fiber.m_work = work;
+    getcontext(&fiber.m_own);
+    fiber.m_own.uc_stack.ss_sp = stack.get();
+    fiber.m_own.uc_stack.ss_size = size;
+    fiber.m_own.uc_link = &fiber.m_caller;
+    makecontext(&fiber.m_own, RunFiber, 0);
+    t_fiber = &fiber;
+    swapcontext(&fiber.m_caller, &fiber.m_own);
+}
+
+} // namespace
+
+TEST(Nesting, OnAFiberEndsInAnErrorAndTheThreadGoesOn)
+{
+    for (int i = 0; i < 2; ++i)
+    {
+        std::string endless;
+        std::string fine;
+        OnFiber(s_smallStack,
+                [&]
+                {
+                    fine = ExpansionOf("@def m(a) = {<a>}\n@for(x in [1,2]){m(x)}");
+                    endless = ExpansionOf("@def f = {f}\nf");
+                });
+        EXPECT_EQ(fine, "<1><2>");
+        EXPECT_EQ(endless.substr(0, 34), "error: Expansion nested too deeply");
+        EXPECT_EQ(ExpansionOf("@scope{x}"), "x");
+    }
+}
+
+#endif
 
 TEST(Nesting, ErrorKeepsItsPlace)
 {

@@ -114,6 +114,28 @@ TEST_F(PythonBridge, NoErrorStaysPending)
     EXPECT_EQ(Execute("import sys\nassert sys.exc_info() == (None, None, None)\n"), "");
 }
 
+TEST_F(PythonBridge, HookThatWritesNoTextIsPassedOver)
+{
+    for (const char* const arguments : {"", "5", "None", "u'\\u20ac'"})
+    {
+        const std::string code = "import sys\ndef hook(*a):\n  sys.stderr.write('lost')\n"
+                                 "  sys.stderr.write(" +
+                                 std::string(arguments) + ")\nsys.excepthook = hook\n1/0\n";
+        EXPECT_EQ(Execute(code),
+                  RaisedByRun(6, "ZeroDivisionError: integer division or modulo by zero"))
+            << arguments;
+    }
+}
+
+TEST_F(PythonBridge, WithoutPythonThereIsNoError)
+{
+    UninitPython();
+    xstring errorString("before");
+    GetPythonError(errorString);
+    EXPECT_EQ(Str(errorString), "");
+    EXPECT_FALSE(s_haveInitialisedPython);
+}
+
 TEST_F(PythonBridge, EarlierStandardErrorIsNotInTheMessage)
 {
     ASSERT_EQ(Execute("import sys\nsys.stderr.write('warn')\n"), "");

@@ -5,9 +5,12 @@
 #include "PythonBridgeSupport.h"
 #include "support/Files.h"
 #include "support/TempDir.h"
+#include <cerrno>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
+#include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace telv::python
@@ -19,11 +22,15 @@ namespace
 /// While it is set, the loader looks for Python's libraries where there are none.
 bool s_librariesHidden = false;
 
+/// While it is set, no directory holds Python's modules.
+bool s_modulesHidden = false;
+
 } // namespace
 
 } // namespace telv::python
 
-/// Stands before the loader's own function for the whole program.
+// These stand before the system's own functions for the whole program.
+
 extern "C" __attribute__((visibility("default"))) void* dlopen(const char* name, int flags) noexcept
 {
     using Open = void* (*)(const char*, int);
@@ -32,6 +39,17 @@ extern "C" __attribute__((visibility("default"))) void* dlopen(const char* name,
         std::string(name).find("libpython") == std::string::npos)
         return next(name, flags);
     return next(("/hidden/" + std::filesystem::path(name).filename().string()).c_str(), flags);
+}
+
+extern "C" __attribute__((visibility("default"))) int stat(const char* name,
+                                                           struct stat* status) noexcept
+{
+    using Stat = int (*)(const char*, struct stat*);
+    static const auto next = reinterpret_cast<Stat>(dlsym(RTLD_NEXT, "stat"));
+    if (!telv::python::s_modulesHidden || !std::string_view(name).ends_with("python2.7/os.py"))
+        return next(name, status);
+    errno = ENOENT;
+    return -1;
 }
 
 namespace telv::python
@@ -123,11 +141,25 @@ TEST_F(PythonLoadingDeathTest, ReasonIsThatOfTheLibraryAskedFor)
                 "PyArg_ParseTuple\n$");
 }
 
-TEST_F(PythonLoadingDeathTest, OtherPlacesAreTriedWhenTheFirstFails)
+TEST_F(PythonLoadingDeathTest, NoOtherLibraryIsTakenForTheOneAskedFor)
 {
     const auto child = []
     {
         setenv("TELV_PYTHON_LIBRARY", "/nonexistent/libpython2.7.so.1.0", 1);
+        const std::string error = Eval("6 * 7");
+        unsetenv("TELV_PYTHON_LIBRARY");
+        Report(error + " then " + Eval("6 * 7"));
+    };
+    EXPECT_EXIT(child(), testing::ExitedWithCode(0),
+                "^error: Python 2.7 is not available: /nonexistent/libpython2\\.7\\.so\\.1\\.0: "
+                "cannot open shared object file: No such file or directory then 42\n$");
+}
+
+TEST_F(PythonLoadingDeathTest, AnEmptyNameAsksForNone)
+{
+    const auto child = []
+    {
+        setenv("TELV_PYTHON_LIBRARY", "", 1);
         Report(Eval("6 * 7"));
     };
     EXPECT_EXIT(child(), testing::ExitedWithCode(0), "^42\n$");
@@ -163,6 +195,22 @@ TEST_F(PythonLoadingDeathTest, LibraryOfTheEnvironmentComesFirst)
         Report(value + (mapped ? " mapped" : " not mapped"));
     };
     EXPECT_EXIT(child(), testing::ExitedWithCode(0), "^b mapped\n$");
+}
+
+TEST_F(PythonLoadingDeathTest, LibraryWithoutModulesIsAnErrorUntilTheyAreThere)
+{
+    const std::string installed = InstalledLibrary();
+    const auto child = [&]
+    {
+        setenv("TELV_PYTHON_LIBRARY", installed.c_str(), 1);
+        s_modulesHidden = true;
+        const std::string error = Eval("6 * 7");
+        s_modulesHidden = false;
+        Report(error + " then " + Eval("6 * 7"));
+    };
+    EXPECT_EXIT(child(), testing::ExitedWithCode(0),
+                "^error: Python 2.7 is not available: /[^\n]*libpython2\\.7[^\n]*: its modules "
+                "\\(lib/python2\\.7\\) are not found then 42\n$");
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "PythonBridgeSupport.h"
 #include "support/Files.h"
 #include "support/TempDir.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include <array>
 #include <csignal>
 #include <cstdlib>
@@ -16,9 +17,51 @@ namespace telv::python
 namespace
 {
 
+TEST_F(PythonBridge, RunIsToldWhenPythonCodeBeginsAndEnds)
+{
+    const std::vector<Row> rows = {
+        {"@runpython{x = 1}", "begin end "},
+        {"@runpython{}", ""},
+        {"@runpython{1/0}", "begin failed "},
+        {"@runpython{1 +}", "begin failed "},
+        {"@assertfails(@runpython{1/0})", "begin failed "},
+        {"@defpython p = {1}\n@assertfails(p @fail(\"no\"))", "begin end "},
+        {"@defpython p = {None}\np", "begin failed "},
+        {"@defpython p(int a) = {a}\np(1) p(2)", "begin end begin end "},
+        {"@runpython{@fail(\"no\")}", ""},
+    };
+    for (const Row& row : rows)
+    {
+        ExpansionRun run;
+        std::string calls;
+        run.m_pythonBegins = [&] { calls += "begin "; };
+        run.m_pythonEnded = [&](bool succeeded) { calls += succeeded ? "end " : "failed "; };
+        const ExpansionRunScope scope(run);
+        Expand(row.source);
+        EXPECT_EQ(calls, row.expected) << row.source;
+    }
+}
+
+TEST_F(PythonBridge, RunIsToldAfterTheObjectsAreReleased)
+{
+    ASSERT_EQ(Execute("ended = []\nclass C(str):\n  def __del__(self): ended.append(1)\n"), "");
+    ExpansionRun run;
+    std::string released;
+    run.m_pythonEnded = [&](bool)
+    {
+        if (!released.empty())
+            return;
+        released = "?";
+        released = Eval("len(ended)");
+    };
+    const ExpansionRunScope scope(run);
+    EXPECT_EQ(Eval("C('x')"), "x");
+    EXPECT_EQ(released, "1");
+}
+
 TEST_F(PythonBridge, SignalsStayTheProcesss)
 {
-    constexpr std::array<int, 3> signals = {SIGINT, SIGTERM, SIGPIPE};
+    constexpr std::array<int, 4> signals = {SIGINT, SIGTERM, SIGPIPE, SIGXFSZ};
     const auto expectDefaults = [&](const char* after)
     {
         for (const int signal : signals)
@@ -34,9 +77,10 @@ TEST_F(PythonBridge, SignalsStayTheProcesss)
     expectDefaults("start");
     EXPECT_EQ(Execute("import signal\n"), "");
     expectDefaults("import of signal");
-    EXPECT_EQ(Execute("for s in (2, 13, 15): signal.signal(s, lambda *a: None)\n"), "");
+    EXPECT_EQ(Execute("for s in (2, 13, 15, 25): signal.signal(s, lambda *a: None)\n"), "");
     expectDefaults("handlers of a script");
-    EXPECT_EQ(Eval("[signal.signal(s, signal.SIG_IGN) and 0 for s in (2, 13, 15)]"), "[0,0,0]");
+    EXPECT_EQ(Eval("[signal.signal(s, signal.SIG_IGN) and 0 for s in (2, 13, 15, 25)]"),
+              "[0,0,0,0]");
     expectDefaults("handlers of an expression");
     UninitPython();
     expectDefaults("end");

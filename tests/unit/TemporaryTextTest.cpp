@@ -7,14 +7,7 @@
 #include <malloc.h>
 #include <memory>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TELV_HAS_ADDRESS_SANITIZER
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define TELV_HAS_ADDRESS_SANITIZER
-#endif
-#ifdef TELV_HAS_ADDRESS_SANITIZER
+#ifdef TELV_ADDRESS_SANITIZER
 extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
@@ -166,6 +159,18 @@ TEST(TemporaryText, DefinitionViewsItsTextWithoutACopy)
     EXPECT_EQ(m->m_substitutionString.m_capacity, 0);
     EXPECT_EQ(Str(SubString(m->m_name.begin(), body.end())), "m(a) = {body");
     EXPECT_TRUE(IsWithin(m->m_argNames[0].m_name, SubString(m->m_name.begin(), body.begin())));
+}
+
+TEST(TemporaryText, BodyThatTheApplicationReplaces)
+{
+    Session session;
+    EXPECT_EQ(session.Expand("@[@quote(@def + m = {body})]"), "");
+    auto* const m = static_cast<LSMacroVariable*>(session.m_frame.Find("m", nullptr));
+    const SubString body = session.Keep("@def + k = {of the application}k");
+    m->SetSubstitutionString(body, false, 0);
+    EXPECT_EQ(session.Expand("m|k"), "of the application|of the application");
+    const auto* const k = static_cast<LSMacroVariable*>(session.m_frame.Find("k", nullptr));
+    EXPECT_TRUE(IsWithin(k->GetSubstitutionString(), body));
 }
 
 TEST(TemporaryText, OtherFrameOfTheApplication)
@@ -371,7 +376,7 @@ namespace
 /// Bytes on the heap.
 size_t HeapInUse()
 {
-#ifdef TELV_HAS_ADDRESS_SANITIZER
+#ifdef TELV_ADDRESS_SANITIZER
     return __sanitizer_get_current_allocated_bytes();
 #else
     return mallinfo2().uordblks;

@@ -141,6 +141,13 @@ protected:
     std::string m_path;
 };
 
+TEST_F(TextFoundationFile, ThatFailsWhileItIsReadIsFalse)
+{
+    std::string text;
+    EXPECT_FALSE(Read("/proc/self/mem", text)); // a regular file; nothing is mapped at its start
+    EXPECT_EQ(text, "unchanged");
+}
+
 TEST_F(TextFoundationFile, IsReadWholeAndReplacesTheText)
 {
     std::string large;

@@ -154,6 +154,25 @@ TEST(TextFoundationVector, ResizeFillsWithZero)
     EXPECT_EQ(Str(strings[2]), "");
 }
 
+TEST(TextFoundationVector, DataIsTheFirstElement)
+{
+    xvector<int> v;
+    v.push_back(1);
+    v.data()[0] = 2;
+    const xvector<int>& same = v;
+    EXPECT_EQ(same.data(), v.begin());
+    EXPECT_EQ(same.data()[0], 2);
+}
+
+TEST(TextFoundationVector, SizesThatNothingCanHaveAreRefused)
+{
+    xvector<long> v;
+    v.push_back(1);
+    EXPECT_THROW(v.resize(std::numeric_limits<ssize_t>::max()), std::bad_alloc);
+    EXPECT_EQ(v.size(), 1);
+    EXPECT_EQ(v[0], 1);
+}
+
 TEST(TextFoundationVector, ReserveKeepsTheElements)
 {
     xvector<xstring> v;

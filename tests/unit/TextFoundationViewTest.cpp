@@ -102,6 +102,21 @@ TEST(TextFoundationStringX, BorrowsTheViewItself)
     EXPECT_EQ(x.m_capacity, 0);
 }
 
+// The address sanitizer ends the process instead.
+#if !defined(TELV_ADDRESS_SANITIZER)
+
+TEST(TextFoundationStringX, WithoutMemoryForACopyNothingChanges)
+{
+    const SubString kept("kept");
+    StringX x;
+    x.Set(kept, true);
+    const char* const large = reinterpret_cast<const char*>(size_t(1) << 20); // is not read
+    EXPECT_THROW(x.Set(SubString(large, large + (ssize_t(1) << 60)), true), std::bad_alloc);
+    EXPECT_EQ(Str(x.m_subString), "kept");
+}
+
+#endif
+
 TEST(TextFoundationStringX, OwnsACopy)
 {
     StringX x;

@@ -241,4 +241,23 @@ TEST(VarFrame, DeepChainOfParents)
     EXPECT_EQ(Find(file, "local"), "none");
 }
 
+TEST(VarFrame, ThatJoinsAFileLateTakesNothingOfItAlong)
+{
+    FileScopeVarFrame file;
+    {
+        VarFrame first(nullptr);
+        Define(first, "x", "late");
+        first.m_fileScopeFrame = &file; // which knows no name at all
+    }
+    Define(file, "x", "of the file");
+    for (const char* const name : {"other", "x"})
+    {
+        VarFrame late(nullptr);
+        Define(late, name, "late");
+        late.m_fileScopeFrame = &file;
+    }
+    EXPECT_EQ(Find(file, "x"), "of the file");
+    EXPECT_EQ(Find(file, "other"), "none");
+}
+
 } // namespace telv::expander

@@ -28,13 +28,18 @@ struct Entry
 Entry s_entries[8];
 pid_t s_owner = 0;
 
+void Remove(const Entry& entry)
+{
+    Uninterrupted([&] { return unlinkat(entry.m_directory, entry.m_name, 0); });
+}
+
 void RemoveTemporaryFiles()
 {
     if (getpid() != s_owner)
         return;
     for (const Entry& entry : s_entries)
         if (entry.m_used)
-            unlinkat(entry.m_directory, entry.m_name, 0);
+            Remove(entry);
 }
 
 void OnSignal(int signal)
@@ -54,6 +59,21 @@ sigset_t HandledSignals()
     return set;
 }
 
+void IgnoreSignal(int /*signal*/) {}
+
+/// Sets the handler of a signal that is not ignored.
+void Handle(int signal, void (*handler)(int), int flags)
+{
+    struct sigaction action = {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
+        return;
+    action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    action.sa_mask = HandledSignals();
+    sigaction(signal, &action, nullptr);
+}
+
 size_t TakeEntry(int directory)
 {
     for (size_t i = 0; i < std::size(s_entries); ++i)
@@ -67,9 +87,10 @@ size_t TakeEntry(int directory)
 
 void MakeName(Entry& entry)
 {
+    static unsigned long s_count = 0; // Another name each time, whatever the system has to offer.
     unsigned long random = 0;
     if (getrandom(&random, sizeof(random), 0) != sizeof(random))
-        random = static_cast<unsigned long>(getpid());
+        random = static_cast<unsigned long>(getpid()) + (s_count++ << 32);
     std::snprintf(entry.m_name, sizeof(entry.m_name), ".tlexpand-%016lx", random);
 }
 
@@ -108,8 +129,8 @@ TemporaryFile::TemporaryFile(int directory, const std::string& path)
 TemporaryFile::~TemporaryFile()
 {
     Entry& entry = s_entries[m_slot];
-    if (entry.m_used && IsOriginalProcess())
-        unlinkat(entry.m_directory, entry.m_name, 0);
+    if (entry.m_used)
+        Remove(entry);
     entry.m_used = false;
 }
 
@@ -125,32 +146,57 @@ void TemporaryFile::Finish()
         throw MakeFileError("write", m_path, error);
 }
 
+/// 0, or an `errno`.
+int TemporaryFile::Rename(const std::string& name, unsigned flags) const
+{
+    const Entry& entry = s_entries[m_slot];
+    const int directory = entry.m_directory;
+    const auto rename = [&]
+    {
+        return flags == 0 ? renameat(directory, entry.m_name, directory, name.c_str())
+                          : renameat2(directory, entry.m_name, directory, name.c_str(), flags);
+    };
+    return Uninterrupted(rename) == 0 ? 0 : errno;
+}
+
 void TemporaryFile::RenameTo(const std::string& name)
 {
-    Entry& entry = s_entries[m_slot];
-    const auto rename = [&]
-    { return renameat(entry.m_directory, entry.m_name, entry.m_directory, name.c_str()); };
-    if (Uninterrupted(rename) != 0)
-        throw MakeFileError("write", m_path, errno);
-    entry.m_used = false;
+    if (const int error = Rename(name, 0))
+        throw MakeFileError("write", m_path, error);
+    m_state = EState::Gone;
+    s_entries[m_slot].m_used = false;
+}
+
+void TemporaryFile::ExchangeWith(const std::string& name)
+{
+    const int error = Rename(name, RENAME_EXCHANGE);
+    if (error == ENOENT || error == EINVAL || error == ENOSYS)
+    {
+        RenameTo(name);
+        m_state = error == ENOENT ? EState::Nothing : EState::Gone;
+    }
+    else if (error != 0)
+        throw MakeFileError("write", m_path, error);
+    else
+        m_state = EState::Earlier;
+}
+
+void TemporaryFile::MoveBack(const std::string& name)
+{
+    if (m_state == EState::Earlier)
+        Rename(name, RENAME_EXCHANGE);
+    if (m_state == EState::Nothing)
+        Uninterrupted([&] { return unlinkat(s_entries[m_slot].m_directory, name.c_str(), 0); });
 }
 
 void InstallSignalHandlers()
 {
     s_owner = getpid();
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    // A program that is started gets defaults for handlers, but would inherit SIG_IGN.
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        Handle(signal, IgnoreSignal, SA_RESTART);
     for (const int signal : s_signals)
-    {
-        struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
-            continue;
-        action = {};
-        action.sa_handler = OnSignal;
-        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-        action.sa_mask = HandledSignals();
-        sigaction(signal, &action, nullptr);
-    }
+        Handle(signal, OnSignal, static_cast<int>(SA_RESETHAND | SA_RESTART));
 }
 
 SignalBlocker::SignalBlocker()
@@ -172,14 +218,16 @@ void UnblockSignals()
 
 void EndRun(const std::string& message)
 {
+    EndForkedProcess(/*succeeded=*/false);
     RemoveTemporaryFiles();
     WriteAll(STDERR_FILENO, ViewOf("tlexpand: " + message + "\n"));
     _exit(2);
 }
 
-bool IsOriginalProcess()
+void EndForkedProcess(bool succeeded)
 {
-    return getpid() == s_owner;
+    if (getpid() != s_owner)
+        _exit(succeeded ? 0 : 1);
 }
 
 } // namespace telv::tool

@@ -12,7 +12,8 @@
 namespace telv::tool
 {
 
-/// A file beside its future place. It goes when this object goes, unless it was renamed.
+/// A file beside its future place. When this object goes, so does what then has the temporary name:
+/// the file itself, or the earlier file that it was exchanged with.
 class TemporaryFile
 {
 public:
@@ -31,16 +32,33 @@ public:
     void Finish();
     /// Moves the file to `name` in its directory, over what is there.
     void RenameTo(const std::string& name);
+    /// The same, but what is there takes the temporary name, so that `MoveBack` can undo it. Where
+    /// the file system can't exchange two files it does what RenameTo does.
+    void ExchangeWith(const std::string& name);
+    /// Undoes an ExchangeWith, if it was made and can be undone.
+    void MoveBack(const std::string& name);
 
 private:
+    /// What has the temporary name.
+    enum class EState
+    {
+        Own,     ///< This file.
+        Earlier, ///< The file whose place it has taken.
+        Nothing, ///< It has moved to where nothing was.
+        Gone     ///< It has moved over an earlier file.
+    };
+
+    int Rename(const std::string& name, unsigned flags) const;
     std::string m_path;
     size_t m_slot; ///< Of the table that the signal handler reads.
     Descriptor m_fd;
+    EState m_state = EState::Own;
 };
 
 /// Installs handlers for the signals that end a program: they remove the temporary files of this
-/// process and let the signal have its effect. Signals that are ignored stay so. SIGPIPE and
-/// SIGXFSZ are ignored from now on, so that the write that meets them fails.
+/// process and let the signal have its effect. SIGPIPE and SIGXFSZ have no effect from now on, so
+/// that the write that meets them fails. Signals that are ignored stay so; programs that this
+/// process starts find all others at their defaults.
 void InstallSignalHandlers();
 
 /// Keeps those signals away for the length of a scope, or of a thread.
@@ -60,10 +78,13 @@ private:
 void UnblockSignals();
 
 /// Ends the process at once, with status 2, after removing the temporary files and writing
-/// "tlexpand: MESSAGE". For places that no exception may leave.
+/// "tlexpand: MESSAGE"; without either in a process that was forked off. For places that no
+/// exception may leave.
 [[noreturn]] void EndRun(const std::string& message);
 
-/// False in a process that Python code forked off this one: it must not finish the run.
-bool IsOriginalProcess();
+/// Ends a process that was forked off the one that started the run, at once and without a word,
+/// with status 0 when its Python code `succeeded`, else 1. Does nothing in the process that started
+/// it.
+void EndForkedProcess(bool succeeded);
 
 } // namespace telv::tool

@@ -7,11 +7,11 @@
 namespace telv::tool
 {
 
-/// One rule "OUTPUT: INPUT…" and, for each import, a rule without inputs, so that removing an
-/// import that is no longer needed does not stop make.
+/// One rule "OUTPUT: INPUT…" and, for each import whose name can be a target of make, a rule
+/// without inputs, so that removing an import that is no longer needed does not stop make.
 ///
 /// @param main     The main file; empty when it is standard input, which is no file.
-/// @throws FileError  A name holds a line feed, for which the format has no notation.
+/// @throws FileError  A name can't be written so that both programs read it.
 std::string MakeDepfile(const std::string& output, const std::string& main,
                         const std::vector<std::string>& imports);
 

@@ -1,6 +1,7 @@
 // The first line is composed by the exception itself; colour is put around its parts afterwards.
 #include "Diagnostics.h"
 #include "Files.h"
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -26,14 +27,20 @@ bool WantsColour(Colour colour)
            std::strcmp(terminal, "dumb") != 0;
 }
 
-std::string Shorten(std::string message)
+/// `message`, or its two ends when it would be too long behind `used` characters.
+std::string Shorten(SubString message, size_t used)
 {
-    if (message.size() <= s_longestMessage)
-        return message;
-    const size_t begin = s_longestMessage - s_endOfMessage;
-    const size_t left = message.size() - s_longestMessage;
-    return message.substr(0, begin) + "\n... (" + std::to_string(left) + " bytes left out) ...\n" +
-           message.substr(message.size() - s_endOfMessage);
+    const size_t length = static_cast<size_t>(message.size());
+    const size_t size = length + used;
+    if (size <= s_longestMessage)
+        return ToStdString(message);
+    const size_t head = s_longestMessage - s_endOfMessage;
+    const size_t begin = std::min(head - std::min(head, used), length);
+    const size_t end = std::min(s_endOfMessage, length);
+    const size_t left = size - s_longestMessage;
+    return ToStdString(SubString(message.begin(), message.begin() + begin)) + "\n... (" +
+           std::to_string(left) + " bytes left out) ...\n" +
+           ToStdString(SubString(message.end() - end, message.end()));
 }
 
 void WriteToStandardError(const std::string& text)
@@ -73,14 +80,17 @@ std::string Diagnostics::Show(SubString text) const
 std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const Source& source,
                                         const char* pos) const
 {
-    LexScannerException located(error);
+    const std::string place = source.Name() + "(" + std::to_string(source.Line(pos)) + ") : ";
+    const std::string word = "error";
+    // Before anything is composed: the message may be most of what there is memory for.
+    const std::string message =
+        Shorten(error.m_description, place.size() + word.size() + std::strlen(" : "));
+    LexScannerException located(ViewOf(message), pos);
     located.m_path = xstring(ViewOf(source.Name()));
     located.m_lineNumber = source.Line(pos);
     StringStream os(4096);
     located.Write(os);
-    const std::string text = Shorten(ToStdString(os.GetString()));
-    const std::string place = source.Name() + "(" + std::to_string(located.m_lineNumber) + ") : ";
-    const std::string word = "error";
+    const std::string text = ToStdString(os.GetString());
     const std::string rest = text.substr(place.size() + word.size());
     const std::string_view paint[] = {"\x1b[1m", "\x1b[31m", "\x1b[0m\x1b[1m", "\x1b[0m"};
     const auto colour = [&](int index)

@@ -1,9 +1,10 @@
-// The line is cut into characters first (a UTF-8 sequence, an ill-formed byte); what is shown and
-// what stands under it are then made from the same list.
+// The line is read by characters (a UTF-8 sequence, an ill-formed byte): once to count them, once
+// to make what is shown and what stands under it. Lines can be as long as the text, and memory may
+// have run out, so only what is shown is stored.
 #include "Excerpt.h"
 #include "Files.h"
 #include "Utf8.h"
-#include <vector>
+#include <algorithm>
 
 namespace telv::tool
 {
@@ -58,49 +59,51 @@ Column MakeColumn(const Utf8Character& c, bool escape)
     return {std::move(shown), std::move(below)};
 }
 
-/// A line as characters, and the index of the one that the caret goes under.
-struct CutLine
+/// The characters of a line that are shown: [m_first, m_last).
+struct ShownPart
 {
-    std::vector<Utf8Character> m_characters;
-    size_t m_caret = 0;
+    size_t m_first = 0;
+    size_t m_last = 0;
+    size_t m_caret = 0; ///< The character that the caret goes under.
+    size_t m_count = 0; ///< Of the whole line.
 };
 
-CutLine CutIntoCharacters(SubString line, const char* pos)
+ShownPart ChoosePart(SubString line, const char* pos)
 {
-    CutLine cut;
-    while (!line.empty())
+    ShownPart part;
+    for (; !line.empty(); ++part.m_count)
     {
-        const Utf8Character c = TakeUtf8Character(line);
-        if (c.m_bytes.end() <= pos)
-            ++cut.m_caret;
-        cut.m_characters.push_back(c);
+        if (TakeUtf8Character(line).m_bytes.end() <= pos)
+            ++part.m_caret;
     }
-    return cut;
+    part.m_last = part.m_count;
+    if (part.m_count > s_longestLine)
+    {
+        part.m_first = part.m_caret > s_sideOfCut ? part.m_caret - s_sideOfCut : 0;
+        part.m_last = std::min(part.m_count, part.m_caret + s_sideOfCut);
+    }
+    return part;
 }
 
 } // namespace
 
 std::string MakeExcerpt(const Source& source, const char* pos, ExcerptStyle style)
 {
-    const CutLine line = CutIntoCharacters(source.LineText(pos), pos);
-    const size_t count = line.m_characters.size();
-    size_t first = 0;
-    size_t last = count;
-    if (count > s_longestLine)
-    {
-        first = line.m_caret > s_sideOfCut ? line.m_caret - s_sideOfCut : 0;
-        last = std::min(count, line.m_caret + s_sideOfCut);
-    }
-    std::string shown = first > 0 ? "..." : "";
+    SubString line = source.LineText(pos);
+    const ShownPart part = ChoosePart(line, pos);
+    std::string shown = part.m_first > 0 ? "..." : "";
     std::string below(shown.size(), ' ');
-    for (size_t i = first; i < last; ++i)
+    for (size_t i = 0; i < part.m_last; ++i)
     {
-        const Column column = MakeColumn(line.m_characters[i], style.m_escape);
+        const Utf8Character c = TakeUtf8Character(line);
+        if (i < part.m_first)
+            continue;
+        const Column column = MakeColumn(c, style.m_escape);
         shown += column.m_shown;
-        if (i < line.m_caret)
+        if (i < part.m_caret)
             below += column.m_below;
     }
-    if (last < count)
+    if (part.m_last < part.m_count)
         shown += "...";
 
     const std::string number = std::to_string(source.Line(pos));

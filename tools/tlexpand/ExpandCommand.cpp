@@ -14,7 +14,7 @@ namespace telv::tool
 namespace
 {
 
-/// The outputs that the options name; null for one that is not wanted.
+/// The outputs that the options name; null for one that is not wanted or is standard output.
 struct WantedOutputs
 {
     OutputSet m_set;
@@ -31,7 +31,7 @@ struct WantedOutputs
 private:
     OutputFile* Add(const std::optional<std::string>& path)
     {
-        return path ? &m_set.Add(*path) : nullptr;
+        return path && *path != s_standardStream ? &m_set.Add(*path) : nullptr;
     }
 };
 
@@ -41,7 +41,7 @@ class ExpandCommand
 public:
     explicit ExpandCommand(const ExpandOptions& options)
         : m_options(options), m_outputs(options),
-          m_printed(options.m_output ? STDOUT_FILENO : STDERR_FILENO),
+          m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths)
     {
@@ -55,6 +55,7 @@ private:
     void Expand();
     void RefuseInputs() const;
     void WriteText(ByteSink& sink) const;
+    void SetContent(OutputFile* output, Content content);
     void SetContents();
 
     const ExpandOptions& m_options;
@@ -93,7 +94,7 @@ void ExpandCommand::Expand()
     }
     StringStream os(4096);
     ExpandedOutput output(&os);
-    if (m_outputs.m_map != nullptr)
+    if (m_options.m_map)
         m_run.m_mappedOutput = &output;
     m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output);
     os.GetString(m_text, true);
@@ -110,7 +111,7 @@ void ExpandCommand::RefuseInputs() const
     const std::vector<FileIdentity> imports = m_handler.ImportedIdentities();
     for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
-    if (m_outputs.m_text == nullptr)
+    if (m_options.UsesStandardOutput())
         m_outputs.m_set.RefuseStandardOutput(imports);
 }
 
@@ -125,27 +126,31 @@ void ExpandCommand::WriteText(ByteSink& sink) const
     sink.Write(SubString(p, m_text.end()));
 }
 
+/// Null is standard output.
+void ExpandCommand::SetContent(OutputFile* output, Content content)
+{
+    if (output != nullptr)
+        m_outputs.m_set.SetContent(*output, std::move(content));
+    else
+        m_outputs.m_set.SetStandardOutput(std::move(content));
+}
+
 void ExpandCommand::SetContents()
 {
-    const Content text = [this](ByteSink& sink) { WriteText(sink); };
-    if (m_outputs.m_text != nullptr)
-        m_outputs.m_set.SetContent(*m_outputs.m_text, text);
-    else
-        m_outputs.m_set.SetStandardOutput(text);
-    if (m_outputs.m_map != nullptr)
-        m_outputs.m_set.SetContent(*m_outputs.m_map,
-                                   [this](ByteSink& sink) {
-                                       WriteMap(sink, {m_sources, m_run, m_pieces, m_removed});
-                                   });
-    if (m_outputs.m_depfile != nullptr)
-        m_outputs.m_set.SetContent(*m_outputs.m_depfile,
-                                   [this](ByteSink& sink)
-                                   {
-                                       const bool isFile = m_options.m_file != "-";
-                                       sink.Write(MakeDepfile(*m_options.m_output,
-                                                              isFile ? m_options.m_file : "",
-                                                              m_handler.ImportedPaths()));
-                                   });
+    SetContent(m_outputs.m_text, [this](ByteSink& sink) { WriteText(sink); });
+    if (m_options.m_map)
+        SetContent(m_outputs.m_map,
+                   [this](ByteSink& sink) {
+                       WriteMap(sink, {m_sources, m_run, m_pieces, m_removed});
+                   });
+    if (m_options.m_depfile)
+        SetContent(m_outputs.m_depfile,
+                   [this](ByteSink& sink)
+                   {
+                       const bool isFile = m_options.m_file != s_standardStream;
+                       sink.Write(MakeDepfile(m_options.m_output, isFile ? m_options.m_file : "",
+                                              m_handler.ImportedPaths()));
+                   });
 }
 
 } // namespace

@@ -241,12 +241,21 @@ std::optional<FileIdentity> FileImportHandler::MainIdentity() const
     return m_inputs.front()->m_identity;
 }
 
+/// The name of a file, unless normalising has made it lead elsewhere.
+std::string FileImportHandler::PathOf(const Input& input)
+{
+    struct stat status;
+    const bool isItsPath = fstatat(StartDirectory(), input.m_name.c_str(), &status, 0) == 0 &&
+                           FileIdentity(status) == input.m_identity;
+    return isItsPath ? input.m_name : input.m_path;
+}
+
 std::vector<std::string> FileImportHandler::ImportedPaths() const
 {
     std::vector<std::string> paths;
     for (size_t i = 1; i < m_inputs.size(); ++i)
         if (m_inputs[i]->m_identity)
-            paths.push_back(m_inputs[i]->m_name);
+            paths.push_back(PathOf(*m_inputs[i]));
     return paths;
 }
 

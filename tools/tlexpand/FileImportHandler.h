@@ -46,7 +46,7 @@ public:
 
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const;
-    /// The files that were imported, in the order of reading.
+    /// Names that lead to the files that were imported, in the order of reading.
     std::vector<std::string> ImportedPaths() const;
     std::vector<FileIdentity> ImportedIdentities() const;
 
@@ -79,6 +79,7 @@ private:
     Input* Open(const std::string& path, const char* importPos);
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
+    static std::string PathOf(const Input& input);
     std::string CurrentDirectory() const { return DirectoryOf(m_active.back().m_input->m_path); }
     bool IsInMain() const { return m_mainOutput != nullptr && m_active.size() == 1; }
 

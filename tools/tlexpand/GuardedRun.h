@@ -12,11 +12,11 @@ namespace telv::tool
 /// Runs `work`, in which texts are expanded. False after an error, which has been reported with the
 /// place that `run` knows. What the texts print is sent off in any case.
 ///
-/// In a process that Python code forked off, this does not return: the run is the parent's to
-/// finish.
+/// A process that Python code forked off ends when that code has ended: the run is the parent's to
+/// finish. `run` calls for this and for `printed` during the work only.
 ///
 /// @throws FileError, UsageError  From `work`, as they are.
-bool RunGuarded(const std::function<void()>& work, const ExpansionRun& run, const Sources& sources,
+bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sources& sources,
                 const Diagnostics& diagnostics, PrintedText& printed);
 
 } // namespace telv::tool

@@ -6,7 +6,8 @@ namespace telv::tool
 
 const char* const s_expandHelp =
     R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
-       tlexpand project [OPTIONS] FILE    read a project file and print it as JSON
+       tlexpand project [OPTIONS] FILE    read a project file ('-': standard input) and
+                                          print it as JSON
 
 Options of an expansion:
   -o, --output FILE        write the expansion to FILE (default: standard output)
@@ -26,12 +27,14 @@ Options of an expansion:
       --version            print the version
       --help               print this
 
+FILE of an output may be '-', standard output, for one of them.
 Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file that
 cannot be read or written.
 )";
 
 const char* const s_projectHelp =
-    R"(Usage: tlexpand project [OPTIONS] FILE    read a project file and print it as JSON
+    R"(Usage: tlexpand project [OPTIONS] FILE    read a project file ('-': standard input) and
+                                          print it as JSON
 
 Options:
       --setting NAME       $NAME = "..." is a setting; repeatable
@@ -42,6 +45,7 @@ Options:
       --max-depth N, --max-steps N, --max-output SIZE
                            limits, as for an expansion
       --color WHEN         colour diagnostics: auto, always or never
+      --version            print the version
       --help               print this
 )";
 

@@ -1,5 +1,7 @@
 // A mapping without reserved memory as the stack of a thread, with a guard page at its low end. The
 // sizes are tried from the largest; with a limit on the address space at most a quarter of it.
+// Small ones are worth a thread too: where the address space is limited, the main thread's stack
+// can fail to grow long before it meets its own limit, and the process dies by a signal.
 #include "LargeStack.h"
 #include "Cleanup.h"
 #include <pthread.h>
@@ -17,12 +19,13 @@ constexpr size_t s_mebi = size_t(1) << 20;
 
 // Enough for 100,000 nested macro calls of some size. Not more: the commonest mistake, a macro that
 // calls itself without end, has to unwind all of it before it is reported.
-#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__OPTIMIZE__) && !defined(TELV_ADDRESS_SANITIZER)
 constexpr size_t s_largest = 384 * s_mebi;
 #else
 constexpr size_t s_largest = 2048 * s_mebi;
 #endif
-constexpr size_t s_stackSizes[] = {s_largest, 64 * s_mebi, 16 * s_mebi};
+constexpr size_t s_stackSizes[] = {s_largest,  64 * s_mebi, 16 * s_mebi,
+                                   4 * s_mebi, s_mebi,      s_mebi / 4};
 
 struct Job
 {

@@ -52,6 +52,13 @@ std::string ParseIdentifier(const char* option, const std::string& text)
     return text;
 }
 
+std::string ParseFileName(const char* option, const std::string& text)
+{
+    if (text.empty())
+        ThrowBadValue(option, text, "the name of a file is wanted");
+    return text;
+}
+
 ssize_t ParseIndent(const char* option, const std::string& text)
 {
     ssize_t columns = 0;

@@ -10,6 +10,8 @@ namespace telv::tool
 Definition ParseDefinition(const std::string& text);
 /// An identifier.
 std::string ParseIdentifier(const char* option, const std::string& text);
+/// A name that is not empty.
+std::string ParseFileName(const char* option, const std::string& text);
 /// Columns: 0 to 1,000,000.
 ssize_t ParseIndent(const char* option, const std::string& text);
 /// A number of 0 or more.

@@ -59,6 +59,7 @@ constexpr option s_projectTable[] = {
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
     {"color",        required_argument, nullptr, OPT_COLOUR},
+    {"version",      no_argument,       nullptr, OPT_VERSION},
     {"help",         no_argument,       nullptr, OPT_HELP},
     {nullptr, 0, nullptr, 0}};
 // clang-format on
@@ -120,6 +121,9 @@ bool SetCommonOption(CommonOptions& options, int code)
     case OPT_HELP:
         options.m_help = true;
         return true;
+    case OPT_VERSION:
+        options.m_version = true;
+        return true;
     default:
         return false;
     }
@@ -130,7 +134,7 @@ void SetExpandOption(ExpandOptions& options, int code)
     switch (code)
     {
     case 'o':
-        options.m_output = optarg;
+        options.m_output = ParseFileName("-o", optarg);
         break;
     case 'E':
         options.m_definitions.push_back({true, "", optarg});
@@ -145,13 +149,10 @@ void SetExpandOption(ExpandOptions& options, int code)
         options.m_keepImports = true;
         break;
     case OPT_MAP:
-        options.m_map = optarg;
+        options.m_map = ParseFileName("--map", optarg);
         break;
     case OPT_DEPFILE:
-        options.m_depfile = optarg;
-        break;
-    case OPT_VERSION:
-        options.m_version = true;
+        options.m_depfile = ParseFileName("--depfile", optarg);
         break;
     }
 }
@@ -183,6 +184,17 @@ Options ParseArguments(int argc, char** argv, const char* letters, const option*
     return options;
 }
 
+void CheckOutputs(const ExpandOptions& options)
+{
+    if (options.m_depfile && options.m_output == s_standardStream)
+        throw UsageError("--depfile needs -o: a dependency file says what the output depends on");
+    const bool isMap = options.m_map == s_standardStream;
+    if (isMap && options.m_output == s_standardStream)
+        throw UsageError("the expansion and the map can't both go to standard output");
+    if (isMap && options.m_depfile == s_standardStream)
+        throw UsageError("the map and the dependency file can't both go to standard output");
+}
+
 } // namespace
 
 ExpandOptions ParseExpandOptions(int argc, char** argv)
@@ -190,12 +202,9 @@ ExpandOptions ParseExpandOptions(int argc, char** argv)
     ExpandOptions options =
         ParseArguments(argc, argv, s_expandLetters, s_expandTable, SetExpandOption);
     if (options.m_file.empty())
-        options.m_file = std::string(1, '-');
-    if (options.m_output == "-")
-        options.m_output.reset();
-    const bool informs = options.m_help || options.m_version;
-    if (options.m_depfile && !options.m_output && !informs)
-        throw UsageError("--depfile needs -o: a dependency file says what the output depends on");
+        options.m_file = s_standardStream;
+    if (!options.m_help && !options.m_version)
+        CheckOutputs(options);
     return options;
 }
 
@@ -203,7 +212,7 @@ ProjectOptions ParseProjectOptions(int argc, char** argv)
 {
     ProjectOptions options =
         ParseArguments(argc, argv, s_projectLetters, s_projectTable, SetProjectOption);
-    if (options.m_file.empty() && !options.m_help)
+    if (options.m_file.empty() && !options.m_help && !options.m_version)
         throw UsageError("the project file is missing");
     return options;
 }

@@ -44,17 +44,27 @@ struct CommonOptions
     bool m_python = true;
     ExpansionLimits m_limits;
     bool m_help = false;
+    bool m_version = false;
 };
 
+/// The name that stands for standard input or output.
+inline const std::string s_standardStream = "-";
+
+/// At most one of the outputs is standard output.
 struct ExpandOptions : CommonOptions
 {
-    std::optional<std::string> m_output; ///< None: standard output.
+    std::string m_output = s_standardStream;
     std::optional<std::string> m_map;
     std::optional<std::string> m_depfile;
     ssize_t m_srcIndent = 0;
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;
-    bool m_version = false;
+
+    bool UsesStandardOutput() const
+    {
+        return m_output == s_standardStream || m_map == s_standardStream ||
+               m_depfile == s_standardStream;
+    }
 };
 
 struct ProjectOptions : CommonOptions

@@ -154,7 +154,19 @@ void OutputFile::Rename()
 {
     if (m_temporary != nullptr)
         m_temporary->RenameTo(m_name);
-    m_temporary.reset();
+    Settle();
+}
+
+void OutputFile::Exchange()
+{
+    if (m_temporary != nullptr)
+        m_temporary->ExchangeWith(m_name);
+}
+
+void OutputFile::UndoExchange()
+{
+    if (m_temporary != nullptr)
+        m_temporary->MoveBack(m_name);
 }
 
 void WriteStandardOutput(const Content& content)

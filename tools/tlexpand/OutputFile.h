@@ -55,8 +55,14 @@ public:
 
     /// Writes the text: to a temporary file, or directly.
     void Write(const Content& content);
-    /// Puts the temporary file into its place.
+    /// Puts the temporary file, if there is one, into its place.
     void Rename();
+    /// The same so that it can be undone until `Settle`; the earlier file waits under the
+    /// temporary name.
+    void Exchange();
+    void UndoExchange();
+    /// The earlier file goes.
+    void Settle() { m_temporary.reset(); }
 
 private:
     void Resolve();

@@ -60,8 +60,28 @@ void OutputSet::Commit()
     if (m_standardOutput)
         WriteStandardOutput(m_standardOutput);
     const SignalBlocker blocker;
+    RenameAll();
+}
+
+/// The earlier files stay at hand until the last output has its place; for a single one there is
+/// nothing to keep in step.
+void OutputSet::RenameAll()
+{
+    if (m_outputs.size() == 1)
+        return m_outputs.front().m_file.Rename();
+    try
+    {
+        for (Output& output : m_outputs)
+            output.m_file.Exchange();
+    }
+    catch (...)
+    {
+        for (Output& output : m_outputs)
+            output.m_file.UndoExchange();
+        throw;
+    }
     for (Output& output : m_outputs)
-        output.m_file.Rename();
+        output.m_file.Settle();
 }
 
 } // namespace telv::tool

@@ -30,8 +30,9 @@ public:
     /// What is to be written to standard output.
     void SetStandardOutput(Content content) { m_standardOutput = std::move(content); }
 
-    /// Writes everything; then renames everything. After a FileError no output that existed before
-    /// has changed, as long as none of the renames has been done.
+    /// Writes everything; then renames everything. After a FileError every output is what it was
+    /// before, where the file system can exchange two files; elsewhere each is the earlier one or
+    /// the new one.
     void Commit();
 
 private:
@@ -44,6 +45,7 @@ private:
     };
 
     void WriteAllOf(bool direct);
+    void RenameAll();
 
     std::deque<Output> m_outputs;
     Content m_standardOutput;

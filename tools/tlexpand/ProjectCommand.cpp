@@ -75,9 +75,11 @@ int ProjectCommand::Run()
     return 0;
 }
 
-/// A main file that can't be read is no error in a text.
+/// A main file that can't be read is no error in a text. Standard input is seen when it is read.
 void ProjectCommand::CheckMainFile() const
 {
+    if (m_options.m_file == s_standardStream)
+        return;
     const Descriptor fd(OpenAt(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_NOCTTY));
     struct stat status;
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0)
@@ -89,7 +91,11 @@ void ProjectCommand::CheckMainFile() const
 void ProjectCommand::Read()
 try
 {
-    m_reader.Read(xstring(ViewOf(m_options.m_file)));
+    if (m_options.m_file != s_standardStream)
+        return m_reader.Read(xstring(ViewOf(m_options.m_file)));
+    const std::string name = "<stdin>";
+    xstring text = ReadAll(STDIN_FILENO, name);
+    m_reader.ReadText(xstring(ViewOf(name)), text);
 }
 catch (...)
 {

@@ -84,6 +84,11 @@ void ProjectReader::Read(const xstring& path)
     ProcessImportedFile(AddFile(path));
 }
 
+void ProjectReader::ReadText(const xstring& name, xstring& text)
+{
+    ProcessImportedFile(AddText(name, text));
+}
+
 bool ProjectReader::HandleImport(VarFrame* vf, const xstring& path, const char* pos)
 {
     const PositionScope scope(m_importPositions, pos);

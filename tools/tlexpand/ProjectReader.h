@@ -35,6 +35,8 @@ public:
     ///
     /// @throws LexScannerException  The file can't be read, or something ran out.
     void Read(const xstring& path);
+    /// The same with a text that is in no file, which is taken; `name` stands for it.
+    void ReadText(const xstring& name, xstring& text);
 
     /// Definitions in the order of reading.
     const NamedValues& Macros() const { return m_macros; }

@@ -1,4 +1,5 @@
-// Texts by address, lines by binary search.
+// Texts by address. Lines are counted when they are asked for, which only an error does: it may be
+// that memory has run out, so nothing is allocated for it.
 #include "Sources.h"
 #include <algorithm>
 #include <cstring>
@@ -20,20 +21,15 @@ const char* FindLineFeed(const char* begin, const char* end)
 
 ssize_t Source::Line(const char* pos) const
 {
-    if (m_lineStarts.empty())
-    {
-        m_lineStarts.push_back(m_text.begin());
-        const char* p = m_text.begin();
-        while ((p = FindLineFeed(p, m_text.end())) != nullptr)
-            m_lineStarts.push_back(++p);
-    }
-    return std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), pos) - m_lineStarts.begin();
+    return std::count(m_text.begin(), pos, '\n') + 1;
 }
 
 SubString Source::LineText(const char* pos) const
 {
-    const char* const begin = m_lineStarts.at(static_cast<size_t>(Line(pos) - 1));
-    const char* end = FindLineFeed(begin, m_text.end());
+    const char* begin = pos;
+    while (begin != m_text.begin() && begin[-1] != '\n')
+        --begin;
+    const char* end = FindLineFeed(pos, m_text.end());
     if (end == nullptr)
         return SubString(begin, m_text.end());
     if (end > begin && end[-1] == '\r')

@@ -28,8 +28,8 @@ public:
     /// Where the directive stands that imported it first; null when none did.
     const char* ImportPosition() const { return m_importPos; }
 
-    /// The line of a position in the text or at its end, counted from 1. Logarithmic after the
-    /// first call.
+    /// The line of a position in the text or at its end, counted from 1. Linear; allocates
+    /// nothing.
     ssize_t Line(const char* pos) const;
     /// The line that holds `pos`, without its end (LF or CR LF).
     SubString LineText(const char* pos) const;
@@ -39,7 +39,6 @@ private:
     SubString m_text;
     size_t m_index;
     const char* m_importPos;
-    mutable std::vector<const char*> m_lineStarts; ///< Made on the first question.
 };
 
 /// Owns the sources of a run.

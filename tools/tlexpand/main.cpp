@@ -20,6 +20,8 @@ namespace telv::tool
 namespace
 {
 
+constexpr const char* s_version = "tlexpand " TELV_VERSION "\n";
+
 int PrintAndSucceed(const std::string& text)
 {
     WriteStandardOutput([&](ByteSink& sink) { sink.Write(text); });
@@ -32,7 +34,7 @@ int RunExpand(int argc, char** argv)
     if (options.m_help)
         return PrintAndSucceed(s_expandHelp);
     if (options.m_version)
-        return PrintAndSucceed("tlexpand " TELV_VERSION "\n");
+        return PrintAndSucceed(s_version);
     return RunExpandCommand(options);
 }
 
@@ -41,6 +43,8 @@ int RunProject(int argc, char** argv)
     const ProjectOptions options = ParseProjectOptions(argc, argv);
     if (options.m_help)
         return PrintAndSucceed(s_projectHelp);
+    if (options.m_version)
+        return PrintAndSucceed(s_version);
     return RunProjectCommand(options);
 }
 

@@ -47,7 +47,7 @@ uint64 BracketCache::MakeKey(const char* behindOpen, EToken close) const
     return ((offset + 1) << 2) | static_cast<uint64>(BracketNumber(close));
 }
 
-size_t BracketCache::SlotOf(uint64 key, const std::vector<Entry>& table) const
+TELV_WRAPS size_t BracketCache::SlotOf(uint64 key, const std::vector<Entry>& table) const
 {
     const size_t mask = table.size() - 1;
     size_t slot = static_cast<size_t>((key * 0x9e3779b97f4a7c15u) >> 32) & mask;

@@ -115,7 +115,7 @@ LSLiteral Concatenated(const Pair<SubString>& p)
 
 } // namespace
 
-LSLiteral operator+(const LSLiteral& x, const LSLiteral& y)
+TELV_WRAPS LSLiteral operator+(const LSLiteral& x, const LSLiteral& y)
 {
     Pair<SubString> texts;
     if (BothTexts(x, y, texts))
@@ -127,7 +127,7 @@ LSLiteral operator+(const LSLiteral& x, const LSLiteral& y)
     return LSLiteral(floats.x + floats.y);
 }
 
-LSLiteral operator-(const LSLiteral& x, const LSLiteral& y)
+TELV_WRAPS LSLiteral operator-(const LSLiteral& x, const LSLiteral& y)
 {
     Pair<int64> ints;
     if (BothInt64(x, y, ints))
@@ -136,7 +136,7 @@ LSLiteral operator-(const LSLiteral& x, const LSLiteral& y)
     return LSLiteral(floats.x - floats.y);
 }
 
-LSLiteral operator*(const LSLiteral& x, const LSLiteral& y)
+TELV_WRAPS LSLiteral operator*(const LSLiteral& x, const LSLiteral& y)
 {
     Pair<int64> ints;
     if (BothInt64(x, y, ints))
@@ -145,7 +145,7 @@ LSLiteral operator*(const LSLiteral& x, const LSLiteral& y)
     return LSLiteral(floats.x * floats.y);
 }
 
-LSLiteral operator/(const LSLiteral& x, const LSLiteral& y)
+TELV_WRAPS LSLiteral operator/(const LSLiteral& x, const LSLiteral& y)
 {
     Pair<int64> ints;
     if (BothInt64(x, y, ints))
@@ -179,7 +179,7 @@ LSLiteral Power(const LSLiteral& x, const LSLiteral& y)
     return BothInt64(x, y, ints) ? LSLiteral(power.AsInt64(/*allowDataLoss=*/true)) : power;
 }
 
-LSLiteral operator<<(const LSLiteral& x, const LSLiteral& y)
+TELV_WRAPS LSLiteral operator<<(const LSLiteral& x, const LSLiteral& y)
 {
     const Pair<int64> ints = RequireInt64(x, y, "<<");
     return Wrapped(Unsigned(ints.x) << (Unsigned(ints.y) & 63));
@@ -241,7 +241,7 @@ LSLiteral operator+(const LSLiteral& x)
     return x;
 }
 
-LSLiteral operator-(const LSLiteral& x)
+TELV_WRAPS LSLiteral operator-(const LSLiteral& x)
 {
     int64 value = 0;
     if (x.AsInt64(value, /*allowDataLoss=*/false, /*throwExceptions=*/false))

@@ -21,7 +21,7 @@ uint64 MultiplyFold(uint64 a, uint64 b)
 
 } // namespace
 
-uint64 HashName(SubString name)
+TELV_WRAPS uint64 HashName(SubString name)
 {
     // Where the library was loaded is random.
     static const char place = 0;

@@ -151,7 +151,7 @@ void NameIndex::Unbind(VarFrame* frame, const LSVariable* v)
 }
 
 /// Frees a slot and moves the records behind it that would no longer be found.
-void NameIndex::EraseSlot(size_t slot)
+TELV_WRAPS void NameIndex::EraseSlot(size_t slot)
 {
     m_spare.push_back(m_table[slot]);
     --m_size;

@@ -1,6 +1,7 @@
-// Loading Python's library: every place is tried in turn until one gives all the symbols and has
-// Python's own modules beside it. A failure is not remembered, so that a library that turns up, or
-// a descriptor that becomes free, is enough for the next attempt.
+// Loading Python's library: the one that the user names, and no other; else every place is tried in
+// turn until one gives all the symbols, is of the right version and has Python's own modules beside
+// it. A failure is not remembered, so that a library that turns up, or a descriptor that becomes
+// free, is enough for the next attempt.
 #ifdef TELV_PYTHON_ENABLED
 
 #include "tlMacroExpander/src/PythonApi.h"
@@ -10,6 +11,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace telv
@@ -53,11 +55,10 @@ bool FindSymbols(void* handle, PythonApi& api)
 /// Where the library lies, links resolved.
 std::filesystem::path LibraryPath(const PythonApi& api)
 {
-    Dl_info info;
-    if (dladdr(reinterpret_cast<void*>(api.Py_InitializeEx), &info) == 0)
-        return {};
+    Dl_info info = {};
+    dladdr(reinterpret_cast<void*>(api.Py_InitializeEx), &info);
     std::error_code error;
-    return std::filesystem::canonical(info.dli_fname, error);
+    return std::filesystem::canonical(info.dli_fname == nullptr ? "" : info.dli_fname, error);
 }
 
 /// Python itself knows the place of its modules by this file.
@@ -88,6 +89,13 @@ bool UseLibrary(void* handle, std::string& reason)
         return false;
     }
     const std::filesystem::path library = LibraryPath(api);
+    const std::string_view version(api.Py_GetVersion());
+    if (!version.starts_with("2.7."))
+    {
+        reason = library.string() + ": its version is ";
+        reason += version.substr(0, version.find(' '));
+        return false;
+    }
     std::string home = FindHome(library).string();
     if (home.empty())
     {
@@ -114,14 +122,15 @@ bool TryLibrary(const char* name, std::string& reason)
     return false;
 }
 
-/// Tries the places in their order; `reason` becomes why the most wanted one failed.
+/// Tries the places in their order; `reason` becomes why the most wanted one failed. Who names a
+/// library must not get the code of another one.
 bool TryLibraries(std::string& reason)
 {
     const char* const wanted = std::getenv("TELV_PYTHON_LIBRARY");
-    for (const char* name : {wanted, "libpython2.7.so.1.0", TELV_PYTHON_BUILD_LIBRARY})
+    if (wanted != nullptr && *wanted != '\0')
+        return TryLibrary(wanted, reason);
+    for (const char* name : {"libpython2.7.so.1.0", TELV_PYTHON_BUILD_LIBRARY})
     {
-        if (name == nullptr || *name == '\0')
-            continue;
         std::string why;
         if (TryLibrary(name, why))
             return true;

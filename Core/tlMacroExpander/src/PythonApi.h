@@ -22,9 +22,9 @@
     X(PyObject_SetAttrString)      X(PyRun_StringFlags)           X(PyString_AsStringAndSize)      \
     X(PySys_GetObject)             X(PySys_SetObject)             X(PyTuple_GetItem)               \
     X(PyType_IsSubtype)            X(Py_CompileStringFlags)       X(Py_Finalize)                   \
-    X(Py_GetRecursionLimit)        X(Py_IgnoreEnvironmentFlag)    X(Py_InitModule4_64)             \
-    X(Py_InitializeEx)             X(Py_NoSiteFlag)               X(Py_SetPythonHome)              \
-    X(Py_SetRecursionLimit)        X(_Py_NoneStruct)
+    X(Py_GetRecursionLimit)        X(Py_GetVersion)               X(Py_IgnoreEnvironmentFlag)      \
+    X(Py_InitModule4_64)           X(Py_InitializeEx)             X(Py_NoSiteFlag)                 \
+    X(Py_SetPythonHome)            X(Py_SetRecursionLimit)        X(_Py_NoneStruct)
 // clang-format on
 
 namespace telv

@@ -21,7 +21,8 @@ public:
     PythonSignals& operator=(const PythonSignals&) = delete;
 
 private:
-    static constexpr std::array<int, 5> s_signals = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM};
+    static constexpr std::array<int, 6> s_signals = {SIGHUP,  SIGINT,  SIGQUIT,
+                                                     SIGPIPE, SIGTERM, SIGXFSZ};
 
     std::array<struct sigaction, s_signals.size()> m_saved;
 };

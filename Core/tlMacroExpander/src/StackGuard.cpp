@@ -49,8 +49,7 @@ void ReadThreadBounds(std::uintptr_t frame)
     size_t size = 0;
     if (pthread_getattr_np(pthread_self(), &attributes) == 0)
     {
-        if (pthread_attr_getstack(&attributes, &low, &size) != 0)
-            size = 0;
+        pthread_attr_getstack(&attributes, &low, &size); // changes nothing when it fails
         pthread_attr_destroy(&attributes);
     }
     t_bounds.m_low = reinterpret_cast<std::uintptr_t>(low);

@@ -16,6 +16,7 @@
 #include "tlMacroExpander/src/UsePython.h"
 #include <algorithm>
 #include <cstring>
+#include <exception>
 
 namespace telv
 {
@@ -53,6 +54,33 @@ constexpr const char* s_bootstrapScript = "import code\n"
                                           "sys.stderr = myStdErr()\n"
                                           "\n"
                                           "TelvCodeConsole = code.InteractiveConsole()\n";
+
+/// Python's own modules flush the streams, `multiprocessing` before it forks. Every write has been
+/// passed on already.
+constexpr const char* s_flushScript = "myStdOut.flush = myStdErr.flush = lambda self: None\n";
+
+/// Tells the current run when Python code begins and when everything of it has ended, the releasing
+/// of its objects included: so this is the first object where code is run.
+class PythonCodeScope
+{
+public:
+    PythonCodeScope() : m_run(ExpansionRun::Current()), m_exceptions(std::uncaught_exceptions())
+    {
+        if (m_run != nullptr && m_run->m_pythonBegins)
+            m_run->m_pythonBegins();
+    }
+    ~PythonCodeScope()
+    {
+        if (m_run != nullptr && m_run->m_pythonEnded)
+            m_run->m_pythonEnded(std::uncaught_exceptions() == m_exceptions);
+    }
+    PythonCodeScope(const PythonCodeScope&) = delete;
+    PythonCodeScope& operator=(const PythonCodeScope&) = delete;
+
+private:
+    ExpansionRun* m_run;
+    int m_exceptions;
+};
 
 /// What starting Python and simple code need.
 constexpr ssize_t s_leastStack = ssize_t(64) * 1024;
@@ -210,7 +238,8 @@ void InitPython()
     {
         StartInterpreter();
         InitTelvModule();
-        const bool bootStrapRanSuccessfully = RunSimpleString(s_bootstrapScript);
+        const bool bootStrapRanSuccessfully =
+            RunSimpleString(s_bootstrapScript) && RunSimpleString(s_flushScript);
         TELV_ASSERT(bootStrapRanSuccessfully);
         MakeSharedModule();
     }
@@ -268,6 +297,7 @@ PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorStrin
 void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos)
 {
     LoadPython(errorPos);
+    const PythonCodeScope scope;
     const RecursionLimitScope recursionLimit(errorPos);
     const PythonSignals signals;
     const PyObjectRef code(CheckNoNul(pythonCode)
@@ -285,6 +315,7 @@ void RunPython(const xstring& path, const xstring& pythonCode, const char* error
 void EvalPythonExpression(const xstring& pythonCode, xstring& result, const char* errorPos)
 {
     LoadPython(errorPos);
+    const PythonCodeScope scope;
     const RecursionLimitScope recursionLimit(errorPos);
     xstring errorString;
     const PyObjectRef value(ExecutePythonExpression(pythonCode, errorString));

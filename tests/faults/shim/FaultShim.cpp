@@ -4,6 +4,8 @@
 //   FAULT_AT     the number of the call, from 1
 //   FAULT_KIND   ENOSPC, EIO, EINTR: it fails so;  SHORT: a read or write does a part;
 //                EINTRS, SHORTS: the same for it and every later one;
+//                EINVALS, ENOSYSS: two files can't be exchanged, from this call on;
+//                FORESEEN: the random numbers are zeros at first;
 //                KILL, TERM: the signal comes before it;  TERM_AFTER: right after it
 //   FAULT_NOTE   a file that receives the name of the call that was met
 //
@@ -55,10 +57,12 @@ void WriteNote(const char* call)
     syscall(SYS_close, fd);
 }
 
-/// The system never interrupts what only changes a directory or an inode.
-bool IsInterruptible(const char* call)
+/// A file system without the operation.
+int ErrorOfExchange(const char* call)
 {
-    return std::strcmp(call, "rename") != 0 && std::strcmp(call, "fchmod") != 0;
+    if (std::strcmp(call, "exchange") != 0)
+        return 0;
+    return Is("EINVALS") ? EINVAL : Is("ENOSYSS") ? ENOSYS : 0;
 }
 
 /// What is to be done to a call.
@@ -82,7 +86,7 @@ Fault Meet(const char* call, bool canBeShort = false)
 {
     Fault fault;
     ++s_plan.count;
-    const bool isRepeated = Is("EINTRS") || Is("SHORTS");
+    const bool isRepeated = Is("EINTRS") || Is("SHORTS") || Is("EINVALS") || Is("ENOSYSS");
     if (s_plan.count != s_plan.at && !(isRepeated && s_plan.count > s_plan.at && s_plan.at > 0))
         return fault;
     if (s_plan.count == s_plan.at)
@@ -91,8 +95,10 @@ Fault Meet(const char* call, bool canBeShort = false)
         fault.error = ENOSPC;
     else if (Is("EIO"))
         fault.error = EIO;
-    else if (IsInterruptible(call) && (Is("EINTR") || (Is("EINTRS") && s_plan.count % 2 == 0)))
+    else if (Is("EINTR") || (Is("EINTRS") && s_plan.count % 2 == 0))
         fault.error = EINTR;
+    else if (const int error = ErrorOfExchange(call))
+        fault.error = error;
     else if (Is("KILL"))
         kill(getpid(), SIGKILL);
     else if (Is("TERM"))
@@ -206,4 +212,24 @@ EXPORTED int renameat(int from, const char* oldName, int to, const char* newName
 EXPORTED int rename(const char* oldName, const char* newName)
 {
     return Forward<int>("rename", Meet("rename"), oldName, newName);
+}
+
+EXPORTED int renameat2(int from, const char* oldName, int to, const char* newName, unsigned flags)
+{
+    return Forward<int>("renameat2", Meet("exchange"), from, oldName, to, newName, flags);
+}
+
+EXPORTED int unlinkat(int directory, const char* name, int flags)
+{
+    return Forward<int>("unlinkat", Meet("unlink"), directory, name, flags);
+}
+
+EXPORTED ssize_t getrandom(void* buffer, size_t size, unsigned flags)
+{
+    static int s_zeros = 8;
+    if (!Is("FORESEEN") || s_zeros == 0)
+        return Next<ssize_t (*)(void*, size_t, unsigned)>("getrandom")(buffer, size, flags);
+    --s_zeros;
+    std::memset(buffer, 0, size);
+    return static_cast<ssize_t>(size);
 }

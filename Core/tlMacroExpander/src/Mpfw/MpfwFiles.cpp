@@ -179,9 +179,14 @@ MpfwSourceFile* MpfwParser::AddFileAt(const xstring& path, const char* pos)
     xstring buffer;
     if (!ReadStringFromFile(buffer, path, true))
         ThrowAt(pos, {"Couldn't open file ", path});
+    return AddText(path, buffer);
+}
+
+MpfwSourceFile* MpfwParser::AddText(const xstring& path, xstring& text)
+{
     std::unique_ptr<MpfwSourceFile> made(CreateMpfwSourceFile());
     made->m_localPath = path;
-    made->m_buffer.swap(buffer);
+    made->m_buffer.swap(text);
     made->m_buffer.c_str(); // Gives an empty text an address of its own.
     m_frame.m_srcFileList.AddSrcFile(made.get());
     MpfwSourceFile* const srcFile = made.release();

@@ -110,6 +110,12 @@ public:
     /// @throws ExpansionLimitException  Something ran out while expanding.
     MpfwSourceFile* AddFile(const xstring& path);
 
+    /// Records and expands a text that no file holds, as AddFile does with one that it has read.
+    ///
+    /// @param path  Stands for it in the list; names in it are relative to its directory.
+    /// @param text  Left empty.
+    MpfwSourceFile* AddText(const xstring& path, xstring& text);
+
     /// Reads an `@import "file"` statement and has its file processed; false when the current token
     /// is no `@`.
     bool ParseImportDirective();
