@@ -1,6 +1,7 @@
 // A family is a function from n to a text. The text is expanded with its pieces; an error at its
 // end is part of the program.
 #include "Families.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <memory>
@@ -203,6 +204,80 @@ Work ExpectedErrors(size_t n)
     return ExpansionOf(Times(n, "@assertfails(@fail(\"x\"))\n"));
 }
 
+Work NestedExpectedErrors(size_t n)
+{
+    return ExpansionOf(Nested(n, "@assertfails(", "@fail(\"x\")", ")"));
+}
+
+Work ExpectedErrorsInMacros(size_t n)
+{
+    return ExpansionOf("@def r(int n) = {@assertfails(@if(n>0){r(n-1)}@else{@fail(\"x\")})}r(" +
+                       std::to_string(n) + ")");
+}
+
+/// Errors are counted out by the limit of levels instead of the stack, whose size is not n.
+Work EndlessRecursion(size_t n)
+{
+    const auto run = std::make_shared<ExpansionRun>();
+    run->m_limits.m_maxDepth = static_cast<ssize_t>(n);
+    const Work work = ExpansionOf("@def r = {r}r");
+    return [run, work]
+    {
+        const ExpansionRunScope scope(*run);
+        work();
+    };
+}
+
+/// The names of frames that are alive beside the path to the root are looked for.
+Work ArgumentsInArguments(size_t n)
+{
+    return ExpansionOf("@def f(k)={k}@def r(int n)={k @if(n>0){f(r(n-1))}k }r(" +
+                       std::to_string(n) + ")");
+}
+
+Work FunctionsInArguments(size_t n)
+{
+    return ExpansionOf("@def f(k(),int m)={k(m)}@def r(int n)={k @if(n>0){f(r,n-1)}k }r(" +
+                       std::to_string(n) + ")");
+}
+
+Work ArgumentsInTheSameFrame(size_t n)
+{
+    return ExpansionOf("@def f(k())={k(1)}" +
+                       Join(n, "",
+                            [](const std::string& i)
+                            {
+                                const std::string next = std::to_string(std::stoul(i) + 1);
+                                return "@nakeddef r" + i + "(n)={k f(r" + next + ")}\n";
+                            }) +
+                       "@nakeddef r" + std::to_string(n) + "(n)={}r0(1)");
+}
+
+Work ManyAlternatives(size_t n)
+{
+    return ExpansionOf(
+        "@if(false){a}" +
+        Join(n, "", [](const std::string& i) { return "@elseif(" + i + " < 0){b" + i + "}"; }) +
+        "@else{c}");
+}
+
+Work Escapes(size_t n)
+{
+    return ExpansionOf("@(\"" + Times(n, "\\t") + "\" == \"\")");
+}
+
+Work SeveralNames(size_t n)
+{
+    return ExpansionOf("@for((a, b, c) in [" +
+                       Join(n, ",", [](const std::string& i) { return "(" + i + ", x, y)"; }) +
+                       "]){a b c\n}");
+}
+
+Work CarriageReturns(size_t n)
+{
+    return ExpansionOf("@def m =\r\n{\r\n" + Times(n, "  a b\r\n") + "}\r\nm\r\n");
+}
+
 Work DeepError(size_t n)
 {
     return ExpansionOf("@def r(int n) = {@if(n>0){r(n-1)}@else{@fail(\"x\")}}r(" +
@@ -287,6 +362,16 @@ std::vector<Family> TextFamilies()
         {"many short lines", 200'000, ShortLines, nullptr},
         {"many comments", 200'000, Comments, nullptr},
         {"many expected errors", 20'000, ExpectedErrors, nullptr},
+        {"nested @assertfails", 25'000, NestedExpectedErrors, nullptr},
+        {"@assertfails in deep recursion", 10'000, ExpectedErrorsInMacros, nullptr},
+        {"endless recursion", 50'000, EndlessRecursion, nullptr},
+        {"arguments in arguments", 10'000, ArgumentsInArguments, nullptr},
+        {"functions in arguments", 10'000, FunctionsInArguments, nullptr},
+        {"arguments in the same frame", 5'000, ArgumentsInTheSameFrame, nullptr},
+        {"many @elseif", 40'000, ManyAlternatives, nullptr},
+        {"many escapes", 200'000, Escapes, nullptr},
+        {"@for with several names", 20'000, SeveralNames, nullptr},
+        {"CR LF", 200'000, CarriageReturns, nullptr},
         {"deep error in macros", 5'000, DeepError, nullptr},
         {"deep error in expressions", 5'000, DeepErrorInExpressions, nullptr},
         {"many dollar macros", 4'000, DollarMacros, nullptr},

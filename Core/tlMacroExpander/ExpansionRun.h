@@ -8,6 +8,7 @@
 
 #include "tlMacroExpander/Export.h"
 #include "tlUtils/StringExt.h"
+#include <exception>
 #include <functional>
 #include <limits>
 #include <map>
@@ -96,6 +97,8 @@ private:
     friend class TemporaryText;
     friend class TextOwnerScope;
     friend class EndMark;
+    friend class SwallowedErrors;
+    friend class HeldError;
 
     /// A text that died while an exception was passing, and the place that replaces it.
     struct DeadText
@@ -121,6 +124,9 @@ private:
     const char* m_failurePos = nullptr;
     std::vector<DeadText> m_deadTexts;
     ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
+    bool m_errorsAreSwallowed = false;          ///< See SwallowedErrors.
+    LexScannerException* m_heldError = nullptr; ///< See HeldError.
+    std::exception_ptr m_heldErrorOwner;
     std::vector<std::shared_ptr<TemporaryText>> m_keptTexts;
     std::shared_ptr<std::map<const char*, TextOrigin*>> m_liveTexts;
     std::map<const char*, const LSSourceFile*> m_sources;

@@ -2,7 +2,8 @@
 //
 // The members are a sorted array, which takes three words. A frame has room for nothing else, so
 // the other three hold where the owning frame stands in the tree of frames; with that, looking up a
-// name need not walk every enclosing invocation (src/NameIndex.h).
+// name need not walk every enclosing invocation (src/NameIndex.h). A frame has two sets; its depth
+// is in one and its number in the other.
 #pragma once
 
 #include "tlMacroExpander/Export.h"
@@ -46,8 +47,8 @@ private:
     ssize_t m_size = 0;
     ssize_t m_capacity = 0;
 
-    int64 m_depth = 0;            ///< Of the owning frame below its file-scope frame.
-    VarFrame* m_jump = nullptr;   ///< An ancestor further up, or null at the root.
+    int64 m_depth = 0;          ///< Of the owning frame below its file-scope frame; or its number.
+    VarFrame* m_jump = nullptr; ///< An ancestor further up, or null at the root.
     NameIndex* m_index = nullptr; ///< Names bound in the whole tree; set at its root only.
 };
 

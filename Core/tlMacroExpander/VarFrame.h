@@ -88,6 +88,8 @@ private:
     const VarFrame* AncestorAt(int64 depth) const;
     LSVariable* FindByWalking(SubString name, const char* pos);
     int64 Depth() const { return m_setOfFrames.m_depth; }
+    /// Differs from those of all other frames that the tree has had.
+    int64 Number() const { return m_setOfDirectFrames.m_depth; }
 };
 
 /// The frame of a source file: the root of a chain of frames, with its dollar macros.

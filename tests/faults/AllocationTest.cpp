@@ -21,6 +21,9 @@
 #define TELV_REAL(name) __libc_##name
 #endif
 
+// What stands before other functions must be seen from the libraries.
+#define TELV_REPLACES __attribute__((visibility("default")))
+
 extern "C" void* TELV_REAL(malloc)(size_t);
 extern "C" void* TELV_REAL(realloc)(void*, size_t);
 extern "C" void TELV_REAL(free)(void*);
@@ -60,14 +63,14 @@ void NoteBlock(const void* block, long change)
 
 } // namespace
 
-extern "C" void* malloc(size_t size)
+extern "C" TELV_REPLACES void* malloc(size_t size)
 {
     void* const block = Fails() ? nullptr : TELV_REAL(malloc)(size);
     NoteBlock(block, 1);
     return block;
 }
 
-extern "C" void* realloc(void* block, size_t size)
+extern "C" TELV_REPLACES void* realloc(void* block, size_t size)
 {
     if (Fails())
         return nullptr;
@@ -77,25 +80,25 @@ extern "C" void* realloc(void* block, size_t size)
     return moved;
 }
 
-extern "C" void free(void* block)
+extern "C" TELV_REPLACES void free(void* block)
 {
     NoteBlock(block, -1);
     TELV_REAL(free)(block);
 }
 
-void* operator new(size_t size)
+TELV_REPLACES void* operator new(size_t size)
 {
     if (void* const block = malloc(size == 0 ? 1 : size))
         return block;
     throw std::bad_alloc();
 }
 
-void operator delete(void* block) noexcept
+TELV_REPLACES void operator delete(void* block) noexcept
 {
     free(block);
 }
 
-void operator delete(void* block, size_t) noexcept
+TELV_REPLACES void operator delete(void* block, size_t) noexcept
 {
     free(block);
 }

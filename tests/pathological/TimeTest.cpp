@@ -11,6 +11,12 @@ class TimeTest : public HostileTest
 {
 };
 
+/// Levels of nesting for which the stack is large enough in this build.
+size_t Levels(size_t n)
+{
+    return s_underAddressSanitizer ? n / 10 : n;
+}
+
 std::string Numbered(const std::string& prefix, size_t i)
 {
     return prefix + std::to_string(i);
@@ -34,6 +40,56 @@ TEST_F(TimeTest, AssertfailsDoesNotDoubleTheWorkOfExhaustion)
 {
     ExpectError(Expand("@def f = {@assertfails(f)@assertfails(f)}\nf", {"--max-depth", "2000"}),
                 "main.tl(1) : error : Expansion nested too deeply\n");
+}
+
+/// Every second level has an error that quotes all that is inside it.
+TEST_F(TimeTest, NestedAssertfails)
+{
+    LimitedOptions options;
+    options.cpuSeconds = 2;
+    const auto nested = [](size_t n)
+    { return Repeat("@assertfails(", n) + "@fail(\"x\")" + Repeat(")", n); };
+    ExpectText(Expand(nested(Levels(100'000) - 1) + "end", {}, options), "end");
+    ExpectError(Expand(nested(Levels(100'000)), {}, options),
+                "main.tl(1) : error : Macro expansion of @assertfails(@assertfails(");
+    ExpectText(Expand("@def f(int n, text) = {@assertfails{@if(n > 0){f(n - 1, text)}@else{text}}}"
+                      "\nf(" +
+                          std::to_string(Levels(40'000)) + ", @fail(\"x\"))end",
+                      {}, options),
+               "end");
+}
+
+TEST_F(TimeTest, EndlessRecursion)
+{
+    LimitedOptions options;
+    options.cpuSeconds = 2;
+    std::vector<std::string> arguments;
+    // The address sanitizer can't follow an exception through more than 64 MiB of stack.
+    if (s_underAddressSanitizer)
+        arguments = {"--max-depth", "10000"};
+    const char* const rows[] = {"f", "@if(true){f}", "@scope{@scope{f}}"};
+    for (const char* const row : rows)
+        ExpectError(Expand(std::string("@def f = {") + row + "}\nf", arguments, options),
+                    "main.tl(1) : error : Expansion nested too deeply\n");
+}
+
+/// Frames of invocations whose argument is being expanded stay alive beside the path to the root;
+/// all of them bind the name that is looked for.
+TEST_F(TimeTest, NamesLookedUpDeepInsideArguments)
+{
+    LimitedOptions options;
+    options.cpuSeconds = 5;
+    const char* const calls[][2] = {
+        {"k @if(n > 0){f(r(n - 1))}", "@def f(k) = {k}"},
+        {"@if(n > 0){f(r(n - 1))}k ", "@def f(k) = {k}"},
+        {"k @if(n > 0){f(r, n - 1)}", "@def f(k(), int m) = {k(m)}"},
+    };
+    const size_t n = Levels(40'000);
+    for (const auto& call : calls)
+        ExpectText(Expand(std::string(call[1]) + "@def r(int n) = {" + call[0] + "}r(" +
+                              std::to_string(n) + ")",
+                          {}, options),
+                   Repeat("k ", n + 1));
 }
 
 TEST_F(TimeTest, ManyFormalArguments)
@@ -118,6 +174,15 @@ TEST_F(TimeTest, LadderOfImports)
     ExpectText(Expand(imports + "bottoma bottomb unknown \"$(NOPE)\""), "a b unknown \"$(NOPE)\"");
     ExpectError(Expand(imports + "level0"), "main.tl(3) : error : Ambiguous macro name : level0\n");
     ExpectError(Expand(imports + "both"), "main.tl(3) : error : Ambiguous macro name : both\n");
+}
+
+TEST_F(TimeTest, ManyImportsOnOneLine)
+{
+    Write("a.tl", "");
+    LimitedOptions options;
+    options.cpuSeconds = 2;
+    const size_t n = 200'000;
+    ExpectText(Expand(Repeat("@import \"a.tl\" x ", n), {}, options), Repeat(" x ", n));
 }
 
 TEST_F(TimeTest, ManyWordsBesideManyImports)

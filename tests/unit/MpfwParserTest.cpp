@@ -463,6 +463,40 @@ TEST_F(MpfwProjectTest, AnUnknownStatementInAnImportedFileIsAnError)
     }
 }
 
+TEST_F(MpfwProjectTest, AFileThatOthersImportIsParsedOnceForEachStatement)
+{
+    Write("p", "@import \"a\" @import \"b\" @import \"a\"");
+    Write("a", "@import \"c\"");
+    Write("b", "$ROOT = \"b\" @import \"c\"");
+    Write("c", "$ROOT = \"c\"");
+    MpfwSourceFile* const file = m_parser.AddFile(Path("p"));
+    const auto root = [&] { return Str(*m_frame.m_vf.FindDollarMacro("ROOT")); };
+    m_parser.Init(file->m_expanded);
+    const char* const expected[] = {"c", "c", "c"};
+    for (const char* const value : expected)
+    {
+        EXPECT_TRUE(m_parser.ParseImportDirective());
+        EXPECT_EQ(root(), value);
+    }
+    m_frame.m_vf.InsertDollarMacro("ROOT", "");
+    m_parser.ProcessImportedFile(file);
+    EXPECT_EQ(root(), "b");
+}
+
+TEST_F(MpfwProjectTest, FilesThatImportTheNextOneTwice)
+{
+    const int levels = 60;
+    for (int i = 0; i < levels; ++i)
+    {
+        const std::string next = "@import \"f" + std::to_string(i + 1) + "\"\n";
+        Write("f" + std::to_string(i), next + next);
+    }
+    Write("f" + std::to_string(levels), "$ROOT = \"end\"");
+    m_parser.Init(m_parser.AddFile(Path("f0"))->m_expanded);
+    EXPECT_TRUE(m_parser.ParseImportDirective());
+    EXPECT_EQ(Str(*m_frame.m_vf.FindDollarMacro("ROOT")), "end");
+}
+
 TEST_F(MpfwProjectTest, AStatementsFileMustHaveBeenRead)
 {
     Write("a", "");

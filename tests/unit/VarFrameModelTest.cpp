@@ -115,13 +115,26 @@ std::string Outcome(Operation operation)
     }
 }
 
+/// How large a world is.
+struct Size
+{
+    size_t m_files;
+    size_t m_frames;
+    unsigned m_letters;   ///< Of which names are made.
+    unsigned m_branching; ///< One block of so many is not opened in the newest one.
+    unsigned m_pushed;    ///< How many of a hundred changes open a block.
+};
+
+constexpr Size s_imports{5, 60, 4, 3, 30};
+constexpr Size s_deep{1, 400, 1, 2, 50};
+
 /// A world of files with trees of frames below them, changed at random.
 class World
 {
 public:
-    explicit World(unsigned seed) : m_random(seed)
+    World(unsigned seed, const Size& size) : m_size(size), m_random(seed)
     {
-        for (size_t i = 0; i < s_files; ++i)
+        for (size_t i = 0; i < m_size.m_files; ++i)
         {
             m_files.push_back(std::make_unique<FileScopeVarFrame>());
             AddFrame(m_files.back().get(), nullptr, i);
@@ -138,7 +151,7 @@ public:
     void Change()
     {
         const unsigned choice = Below(100);
-        if (choice < 30)
+        if (choice < m_size.m_pushed)
             PushBlock();
         else if (choice < 65)
             Define();
@@ -165,11 +178,11 @@ public:
     }
 
 private:
-    static constexpr size_t s_files = 5;
-    static constexpr size_t s_mostFrames = 60;
-
     unsigned Below(size_t n) { return static_cast<unsigned>(m_random() % n); }
-    std::string Name() { return std::string(1 + Below(2), static_cast<char>('a' + Below(4))); }
+    std::string Name()
+    {
+        return std::string(1 + Below(2), static_cast<char>('a' + Below(m_size.m_letters)));
+    }
 
     void AddFrame(VarFrame* frame, ModelFrame* parent, size_t file)
     {
@@ -182,11 +195,12 @@ private:
 
     void PushBlock()
     {
-        if (m_frames.size() >= s_mostFrames)
+        if (m_frames.size() >= m_size.m_frames)
             return;
         // Most blocks are opened in the newest one: chains of parents get long.
         ModelFrame* const parent =
-            m_frames[Below(3) == 0 ? Below(m_frames.size()) : m_frames.size() - 1].get();
+            m_frames[Below(m_size.m_branching) == 0 ? Below(m_frames.size()) : m_frames.size() - 1]
+                .get();
         ++parent->m_users;
         m_blocks.push_back(std::make_unique<VarFrame>(parent->m_frame));
         AddFrame(m_blocks.back().get(), parent, parent->m_file);
@@ -228,15 +242,16 @@ private:
         m_frames.erase(m_frames.begin() + static_cast<std::ptrdiff_t>(index));
     }
 
+    const Size m_size;
     std::mt19937 m_random;
     std::vector<std::unique_ptr<FileScopeVarFrame>> m_files;
     std::vector<std::unique_ptr<VarFrame>> m_blocks;
     std::vector<std::unique_ptr<ModelFrame>> m_frames;
 };
 
-void Simulate(unsigned seed, int steps)
+void Simulate(unsigned seed, int steps, const Size& size = s_imports)
 {
-    World world(seed);
+    World world(seed, size);
     for (int i = 0; i < steps && !testing::Test::HasFailure(); ++i)
     {
         world.Change();
@@ -253,6 +268,15 @@ TEST(VarFrameModel, RandomTrees)
     {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Simulate(seed, 400);
+    }
+}
+
+TEST(VarFrameModel, DeepTrees)
+{
+    for (unsigned seed = 2000; seed < 2040; ++seed)
+    {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Simulate(seed, 4000, s_deep);
     }
 }
 

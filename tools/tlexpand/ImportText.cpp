@@ -66,7 +66,8 @@ std::vector<OutputRange> TakeBlankLines(const std::vector<OutputRange>& ranges, 
         ssize_t lineEnd = LineEnd(text, first->m_end);
         const OutputRange* last = first + 1;
         for (; last != end && last->m_begin <= lineEnd; ++last)
-            lineEnd = LineEnd(text, last->m_end);
+            if (last->m_end > lineEnd)
+                lineEnd = LineEnd(text, last->m_end);
         if (IsBlankBetween(text, lineStart, lineEnd, first, last))
             taken.push_back({lineStart, std::min(lineEnd + 1, text.size())});
         else

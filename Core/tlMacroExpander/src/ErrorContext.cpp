@@ -63,6 +63,8 @@ SubString TokenText(const LSToken& token)
 
 void ThrowAtToken(std::initializer_list<SubString> before, const LSToken& token, SubString after)
 {
+    if (SwallowedErrors::AreExpected())
+        throw LexScannerException(xstring(), token);
     xstring description = Join(before);
     description += TokenText(token);
     description += after;
@@ -71,15 +73,24 @@ void ThrowAtToken(std::initializer_list<SubString> before, const LSToken& token,
 
 void ThrowAt(const char* pos, std::initializer_list<SubString> parts)
 {
-    throw LexScannerException(Join(parts), pos);
+    throw LexScannerException(SwallowedErrors::AreExpected() ? xstring() : Join(parts), pos);
+}
+
+bool TakesContext(const LexScannerException& e)
+{
+    const auto* const limit = dynamic_cast<const ExpansionLimitException*>(&e);
+    return limit == nullptr ? !SwallowedErrors::AreExpected()
+                            : limit->m_contextLines < s_mostLinesOfLimit;
 }
 
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts)
 {
     ExpansionLevel::MoveOutOfDeadTexts(e);
-    auto* const limit = dynamic_cast<ExpansionLimitException*>(&e);
-    if (limit == nullptr || limit->m_contextLines++ < s_mostLinesOfLimit)
-        Append(e.m_description, parts);
+    if (!TakesContext(e))
+        return;
+    if (auto* const limit = dynamic_cast<ExpansionLimitException*>(&e))
+        ++limit->m_contextLines;
+    Append(e.m_description, parts);
 }
 
 void AddExpressionErrorContext(LexScannerException& e, const char* bracket, const char* pos,
@@ -87,7 +98,8 @@ void AddExpressionErrorContext(LexScannerException& e, const char* bracket, cons
 {
     if (dynamic_cast<ExpansionLimitException*>(&e) == nullptr)
     {
-        EndMark::Replace(e.m_description, bracket);
+        if (TakesContext(e))
+            EndMark::Replace(e.m_description, bracket);
         e.m_pos = pos;
     }
     AddErrorContext(e, parts);

@@ -1,6 +1,7 @@
 // Throwing errors at tokens, and adding to errors on their way out.
 //
 // An error that something ran out keeps its place and its words and collects only so many lines.
+// One that will be swallowed has no words.
 #pragma once
 
 #include "tlMacroExpander/src/LSToken.h"
@@ -18,6 +19,9 @@ SubString TokenText(const LSToken& token);
 
 /// Throws the concatenation of `parts` at `pos`.
 [[noreturn]] void ThrowAt(const char* pos, std::initializer_list<SubString> parts);
+
+/// Whether another line of context would be kept. Composing one that would not is wasted.
+bool TakesContext(const LexScannerException& e);
 
 /// Appends the concatenation of `parts` to the description of `e`.
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts);

@@ -45,7 +45,7 @@ ExpansionLevel::~ExpansionLevel()
 
 bool ExpansionLevel::IsFailing() const noexcept
 {
-    return std::uncaught_exceptions() > m_exceptions;
+    return HeldError::Get(m_run) != nullptr || std::uncaught_exceptions() > m_exceptions;
 }
 
 void ExpansionLevel::CheckLimits()

@@ -6,6 +6,8 @@
 
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/BracketCache.h"
+#include <exception>
+#include <utility>
 
 namespace telv
 {
@@ -32,11 +34,17 @@ public:
     /// Moves the position of a passing error out of the texts that died under it.
     static void MoveOutOfDeadTexts(LexScannerException& e) noexcept;
 
-    /// Whether an exception is passing that was thrown since the level began.
+    /// Whether an error is passing that was thrown since the level began.
     bool IsFailing() const noexcept;
 
     /// Whether the application called: what leaves this level must not point into dead text.
     bool IsCalledByApplication() const;
+
+    /// Whether the innermost level of `run` is that of `expander`.
+    static bool IsOf(const ExpansionRun& run, const MacroExpander& expander) noexcept
+    {
+        return run.m_level != nullptr && &run.m_level->m_expander == &expander;
+    }
 
     /// The innermost level of this thread, or null.
     static ExpansionLevel* Current() noexcept;
@@ -98,6 +106,59 @@ public:
 
 private:
     ExpansionRun& m_run;
+};
+
+/// An error on its way out that is not thrown. To unwind a level of invocations takes ten times as
+/// long as to expand it, and each handler would do it again; so from one invocation to the next an
+/// error is handed on by returning false. It is thrown again where the caller knows exceptions
+/// only.
+class HeldError
+{
+public:
+    /// To be called in the handler of `e`.
+    static void Hold(ExpansionRun& run, LexScannerException& e) noexcept
+    {
+        run.m_heldErrorOwner = std::current_exception();
+        run.m_heldError = &e;
+    }
+    /// The error that is held, or null.
+    static LexScannerException* Get(const ExpansionRun& run) noexcept { return run.m_heldError; }
+    static void Drop(ExpansionRun& run) noexcept
+    {
+        run.m_heldError = nullptr;
+        run.m_heldErrorOwner = nullptr;
+    }
+    /// Throws it.
+    [[noreturn]] static void Throw(ExpansionRun& run)
+    {
+        run.m_heldError = nullptr;
+        std::rethrow_exception(std::exchange(run.m_heldErrorOwner, nullptr));
+    }
+};
+
+/// While it lives, errors of the text get no words: @assertfails swallows them, and composing what
+/// nobody reads would make nested ones quadratic. Running out of something is not swallowed.
+class SwallowedErrors
+{
+public:
+    SwallowedErrors() : m_run(CurrentRun()), m_previous(m_run.m_errorsAreSwallowed)
+    {
+        m_run.m_errorsAreSwallowed = true;
+    }
+    ~SwallowedErrors() { m_run.m_errorsAreSwallowed = m_previous; }
+    SwallowedErrors(const SwallowedErrors&) = delete;
+    SwallowedErrors& operator=(const SwallowedErrors&) = delete;
+
+    /// Whether an error that is thrown now will be swallowed.
+    static bool AreExpected() noexcept
+    {
+        const ExpansionRun* const run = ExpansionRun::Current();
+        return run != nullptr && run->m_errorsAreSwallowed;
+    }
+
+private:
+    ExpansionRun& m_run;
+    bool m_previous;
 };
 
 } // namespace telv

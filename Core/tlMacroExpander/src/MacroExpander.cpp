@@ -31,26 +31,33 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
 
 void MacroExpander::Expand()
 {
+    if (!TryExpand())
+        HeldError::Throw(CurrentRun());
+}
+
+bool MacroExpander::TryExpand()
+{
     ExpansionRun* const run = ExpansionRun::Current();
     if (run == nullptr)
     {
         ExpandWithOwnRun();
-        return;
+        return true;
     }
     if (m_str.empty())
-        return;
+        return true;
     ExpansionLevel level(*run, *this);
-    if (level.IsCalledByApplication())
-        ExpandForApplication();
-    else
-        ExpandText(); // catching at every level would make errors from deep nesting slow
+    if (!level.IsCalledByApplication())
+        return TryExpandText(*run); // catching at every level would make deep errors slow
+    ExpandForApplication(*run);
+    return true;
 }
 
-[[gnu::noinline]] void MacroExpander::ExpandForApplication()
+[[gnu::noinline]] void MacroExpander::ExpandForApplication(ExpansionRun& run)
 {
     try
     {
-        ExpandText();
+        if (!TryExpandText(run))
+            HeldError::Throw(run);
     }
     catch (LexScannerException& e)
     {
@@ -66,7 +73,7 @@ void MacroExpander::Expand()
     Expand();
 }
 
-void MacroExpander::ExpandText()
+bool MacroExpander::TryExpandText(const ExpansionRun& run)
 {
     for (;;)
     {
@@ -77,9 +84,12 @@ void MacroExpander::ExpandText()
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
         ProcessToken(token);
+        if (HeldError::Get(run) != nullptr) [[unlikely]]
+            return false;
         AdvanceWritePos(m_str.begin(), true);
     }
     AdvanceWritePos(m_str.begin(), true);
+    return true;
 }
 
 /// Passes over blanks and line feeds. Text up to a line feed is written; the indentation after it
@@ -108,7 +118,7 @@ void MacroExpander::ProcessToken(const LSToken& token)
         if (LSVariable* var = FindVariable(token.m_str))
         {
             AdvanceWritePos(token.m_str.begin(), true);
-            InvokeVariable(var);
+            TryInvokeVariable(var); // the main loop looks for the error
         }
         break;
     case TOKEN_DOUBLE_QUOTED_STRING:
@@ -253,6 +263,16 @@ void MacroExpander::ScanOverWhiteSpaceAfterDirective()
         m_str.m_p1 = lineFeed + 1;
     ScanIndentation(m_str, m_srcIndent, s_tabWidth);
     AdvanceWritePos(m_str.begin(), false);
+}
+
+void MacroExpander::ExpandLastBlock(SubString block, ssize_t indent, ssize_t dstIndent)
+{
+    VarFrame frame(m_vf);
+    if (MacroExpander(nullptr, &frame, block, indent, dstIndent, m_output).TryExpand())
+        return;
+    ExpansionRun& run = CurrentRun();
+    if (!ExpansionLevel::IsOf(run, *this))
+        HeldError::Throw(run);
 }
 
 void MacroExpander::ExpandBlock(SubString block, ssize_t indent, ssize_t dstIndent)

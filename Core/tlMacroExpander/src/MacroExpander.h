@@ -14,6 +14,8 @@
 namespace telv
 {
 
+class ExpansionRun;
+
 /// How a string literal is written.
 enum EStrLiteralMode
 {
@@ -158,9 +160,15 @@ private:
     class ForLoop;
     struct ForHead;
 
+    /// These return false where the run holds an error, and throw other exceptions.
+    bool TryExpand();
+    bool TryExpandText(const ExpansionRun& run);
+    bool TryInvokeVariable(LSVariable* var);
+    bool TryInvokeMacro(LSMacroVariable& macroVar);
+    bool TryExpandBody(const LSMacroVariable& macroVar, VarFrame& frame);
+
     void ExpandWithOwnRun();
-    void ExpandForApplication();
-    void ExpandText();
+    void ExpandForApplication(ExpansionRun& run);
     void PassOverLineStarts();
     void ProcessToken(const LSToken& token);
     void ProcessQuotedString(const LSToken& token);
@@ -170,6 +178,9 @@ private:
     void CheckOutputSize() const;
     /// What calculated output is attributed to.
     SubString DirectiveRange() const { return SubString(m_startDirectivePos, m_endDirectivePos); }
+    /// Expands the block that ends a directive. Called from the main loop, it leaves errors to
+    /// that.
+    void ExpandLastBlock(SubString block, ssize_t indent, ssize_t dstIndent);
     /// Expands a block in a scope of its own, into the output or into a string.
     void ExpandBlock(SubString block, ssize_t indent, ssize_t dstIndent);
     void ExpandToString(SubString text, ssize_t srcIndent, xstring& output);
@@ -179,7 +190,6 @@ private:
                           FormalNames& known);
     VarFrame* FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name);
 
-    void InvokeMacro(LSMacroVariable& macroVar);
     void ReadActualArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args);
     void BindArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args, VarFrame& frame);
     LSVariable* MakeNamedArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
@@ -188,9 +198,9 @@ private:
                              SubString arg);
     void WriteValueOf(const LSVariable& var);
     void WriteTypedValue(VarFrame* frame, SubString text, ELSVariable type);
-    void WriteMacroResult(LSMacroVariable& macroVar, const xvector<ActualArg>& args,
-                          VarFrame& frame);
     void WritePythonMacroResult(LSMacroVariable& macroVar, VarFrame& frame);
+    static void AddContextToHeldError(const LSMacroVariable& macroVar,
+                                      const xvector<ActualArg>& args);
     static void AddInvocationContext(LexScannerException& e, const LSMacroVariable& macroVar,
                                      const xvector<ActualArg>& args);
     xstring ComposeCall(const LSMacroVariable& macroVar, SubString section);

@@ -1,6 +1,7 @@
 // The index of bound names: a hash table of records, each with its bindings by depth.
 #include "tlMacroExpander/src/NameIndex.h"
 #include <algorithm>
+#include <limits>
 
 namespace telv
 {
@@ -51,32 +52,39 @@ void NameIndex::InsertRecord(size_t slot, VarFrame* frame, LSVariable* v, uint64
     }
     record->m_name = v->m_name;
     record->m_hash = hash;
-    record->m_one = Binding{frame, v};
+    record->m_one = Binding{frame, v, PlaceOf(frame)};
     m_table[slot] = record;
     ++m_size;
 }
 
-/// Behind the last binding whose frame is at most that deep.
-NameIndex::Binding* NameIndex::BehindDepth(Record& record, int64 depth)
+NameIndex::Place NameIndex::PlaceOf(const VarFrame* frame)
 {
-    Binding* const end = record.End();
-    if (end[-1].m_frame->Depth() <= depth)
+    return Place{frame->Depth(), frame->Number()};
+}
+
+/// Behind the last binding before `end` whose place is at most `place`.
+NameIndex::Binding* NameIndex::Behind(Record& record, Binding* end, Place place)
+{
+    Binding* const begin = record.Begin();
+    if (end == begin || end[-1].m_place <= place)
         return end;
-    return std::upper_bound(record.Begin(), end, depth,
-                            [](int64 d, const Binding& b) { return d < b.m_frame->Depth(); });
+    return std::upper_bound(begin, end, place,
+                            [](const Place& p, const Binding& b) { return p < b.m_place; });
 }
 
 /// The binding of `frame` itself, or null.
 NameIndex::Binding* NameIndex::FindBinding(Record& record, const VarFrame* frame)
 {
-    Binding* place = BehindDepth(record, frame->Depth());
-    while (place != record.Begin() && place[-1].m_frame->Depth() == frame->Depth())
-    {
-        --place;
-        if (place->m_frame == frame)
-            return place;
-    }
-    return nullptr;
+    Binding* const place = Behind(record, record.End(), PlaceOf(frame));
+    return place != record.Begin() && place[-1].m_frame == frame ? place - 1 : nullptr;
+}
+
+/// Forgets answers for frames that may be below a frame of this depth.
+void NameIndex::ForgetPassed(Record& record, int64 depth)
+{
+    std::vector<Passed>& passed = record.m_passed;
+    while (!passed.empty() && passed.back().m_place.m_depth >= depth)
+        passed.pop_back();
 }
 
 /// Counts a change of what other files may have looked up here.
@@ -115,14 +123,15 @@ void NameIndex::Bind(VarFrame* frame, LSVariable* v)
         known->m_var = v;
         return;
     }
-    Binding* const place = BehindDepth(*record, frame->Depth());
+    ForgetPassed(*record, frame->Depth());
+    Binding* const place = Behind(*record, record->End(), PlaceOf(frame));
     const auto offset = place - record->Begin();
     // Room first: with it, the rest cannot fail half-way.
     if (record->m_more.capacity() <= record->m_more.size() + 1)
         record->m_more.reserve(record->m_more.size() * 2 + 2);
     if (record->m_more.empty())
         record->m_more.push_back(record->m_one);
-    record->m_more.insert(record->m_more.begin() + offset, Binding{frame, v});
+    record->m_more.insert(record->m_more.begin() + offset, Binding{frame, v, PlaceOf(frame)});
 }
 
 void NameIndex::Unbind(VarFrame* frame, const LSVariable* v)
@@ -136,6 +145,7 @@ void NameIndex::Unbind(VarFrame* frame, const LSVariable* v)
     Binding* const place = FindBinding(*record, frame);
     if (place == nullptr)
         return;
+    ForgetPassed(*record, frame->Depth());
     if (record->m_more.empty())
     {
         EraseSlot(slot);
@@ -153,6 +163,7 @@ void NameIndex::Unbind(VarFrame* frame, const LSVariable* v)
 /// Frees a slot and moves the records behind it that would no longer be found.
 TELV_WRAPS void NameIndex::EraseSlot(size_t slot)
 {
+    m_table[slot]->m_passed.clear();
     m_spare.push_back(m_table[slot]);
     --m_size;
     const size_t mask = m_table.size() - 1;
@@ -169,23 +180,125 @@ TELV_WRAPS void NameIndex::EraseSlot(size_t slot)
     m_table[hole] = nullptr;
 }
 
+/// One look-up: goes through the depths at which the name is bound, from the deepest.
+class NameIndex::Search
+{
+public:
+    Search(Record& record, const VarFrame* frame)
+        : m_record(record), m_frame(frame), m_ancestor(frame),
+          m_end(Behind(record, record.End(), PlaceBehind(frame->Depth())))
+    {
+    }
+
+    Hit Run()
+    {
+        for (int depths = 0; m_end != m_record.Begin(); ++depths)
+        {
+            if (depths == s_manyDepths)
+                return RunOn();
+            if (const Binding* const binding = TryNextDepth())
+                return Hit{binding->m_var, binding->m_frame};
+        }
+        return Hit();
+    }
+
+private:
+    /// A look-up that passes more depths than these is worth being remembered.
+    static constexpr int s_manyDepths = 8;
+
+    static Place PlaceBehind(int64 depth)
+    {
+        return Place{depth, std::numeric_limits<int64>::max()};
+    }
+
+    int64 NextDepth() const { return m_end == m_record.Begin() ? -1 : m_end[-1].m_place.m_depth; }
+
+    /// The binding of the ancestor at the next depth, or null; what is bound there is passed.
+    const Binding* TryNextDepth()
+    {
+        const int64 depth = NextDepth();
+        m_ancestor = m_ancestor->AncestorAt(depth);
+        if (m_end[-1].m_frame == m_ancestor)
+            return &m_end[-1];
+        const Binding* const behind = Behind(m_record, m_end, PlaceOf(m_ancestor));
+        if (behind != m_record.Begin() && behind[-1].m_frame == m_ancestor)
+            return &behind[-1];
+        m_end = Behind(m_record, m_end, PlaceBehind(depth - 1));
+        return nullptr;
+    }
+
+    /// The rest of a long look-up: asks what earlier ones have found.
+    Hit RunOn();
+    const Passed* FindPassed();
+    Hit Remember(std::vector<Passed>& further, const VarFrame* answer);
+
+    Record& m_record;
+    const VarFrame* m_frame;
+    const VarFrame* m_ancestor;
+    Binding* m_end; ///< What is bound from here on is passed.
+    size_t m_passedEnd = 0;
+};
+
+/// What is known for an ancestor that is at least as deep as the next binding. What is found to
+/// belong elsewhere is forgotten: mostly its frame has been destroyed.
+const NameIndex::Passed* NameIndex::Search::FindPassed()
+{
+    std::vector<Passed>& passed = m_record.m_passed;
+    while (m_passedEnd > 0)
+    {
+        const Passed& known = passed[m_passedEnd - 1];
+        if (known.m_place.m_depth < NextDepth())
+            return nullptr;
+        const VarFrame* const ancestor = m_frame->AncestorAt(known.m_place.m_depth);
+        if (known.m_frame == ancestor && known.m_place == PlaceOf(ancestor))
+            return &known;
+        --m_passedEnd;
+        passed.erase(passed.begin() + static_cast<ptrdiff_t>(m_passedEnd));
+    }
+    return nullptr;
+}
+
+NameIndex::Hit NameIndex::Search::RunOn()
+{
+    const std::vector<Passed>& passed = m_record.m_passed;
+    m_passedEnd = static_cast<size_t>(
+        std::upper_bound(passed.begin(), passed.end(), m_frame->Depth(),
+                         [](int64 d, const Passed& p) { return d < p.m_place.m_depth; }) -
+        passed.begin());
+    std::vector<Passed> further;
+    for (int depths = 0;; ++depths)
+    {
+        if (const Passed* const known = FindPassed())
+            return Remember(further, known->m_answer);
+        if (m_end == m_record.Begin())
+            return Remember(further, nullptr);
+        if (depths % s_manyDepths == 0)
+        {
+            const VarFrame* const frame = depths == 0 ? m_frame : m_ancestor;
+            further.push_back(Passed{frame, PlaceOf(frame), nullptr});
+        }
+        if (const Binding* const binding = TryNextDepth())
+            return Remember(further, binding->m_frame);
+    }
+}
+
+/// Remembers the answer for the frame and some of its ancestors, deepest first in `further`: what
+/// is looked up when the invocations end comes from those.
+NameIndex::Hit NameIndex::Search::Remember(std::vector<Passed>& further, const VarFrame* answer)
+{
+    for (Passed& known : further)
+        known.m_answer = answer;
+    m_record.m_passed.insert(m_record.m_passed.begin() + static_cast<ptrdiff_t>(m_passedEnd),
+                             further.rbegin(), further.rend());
+    return answer == nullptr ? Hit() : Hit{FindBinding(m_record, answer)->m_var, answer};
+}
+
 NameIndex::Hit NameIndex::Find(const VarFrame* frame, SubString name, uint64 hash) const
 {
     if (m_table.empty())
         return Hit();
     Record* const record = m_table[Probe(name, hash)];
-    if (record == nullptr)
-        return Hit();
-    const Binding* place = BehindDepth(*record, frame->Depth());
-    const VarFrame* ancestor = frame;
-    while (place != record->Begin())
-    {
-        --place;
-        ancestor = ancestor->AncestorAt(place->m_frame->Depth());
-        if (ancestor == place->m_frame)
-            return Hit{place->m_var, place->m_frame};
-    }
-    return Hit();
+    return record == nullptr ? Hit() : Search(*record, frame).Run();
 }
 
 } // namespace telv

@@ -99,6 +99,8 @@ void VarFrame::LinkToTree()
     if (m_parent == nullptr)
         return;
     m_setOfFrames.m_depth = m_parent->Depth() + 1;
+    if (NameIndex* const index = GetIndex())
+        m_setOfDirectFrames.m_depth = index->TakeFrameNumber();
     VarFrame* const jump = m_parent->m_setOfFrames.m_jump;
     VarFrame* const further = jump->m_setOfFrames.m_jump;
     const bool equalJumps = m_parent->Depth() - jump->Depth() == jump->Depth() - further->Depth();

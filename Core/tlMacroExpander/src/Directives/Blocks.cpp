@@ -29,7 +29,7 @@ void MacroExpander::ProcessScopeDirective()
     ssize_t indent = 0;
     const SubString block = ScanSubstString(m_str, indent);
     AdvanceWritePos(m_str.begin(), false);
-    ExpandBlock(block, indent, GetOutputPos());
+    ExpandLastBlock(block, indent, GetOutputPos());
 }
 
 } // namespace telv

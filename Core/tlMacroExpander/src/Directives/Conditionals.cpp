@@ -71,7 +71,7 @@ void MacroExpander::ProcessIfDirective()
     }
     AdvanceWritePos(m_str.begin(), false);
     if (!chosen.m_text.empty())
-        ExpandBlock(chosen.m_text, chosen.m_indent, GetOutputPos());
+        ExpandLastBlock(chosen.m_text, chosen.m_indent, GetOutputPos());
 }
 
 bool MacroExpander::ParseBoolExpressionInBrackets(SubString directiveName)

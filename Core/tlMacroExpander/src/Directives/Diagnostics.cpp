@@ -85,6 +85,7 @@ bool MacroExpander::FailsToExpand(SubString text)
 {
     try
     {
+        const SwallowedErrors swallowed;
         xstring ignored;
         ExpandToString(text, 0, ignored);
         return false;

@@ -29,6 +29,8 @@ namespace
 
 xstring Signature(const LSMacroVariable& macroVar)
 {
+    if (SwallowedErrors::AreExpected())
+        return xstring();
     StringStream os(4096);
     macroVar.WriteNameAndFormalParameterList(os);
     return os.GetString();
@@ -65,6 +67,11 @@ SubString ReadActualArg(SubString& str, const LSMacroVariable& macroVar, bool is
                                                            const LSMacroVariable& macroVar,
                                                            const xvector<ActualArg>& args)
 {
+    if (!TakesContext(e))
+    {
+        AddErrorContext(e, {});
+        return;
+    }
     StringStream os(4096);
     os << "\n    invoking macro ";
     macroVar.WriteNameAndFormalParameterList(os);
@@ -78,7 +85,28 @@ SubString ReadActualArg(SubString& str, const LSMacroVariable& macroVar, bool is
     AddErrorContext(e, {os.GetString()});
 }
 
+[[gnu::noinline]] void MacroExpander::AddContextToHeldError(const LSMacroVariable& macroVar,
+                                                            const xvector<ActualArg>& args)
+{
+    ExpansionRun& run = CurrentRun();
+    try
+    {
+        AddInvocationContext(*HeldError::Get(run), macroVar, args);
+    }
+    catch (...)
+    {
+        HeldError::Drop(run);
+        throw;
+    }
+}
+
 void MacroExpander::InvokeVariable(LSVariable* var)
+{
+    if (!TryInvokeVariable(var))
+        HeldError::Throw(CurrentRun());
+}
+
+bool MacroExpander::TryInvokeVariable(LSVariable* var)
 {
     TELV_ASSERT(var);
     ExpansionLevel::CountStep(CurrentRun(), m_startDirectivePos);
@@ -86,13 +114,13 @@ void MacroExpander::InvokeVariable(LSVariable* var)
     {
         AdvanceWritePos(m_str.begin(), false);
         WriteValueOf(*var);
-        return;
+        return true;
     }
     LSMacroVariable* const macroVar = static_cast<LSMacroVariable*>(var);
-    if (macroVar->m_isFnArg)
-        InvokeMacroFunction(macroVar);
-    else
-        InvokeMacro(*macroVar);
+    if (!macroVar->m_isFnArg)
+        return TryInvokeMacro(*macroVar);
+    InvokeMacroFunction(macroVar);
+    return true;
 }
 
 void MacroExpander::WriteValueOf(const LSVariable& var)
@@ -107,7 +135,7 @@ void MacroExpander::WriteValueOf(const LSVariable& var)
     WriteCalculatedSubString(os.GetString());
 }
 
-void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
+bool MacroExpander::TryInvokeMacro(LSMacroVariable& macroVar)
 {
     xvector<ActualArg> args;
     if (macroVar.GetNumArgs() > 0)
@@ -121,8 +149,12 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
     BindArgs(macroVar, args, workingFrame);
     if (macroVar.m_isPython)
         WritePythonMacroResult(macroVar, workingFrame);
-    else
-        WriteMacroResult(macroVar, args, workingFrame);
+    else if (!TryExpandBody(macroVar, workingFrame)) [[unlikely]]
+    {
+        AddContextToHeldError(macroVar, args);
+        return false;
+    }
+    return true;
 }
 
 void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args)
@@ -179,22 +211,24 @@ LSVariable* MacroExpander::MakeValueArg(const LSMacroVariable& macroVar, const L
     return bound.release();
 }
 
-void MacroExpander::WriteMacroResult(LSMacroVariable& macroVar, const xvector<ActualArg>& args,
-                                     VarFrame& frame)
+/// Writes what the body of a macro comes to.
+bool MacroExpander::TryExpandBody(const LSMacroVariable& macroVar, VarFrame& frame)
 {
     const TextOwnerScope owner(BodyOwner(macroVar));
+    const SubString body = macroVar.GetSubstitutionString();
     try
     {
         if (macroVar.m_returnType == LSV_MACRO)
-            MacroExpand(nullptr, &frame, macroVar.GetSubstitutionString(), macroVar.m_indentation,
-                        GetOutputPos(), m_output);
-        else
-            WriteTypedValue(&frame, macroVar.GetSubstitutionString(), macroVar.m_returnType);
+            return MacroExpander(nullptr, &frame, body, macroVar.m_indentation, GetOutputPos(),
+                                 m_output)
+                .TryExpand();
+        WriteTypedValue(&frame, body, macroVar.m_returnType);
+        return true;
     }
     catch (LexScannerException& e)
     {
-        AddInvocationContext(e, macroVar, args);
-        throw;
+        HeldError::Hold(CurrentRun(), e);
+        return false;
     }
 }
 

@@ -5,6 +5,8 @@
 #include "tlMacroExpander/src/ErrorContext.h"
 #include "tlMacroExpander/src/StackGuard.h"
 #include <algorithm>
+#include <unordered_set>
+#include <utility>
 
 namespace telv
 {
@@ -53,6 +55,42 @@ private:
     LSToken m_prevToken;
     SubString m_str;
 };
+
+/// The files that have been parsed since the outermost call of ProcessImportedFile for one parser.
+/// Without it, files that import the next one twice would take exponential time. Lives in that
+/// call; parsers that call each other each have their own.
+class MpfwParser::ImportTree
+{
+public:
+    explicit ImportTree(const MpfwParser& parser)
+        : m_parser(parser), m_previous(std::exchange(t_current, this))
+    {
+    }
+    ~ImportTree() { t_current = m_previous; }
+    ImportTree(const ImportTree&) = delete;
+    ImportTree& operator=(const ImportTree&) = delete;
+
+    /// The tree of `parser`, or null when this call is its outermost.
+    static ImportTree* Find(const MpfwParser& parser)
+    {
+        ImportTree* tree = t_current;
+        while (tree != nullptr && &tree->m_parser != &parser)
+            tree = tree->m_previous;
+        return tree;
+    }
+
+    /// False when the file has been here.
+    bool Enter(const MpfwSourceFile& srcFile) { return m_files.insert(&srcFile).second; }
+
+private:
+    static thread_local constinit ImportTree* t_current;
+
+    const MpfwParser& m_parser;
+    ImportTree* m_previous;
+    std::unordered_set<const MpfwSourceFile*> m_files;
+};
+
+thread_local constinit MpfwParser::ImportTree* MpfwParser::ImportTree::t_current = nullptr;
 
 MpfwFrame::MpfwFrame(MpfwSourceFileList& srcFileList) : m_srcFileList(srcFileList) {}
 
@@ -190,6 +228,15 @@ bool MpfwParser::ParseImportDirective()
 void MpfwParser::ProcessImportedFile(MpfwSourceFile* srcFile)
 {
     TELV_ASSERT(srcFile);
+    ImportTree* const tree = ImportTree::Find(*this);
+    if (tree == nullptr)
+    {
+        ImportTree outermost(*this);
+        MpfwParser::ProcessImportedFile(srcFile);
+        return;
+    }
+    if (!tree->Enter(*srcFile))
+        return;
     CheckStack(m_token.m_str.begin());
     const ParserState state(*this);
     Init(srcFile->m_expanded);

@@ -70,8 +70,9 @@ public:
     virtual bool ResolveImportPath(const xstring& name, xstring& path);
 
     /// Called for each import statement with its file. This one parses the file's own statements,
-    /// imports and dollar macros, with this parser: again each time that the file is imported, as
-    /// a derived class with settings of its own may want. One that doesn't remembers its files.
+    /// imports and dollar macros, with this parser, and calls itself for what they import. Each
+    /// file is parsed once in such a tree of calls, and again when a later statement of the text
+    /// that the application gave imports it; a file that many others import costs no more than one.
     ///
     /// @throws LexScannerException  There is another statement: "Syntax error: " and the token.
     virtual void ProcessImportedFile(MpfwSourceFile* srcFile);
@@ -122,6 +123,7 @@ public:
 
 private:
     class ParserState;
+    class ImportTree;
 
     MpfwSourceFile* AddFileAt(const xstring& path, const char* pos);
     MpfwSourceFile* FindExactly(const xstring& path) const;
