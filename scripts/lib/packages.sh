@@ -28,6 +28,7 @@ find_missing() {
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     case $1 in
         coverage) need_command gcovr gcovr ;;
+        memcheck) need_command valgrind valgrind ;;
         fuzz | clang) need_clang ;;
         tidy)
             need_clang

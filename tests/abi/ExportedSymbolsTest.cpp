@@ -83,6 +83,12 @@ std::string OwnerOf(const std::string& name)
     return name.substr(begin, name.find_first_of("(<:[", begin) - begin);
 }
 
+/// Whether clang's sanitizer made the name: it compares the types of functions that are called.
+bool DescribesAFunctionType(const std::string& name)
+{
+    return name.starts_with("typeinfo ") && name.ends_with(")");
+}
+
 TEST(ExportedSymbolsTest, EveryPublicNameIsThere)
 {
     for (const char* const library : s_libraries)
@@ -103,10 +109,11 @@ TEST(ExportedSymbolsTest, NoInternalNameIsThere)
         const std::set<std::string> owners = List(std::string("owners-") + library);
         for (const std::string& name : ExportedNames(library))
         {
-            if (name.rfind("std::", 0) != 0 && name.find(" std::") == std::string::npos)
-            {
-                EXPECT_EQ(owners.count(OwnerOf(name)), 1u) << library << ": " << name;
-            }
+            const bool isOfCompiler = name.rfind("std::", 0) == 0 ||
+                                      name.find(" std::") != std::string::npos ||
+                                      DescribesAFunctionType(name);
+            EXPECT_TRUE(isOfCompiler || owners.count(OwnerOf(name)) == 1)
+                << library << ": " << name;
         }
     }
 }
