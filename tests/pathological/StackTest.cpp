@@ -2,6 +2,7 @@
 // 100,000 deep is expanded by the tool.
 #include "HostileTest.h"
 
+#include <optional>
 #include <sys/resource.h>
 
 namespace telv::test
@@ -55,11 +56,13 @@ class StackTest : public HostileTest
 {
 protected:
     /// Runs the client of the library, whose stack is the main thread's.
-    static ProgramResult RunClient(std::string_view source, unsigned long stack)
+    static ProgramResult RunClient(std::string_view source, unsigned long stack,
+                                   std::optional<unsigned long> addressSpace = {})
     {
         LimitedOptions options;
         options.input = source;
         options.stack = stack;
+        options.addressSpace = addressSpace;
         const ProgramResult result = RunLimited({TELV_LIBRARY_CLIENT_PATH}, options);
         EXPECT_EQ(result.signal, 0) << source.substr(0, 200);
         return result;
@@ -185,6 +188,13 @@ TEST_F(StackTest, LittleAddressSpaceIsNoSignal)
             EXPECT_EQ(result.status, 1) << space;
             EXPECT_EQ(result.err.rfind("main.tl(", 0), 0u) << Describe(result);
         }
+}
+
+TEST_F(StackTest, LittleAddressSpaceIsNoSignalForTheClient)
+{
+    for (const unsigned long stack : {8 * s_mebi, 256 * s_mebi, RLIM_INFINITY})
+        for (const unsigned long space : {10 * s_mebi, 14 * s_mebi, 40 * s_mebi, 150 * s_mebi})
+            EXPECT_EQ(RunClient(s_endless[0], stack, space).status, 1) << stack << ' ' << space;
 }
 
 #endif

@@ -3,6 +3,7 @@
 #include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -34,12 +35,18 @@ std::uintptr_t LowestUsable(std::uintptr_t low, std::uintptr_t high)
     return low + std::min(s_reserve, size / 2);
 }
 
-/// Without a limit the main thread's stack reaches down to the next mapping, wherever that is.
-bool IsUnlimitedMainStack()
+/// How much of the main thread's stack is counted on. It grows while it is used: without a limit of
+/// its own down to the next mapping, wherever that is, and only as long as the limit of the address
+/// space, which the texts need too, lets it.
+std::uintptr_t MostOfMainStack()
 {
+    std::uintptr_t most = std::numeric_limits<std::uintptr_t>::max();
     rlimit limit;
-    return gettid() == getpid() && getrlimit(RLIMIT_STACK, &limit) == 0 &&
-           limit.rlim_cur == RLIM_INFINITY;
+    if (getrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur == RLIM_INFINITY)
+        most = s_mostOfUnlimited;
+    if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+        most = std::min<std::uintptr_t>(most, limit.rlim_cur / 4);
+    return most;
 }
 
 void ReadThreadBounds(std::uintptr_t frame)
@@ -60,8 +67,9 @@ void ReadThreadBounds(std::uintptr_t frame)
         t_bounds.m_high = frame;
         t_bounds.m_low = frame - s_fiber;
     }
-    if (IsUnlimitedMainStack())
-        t_bounds.m_low = std::max(t_bounds.m_low, t_bounds.m_high - s_mostOfUnlimited);
+    if (gettid() == getpid())
+        t_bounds.m_low =
+            t_bounds.m_high - std::min(t_bounds.m_high - t_bounds.m_low, MostOfMainStack());
 }
 
 } // namespace
