@@ -73,6 +73,7 @@ public:
     /// imports and dollar macros, with this parser, and calls itself for what they import. Each
     /// file is parsed once in such a tree of calls, and again when a later statement of the text
     /// that the application gave imports it; a file that many others import costs no more than one.
+    /// One with an error counts as parsed.
     ///
     /// @throws LexScannerException  There is another statement: "Syntax error: " and the token.
     virtual void ProcessImportedFile(MpfwSourceFile* srcFile);
