@@ -3,8 +3,8 @@
 // by token. Brackets that are looked up give what scanning for them gives.
 #include "Checks.h"
 #include "Mutator.h"
-#include "tlMacroExpander/src/BracketCache.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/BracketCache.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <iterator>
 #include <vector>
 

@@ -1,10 +1,10 @@
 // The tool's own readers of bytes: command lines (arguments end with a NUL), values of options, and
 // what shows text: JSON strings, excerpts, UTF-8.
-#include "Options.h"
+#include "options/Options.h"
 #include "Checks.h"
-#include "Excerpt.h"
-#include "JsonText.h"
-#include "OptionValues.h"
+#include "report/Excerpt.h"
+#include "output/JsonText.h"
+#include "options/OptionValues.h"
 #include "Utf8.h"
 #include <algorithm>
 #include <iterator>

@@ -2,7 +2,7 @@
 //
 // The members are a sorted array, which takes three words. A frame has room for nothing else, so
 // the other three hold where the owning frame stands in the tree of frames; with that, looking up a
-// name need not walk every enclosing invocation (src/NameIndex.h). A frame has two sets; its depth
+// name need not walk every enclosing invocation (src/Frames/NameIndex.h). A frame has two sets; its depth
 // is in one and its number in the other.
 #pragma once
 

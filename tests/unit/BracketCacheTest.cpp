@@ -1,5 +1,5 @@
 // Matching brackets: scans with a cache give what scans without one give, and do not read twice.
-#include "tlMacroExpander/src/BracketCache.h"
+#include "tlMacroExpander/src/Scan/BracketCache.h"
 #include "ScannerSupport.h"
 #include <gtest/gtest.h>
 #include <random>

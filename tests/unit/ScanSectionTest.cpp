@@ -1,5 +1,5 @@
 // Arguments, bracketed sections and blocks: what is cut out, where the scan goes on, every error.
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "ScannerSupport.h"
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Tokens: what is one, where it ends, and every lexical error with its place.
 #include "ScannerSupport.h"
-#include "tlMacroExpander/src/CharClass.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion,
 // and written last, when everything has succeeded.
 #include "ExpandCommand.h"
-#include "DepfileWriter.h"
-#include "FileImportHandler.h"
-#include "GuardedRun.h"
-#include "MapWriter.h"
-#include "OutputSet.h"
+#include "output/DepfileWriter.h"
+#include "input/FileImportHandler.h"
+#include "report/GuardedRun.h"
+#include "output/MapWriter.h"
+#include "output/OutputSet.h"
 #include <unistd.h>
 
 namespace telv::tool

@@ -1,7 +1,7 @@
 // The command `tlexpand [OPTIONS] [FILE]`.
 #pragma once
 
-#include "Options.h"
+#include "options/Options.h"
 
 namespace telv::tool
 {

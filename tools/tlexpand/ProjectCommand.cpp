@@ -1,10 +1,10 @@
 // Reads the project and prints what was read.
 #include "ProjectCommand.h"
 #include "Files.h"
-#include "GuardedRun.h"
-#include "JsonText.h"
-#include "OutputFile.h"
-#include "ProjectReader.h"
+#include "report/GuardedRun.h"
+#include "output/JsonText.h"
+#include "output/OutputFile.h"
+#include "input/ProjectReader.h"
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>

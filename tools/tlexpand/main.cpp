@@ -3,12 +3,12 @@
 // Here is what comes before and after the work: the environment that a caller may have left in any
 // state, the choice of the command, and the exit status.
 #include "Cleanup.h"
-#include "Diagnostics.h"
+#include "report/Diagnostics.h"
 #include "ExpandCommand.h"
 #include "Files.h"
 #include "LargeStack.h"
-#include "Options.h"
-#include "OutputFile.h"
+#include "options/Options.h"
+#include "output/OutputFile.h"
 #include "ProjectCommand.h"
 #include <cstring>
 #include <malloc.h>

@@ -8,8 +8,8 @@
 // Functions that nest keep their frames small: rarely used literals live in functions of their own,
 // messages are composed out of line.
 #include "tlMacroExpander/src/ExpressionParser.h"
-#include "tlMacroExpander/src/ExpressionOperators.h"
-#include "tlMacroExpander/src/StackGuard.h"
+#include "tlMacroExpander/src/Expressions/ExpressionOperators.h"
+#include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlUtils/StringExt.h"
 #include <utility>
 

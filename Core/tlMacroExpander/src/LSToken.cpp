@@ -6,8 +6,8 @@
 // or two more characters decide. Operators take the longest form that their row of kinds knows.
 // What fails is composed apart, in cold functions, so that the loops stay small.
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/CharClass.h"
-#include "tlMacroExpander/src/TokenScan.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/TokenScan.h"
 
 namespace telv
 {

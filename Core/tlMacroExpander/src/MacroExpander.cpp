@@ -6,7 +6,7 @@
 
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 
 namespace telv
 {

@@ -3,7 +3,7 @@
 // A parser is a value that lives while one text is parsed and views that text.
 #pragma once
 
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {

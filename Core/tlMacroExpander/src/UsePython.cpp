@@ -7,12 +7,12 @@
 
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/UsePython"
 
-#include "tlMacroExpander/src/PythonApi.h"
+#include "tlMacroExpander/src/Python/PythonApi.h"
 // Python's header wants to be the first to include the system's.
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/PythonSignals.h"
-#include "tlMacroExpander/src/StackGuard.h"
+#include "tlMacroExpander/src/Python/PythonSignals.h"
+#include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include <algorithm>
 #include <cstring>

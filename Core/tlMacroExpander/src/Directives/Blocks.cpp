@@ -1,6 +1,6 @@
 // @quote and @scope: text as it stands, and text with a scope of its own.
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <cstring>
 #include <utility>
 

@@ -1,9 +1,9 @@
 // @if, @elseif, @else. All conditions of a chain are evaluated; the first true one chooses.
-#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/ParseExpanded.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {

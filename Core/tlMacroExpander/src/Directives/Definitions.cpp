@@ -4,11 +4,11 @@
 // in a frame that lives longer.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/OwningVariables.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <unordered_set>
 
 namespace telv

@@ -1,9 +1,9 @@
 // @print, @println, @assert, @assertfails, @fail: a text talks to its author and tests itself.
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/ParseExpanded.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {

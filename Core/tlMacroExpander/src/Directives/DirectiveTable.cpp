@@ -1,6 +1,6 @@
 // Directives by name: one row each. Rows only call.
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
-#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include <cstring>
 
 namespace telv

@@ -4,13 +4,13 @@
 // the string. The string dies with the directive, so no error that leaves here points into it.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/OwningVariables.h"
-#include "tlMacroExpander/src/ParseExpanded.h"
-#include "tlMacroExpander/src/ScanSection.h"
-#include "tlMacroExpander/src/TemporaryText.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
+#include "tlMacroExpander/src/Run/TemporaryText.h"
 
 namespace telv
 {

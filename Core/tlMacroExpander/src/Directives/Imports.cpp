@@ -1,10 +1,10 @@
 // @import, @importpath and @relativepath. Files are the import handler's business.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {

@@ -6,12 +6,12 @@
 // nested call, so what only errors need is composed elsewhere.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/OwningVariables.h"
-#include "tlMacroExpander/src/ScanSection.h"
-#include "tlMacroExpander/src/TemporaryText.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
+#include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/UsePython.h"
 
 namespace telv

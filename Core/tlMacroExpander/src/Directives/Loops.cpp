@@ -2,12 +2,12 @@
 //
 // The list of @for exists only while the loop runs; its elements are bound by name, and what they
 // define may outlive it, so it is a temporary text.
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/OwningVariables.h"
-#include "tlMacroExpander/src/ScanSection.h"
-#include "tlMacroExpander/src/TemporaryText.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
+#include "tlMacroExpander/src/Run/TemporaryText.h"
 
 namespace telv
 {

@@ -1,9 +1,9 @@
 // @runpython: a block of Python statements, expanded before it runs.
 #include "tlMacroExpander/ExpansionRun.h"
-#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/UsePython.h"
 
 namespace telv

@@ -1,8 +1,8 @@
 // @str and its kin write text as string literals; @unstr does the reverse; @$ defines a dollar
 // macro.
-#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/ScanSection.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <utility>
 
 namespace telv

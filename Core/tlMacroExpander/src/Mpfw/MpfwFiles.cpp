@@ -7,7 +7,7 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Mpfw/MpfwParser"
 
 #include "tlMacroExpander/ExpansionRun.h"
-#include "tlMacroExpander/src/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include <memory>
 #include <sys/stat.h>

@@ -2,8 +2,8 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Mpfw/MpfwParser"
 
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
-#include "tlMacroExpander/src/ErrorContext.h"
-#include "tlMacroExpander/src/StackGuard.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/StackGuard.h"
 #include <algorithm>
 #include <unordered_set>
 #include <utility>

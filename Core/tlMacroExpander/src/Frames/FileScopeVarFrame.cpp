@@ -1,0 +1,99 @@
+// File-scope frames: imports and dollar macros.
+#define TELV_SOURCE_PATH "Core/tlMacroExpander/src/LSVariable"
+
+#include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Frames/DollarMacroPass.h"
+#include "tlMacroExpander/src/Frames/NameIndex.h"
+#include <cstring>
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+namespace telv
+{
+
+FileScopeVarFrame::FileScopeVarFrame() : VarFrame(nullptr)
+{
+    m_fileScopeFrame = this;
+    m_setOfFrames.m_index = new NameIndex();
+}
+
+FileScopeVarFrame::~FileScopeVarFrame()
+{
+    delete m_setOfFrames.m_index;
+    m_setOfFrames.m_index = nullptr;
+    m_fileScopeFrame = nullptr;
+}
+
+void FileScopeVarFrame::AddImport(FileScopeVarFrame* md)
+{
+    TELV_ASSERT(md);
+    ImportFrame(md);
+    m_imports.push_back(md);
+}
+
+void FileScopeVarFrame::InsertDollarMacro(const xstring& name, const xstring& value)
+{
+    m_dollarMacrosMap[name] = value;
+    xstring variableName("_");
+    variableName += name;
+    variableName += '_';
+    m_localVariables.Add(std::make_unique<LSVar>(variableName, value).release());
+}
+
+const xstring* FileScopeVarFrame::FindDollarMacro(const xstring& name) const
+{
+    const auto own = m_dollarMacrosMap.find(name);
+    if (own != m_dollarMacrosMap.end())
+        return &own->second;
+    if (m_imports.empty())
+        return nullptr;
+
+    // Depth first in the order of import; a frame that was left without a hit has none to offer.
+    std::unordered_set<const FileScopeVarFrame*> visited{this};
+    std::vector<const FileScopeVarFrame*> pending;
+    const auto pushImports = [&](const FileScopeVarFrame* frame)
+    {
+        for (ssize_t i = frame->m_imports.size(); i-- > 0;)
+            pending.push_back(frame->m_imports[i]);
+    };
+    pushImports(this);
+    while (!pending.empty())
+    {
+        const FileScopeVarFrame* const frame = pending.back();
+        pending.pop_back();
+        if (!visited.insert(frame).second)
+            continue;
+        const auto found = frame->m_dollarMacrosMap.find(name);
+        if (found != frame->m_dollarMacrosMap.end())
+            return &found->second;
+        pushImports(frame);
+    }
+    return nullptr;
+}
+
+const char* ScanDollarMacro(SubString s, SubString& name)
+{
+    if (s.size() < 4 || s.m_p1[0] != '$' || s.m_p1[1] != '(')
+        return nullptr;
+    SubString rest(s.begin() + 2, s.end());
+    const char* const start = rest.begin();
+    if (!ScanIdentifier(rest) || rest.empty() || *rest != ')')
+        return nullptr;
+    name = SubString(start, rest.begin());
+    return rest.begin() + 1;
+}
+
+bool FileScopeVarFrame::ApplyDollarMacros(xostream& os, SubString s) const
+{
+    return RunDollarMacroPass(*this, os, s);
+}
+
+bool FileScopeVarFrame::ApplyDollarMacros(xstring& s) const
+{
+    const void* const dollar =
+        s.empty() ? nullptr : std::memchr(s.begin(), '$', static_cast<size_t>(s.size()));
+    return dollar != nullptr && SubstituteDollarMacros(*this, s);
+}
+
+} // namespace telv

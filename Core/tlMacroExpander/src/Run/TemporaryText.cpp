@@ -1,0 +1,69 @@
+// Temporary texts: registered with the run that made them, reported when they die under an error.
+#include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include <utility>
+
+namespace telv
+{
+
+/// Lets go of the chain in a loop: it can be as long as expansions were nested.
+TextOrigin::~TextOrigin()
+{
+    std::shared_ptr<TextOrigin> outer = std::move(m_outer);
+    while (outer != nullptr && outer.use_count() == 1)
+        outer = std::exchange(outer->m_outer, nullptr);
+}
+
+SubString TextOrigin::Outermost() const
+{
+    const TextOrigin* text = this;
+    while (text->m_outer != nullptr)
+        text = text->m_outer.get();
+    return text->m_origin;
+}
+
+const char* TextOrigin::NearestAlive() const
+{
+    const TextOrigin* text = this;
+    while (text->m_outer != nullptr && !text->m_outer->m_alive)
+        text = text->m_outer.get();
+    return text->m_origin.begin();
+}
+
+TemporaryText::TemporaryText(xstring& text, SubString origin)
+    : m_text(text), m_origin(std::make_shared<TextOrigin>())
+{
+    m_origin->m_begin = Text().begin();
+    m_origin->m_end = Text().end();
+    m_origin->m_origin = origin;
+
+    if (const TemporaryText* const outer = ExpansionLevel::CurrentOwner())
+        m_origin->m_outer = outer->m_origin;
+    if (Text().empty())
+        return;
+    ExpansionRun& run = CurrentRun();
+    if (run.m_liveTexts == nullptr)
+        run.m_liveTexts = std::make_shared<LiveTexts>();
+    m_liveTexts = run.m_liveTexts;
+    if (run.m_deadTexts.capacity() <= m_liveTexts->size())
+        run.m_deadTexts.reserve(m_liveTexts->size() * 2 + 1);
+    m_liveTexts->emplace(m_origin->m_begin, m_origin.get()); // last: nothing may fail after it
+}
+
+TemporaryText::~TemporaryText()
+{
+    m_origin->m_alive = false;
+    if (m_liveTexts == nullptr)
+        return;
+    m_liveTexts->erase(m_origin->m_begin);
+    const ExpansionLevel* const level = ExpansionLevel::Current();
+    if (level != nullptr && level->IsFailing())
+        CurrentRun().NoteDeath(*m_origin);
+}
+
+TextScope::TextScope(xstring& text, SubString origin)
+    : m_text(std::make_shared<TemporaryText>(text, origin))
+{
+}
+
+} // namespace telv

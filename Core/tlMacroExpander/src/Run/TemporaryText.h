@@ -1,0 +1,72 @@
+// Text that exists only while expanding and is itself expanded: the first result of `@[...]`, the
+// text of a call through a function argument, the list of `@for`.
+//
+// Definitions made in such a text view it and may outlive the directive that made it. They share
+// its ownership (OwningVariables.h). What is needed to say where a position in such a text came
+// from is kept apart, in a TextOrigin, which may outlive the characters.
+#pragma once
+
+#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/Run/TextMemory.h"
+
+namespace telv
+{
+
+/// Where a text came from. Forms a chain outwards through the texts that the directives stood in.
+class TextOrigin
+{
+public:
+    ~TextOrigin();
+
+    /// The directive or macro name, in text that the application gave, at the end of the chain.
+    SubString Outermost() const;
+    /// The start of the directive or macro name in the nearest text that is still alive.
+    const char* NearestAlive() const;
+
+    const char* m_begin = nullptr;
+    const char* m_end = nullptr;
+    SubString m_origin; ///< What made the text: in `m_outer`'s text, or in one that was given.
+    std::shared_ptr<TextOrigin> m_outer;
+    bool m_alive = true;
+};
+
+/// The characters, counted by those who view them.
+class TemporaryText : public std::enable_shared_from_this<TemporaryText>
+{
+public:
+    /// Takes over the characters of `text`. `origin`: the directive or macro name that made them,
+    /// in the text that is being expanded in the current run.
+    TemporaryText(xstring& text, SubString origin);
+    ~TemporaryText();
+    TemporaryText(const TemporaryText&) = delete;
+    TemporaryText& operator=(const TemporaryText&) = delete;
+
+    SubString Text() const { return m_text.View(); }
+    const TextOrigin& Origin() const { return *m_origin; }
+
+    bool m_isViewedByMap = false; ///< The run keeps it, for a piece of the mapped output.
+
+private:
+    using LiveTexts = std::map<const char*, TextOrigin*>;
+
+    TextMemory m_text;
+    std::shared_ptr<TextOrigin> m_origin;
+    std::shared_ptr<LiveTexts> m_liveTexts; ///< Of the run in which the text was made.
+};
+
+/// Holds a temporary text while the directive that made it works on it.
+class TextScope
+{
+public:
+    TextScope(xstring& text, SubString origin);
+    TextScope(const TextScope&) = delete;
+    TextScope& operator=(const TextScope&) = delete;
+
+    SubString Text() const { return m_text->Text(); }
+    TemporaryText* Owner() const { return m_text.get(); }
+
+private:
+    std::shared_ptr<TemporaryText> m_text;
+};
+
+} // namespace telv

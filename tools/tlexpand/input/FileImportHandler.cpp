@@ -1,0 +1,271 @@
+// Files are opened through the directory of the start, read whole and closed before they are
+// expanded, so that a long chain of imports needs one descriptor at a time.
+#include "input/FileImportHandler.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// The name as the system takes it, not normalised.
+std::string InDirectory(const std::string& directory, const std::string& name)
+{
+    return directory.empty() ? name : directory + "/" + name;
+}
+
+/// Takes the expansion of imported files, which nobody reads.
+class DiscardingStream final : public IndentingStream
+{
+public:
+    void Flush() override {}
+
+private:
+    void Write(const char*, ssize_t) override {}
+    char LastCharacter() const override { return '\n'; }
+};
+
+void ExpandForDefinitions(ImportHandler& handler, FileScopeVarFrame& frame, SubString text)
+{
+    DiscardingStream discarding;
+    xostream os(&discarding);
+    ExpandedOutput output(&os);
+    MacroExpand(&handler, &frame, text, 0, 0, output);
+}
+
+} // namespace
+
+/// Marks a text as being expanded for the length of a scope.
+class FileImportHandler::ActiveScope
+{
+public:
+    ActiveScope(FileImportHandler& handler, const Input& input, FileScopeVarFrame& frame)
+        : m_active(handler.m_active)
+    {
+        m_active.push_back({&input, &frame});
+    }
+    ~ActiveScope() { m_active.pop_back(); }
+    ActiveScope(const ActiveScope&) = delete;
+    ActiveScope& operator=(const ActiveScope&) = delete;
+
+private:
+    std::vector<Active>& m_active;
+};
+
+FileImportHandler::FileImportHandler(Sources& sources, ExpansionRun& run,
+                                     const std::vector<std::string>& importPaths)
+    : m_sources(sources), m_run(run), m_importPaths(importPaths)
+{
+}
+
+FileImportHandler::~FileImportHandler()
+{
+    // Importers go before what they import.
+    m_mainFrame.reset();
+    for (auto input = m_expanded.rbegin(); input != m_expanded.rend(); ++input)
+        (*input)->m_frame.reset();
+}
+
+FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name, xstring text,
+                                                      const char* importPos)
+{
+    Input& input = *m_inputs.emplace_back(std::make_unique<Input>());
+    input.m_name = name;
+    input.m_path = name;
+    input.m_file.m_name = xstring(ViewOf(name));
+    input.m_file.m_buffer.swap(text);
+    input.m_file.m_buffer.c_str(); // Gives an empty text an address of its own.
+    m_sources.Add(name, input.m_file.m_buffer, importPos);
+    m_run.AddSource(input.m_file);
+    return input;
+}
+
+void FileImportHandler::ReadMain(const std::string& path)
+{
+    const bool isStandardInput = path == "-";
+    const std::string name = isStandardInput ? "<stdin>" : path;
+    Descriptor opened;
+    if (!isStandardInput)
+    {
+        opened = Descriptor(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
+        if (!opened.IsOpen())
+            throw MakeFileError("read", path, errno);
+    }
+    const int fd = isStandardInput ? STDIN_FILENO : opened.Get();
+    Input& input = AddInput(name, ReadAll(fd, name), nullptr);
+    struct stat status;
+    if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode))
+    {
+        input.m_identity = FileIdentity(status);
+        m_byIdentity[*input.m_identity] = &input;
+    }
+}
+
+void FileImportHandler::Define(const std::string& name, const std::string& value)
+{
+    m_prelude.Define(xstring(ViewOf(name)), xstring(ViewOf(value)));
+}
+
+void FileImportHandler::Evaluate(const std::string& text)
+{
+    const Input& input = AddInput("<command line>", xstring(ViewOf(text)), nullptr);
+    FileScopeVarFrame& frame = m_prelude.StartText();
+    const ActiveScope scope(*this, input, frame);
+    ExpandForDefinitions(*this, frame, input.m_file.m_buffer);
+    m_prelude.FinishText();
+}
+
+void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output)
+{
+    const Input& input = *m_inputs.front();
+    m_mainFrame = std::make_unique<FileScopeVarFrame>();
+    m_prelude.MakeVisibleIn(*m_mainFrame);
+    m_mainOutput = &output;
+    const ActiveScope scope(*this, input, *m_mainFrame);
+    MacroExpand(this, m_mainFrame.get(), input.m_file.m_buffer, srcIndent, dstIndent, output);
+    m_mainOutput = nullptr;
+}
+
+std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) const
+{
+    xstring expanded(name);
+    try
+    {
+        m_active.back().m_frame->ApplyDollarMacros(expanded);
+    }
+    catch (LexScannerException& e)
+    {
+        e.m_pos = pos;
+        throw;
+    }
+    return ToStdString(expanded);
+}
+
+std::optional<std::string> FileImportHandler::FindPath(const std::string& name) const
+{
+    if (name.starts_with('/'))
+        return IsRegularFile(name) ? std::optional(name) : std::nullopt;
+    std::vector<std::string> directories = {CurrentDirectory()};
+    directories.insert(directories.end(), m_registeredPaths.begin(), m_registeredPaths.end());
+    directories.insert(directories.end(), m_importPaths.begin(), m_importPaths.end());
+    for (const std::string& directory : directories)
+    {
+        // Links and backslashes mean what they mean to the system, unless that leads nowhere.
+        for (const std::string& path : {InDirectory(directory, name), JoinPath(directory, name)})
+            if (IsRegularFile(path))
+                return path;
+    }
+    return std::nullopt;
+}
+
+/// The file at `path`, read unless it was read before; null when it can't be read.
+FileImportHandler::Input* FileImportHandler::Open(const std::string& path, const char* importPos)
+try
+{
+    constexpr int flags = O_RDONLY | O_NOCTTY | O_NONBLOCK;
+    const Descriptor fd(OpenAt(StartDirectory(), path.c_str(), flags));
+    struct stat status;
+    if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return nullptr;
+    const FileIdentity identity(status);
+    if (const auto known = m_byIdentity.find(identity); known != m_byIdentity.end())
+        return known->second;
+    const std::string name = path.starts_with('/') ? path : JoinPath("", path);
+    Input& input = AddInput(name, ReadAll(fd.Get(), path), importPos);
+    input.m_path = path;
+    input.m_identity = identity;
+    m_byIdentity[identity] = &input;
+    return &input;
+}
+catch (const FileError&)
+{
+    return nullptr;
+}
+
+void FileImportHandler::CheckCycle(const Input& input, const char* pos) const
+{
+    const auto first = std::ranges::find(m_active, &input, &Active::m_input);
+    if (first == m_active.end())
+        return;
+    xstring description("Import cycle: ");
+    for (auto active = first; active != m_active.end(); ++active)
+    {
+        description += ViewOf(active->m_input->m_name);
+        description += " -> ";
+    }
+    description += ViewOf(input.m_name);
+    throw LexScannerException(description, pos);
+}
+
+void FileImportHandler::ExpandImport(Input& input)
+{
+    input.m_frame = std::make_unique<FileScopeVarFrame>();
+    m_prelude.MakeVisibleIn(*input.m_frame);
+    const ActiveScope scope(*this, input, *input.m_frame);
+    ExpandForDefinitions(*this, *input.m_frame, input.m_file.m_buffer);
+    m_expanded.push_back(&input);
+}
+
+bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
+{
+    const std::string name = ExpandName(path, pos);
+    m_registeredPaths.push_back(name.starts_with('/') ? name
+                                                      : InDirectory(CurrentDirectory(), name));
+    if (IsInMain())
+        m_marks.NoteImportPath(*m_mainOutput);
+    return true;
+}
+
+bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const char* pos)
+{
+    const auto found = FindPath(ExpandName(path, pos));
+    Input* const input = found ? Open(*found, pos) : nullptr;
+    if (input == nullptr)
+        return false;
+    CheckCycle(*input, pos);
+    if (IsInMain())
+        m_marks.NoteImport(*m_mainOutput, m_active.back().m_input->m_file.m_buffer, pos);
+    if (input->m_frame == nullptr)
+        ExpandImport(*input);
+    vf->m_fileScopeFrame->AddImport(input->m_frame.get());
+    return true;
+}
+
+std::optional<FileIdentity> FileImportHandler::MainIdentity() const
+{
+    return m_inputs.front()->m_identity;
+}
+
+/// The name of a file, unless normalising has made it lead elsewhere.
+std::string FileImportHandler::PathOf(const Input& input)
+{
+    struct stat status;
+    const bool isItsPath = fstatat(StartDirectory(), input.m_name.c_str(), &status, 0) == 0 &&
+                           FileIdentity(status) == input.m_identity;
+    return isItsPath ? input.m_name : input.m_path;
+}
+
+std::vector<std::string> FileImportHandler::ImportedPaths() const
+{
+    std::vector<std::string> paths;
+    for (size_t i = 1; i < m_inputs.size(); ++i)
+        if (m_inputs[i]->m_identity)
+            paths.push_back(PathOf(*m_inputs[i]));
+    return paths;
+}
+
+std::vector<FileIdentity> FileImportHandler::ImportedIdentities() const
+{
+    std::vector<FileIdentity> identities;
+    for (size_t i = 1; i < m_inputs.size(); ++i)
+        if (m_inputs[i]->m_identity)
+            identities.push_back(*m_inputs[i]->m_identity);
+    return identities;
+}
+
+} // namespace telv::tool

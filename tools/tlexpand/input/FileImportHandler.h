@@ -1,0 +1,100 @@
+// Reads and expands the files of a run: the main file, and what it and its imports import.
+//
+// A file is read and expanded once, whatever name it is reached by (device and inode tell), in a
+// frame of its own, which the frames of its importers import. Names are looked for in the directory
+// of the importing file, then where `@importpath` said, then in the directories of the command
+// line.
+#pragma once
+
+#include "Files.h"
+#include "output/ImportText.h"
+#include "input/Prelude.h"
+#include "input/Sources.h"
+#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/MacroExpand.h"
+#include "tlMacroExpander/src/LSSourceFile.h"
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace telv::tool
+{
+
+class FileImportHandler final : public ImportHandler
+{
+public:
+    /// Everything is borrowed and must outlive this object. Files are made known to both.
+    FileImportHandler(Sources& sources, ExpansionRun& run,
+                      const std::vector<std::string>& importPaths);
+    ~FileImportHandler();
+
+    /// Reads the main file; "-" is standard input. To be called first.
+    ///
+    /// @throws FileError
+    void ReadMain(const std::string& path);
+
+    /// Adds a dollar macro that every file sees.
+    void Define(const std::string& name, const std::string& value);
+    /// Expands a text of the command line whose definitions every file sees.
+    void Evaluate(const std::string& text);
+
+    /// Expands the main file, noting where its imports land in `output`.
+    void ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output);
+    const ImportMarks& Marks() const { return m_marks; }
+
+    /// Where the main file is; nothing for a pipe or a device.
+    std::optional<FileIdentity> MainIdentity() const;
+    /// Names that lead to the files that were imported, in the order of reading.
+    std::vector<std::string> ImportedPaths() const;
+    std::vector<FileIdentity> ImportedIdentities() const;
+
+    bool HandleImportPath(const xstring& path, const char* pos) override;
+    bool HandleImport(VarFrame* vf, const xstring& path, const char* pos) override;
+
+private:
+    /// A text that was read, and its frame.
+    struct Input
+    {
+        LSSourceFile m_file;
+        std::optional<FileIdentity> m_identity; ///< Of a regular file.
+        std::string m_name;                     ///< As it is shown.
+        std::string m_path; ///< As it was opened: its directory is that of its imports.
+        std::unique_ptr<FileScopeVarFrame> m_frame; ///< Null until it is expanded as an import.
+    };
+
+    /// A text that is being expanded.
+    struct Active
+    {
+        const Input* m_input;
+        FileScopeVarFrame* m_frame;
+    };
+
+    class ActiveScope;
+
+    Input& AddInput(const std::string& name, xstring text, const char* importPos);
+    std::string ExpandName(const xstring& name, const char* pos) const;
+    std::optional<std::string> FindPath(const std::string& name) const;
+    Input* Open(const std::string& path, const char* importPos);
+    void CheckCycle(const Input& input, const char* pos) const;
+    void ExpandImport(Input& input);
+    static std::string PathOf(const Input& input);
+    std::string CurrentDirectory() const { return DirectoryOf(m_active.back().m_input->m_path); }
+    bool IsInMain() const { return m_mainOutput != nullptr && m_active.size() == 1; }
+
+    Sources& m_sources;
+    ExpansionRun& m_run;
+    const std::vector<std::string>& m_importPaths;
+    std::vector<std::unique_ptr<Input>> m_inputs; ///< The main file first.
+    Prelude m_prelude;                            ///< Views inputs.
+    std::vector<Input*> m_expanded;               ///< Imports, in the order of being finished.
+    std::map<FileIdentity, Input*> m_byIdentity;
+    std::vector<std::string> m_registeredPaths; ///< By `@importpath`.
+    std::vector<Active> m_active;               ///< Innermost last.
+    std::unique_ptr<FileScopeVarFrame> m_mainFrame;
+    const ExpandedOutput* m_mainOutput = nullptr; ///< While the main file is expanded.
+    ImportMarks m_marks;
+};
+
+} // namespace telv::tool

@@ -1,0 +1,52 @@
+// What --help prints.
+#include "options/Options.h"
+
+namespace telv::tool
+{
+
+const char* const s_expandHelp =
+    R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
+       tlexpand project [OPTIONS] FILE    read a project file ('-': standard input) and
+                                          print it as JSON
+
+Options of an expansion:
+  -o, --output FILE        write the expansion to FILE (default: standard output)
+  -I, --import-path DIR    search DIR for imported files; repeatable
+  -D, --define NAME=VALUE  define a dollar macro that every file sees
+  -E, --eval TEXT          expand TEXT first; its definitions are seen by every file
+      --src-indent N       indentation of the source's lines that is removed
+      --dst-indent N       indentation that the lines of the output get
+      --keep-imports       keep the text of import directives in the output
+      --map FILE           write the map from the output to the sources as JSON
+      --depfile FILE       write a dependency file for make and ninja (needs -o)
+      --no-python          refuse Python
+      --max-depth N        limit the nesting of expansions
+      --max-steps N        limit the number of expansions, invocations and loop rounds
+      --max-output SIZE    limit the output: bytes, or with K, M or G
+      --color WHEN         colour diagnostics: auto, always or never
+      --version            print the version
+      --help               print this
+
+FILE of an output may be '-', standard output, for one of them.
+Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file that
+cannot be read or written.
+)";
+
+const char* const s_projectHelp =
+    R"(Usage: tlexpand project [OPTIONS] FILE    read a project file ('-': standard input) and
+                                          print it as JSON
+
+Options:
+      --setting NAME       $NAME = "..." is a setting; repeatable
+      --path-setting NAME  the same for a path with forward slashes; repeatable
+  -I, --import-path DIR    search DIR for imported files; repeatable
+  -D, --define NAME=VALUE  define a dollar macro
+      --no-python          refuse Python
+      --max-depth N, --max-steps N, --max-output SIZE
+                           limits, as for an expansion
+      --color WHEN         colour diagnostics: auto, always or never
+      --version            print the version
+      --help               print this
+)";
+
+} // namespace telv::tool

@@ -1,0 +1,109 @@
+// Numbers are read with from_chars: digits only, and what does not fit is refused.
+#include "options/OptionValues.h"
+#include "Files.h"
+#include <charconv>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+constexpr ssize_t s_largestIndent = 1'000'000;
+
+[[noreturn]] void ThrowBadValue(const char* option, const std::string& text, const char* wanted)
+{
+    throw UsageError(std::string("bad value '") + text + "' for " + option + ": " + wanted);
+}
+
+/// Reads digits at the start of the text; returns where they end, or null when they are none or
+/// too many.
+const char* ReadDigits(const std::string& text, ssize_t& value)
+{
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    const bool isNumber = error == std::errc() && value >= 0 && text.front() != '-';
+    return isNumber ? stop : nullptr;
+}
+
+bool IsIdentifier(const std::string& text)
+{
+    SubString rest = ViewOf(text);
+    return ScanIdentifier(rest) && rest.empty();
+}
+
+} // namespace
+
+Definition ParseDefinition(const std::string& text)
+{
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        ThrowBadValue("-D", text, "NAME=VALUE is wanted");
+    const std::string name = text.substr(0, equals);
+    if (!IsIdentifier(name))
+        ThrowBadValue("-D", text, "the name before '=' must be an identifier");
+    return {false, name, text.substr(equals + 1)};
+}
+
+std::string ParseIdentifier(const char* option, const std::string& text)
+{
+    if (!IsIdentifier(text))
+        ThrowBadValue(option, text, "an identifier is wanted");
+    return text;
+}
+
+std::string ParseFileName(const char* option, const std::string& text)
+{
+    if (text.empty())
+        ThrowBadValue(option, text, "the name of a file is wanted");
+    return text;
+}
+
+ssize_t ParseIndent(const char* option, const std::string& text)
+{
+    ssize_t columns = 0;
+    if (ReadDigits(text, columns) != text.data() + text.size() || columns > s_largestIndent)
+        ThrowBadValue(option, text, "a number of columns from 0 to 1000000 is wanted");
+    return columns;
+}
+
+ssize_t ParseCount(const char* option, const std::string& text)
+{
+    ssize_t count = 0;
+    if (ReadDigits(text, count) != text.data() + text.size())
+        ThrowBadValue(option, text, "a number of 0 or more is wanted");
+    return count;
+}
+
+ssize_t ParseSize(const char* option, const std::string& text)
+{
+    static const std::string s_units = "KMG";
+    const char* const wanted = "a number of bytes is wanted, or of K, M or G";
+    ssize_t size = 0;
+    const char* const stop = ReadDigits(text, size);
+    if (stop == nullptr)
+        ThrowBadValue(option, text, wanted);
+    const std::string unit(stop, text.data() + text.size());
+    if (unit.empty())
+        return size;
+    const size_t power = unit.size() == 1 ? s_units.find(unit) : std::string::npos;
+    if (power == std::string::npos)
+        ThrowBadValue(option, text, wanted);
+    const auto shift = static_cast<int>(10 * (power + 1));
+    if (size > (ExpansionLimits::s_none >> shift))
+        ThrowBadValue(option, text, wanted);
+    return size << shift;
+}
+
+Colour ParseColour(const std::string& text)
+{
+    if (text == "auto")
+        return Colour::Auto;
+    if (text == "always")
+        return Colour::Always;
+    if (text == "never")
+        return Colour::Never;
+    ThrowBadValue("--color", text, "auto, always or never is wanted");
+}
+
+} // namespace telv::tool

@@ -1,0 +1,24 @@
+// The values that options take. Each function throws a UsageError that names the option.
+#pragma once
+
+#include "options/Options.h"
+
+namespace telv::tool
+{
+
+/// NAME=VALUE, NAME being an identifier.
+Definition ParseDefinition(const std::string& text);
+/// An identifier.
+std::string ParseIdentifier(const char* option, const std::string& text);
+/// A name that is not empty.
+std::string ParseFileName(const char* option, const std::string& text);
+/// Columns: 0 to 1,000,000.
+ssize_t ParseIndent(const char* option, const std::string& text);
+/// A number of 0 or more.
+ssize_t ParseCount(const char* option, const std::string& text);
+/// Bytes, or with K, M or G behind the number: 1024 to the power of 1, 2 or 3 of them.
+ssize_t ParseSize(const char* option, const std::string& text);
+/// auto, always, never.
+Colour ParseColour(const std::string& text);
+
+} // namespace telv::tool

@@ -1,0 +1,87 @@
+// Temporary files first, since they can be taken back; then what is written directly; then the
+// renames, which no signal interrupts.
+#include "output/OutputSet.h"
+#include "options/Options.h"
+#include <algorithm>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+OutputFile& OutputSet::Add(const std::string& path)
+{
+    OutputFile& added = m_outputs.emplace_back(path).m_file;
+    for (const Output& output : m_outputs)
+        if (&output.m_file != &added && output.m_file.IsSameFile(added))
+            throw UsageError("'" + output.m_file.Path() + "' and '" + path +
+                             "' are the same output");
+    return added;
+}
+
+void OutputSet::RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const
+{
+    for (const Output& output : m_outputs)
+        if (&output.m_file != allowed && output.m_file.IsFile(identity))
+            throw UsageError("the output '" + output.m_file.Path() + "' is a file that is read");
+}
+
+void OutputSet::RefuseStandardOutput(const std::vector<FileIdentity>& imports) const
+{
+    struct stat status;
+    if (fstat(STDOUT_FILENO, &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    const FileIdentity identity(status);
+    for (const Output& output : m_outputs)
+        if (output.m_file.IsFile(identity))
+            throw UsageError("standard output and '" + output.m_file.Path() +
+                             "' are the same output");
+    if (std::ranges::find(imports, identity) != imports.end())
+        throw UsageError("standard output is a file that is read");
+}
+
+void OutputSet::SetContent(OutputFile& file, Content content)
+{
+    for (Output& output : m_outputs)
+        if (&output.m_file == &file)
+            output.m_content = std::move(content);
+}
+
+void OutputSet::WriteAllOf(bool direct)
+{
+    for (Output& output : m_outputs)
+        if (output.m_file.IsDirect() == direct)
+            output.m_file.Write(output.m_content);
+}
+
+void OutputSet::Commit()
+{
+    WriteAllOf(/*direct=*/false);
+    WriteAllOf(/*direct=*/true);
+    if (m_standardOutput)
+        WriteStandardOutput(m_standardOutput);
+    const SignalBlocker blocker;
+    RenameAll();
+}
+
+/// The earlier files stay at hand until the last output has its place; for a single one there is
+/// nothing to keep in step.
+void OutputSet::RenameAll()
+{
+    if (m_outputs.size() == 1)
+        return m_outputs.front().m_file.Rename();
+    try
+    {
+        for (Output& output : m_outputs)
+            output.m_file.Exchange();
+    }
+    catch (...)
+    {
+        for (Output& output : m_outputs)
+            output.m_file.UndoExchange();
+        throw;
+    }
+    for (Output& output : m_outputs)
+        output.m_file.Settle();
+}
+
+} // namespace telv::tool

@@ -1,0 +1,54 @@
+// All outputs of a run: they take their places together, or none does.
+#pragma once
+
+#include "output/OutputFile.h"
+#include <deque>
+#include <vector>
+
+namespace telv::tool
+{
+
+class OutputSet
+{
+public:
+    /// Adds an output and finds out where it goes. The reference stays valid.
+    ///
+    /// @throws UsageError  It is the same regular file as another output.
+    /// @throws FileError   See OutputFile.
+    OutputFile& Add(const std::string& path);
+
+    /// @throws UsageError  An output other than `allowed` (may be null) is the file `identity`,
+    ///     which the run has read.
+    void RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const;
+
+    /// @throws UsageError  Standard output, to which something will be written, is the same regular
+    ///     file as an output or as an imported one.
+    void RefuseStandardOutput(const std::vector<FileIdentity>& imports) const;
+
+    /// What is to be written to `output`.
+    void SetContent(OutputFile& output, Content content);
+    /// What is to be written to standard output.
+    void SetStandardOutput(Content content) { m_standardOutput = std::move(content); }
+
+    /// Writes everything; then renames everything. After a FileError every output is what it was
+    /// before, where the file system can exchange two files; elsewhere each is the earlier one or
+    /// the new one.
+    void Commit();
+
+private:
+    struct Output
+    {
+        explicit Output(const std::string& path) : m_file(path) {}
+
+        OutputFile m_file;
+        Content m_content;
+    };
+
+    void WriteAllOf(bool direct);
+    void RenameAll();
+
+    std::deque<Output> m_outputs;
+    Content m_standardOutput;
+};
+
+} // namespace telv::tool

@@ -1,0 +1,122 @@
+// The first line is composed by the exception itself; colour is put around its parts afterwards.
+#include "report/Diagnostics.h"
+#include "Files.h"
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// A message can quote whole expanded texts; of a longer one, the two ends are shown.
+constexpr size_t s_longestMessage = 64 * 1024;
+constexpr size_t s_endOfMessage = 16 * 1024;
+
+bool WantsColour(Colour colour)
+{
+    if (colour != Colour::Auto)
+        return colour == Colour::Always;
+    const char* const terminal = std::getenv("TERM");
+    const char* const refusal = std::getenv("NO_COLOR");
+    const bool refused = refusal != nullptr && *refusal != '\0';
+    return isatty(STDERR_FILENO) == 1 && !refused && terminal != nullptr &&
+           std::strcmp(terminal, "dumb") != 0;
+}
+
+/// `message`, or its two ends when it would be too long behind `used` characters.
+std::string Shorten(SubString message, size_t used)
+{
+    const size_t length = static_cast<size_t>(message.size());
+    const size_t size = length + used;
+    if (size <= s_longestMessage)
+        return ToStdString(message);
+    const size_t head = s_longestMessage - s_endOfMessage;
+    const size_t begin = std::min(head - std::min(head, used), length);
+    const size_t end = std::min(s_endOfMessage, length);
+    const size_t left = size - s_longestMessage;
+    return ToStdString(SubString(message.begin(), message.begin() + begin)) + "\n... (" +
+           std::to_string(left) + " bytes left out) ...\n" +
+           ToStdString(SubString(message.end() - end, message.end()));
+}
+
+void WriteToStandardError(const std::string& text)
+{
+    // There is nobody left to tell about a failure.
+    (void)WriteAll(STDERR_FILENO, ViewOf(text));
+}
+
+} // namespace
+
+Diagnostics::Diagnostics(const Sources& sources, Colour colour) : m_sources(sources)
+{
+    m_style.m_escape = isatty(STDERR_FILENO) == 1;
+    m_style.m_colour = WantsColour(colour);
+}
+
+void Diagnostics::Report(const LexScannerException& error) const
+{
+    const char* pos = error.m_pos;
+    const Source* source = m_sources.Find(pos);
+    if (source == nullptr && m_sources.Count() == 0)
+        return ReportToolError(ToStdString(error.m_description));
+    if (source == nullptr)
+    {
+        source = &m_sources[0];
+        pos = source->Text().begin();
+    }
+    WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
+                         MakeImportLines(*source));
+}
+
+std::string Diagnostics::Show(SubString text) const
+{
+    return m_style.m_escape ? EscapeForTerminal(text) : ToStdString(text);
+}
+
+std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const Source& source,
+                                        const char* pos) const
+{
+    const std::string place = source.Name() + "(" + std::to_string(source.Line(pos)) + ") : ";
+    const std::string word = "error";
+    // Before anything is composed: the message may be most of what there is memory for.
+    const std::string message =
+        Shorten(error.m_description, place.size() + word.size() + std::strlen(" : "));
+    LexScannerException located(ViewOf(message), pos);
+    located.m_path = xstring(ViewOf(source.Name()));
+    located.m_lineNumber = source.Line(pos);
+    StringStream os(4096);
+    located.Write(os);
+    const std::string text = ToStdString(os.GetString());
+    const std::string rest = text.substr(place.size() + word.size());
+    const std::string_view paint[] = {"\x1b[1m", "\x1b[31m", "\x1b[0m\x1b[1m", "\x1b[0m"};
+    const auto colour = [&](int index)
+    { return m_style.m_colour ? std::string(paint[index]) : std::string(); };
+    return colour(0) + Show(ViewOf(place)) + colour(1) + word + colour(2) + Show(ViewOf(rest)) +
+           colour(3) + "\n";
+}
+
+std::string Diagnostics::MakeImportLines(const Source& source) const
+{
+    std::string lines;
+    const char* pos = source.ImportPosition();
+    while (const Source* importer = m_sources.Find(pos))
+    {
+        lines += "imported from " + Show(ViewOf(importer->Name())) + "(" +
+                 std::to_string(importer->Line(pos)) + ")\n";
+        pos = importer->ImportPosition();
+    }
+    return lines;
+}
+
+void ReportToolError(const std::string& message)
+{
+    const std::string shown =
+        isatty(STDERR_FILENO) == 1 ? EscapeForTerminal(ViewOf(message)) : message;
+    WriteToStandardError("tlexpand: " + shown + "\n");
+}
+
+} // namespace telv::tool

@@ -1,0 +1,37 @@
+// Errors as the user sees them: the line that editors and build servers parse, the source line with
+// a caret, and the imports through which the file was reached.
+#pragma once
+
+#include "report/Excerpt.h"
+#include "options/Options.h"
+#include "input/Sources.h"
+#include "tlMacroExpander/src/LSToken.h"
+
+namespace telv::tool
+{
+
+/// Writes errors to standard error.
+class Diagnostics
+{
+public:
+    /// `sources` must outlive this.
+    Diagnostics(const Sources& sources, Colour colour);
+
+    /// Reports `error`, which stands at `error.m_pos`; a position outside the sources counts as
+    /// the beginning of the first one.
+    void Report(const LexScannerException& error) const;
+
+private:
+    std::string MakeFirstLines(const LexScannerException& error, const Source& source,
+                               const char* pos) const;
+    std::string MakeImportLines(const Source& source) const;
+    std::string Show(SubString text) const;
+
+    const Sources& m_sources;
+    ExcerptStyle m_style;
+};
+
+/// Writes "tlexpand: MESSAGE" to standard error.
+void ReportToolError(const std::string& message);
+
+} // namespace telv::tool

@@ -1,0 +1,22 @@
+// Turns whatever the library throws while it works on a text into a diagnostic.
+#pragma once
+
+#include "report/Diagnostics.h"
+#include "output/PrintedText.h"
+#include "tlMacroExpander/ExpansionRun.h"
+#include <functional>
+
+namespace telv::tool
+{
+
+/// Runs `work`, in which texts are expanded. False after an error, which has been reported with the
+/// place that `run` knows. What the texts print is sent off in any case.
+///
+/// A process that Python code forked off ends when that code has ended: the run is the parent's to
+/// finish. `run` calls for this and for `printed` during the work only.
+///
+/// @throws FileError, UsageError  From `work`, as they are.
+bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sources& sources,
+                const Diagnostics& diagnostics, PrintedText& printed);
+
+} // namespace telv::tool
