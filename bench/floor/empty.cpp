@@ -1,0 +1,2 @@
+// An empty program: what it costs to start one.
+int main() {}

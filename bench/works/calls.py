@@ -1,0 +1,28 @@
+"""300,000 calls with three arguments that the body uses twice each, nested two deep: half of them in
+the body of another macro, half in an argument."""
+from harness.words import Words
+from harness.work import MB, Work, input_size, put, scaled
+
+
+class Calls(Work):
+    name = "calls"
+    title = "300,000 calls, three arguments used twice, two deep"
+    floor = "calls"
+    must, goal, floor_goal = 0.5, 0.14, 2.0
+    memory = "input + 8 MB"
+
+    def lines(self, scale):
+        """Lines with a call each, five calls on two lines."""
+        words = Words(3)
+        for i in range(scaled(60_000, scale)):
+            a, b, c, d, e = (words.word() for _ in range(5))
+            yield f"{a}{i} = outer({b}, {c}, {d});\n"
+            yield f"{b}{i} = inner(inner({a}, {b}, {c}), {d}, {e});\n"
+
+    def write(self, folder, scale):
+        put(folder, "input.tl",
+            "@def inner(a, b, c) = {[a b c c b a]}\n",
+            "@def outer(a, b, c) = {inner(a, b, c) + inner(c, b, a)}\n", *self.lines(scale))
+
+    def memory_limit(self, folder):
+        return input_size(folder) + 8 * MB
