@@ -30,3 +30,21 @@ install(FILES
     DESTINATION ${telvPackageDir})
 install(FILES ${CMAKE_BINARY_DIR}/tlMacroExpander.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The manual page and the completions, where the shells and `man` look for them.
+include(${CMAKE_CURRENT_LIST_DIR}/TelvManual.cmake)
+if(telvManualFiles)
+    install(FILES ${telvManualDir}/tlexpand.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+        COMPONENT runtime OPTIONAL)
+    install(FILES ${telvManualDir}/tlexpand.bash
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        RENAME tlexpand
+        COMPONENT runtime OPTIONAL)
+    install(FILES ${telvManualDir}/_tlexpand
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
+        COMPONENT runtime OPTIONAL)
+    install(FILES ${telvManualDir}/tlexpand.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+        COMPONENT runtime OPTIONAL)
+endif()

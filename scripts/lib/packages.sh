@@ -24,6 +24,9 @@ find_missing() {
     need_command ninja ninja-build
     need_command make make
     need_command python3 python3
+    need_command zsh zsh
+    need_command fish fish
+    need_command mandoc mandoc
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     case $1 in
