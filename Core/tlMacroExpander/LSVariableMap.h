@@ -1,8 +1,8 @@
-// The visible variables of a list by name: an ordered map in six words that costs next to nothing
-// while it is small.
+// The visible variables of a list by name: what an ordered map would offer, in six words.
 //
-// Two variables fit in place; more go to a hash table on the heap. The order is made when somebody
-// asks for it, which only dumps do.
+// The variables stand in the table of names of the tree of frames that the list belongs to
+// (src/Frames/NameTable.h); this is what that table says about one frame. A list without a frame
+// has a table of its own. The order is made when somebody asks for it, which only dumps do.
 #pragma once
 
 #include "tlMacroExpander/Export.h"
@@ -13,14 +13,12 @@ namespace telv
 {
 
 class LSVariable;
+class NameEntry;
+class NameTable;
 class VarFrame;
+struct NameBinding;
 
-/// Hash of a name, for the tables of variables. Differs from process to process, so that no text
-/// can choose names that collide.
-uint64 HashName(SubString name);
-
-/// Map from name to variable, iterated in the order of `strcmp` on the names. Owns no variable;
-/// names are those of the variables.
+/// Map from name to variable, iterated in the order of `strcmp` on the names. Owns no variable.
 class TLEXPANDER_API LSVariableMap
 {
 public:
@@ -53,7 +51,11 @@ public:
     using iterator = const_iterator;
 
     LSVariableMap() = default;
-    ~LSVariableMap();
+    ~LSVariableMap()
+    {
+        if (m_ownsNames || m_sorted != nullptr)
+            Free();
+    }
     LSVariableMap(const LSVariableMap&) = delete;
     LSVariableMap& operator=(const LSVariableMap&) = delete;
 
@@ -65,39 +67,27 @@ public:
 
     /// The variable of this name, or null. Constant time.
     LSVariable* Lookup(SubString name) const;
-    /// Makes `v` the variable of its name. Amortised constant time.
+    LSVariable* Lookup(SubString name, uint64 hash) const;
+    /// Makes `v` the variable of its name. Changes nothing when it throws.
     void Set(LSVariable* v);
-    /// After this the next `Set` does not allocate.
-    void MakeRoom();
-
-    /// The frame whose variables these are, or null for a list of its own.
-    VarFrame* GetFrame() const { return m_frame; }
-    void SetFrame(VarFrame* frame) { m_frame = frame; }
-
-    /// Calls `visit` with each variable, in no particular order.
-    template <class Visitor>
-    void ForEach(Visitor visit) const
-    {
-        const ssize_t slots = m_capacity == 0 ? m_size : m_capacity;
-        for (ssize_t i = 0; i < slots; ++i)
-            if (LSVariable* v = Slots()[i])
-                visit(v);
-    }
+    /// The same where the entry of the name is known.
+    void Set(LSVariable* v, NameEntry& entry);
 
 private:
-    static constexpr int32 s_inPlace = 2;
+    friend class FrameTree;
+    friend class LSVariableList;
+    friend class VarFrame;
 
-    LSVariable* const* Slots() const { return m_capacity == 0 ? m_few : m_table; }
-    LSVariable** FindSlot(LSVariable** table, int32 capacity, SubString name) const;
-    void Grow();
+    void MakeNames();
     void Sort() const;
+    void Free();
 
-    LSVariable** m_table = nullptr;          ///< Open addressing; null while all fit in place.
+    NameTable* m_names = nullptr; ///< Of the tree; null for a list without frame or variables.
+    VarFrame* m_frame = nullptr;  ///< Null at the root of a tree, which the table knows.
+    NameBinding* m_bindings = nullptr;     ///< Of the frame, newest first.
     mutable LSVariable** m_sorted = nullptr; ///< Made on demand, dropped by `Set`.
-    VarFrame* m_frame = nullptr;
-    LSVariable* m_few[s_inPlace] = {nullptr, nullptr};
-    int32 m_size = 0;
-    int32 m_capacity = 0; ///< Slots of the table, a power of two; 0 while all fit in place.
+    ssize_t m_size = 0;
+    bool m_ownsNames = false;
 };
 
 static_assert(sizeof(LSVariableMap) == 48, "the size of a standard ordered map");

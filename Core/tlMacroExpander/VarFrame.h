@@ -2,8 +2,9 @@
 //
 // A source file has a file-scope frame; blocks and invocations push child frames. A look-up tries a
 // frame's own variables, then what it imports, then its parent. What is observable is exactly that
-// walk; it is answered from an index of the names bound in the whole tree of frames (NameIndex.h),
-// because scoping is dynamic and the chain of parents as long as the nesting of invocations.
+// walk; it is answered from one table of the names bound in the whole tree of frames
+// (src/Frames/NameTable.h), because scoping is dynamic and the chain of parents as long as the
+// nesting of invocations.
 #pragma once
 
 #include "tlMacroExpander/FrameSet.h"
@@ -35,8 +36,11 @@ public:
     LSVariableList(const LSVariableList&) = delete;
     LSVariableList& operator=(const LSVariableList&) = delete;
 
-    /// Takes ownership of `v`, which becomes the visible variable of its name.
+    /// Takes ownership of `v`, which becomes the visible variable of its name. When it throws, `v`
+    /// has been deleted, unless it is null or has no name.
     void Add(LSVariable* v);
+    /// The same where the entry of the name in the table of the tree is known.
+    void AddBound(LSVariable* v, NameEntry& entry);
     /// The visible variable of this name, or null. Constant time.
     LSVariable* Find(SubString name);
     /// Writes every variable, hidden ones included, newest first.
@@ -78,18 +82,9 @@ public:
     void WriteToStream(xostream& os) const;
 
 private:
-    friend class FileScopeVarFrame;
-    friend class LSVariableList;
-    friend class NameIndex;
-    friend class ImportQuery;
+    friend class FrameTree;
 
-    NameIndex* GetIndex() const;
-    void LinkToTree();
-    const VarFrame* AncestorAt(int64 depth) const;
     LSVariable* FindByWalking(SubString name, const char* pos);
-    int64 Depth() const { return m_setOfFrames.m_depth; }
-    /// Differs from those of all other frames that the tree has had.
-    int64 Number() const { return m_setOfDirectFrames.m_depth; }
 };
 
 /// The frame of a source file: the root of a chain of frames, with its dollar macros.

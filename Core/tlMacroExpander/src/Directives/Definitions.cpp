@@ -6,6 +6,7 @@
 
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"

@@ -3,7 +3,6 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Frames/DollarMacroPass.h"
-#include "tlMacroExpander/src/Frames/NameIndex.h"
 #include <cstring>
 #include <memory>
 #include <unordered_set>
@@ -15,15 +14,9 @@ namespace telv
 FileScopeVarFrame::FileScopeVarFrame() : VarFrame(nullptr)
 {
     m_fileScopeFrame = this;
-    m_setOfFrames.m_index = new NameIndex();
 }
 
-FileScopeVarFrame::~FileScopeVarFrame()
-{
-    delete m_setOfFrames.m_index;
-    m_setOfFrames.m_index = nullptr;
-    m_fileScopeFrame = nullptr;
-}
+FileScopeVarFrame::~FileScopeVarFrame() = default;
 
 void FileScopeVarFrame::AddImport(FileScopeVarFrame* md)
 {

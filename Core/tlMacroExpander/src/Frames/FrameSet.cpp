@@ -1,44 +1,80 @@
-// The set of frames: a sorted array.
+// The set of frames: a hash table of addresses, at most two thirds full.
 #include "tlMacroExpander/FrameSet.h"
+#include "tlMacroExpander/src/Frames/HashName.h"
 #include <algorithm>
 #include <functional>
 
 namespace telv
 {
 
-FrameSet::~FrameSet()
+void FrameSet::Free()
 {
-    delete[] m_frames;
+    delete[] m_slots;
+    delete[] m_sorted;
 }
 
-FrameSet::const_iterator FrameSet::find(VarFrame* frame) const
+/// The slot of `frame`, or the free one where it would go; null without a table.
+VarFrame** FrameSet::FindSlot(const VarFrame* frame) const
 {
-    const const_iterator found = std::lower_bound(begin(), end(), frame, std::less<>());
-    return found != end() && *found == frame ? found : end();
+    if (m_slots == nullptr)
+        return nullptr;
+    const uint64 mask = static_cast<uint64>(m_capacity) - 1;
+    uint64 slot = MultiplyFold(reinterpret_cast<uint64>(frame), 0x9e3779b97f4a7c15UL) & mask;
+    while (m_slots[slot] != nullptr && m_slots[slot] != frame)
+        slot = (slot + 1) & mask;
+    return m_slots + slot;
+}
+
+bool FrameSet::contains(const VarFrame* frame) const
+{
+    VarFrame* const* const slot = FindSlot(frame);
+    return slot != nullptr && *slot != nullptr;
 }
 
 void FrameSet::MakeRoom(ssize_t n)
 {
-    if (m_capacity - m_size >= n)
+    if ((m_size + n) * 3 <= ssize_t{m_capacity} * 2)
         return;
-    const ssize_t capacity = m_capacity * 2 + n;
-    VarFrame** const larger = new VarFrame*[static_cast<size_t>(capacity)];
-    std::copy(begin(), end(), larger);
-    delete[] m_frames;
-    m_frames = larger;
-    m_capacity = capacity;
+    ssize_t capacity = m_capacity == 0 ? 4 : m_capacity;
+    while ((m_size + n) * 3 > capacity * 2)
+        capacity *= 2;
+    VarFrame** const former = m_slots;
+    const int32 formerCapacity = m_capacity;
+    m_slots = new VarFrame*[static_cast<size_t>(capacity)]();
+    m_capacity = static_cast<int32>(capacity);
+    for (int32 i = 0; i < formerCapacity; ++i)
+        if (former[i] != nullptr)
+            *FindSlot(former[i]) = former[i];
+    delete[] former;
 }
 
 bool FrameSet::insert(VarFrame* frame)
 {
-    const ssize_t place = std::lower_bound(begin(), end(), frame, std::less<>()) - begin();
-    if (place < m_size && m_frames[place] == frame)
+    if (contains(frame))
         return false;
     MakeRoom(1);
-    std::copy_backward(m_frames + place, m_frames + m_size, m_frames + m_size + 1);
-    m_frames[place] = frame;
+    *FindSlot(frame) = frame;
     ++m_size;
+    delete[] m_sorted;
+    m_sorted = nullptr;
     return true;
+}
+
+FrameSet::const_iterator FrameSet::Sorted() const
+{
+    if (m_sorted == nullptr && m_size > 0)
+    {
+        m_sorted = new VarFrame*[static_cast<size_t>(m_size)];
+        VarFrame** next = m_sorted;
+        ForEach([&](VarFrame* frame) { *next++ = frame; });
+        std::sort(m_sorted, next, std::less<>());
+    }
+    return m_sorted;
+}
+
+FrameSet::const_iterator FrameSet::find(VarFrame* frame) const
+{
+    return contains(frame) ? std::lower_bound(begin(), end(), frame, std::less<>()) : end();
 }
 
 } // namespace telv

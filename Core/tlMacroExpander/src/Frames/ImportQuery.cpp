@@ -2,50 +2,32 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/LSVariable"
 
 #include "tlMacroExpander/src/Frames/ImportQuery.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/Frames/NameIndex.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
-#include <limits>
 
 namespace telv
 {
 
-LSVariable* ImportQuery::FindAbove(VarFrame* frame, const VarFrame* owner, LSVariable* own)
+/// Changes of roots are counted when somebody asks for it, those of other frames are not.
+void ImportQuery::Visit(VarFrame* frame)
 {
-    const int64 above = owner == nullptr ? -1 : owner->Depth();
-    int64 below = std::numeric_limits<int64>::max();
-    for (;;)
-    {
-        VarFrame* nearest = nullptr;
-        for (VarFrame* importer : frame->GetIndex()->m_importers)
-        {
-            const int64 depth = importer->Depth();
-            const bool between = above < depth && depth < below && depth <= frame->Depth();
-            if (between && (nearest == nullptr || depth > nearest->Depth()) &&
-                frame->AncestorAt(depth) == importer)
-                nearest = importer;
-        }
-        if (nearest == nullptr)
-            return own;
-        if (LSVariable* v = FindImportedOrKnown(nearest))
-            return v;
-        below = nearest->Depth();
-    }
+    m_isTracked = m_isTracked && FrameTree::IsRoot(frame);
+    FrameTree::Names(*frame).Watch();
 }
 
-/// `FindImported` for a frame whose own variables do not matter, from memory where possible.
-LSVariable* ImportQuery::FindImportedOrKnown(VarFrame* frame)
+LSVariable* ImportQuery::FindOwn(VarFrame* frame)
 {
-    NameIndex& index = *frame->GetIndex();
-    if (frame->Depth() != 0 || !index.HasEpoch())
-        return FindImported(frame);
-    const uint64 hash = HashName(m_name);
-    LSVariable* v = nullptr;
-    if (index.m_importCache.Find(m_name, hash, index.Epoch(), v))
-        return v;
-    v = FindImported(frame);
-    index.m_importCache.Store(m_name, hash, v);
-    return v;
+    if (s_started)
+        return frame->m_localVariables.Find(m_name);
+    return frame->m_localVariables.m_map.Lookup(m_name, m_hash);
+}
+
+LSVariable* ImportQuery::FindOwnOrAbove(VarFrame* frame)
+{
+    if (s_started)
+        return frame->Find2(m_name);
+    return FrameTree::Names(*frame).FindBound(frame, m_name, m_hash);
 }
 
 LSVariable* ImportQuery::FindImported(VarFrame* frame)
@@ -53,18 +35,22 @@ LSVariable* ImportQuery::FindImported(VarFrame* frame)
     LSVariable* found = nullptr;
     for (VarFrame* imported : frame->m_setOfFrames)
     {
-        LSVariable* const candidate = imported->Find2(m_name);
+        Visit(imported);
+        LSVariable* const candidate = FindOwnOrAbove(imported);
         if (candidate == nullptr || candidate == found)
             continue;
         if (found != nullptr)
-        {
-            LSVariable* const v = FindInDirectImports(frame);
-            TELV_ASSERT(v);
-            return v;
-        }
+            return FindContested(frame);
         found = candidate;
     }
     return found;
+}
+
+LSVariable* ImportQuery::FindContested(VarFrame* frame)
+{
+    LSVariable* const v = FindInDirectImports(frame);
+    TELV_ASSERT(v);
+    return v;
 }
 
 LSVariable* ImportQuery::FindInDirectImports(VarFrame* frame)
@@ -85,7 +71,8 @@ LSVariable* ImportQuery::FindInDirectImports(VarFrame* frame)
 
 LSVariable* ImportQuery::FindLocal(VarFrame* frame)
 {
-    if (LSVariable* v = frame->m_localVariables.Find(m_name))
+    Visit(frame);
+    if (LSVariable* v = FindOwn(frame))
         return v;
     if (frame->m_setOfFrames.empty())
         return nullptr;

@@ -1,114 +1,54 @@
-// The map of a variable list: two slots in place, then a hash table at most half full.
+// The map of a variable list: what the table of names says about one frame, and the order of names.
 #include "tlMacroExpander/LSVariableMap.h"
 #include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include <algorithm>
-#include <cstring>
 
 namespace telv
 {
 
-namespace
+void LSVariableMap::MakeNames()
 {
-
-__extension__ typedef unsigned __int128 uint128;
-
-/// Both factors hold what a text cannot know: it cannot make the product come out as it likes.
-uint64 MultiplyFold(uint64 a, uint64 b)
-{
-    const uint128 product = static_cast<uint128>(a) * b;
-    return static_cast<uint64>(product) ^ static_cast<uint64>(product >> 64);
+    m_names = new NameTable();
+    m_ownsNames = true;
 }
 
-} // namespace
-
-TELV_WRAPS uint64 HashName(SubString name)
+void LSVariableMap::Free()
 {
-    // Where the library was loaded is random.
-    static const char place = 0;
-    const uint64 seed = reinterpret_cast<uint64>(&place) * 0x9e3779b97f4a7c15UL;
-    const uint64 secret = seed ^ 0xa0761d6478bd642fUL;
-    const char* p = name.begin();
-    size_t n = static_cast<size_t>(name.size());
-    uint64 hash = seed ^ n;
-    uint64 word = 0;
-    for (; n > sizeof(word); n -= sizeof(word), p += sizeof(word))
-    {
-        std::memcpy(&word, p, sizeof(word));
-        hash = MultiplyFold(word ^ secret, hash ^ seed);
-    }
-    word = 0;
-    if (n > 0)
-        std::memcpy(&word, p, n);
-    return MultiplyFold(word ^ secret, hash ^ (seed >> 7));
-}
-
-LSVariableMap::~LSVariableMap()
-{
-    delete[] m_table;
     delete[] m_sorted;
-}
-
-LSVariable** LSVariableMap::FindSlot(LSVariable** table, int32 capacity, SubString name) const
-{
-    const uint64 mask = static_cast<uint64>(capacity) - 1;
-    uint64 slot = HashName(name) & mask;
-    while (table[slot] != nullptr && table[slot]->m_name != name)
-        slot = (slot + 1) & mask;
-    return table + slot;
+    if (m_ownsNames)
+        delete m_names;
 }
 
 LSVariable* LSVariableMap::Lookup(SubString name) const
 {
-    if (m_capacity != 0)
-        return *FindSlot(m_table, m_capacity, name);
-    for (int32 i = 0; i < m_size; ++i)
-    {
-        if (m_few[i]->m_name == name)
-            return m_few[i];
-    }
-    return nullptr;
+    return m_size == 0 ? nullptr : Lookup(name, HashName(name));
+}
+
+LSVariable* LSVariableMap::Lookup(SubString name, uint64 hash) const
+{
+    if (m_size == 0)
+        return nullptr;
+    return m_frame != nullptr ? m_names->FindOwn(m_frame, name, hash) : m_names->RootVar(name, hash);
 }
 
 void LSVariableMap::Set(LSVariable* v)
 {
-    delete[] m_sorted;
-    m_sorted = nullptr;
-    if (m_capacity == 0)
+    if (m_names == nullptr)
+        MakeNames();
+    Set(v, *m_names->Intern(v->m_name, HashName(v->m_name)));
+}
+
+void LSVariableMap::Set(LSVariable* v, NameEntry& entry)
+{
+    const bool isNew = m_frame != nullptr ? m_names->Bind(m_frame, v, entry, m_bindings)
+                                          : m_names->BindInRoot(v, entry);
+    m_size += isNew ? 1 : 0;
+    if (m_sorted != nullptr)
     {
-        for (int32 i = 0; i < m_size; ++i)
-        {
-            if (m_few[i]->m_name == v->m_name)
-            {
-                m_few[i] = v;
-                return;
-            }
-        }
-        if (m_size < s_inPlace)
-        {
-            m_few[m_size++] = v;
-            return;
-        }
+        delete[] m_sorted;
+        m_sorted = nullptr;
     }
-    MakeRoom();
-    LSVariable** const slot = FindSlot(m_table, m_capacity, v->m_name);
-    m_size += *slot == nullptr ? 1 : 0;
-    *slot = v;
-}
-
-void LSVariableMap::MakeRoom()
-{
-    if (m_size >= s_inPlace && m_size * 2 >= m_capacity)
-        Grow();
-}
-
-void LSVariableMap::Grow()
-{
-    const int32 capacity = m_capacity == 0 ? 16 : m_capacity * 2;
-    LSVariable** const table = new LSVariable*[static_cast<size_t>(capacity)]();
-    ForEach([&](LSVariable* v) { *FindSlot(table, capacity, v->m_name) = v; });
-    delete[] m_table;
-    m_table = table;
-    m_capacity = capacity;
 }
 
 void LSVariableMap::Sort() const
@@ -117,7 +57,14 @@ void LSVariableMap::Sort() const
         return;
     m_sorted = new LSVariable*[static_cast<size_t>(m_size)];
     LSVariable** next = m_sorted;
-    ForEach([&](LSVariable* v) { *next++ = v; });
+    if (m_frame == nullptr)
+        m_names->ForEachRootVar([&](LSVariable* v) { *next++ = v; });
+    for (const NameBinding* binding = m_bindings; binding != nullptr;
+         binding = binding->m_nextOfFrame)
+    {
+        if (binding->m_var != nullptr)
+            *next++ = binding->m_var;
+    }
     std::sort(m_sorted, next,
               [](const LSVariable* a, const LSVariable* b)
               { return strcmp(a->m_name, b->m_name) < 0; });

@@ -3,11 +3,9 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Frames/ImportQuery.h"
-#include "tlMacroExpander/src/Frames/NameIndex.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
-#include <algorithm>
 #include <memory>
-#include <vector>
 
 namespace telv
 {
@@ -33,19 +31,18 @@ void LSVariableList::Add(LSVariable* v)
 {
     TELV_ASSERT(v);
     TELV_ASSERT(!v->m_name.empty());
-    // What can fail comes first and changes nothing when it does.
     std::unique_ptr<LSVariable> owned(v);
-    m_map.MakeRoom();
-    VarFrame* const frame = m_map.GetFrame();
-    if (frame != nullptr)
-    {
-        if (NameIndex* index = frame->GetIndex())
-            index->Bind(frame, v);
-    }
     m_map.Set(v);
     v->m_next = m_first;
     m_first = owned.release();
-    TELV_ASSERT(m_map.find(v->m_name)->second == v);
+}
+
+void LSVariableList::AddBound(LSVariable* v, NameEntry& entry)
+{
+    std::unique_ptr<LSVariable> owned(v);
+    m_map.Set(v, entry);
+    v->m_next = m_first;
+    m_first = owned.release();
 }
 
 LSVariable* LSVariableList::Find(SubString name)
@@ -73,66 +70,34 @@ void LSVariableList::WriteToStream(xostream& os) const
 VarFrame::VarFrame(VarFrame* parent) : m_parent(parent), m_fileScopeFrame(nullptr)
 {
     TELV_ASSERT(parent != this);
-    if (parent != nullptr)
+    if (parent == nullptr)
     {
-        m_fileScopeFrame = parent->m_fileScopeFrame;
-        TELV_ASSERT(m_fileScopeFrame);
+        m_localVariables.m_map.MakeNames();
+        return;
     }
-    m_localVariables.m_map.SetFrame(this);
-    LinkToTree();
+    m_fileScopeFrame = parent->m_fileScopeFrame;
+    TELV_ASSERT(m_fileScopeFrame);
+    NameTable* const names = parent->m_localVariables.m_map.m_names;
+    m_localVariables.m_map.m_names = names;
+    m_localVariables.m_map.m_frame = this;
+    FramePlace& place = FrameTree::Place(this);
+    place.m_depth = FrameTree::Depth(parent) + 1;
+    place.m_number = names->TakeFrameNumber();
 }
 
 VarFrame::~VarFrame()
 {
-    NameIndex* const index = GetIndex();
-    if (index == nullptr)
-        return;
-    m_localVariables.m_map.ForEach([&](const LSVariable* v) { index->Unbind(this, v); });
-    if (!m_setOfFrames.empty())
-        std::erase(index->m_importers, this);
-}
-
-/// Jump pointers of a skew-binary kind: an ancestor of any depth is found in logarithmic time.
-void VarFrame::LinkToTree()
-{
-    m_setOfFrames.m_jump = this;
-    if (m_parent == nullptr)
-        return;
-    m_setOfFrames.m_depth = m_parent->Depth() + 1;
-    if (NameIndex* const index = GetIndex())
-        m_setOfDirectFrames.m_depth = index->TakeFrameNumber();
-    VarFrame* const jump = m_parent->m_setOfFrames.m_jump;
-    VarFrame* const further = jump->m_setOfFrames.m_jump;
-    const bool equalJumps = m_parent->Depth() - jump->Depth() == jump->Depth() - further->Depth();
-    m_setOfFrames.m_jump = equalJumps ? further : m_parent;
-}
-
-const VarFrame* VarFrame::AncestorAt(int64 depth) const
-{
-    const VarFrame* frame = this;
-    while (frame->Depth() > depth)
-    {
-        const VarFrame* const jump = frame->m_setOfFrames.m_jump;
-        frame = jump->Depth() >= depth ? jump : frame->m_parent;
-    }
-    return frame;
-}
-
-NameIndex* VarFrame::GetIndex() const
-{
-    return m_fileScopeFrame == nullptr ? nullptr : m_fileScopeFrame->m_setOfFrames.m_index;
+    LSVariableMap& map = m_localVariables.m_map;
+    if (map.m_bindings != nullptr)
+        map.m_names->Unbind(map.m_bindings);
 }
 
 LSVariable* VarFrame::Find(SubString name, const char* pos)
 {
     TELV_ASSERT(!name.empty());
-    NameIndex* const index = GetIndex();
-    if (index == nullptr || s_started)
+    if (s_started)
         return FindByWalking(name, pos);
-    const NameIndex::Hit hit = index->Find(this, name, HashName(name));
-    if (index->m_importers.empty())
-        return hit.m_var;
-    return ImportQuery(name, pos).FindAbove(this, hit.m_frame, hit.m_var);
+    return FrameTree::Names(*this).Find(this, name, HashName(name), pos);
 }
 
 LSVariable* VarFrame::FindByWalking(SubString name, const char* pos)
@@ -148,9 +113,8 @@ LSVariable* VarFrame::FindByWalking(SubString name, const char* pos)
 LSVariable* VarFrame::Find2(SubString name)
 {
     TELV_ASSERT(!name.empty());
-    NameIndex* const index = GetIndex();
-    if (index != nullptr && !s_started)
-        return index->Find(this, name, HashName(name)).m_var;
+    if (!s_started)
+        return FrameTree::Names(*this).FindBound(this, name, HashName(name));
     for (VarFrame* frame = this; frame != nullptr; frame = frame->m_parent)
     {
         if (LSVariable* v = frame->m_localVariables.Find(name))
@@ -163,34 +127,48 @@ LSVariable* VarFrame::FindLocal(SubString name, const char* pos)
 {
     if (LSVariable* v = m_localVariables.Find(name))
         return v;
-    return m_setOfFrames.empty() ? nullptr : ImportQuery(name, pos).FindImported(this);
+    if (m_setOfFrames.empty())
+        return nullptr;
+    const uint64 hash = HashName(name);
+    NameTable& names = FrameTree::Names(*this);
+    if (s_started || !FrameTree::IsRoot(this))
+        return ImportQuery(name, hash, pos).FindImported(this);
+    return names.Imports()->Find(names.Lookup(name, hash), name, hash, pos);
 }
 
 LSVariable* VarFrame::FindInDirectImports(SubString name, const char* pos)
 {
-    return ImportQuery(name, pos).FindInDirectImports(this);
+    return ImportQuery(name, HashName(name), pos).FindInDirectImports(this);
 }
 
 void VarFrame::ImportFrame(VarFrame* vf)
 {
     TELV_ASSERT(vf);
     // Room first: an import that is only half made would never be completed.
-    const std::vector<VarFrame*> further(vf->m_setOfFrames.begin(), vf->m_setOfFrames.end());
-    m_setOfFrames.MakeRoom(vf->m_setOfFrames.size() + 1);
+    const bool isNew = !m_setOfFrames.contains(vf);
+    ssize_t count = 0;
+    if (isNew)
+    {
+        count = 1;
+        vf->m_setOfFrames.ForEach([&](const VarFrame* frame)
+                                  { count += m_setOfFrames.contains(frame) ? 0 : 1; });
+    }
+    NameTable& names = FrameTree::Names(*this);
+    m_setOfFrames.MakeRoom(count);
     m_setOfDirectFrames.MakeRoom(1);
-    NameIndex* const index = GetIndex();
-    if (index != nullptr)
+    names.MakeRoomForImports(this, count);
+    const auto add = [&](VarFrame* frame)
     {
-        index->NoteImport(this, vf);
-        if (m_setOfFrames.empty())
-            index->m_importers.push_back(this);
-    }
-    if (m_setOfFrames.insert(vf))
+        if (m_setOfFrames.insert(frame))
+            names.NoteImport(this, frame);
+    };
+    if (isNew)
     {
-        for (VarFrame* frame : further)
-            m_setOfFrames.insert(frame);
+        add(vf);
+        vf->m_setOfFrames.ForEach(add);
     }
-    m_setOfDirectFrames.insert(vf);
+    if (m_setOfDirectFrames.insert(vf))
+        names.NoteDirectImport(this);
 }
 
 void VarFrame::WriteToStream(xostream& os) const

@@ -1,0 +1,257 @@
+// The table of names: entries in a pool, found through a hash table of their numbers.
+#include "tlMacroExpander/src/Frames/NameTable.h"
+#include "tlMacroExpander/src/Frames/ImportQuery.h"
+#include <atomic>
+#include <cstring>
+
+namespace telv
+{
+
+const char s_placeOfSeed = 0;
+
+namespace
+{
+
+std::atomic<uint64> s_tables = 0;
+
+constexpr size_t s_fewestSlots = 16;
+
+uint32 TagOf(uint64 hash)
+{
+    return static_cast<uint32>(hash >> 32);
+}
+
+} // namespace
+
+NameTable::NameTable() : m_serial(s_tables.fetch_add(1, std::memory_order_relaxed) + 1) {}
+
+NameTable::~NameTable()
+{
+    m_entries.ForEach(
+        [](const NameEntry& entry)
+        {
+            if (entry.m_length > sizeof entry.m_chars)
+                delete[] entry.m_far;
+        });
+}
+
+/// The slot of `name`, or the free one where it would go.
+size_t NameTable::Probe(SubString name, uint64 hash) const
+{
+    const size_t mask = m_slots.size() - 1;
+    size_t place = hash & mask;
+    for (; m_slots[place].m_index != 0; place = (place + 1) & mask)
+    {
+        const Slot slot = m_slots[place];
+        if (slot.m_tag == TagOf(hash) && m_entries[slot.m_index].Name() == name)
+            break;
+    }
+    return place;
+}
+
+NameEntry* NameTable::Lookup(SubString name, uint64 hash) const
+{
+    if (m_slots.empty())
+        return nullptr;
+    const Slot slot = m_slots[Probe(name, hash)];
+    return slot.m_index == 0 ? nullptr : &m_entries[slot.m_index];
+}
+
+NameEntry* NameTable::Intern(SubString name, uint64 hash)
+{
+    if (NameEntry* const known = Lookup(name, hash))
+        return known;
+    MakeRoom();
+    uint32 index = 0;
+    NameEntry* const entry = MakeEntry(name, hash, index);
+    m_slots[Probe(name, hash)] = Slot{TagOf(hash), index};
+    ++m_size;
+    return entry;
+}
+
+NameEntry* NameTable::MakeEntry(SubString name, uint64 hash, uint32& index)
+{
+    const size_t length = static_cast<size_t>(name.size());
+    std::unique_ptr<char[]> far;
+    if (length > sizeof NameEntry::m_chars)
+        far = std::make_unique<char[]>(length);
+    index = m_entries.Take();
+    NameEntry& entry = m_entries[index];
+    entry.m_hash = hash;
+    entry.m_length = static_cast<uint32>(length);
+    std::memcpy(far == nullptr ? entry.m_chars : far.get(), name.begin(), length);
+    if (far != nullptr)
+        entry.m_far = far.release();
+    return &entry;
+}
+
+bool NameTable::IsUnused(const NameEntry& entry)
+{
+    return entry.m_holders == 0 && entry.m_rootVar == nullptr && entry.m_newest == nullptr &&
+           entry.m_import == nullptr;
+}
+
+/// Makes room for one more name: three quarters of the slots are used at most. Names that nobody
+/// needs any more go first.
+void NameTable::MakeRoom()
+{
+    if ((m_size + 1) * 4 <= m_slots.size() * 3)
+        return;
+    size_t used = 0;
+    for (const Slot slot : m_slots)
+        used += slot.m_index != 0 && !IsUnused(m_entries[slot.m_index]) ? 1 : 0;
+    size_t capacity = s_fewestSlots;
+    while ((used + 1) * 2 > capacity)
+        capacity *= 2;
+    std::vector<Slot> slots(capacity);
+    m_entries.MakeRoomToGive(m_size - used);
+    FreeUnused();
+    slots.swap(m_slots);
+    for (const Slot slot : slots)
+    {
+        if (slot.m_index == 0)
+            continue;
+        const NameEntry& entry = m_entries[slot.m_index];
+        if (entry.m_length != 0)
+            m_slots[Probe(entry.Name(), entry.m_hash)] = slot;
+    }
+    m_size = used;
+}
+
+void NameTable::FreeUnused()
+{
+    for (const Slot slot : m_slots)
+    {
+        if (slot.m_index == 0 || !IsUnused(m_entries[slot.m_index]))
+            continue;
+        NameEntry& entry = m_entries[slot.m_index];
+        if (entry.m_length > sizeof entry.m_chars)
+            delete[] entry.m_far;
+        m_entries.Give(slot.m_index);
+    }
+}
+
+LSVariable* NameTable::FindBound(const VarFrame* frame, SubString name, uint64 hash) const
+{
+    const NameEntry* const entry = Lookup(name, hash);
+    if (entry == nullptr)
+        return nullptr;
+    const NameBinding* const binding = Nearest(frame, *entry);
+    return binding != nullptr ? binding->m_var : entry->m_rootVar;
+}
+
+LSVariable* NameTable::FindOwn(const VarFrame* frame, SubString name, uint64 hash) const
+{
+    const NameEntry* const entry = Lookup(name, hash);
+    if (entry == nullptr)
+        return nullptr;
+    const NameBinding* const binding = Nearest(frame, *entry);
+    return binding != nullptr && binding->m_frame == frame ? binding->m_var : nullptr;
+}
+
+LSVariable* NameTable::FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name,
+                                          uint64 hash, const char* pos)
+{
+    if (s_started)
+        return frame->Find(name, pos);
+    NameBinding* const binding = entry == nullptr ? nullptr : Nearest(frame, *entry);
+    const int64 owner = binding == nullptr ? 0 : binding->m_number;
+    for (const VarFrame* from = frame; from != nullptr; )
+    {
+        const NameBinding* const importer = Nearest(from, m_importers);
+        if (importer == nullptr || importer->m_number <= owner)
+            break;
+        if (LSVariable* const v = ImportQuery(name, hash, pos).FindImported(importer->m_frame))
+            return v;
+        from = importer->m_frame->m_parent;
+    }
+    if (binding != nullptr)
+        return binding->m_var;
+    if (entry != nullptr && entry->m_rootVar != nullptr)
+        return entry->m_rootVar;
+    return m_imports == nullptr ? nullptr : m_imports->Find(entry, name, hash, pos);
+}
+
+/// The next newer binding than one of a frame of this number would be, or null.
+NameBinding* NameTable::NextNewer(const NameEntry& entry, int64 number)
+{
+    NameBinding* newer = nullptr;
+    for (NameBinding* binding = entry.m_newest; binding != nullptr && binding->m_number > number;
+         binding = binding->m_older)
+    {
+        binding->m_level = -1; // what it knows of bindings above it changes
+        newer = binding;
+    }
+    return newer;
+}
+
+bool NameTable::Bind(VarFrame* frame, LSVariable* v, NameEntry& entry, NameBinding*& ofFrame)
+{
+    if (NameBinding* const known = Nearest(frame, entry);
+        known != nullptr && known->m_frame == frame)
+    {
+        known->m_var = v;
+        return false;
+    }
+    NameBinding* const binding = m_bindings.Take();
+    const int64 number = FrameTree::Number(frame);
+    NameBinding* const newer = NextNewer(entry, number);
+    NameBinding* const older = newer == nullptr ? entry.m_newest : newer->m_older;
+    *binding = NameBinding{&entry, frame, v, number, older, newer, ofFrame, nullptr, nullptr, -1};
+    ofFrame = binding;
+    if (older != nullptr)
+        older->m_newer = binding;
+    (newer != nullptr ? newer->m_older : entry.m_newest) = binding;
+    return true;
+}
+
+void NameTable::Unbind(NameBinding* ofFrame)
+{
+    while (NameBinding* const binding = ofFrame)
+    {
+        ofFrame = binding->m_nextOfFrame;
+        NameBinding*& below =
+            binding->m_newer != nullptr ? binding->m_newer->m_older : binding->m_entry->m_newest;
+        below = binding->m_older;
+        if (binding->m_older != nullptr)
+            binding->m_older->m_newer = binding->m_newer;
+        m_bindings.Give(binding);
+    }
+}
+
+void NameTable::MakeRoomForImports(VarFrame* importer, ssize_t count)
+{
+    if (!FrameTree::IsRoot(importer))
+        m_bindings.MakeRoom();
+    else
+    {
+        if (m_imports == nullptr)
+            m_imports = std::make_unique<ImportIndex>(importer);
+        m_imports->MakeRoom(count);
+    }
+}
+
+void NameTable::NoteImport(VarFrame* importer, VarFrame* imported)
+{
+    if (FrameTree::IsRoot(importer))
+        m_imports->NoteImport(imported);
+    else
+        Bind(importer, nullptr, m_importers, FrameTree::Bindings(importer));
+}
+
+void NameTable::NoteDirectImport(const VarFrame* importer)
+{
+    if (!FrameTree::IsRoot(importer))
+        return;
+    m_imports->NoteOrder();
+    if (m_isWatched)
+        NoteChange();
+}
+
+void NameTable::NoteChange()
+{
+    m_isWatched = false;
+    ImportIndex::NoteChange();
+}
+
+} // namespace telv

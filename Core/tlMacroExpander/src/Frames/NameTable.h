@@ -1,0 +1,239 @@
+// The names of one tree of frames, and who binds them.
+//
+// Scoping is dynamic: the parent of an invocation's frame is the frame of the caller, so a chain of
+// parents is as long as the invocations are nested, and walking it for each identifier would make
+// recursion quadratic. So each name has an entry that lists the frames below the root that bind it,
+// newest first; what the root binds stands in the entry itself. A frame is newer than its ancestors:
+// the first frame of the list that is an ancestor of the one that asks has the answer, and nearly
+// always it is the first of all, because frames elsewhere live only while the text of an argument is
+// expanded in its caller's frame. BindingSearch.cpp has the rest.
+//
+// Who reads a text keeps entries instead of words: most words cost one look at an entry that nobody
+// binds.
+#pragma once
+
+#include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/Frames/HashName.h"
+#include "tlMacroExpander/src/Frames/ImportIndex.h"
+#include "tlMacroExpander/src/Frames/Pool.h"
+#include <memory>
+#include <vector>
+
+namespace telv
+{
+
+class NameEntry;
+
+/// One frame, not a root, binds one name. Lives as long as the frame.
+struct NameBinding
+{
+    NameEntry* m_entry;
+    VarFrame* m_frame;
+    LSVariable* m_var; ///< The visible variable of the name.
+    int64 m_number;    ///< Of the frame.
+    NameBinding* m_older;
+    NameBinding* m_newer;
+    NameBinding* m_nextOfFrame;
+
+    // Made when a search needs them, for all older bindings of the name first.
+    NameBinding* m_above; ///< What an ancestor of the frame binds: the nearest one; or null.
+    NameBinding* m_jump;  ///< Further up, or null.
+    int64 m_level;        ///< Number of bindings above; -1: not made.
+};
+
+/// A name. Its address stays until it is bound nowhere, provided by no import and held by nobody;
+/// even then it stays until the table needs the room.
+class NameEntry
+{
+public:
+    SubString Name() const
+    {
+        const char* const chars = m_length <= sizeof m_chars ? m_chars : m_far;
+        return SubString(chars, chars + m_length);
+    }
+    uint64 Hash() const { return m_hash; }
+
+private:
+    friend class BindingSearch;
+    friend class ImportIndex;
+    friend class NameTable;
+
+    uint64 m_hash = 0;
+    LSVariable* m_rootVar = nullptr;   ///< What the root of the tree binds.
+    NameBinding* m_newest = nullptr;   ///< What other frames bind, newest first.
+    ImportedName* m_import = nullptr;  ///< What the imports of the root provide.
+    uint32 m_length = 0;
+    uint32 m_holders = 0;
+    union
+    {
+        char m_chars[24]; ///< The name, when it fits.
+        char* m_far;      ///< Else its own memory.
+    };
+};
+
+static_assert(sizeof(NameEntry) == 64);
+
+/// Owned by the variables of the frame at the root of the tree, or by a list without a frame.
+class NameTable
+{
+public:
+    NameTable();
+    ~NameTable();
+    NameTable(const NameTable&) = delete;
+    NameTable& operator=(const NameTable&) = delete;
+
+    /// Unique in the process: who holds entries can tell, without touching it, that the table which
+    /// they belong to is not the one at hand.
+    uint64 Serial() const { return m_serial; }
+
+    /// The entry of `name`, made if need be. Copies the name.
+    NameEntry* Intern(SubString name, uint64 hash);
+    /// The entry of `name` or null. With null, no frame of the tree binds it; imports may provide
+    /// it (`FindUnknown`).
+    NameEntry* Lookup(SubString name, uint64 hash) const;
+
+    /// Keeps an entry at its place until `Release`.
+    static void AddRef(NameEntry& entry) { ++entry.m_holders; }
+    static void Release(NameEntry& entry) { --entry.m_holders; }
+
+    /// False when `Find` would give null from every frame of the tree.
+    bool MayBeBound(const NameEntry& entry) const
+    {
+        return entry.m_newest != nullptr || entry.m_rootVar != nullptr || MayBeImported(entry);
+    }
+
+    /// What `VarFrame::Find` gives for the name in `frame`, a frame of the tree.
+    LSVariable* Find(VarFrame* frame, NameEntry& entry, const char* pos)
+    {
+        const NameBinding* const binding = Nearest(frame, entry);
+        if (s_started || m_importers.m_newest != nullptr) [[unlikely]]
+            return FindAboveImporters(frame, &entry, entry.Name(), entry.m_hash, pos);
+        if (binding != nullptr)
+            return binding->m_var;
+        if (entry.m_rootVar != nullptr || m_imports == nullptr)
+            return entry.m_rootVar;
+        return m_imports->Find(&entry, entry.Name(), entry.m_hash, pos);
+    }
+    /// The same by name.
+    LSVariable* Find(VarFrame* frame, SubString name, uint64 hash, const char* pos)
+    {
+        NameEntry* const entry = Lookup(name, hash);
+        return entry != nullptr ? Find(frame, *entry, pos) : FindUnknown(frame, name, hash, pos);
+    }
+    /// The same for a name that has no entry.
+    LSVariable* FindUnknown(VarFrame* frame, SubString name, uint64 hash, const char* pos)
+    {
+        if (m_imports == nullptr && m_importers.m_newest == nullptr && !s_started) [[likely]]
+            return nullptr;
+        return FindAboveImporters(frame, nullptr, name, hash, pos);
+    }
+
+    /// What `frame` or its nearest ancestor that binds the name binds, imports apart; or null.
+    LSVariable* FindBound(const VarFrame* frame, SubString name, uint64 hash) const;
+    /// What `frame` itself binds, or null.
+    LSVariable* FindOwn(const VarFrame* frame, SubString name, uint64 hash) const;
+    LSVariable* RootVar(SubString name, uint64 hash) const
+    {
+        const NameEntry* const entry = Lookup(name, hash);
+        return entry == nullptr ? nullptr : entry->m_rootVar;
+    }
+
+    /// `v` is now the visible variable of the name in `frame`, which is not the root; `ofFrame` is
+    /// the list of its bindings. True when the frame had none of the name. Changes nothing when it
+    /// throws.
+    bool Bind(VarFrame* frame, LSVariable* v, NameEntry& entry, NameBinding*& ofFrame);
+    /// The same for the root. Does not throw.
+    bool BindInRoot(LSVariable* v, NameEntry& entry)
+    {
+        const bool isNew = entry.m_rootVar == nullptr;
+        entry.m_rootVar = v;
+        if (m_isWatched) [[unlikely]]
+            NoteChange();
+        return isNew;
+    }
+    /// A frame ends.
+    void Unbind(NameBinding* ofFrame);
+
+    int64 TakeFrameNumber() { return ++m_lastNumber; }
+
+    // Imports
+
+    /// A frame of the tree, `importer`, is about to import `count` more frames.
+    void MakeRoomForImports(VarFrame* importer, ssize_t count);
+    /// It imports `imported`. Does not throw after `MakeRoomForImports`.
+    void NoteImport(VarFrame* importer, VarFrame* imported);
+    /// It imports one more frame directly.
+    void NoteDirectImport(const VarFrame* importer);
+    /// What the imports of the root provide; null while it imports nothing.
+    ImportIndex* Imports() { return m_imports.get(); }
+
+    /// Somebody remembers what the root of this tree binds or imports: changes are to be counted.
+    void Watch() { m_isWatched = true; }
+    /// Counts a change of a root that is watched.
+    void NoteChange();
+
+    /// Memory for variables that come and go with the frames of the tree.
+    BlockPool& VariableMemory() { return m_variableMemory; }
+
+    /// Calls `visit` with each variable that the root binds.
+    template <class Visitor>
+    void ForEachRootVar(Visitor visit) const
+    {
+        m_entries.ForEach(
+            [&](const NameEntry& entry)
+            {
+                if (entry.m_rootVar != nullptr)
+                    visit(entry.m_rootVar);
+            });
+    }
+
+private:
+    struct Slot
+    {
+        uint32 m_tag = 0;   ///< The upper half of the hash.
+        uint32 m_index = 0; ///< Of the entry, from 1; 0: free.
+    };
+
+    /// The nearest binding of `frame` and its ancestors below the root, or null.
+    static NameBinding* Nearest(const VarFrame* frame, const NameEntry& entry)
+    {
+        NameBinding* const newest = entry.m_newest;
+        if (newest == nullptr || newest->m_frame == frame || newest->m_frame == frame->m_parent)
+            return newest;
+        return FindNearest(frame, newest);
+    }
+    static NameBinding* FindNearest(const VarFrame* frame, NameBinding* newest);
+    static NameBinding* NextNewer(const NameEntry& entry, int64 number);
+
+    bool MayBeImported(const NameEntry& entry) const
+    {
+        if (m_imports == nullptr && m_importers.m_newest == nullptr)
+            return false;
+        return entry.m_import != nullptr || m_importers.m_newest != nullptr ||
+               !m_imports->IsCurrent();
+    }
+    LSVariable* FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name, uint64 hash,
+                                   const char* pos);
+
+    size_t Probe(SubString name, uint64 hash) const;
+    NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
+    void MakeRoom();
+    void FreeUnused();
+    static bool IsUnused(const NameEntry& entry);
+
+    std::vector<Slot> m_slots; ///< Open addressing, a power of two.
+    size_t m_size = 0;
+    IndexedPool<NameEntry> m_entries;
+    Pool<NameBinding> m_bindings;
+    int64 m_lastNumber = 0;
+    const uint64 m_serial;
+
+    std::unique_ptr<ImportIndex> m_imports;
+    NameEntry m_importers; ///< "Bound" in each frame below the root that imports others.
+    bool m_isWatched = false;
+
+    BlockPool m_variableMemory;
+};
+
+} // namespace telv
