@@ -32,6 +32,11 @@ find_missing() {
     case $1 in
         coverage) need_command gcovr gcovr ;;
         memcheck) need_command valgrind valgrind ;;
+        editors)
+            need_command vim vim
+            need_command node nodejs
+            need_command npm npm
+            ;;
         fuzz | clang) need_clang ;;
         tidy)
             need_clang
