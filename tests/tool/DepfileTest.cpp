@@ -90,7 +90,38 @@ TEST_F(DepfileTest, ANameLeadsToTheFileThatWasRead)
     Write("a\\b", "");
     Write("main", "@import \"link/../y\"\n@import \"a\\\\b\"\n@import \"far/./y\"\n");
     Expand({"-o", "out", "--depfile", "dep", "main"});
-    EXPECT_EQ(Read("dep"), "out: main \\\n  link/../y \\\n  a\\b\n\nlink/../y:\n\na\\b:\n");
+    EXPECT_EQ(Read("dep"), "out: main \\\n  link/../y \\\n  far/y \\\n  a\\b\n"
+                           "\nlink/../y:\n\nfar/y:\n\na\\b:\n");
+}
+
+TEST_F(DepfileTest, ALinkAndItsFileAreBothNamed)
+{
+    Write("far/x.tl", "");
+    Write("work/y.tl", "");
+    std::filesystem::create_symlink("../far/x.tl", Path("work/x.tl"));
+    std::filesystem::create_symlink("one.tl", Path("work/two.tl"));
+    std::filesystem::create_symlink("y.tl", Path("work/one.tl"));
+    std::filesystem::create_symlink("work", Path("here"));
+    Write("work/main", "@import \"x.tl\"\n@import \"two.tl\"\n@import \"y.tl\"\n@import \"" +
+                           Path("here/y.tl") + "\"\n");
+    RunShell("cd here && $TLEXPAND -o out --depfile dep main");
+    EXPECT_EQ(Read("work/dep"),
+              "out: main \\\n  x.tl \\\n  ../far/x.tl \\\n  two.tl \\\n  y.tl \\\n  " +
+                  Path("here/y.tl") + " \\\n  " + Path("work/y.tl") +
+                  "\n\nx.tl:\n\n../far/x.tl:\n\ntwo.tl:\n\ny.tl:\n\n" + Path("here/y.tl") +
+                  ":\n\n" + Path("work/y.tl") + ":\n");
+}
+
+TEST_F(DepfileTest, NamesWhatIsReadByOtherMeansAndAnotherTarget)
+{
+    Write("a.tl", "@import \"b.tl\"\n");
+    Write("b.tl", "");
+    Expand({"-o", "out", "--depfile", "dep", "--depend", "data 1", "--depend", "b.tl",
+            "--depfile-target", "build/x y", "--depend", "data2", "a.tl"});
+    EXPECT_EQ(Read("dep"), "build/x\\ y: a.tl \\\n  b.tl \\\n  data\\ 1 \\\n  data2\n"
+                           "\nb.tl:\n\ndata\\ 1:\n\ndata2:\n");
+    ExpectFailure(Run({"-o", "out", "--depfile", "dep", "--depend", "a*", "a.tl"}), 2,
+                  "tlexpand: can't write the name 'a*' to a dependency file: it holds '*'\n");
 }
 
 /// What the tool accepts is read back by a build program: an output is made again when the import

@@ -73,7 +73,12 @@ TEST_F(OptionsTest, RefusesWhatMakesNoSense)
          "--depfile needs -o: a dependency file says what the output depends on"},
         {{"--depfile", "x"},
          "--depfile needs -o: a dependency file says what the output depends on"},
-        {{"project"}, "the project file is missing"},
+        {{"-o", "x", "--depend", "y"}, "--depend needs --depfile"},
+        {{"-o", "x", "--depfile-target", "y"}, "--depfile-target needs --depfile"},
+        {{"-o", "x", "--depfile", "d", "--depend", ""},
+         "bad value '' for --depend: the name of a file is wanted"},
+        {{"-o", "x", "--depfile", "d", "--depfile-target="},
+         "bad value '' for --depfile-target: the name of a file is wanted"},
         {{"project", "-o", "x", "y"}, "unknown option or needless value: '-o'"},
         {{"project", "--setting", "a b", "y"},
          "bad value 'a b' for --setting: an identifier is wanted"},
@@ -87,6 +92,10 @@ TEST_F(OptionsTest, TellsVersionAndUsage)
     EXPECT_EQ(Expand({"--version"}), "tlexpand 1.0.0\n");
     EXPECT_EQ(Expand({"--help"}).substr(0, 26), "Usage: tlexpand [OPTIONS] ");
     EXPECT_EQ(Expand({"project", "--version"}), "tlexpand 1.0.0\n");
+    EXPECT_EQ(Expand({"-V"}), "tlexpand 1.0.0\n");
+    EXPECT_EQ(Expand({"-h"}), Expand({"--help"}));
+    EXPECT_EQ(Expand({"project", "-V"}), "tlexpand 1.0.0\n");
+    EXPECT_EQ(Expand({"project", "-h"}), Expand({"project", "--help"}));
     EXPECT_EQ(Expand({"--map", "-", "--depfile", "x", "--version"}), "tlexpand 1.0.0\n");
     EXPECT_EQ(Expand({"project", "--help"}).substr(0, 31), "Usage: tlexpand project [OPTION");
 }

@@ -80,4 +80,30 @@ TEST_F(PreludeTest, ErrorsAreLocatedInTheText)
                   "imported from <command line>(1)\n");
 }
 
+TEST_F(PreludeTest, TextsAreToldApartByNumber)
+{
+    ExpectFailure(Run({"-E", "@def a = {1}", "-D", "x=y", "-E", "\n@fail(\"no\")"}, "x"), 1,
+                  "<command line 2>(2) : error : no\n"
+                  " 2 | @fail(\"no\")\n"
+                  "   |      ^\n");
+    const ProgramResult map = Run({"-E", "", "-E", "", "-E", "", "--map", "map"}, "x");
+    EXPECT_EQ(map.status, 0);
+    EXPECT_NE(Read("map").find("[\"<stdin>\",\"<command line>\",\"<command line 2>\","
+                               "\"<command line 3>\"]"),
+              std::string::npos);
+}
+
+TEST_F(PreludeTest, AnImportedFileSeesTheTextsBeforeTheOneThatImportsIt)
+{
+    Write("lib.tl", "@def m = {lib}\n@def both = {m n v}\n@let v = v + 1\n@print(m n)");
+    const std::vector<std::string> arguments = {
+        "-E", "@def m = {1}",          "-E", "@let int v = 1",
+        "-E", "@def n = {2}",          "-E", "@def n = {3}\n@import \"lib.tl\"\nm@def own = {m n}",
+        "-E", "@def last = {both own}"};
+    const ProgramResult result = Run(arguments, "m n v both own last");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "lib 2");
+    EXPECT_EQ(result.out, "1 3 2 1 3 2 1 3 1 3 2 1 3");
+}
+
 } // namespace telv::test

@@ -1,11 +1,11 @@
 // Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion,
 // and written last, when everything has succeeded.
 #include "ExpandCommand.h"
-#include "output/DepfileWriter.h"
 #include "input/FileImportHandler.h"
-#include "report/GuardedRun.h"
+#include "output/DepfileWriter.h"
 #include "output/MapWriter.h"
 #include "output/OutputSet.h"
+#include "report/GuardedRun.h"
 #include <unistd.h>
 
 namespace telv::tool
@@ -57,6 +57,7 @@ private:
     void WriteText(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
+    std::vector<std::string> Dependencies() const;
 
     const ExpandOptions& m_options;
     WantedOutputs m_outputs;
@@ -148,9 +149,18 @@ void ExpandCommand::SetContents()
                    [this](ByteSink& sink)
                    {
                        const bool isFile = m_options.m_file != s_standardStream;
-                       sink.Write(MakeDepfile(m_options.m_output, isFile ? m_options.m_file : "",
-                                              m_handler.ImportedPaths()));
+                       sink.Write(
+                           MakeDepfile(m_options.m_depfileTarget.value_or(m_options.m_output),
+                                       isFile ? m_options.m_file : "", Dependencies()));
                    });
+}
+
+/// Besides the main file.
+std::vector<std::string> ExpandCommand::Dependencies() const
+{
+    std::vector<std::string> paths = m_handler.ImportedPaths();
+    paths.insert(paths.end(), m_options.m_dependencies.begin(), m_options.m_dependencies.end());
+    return paths;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "Files.h"
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
@@ -49,6 +50,16 @@ ssize_t ReadSome(int fd, xstring& text, ssize_t room, const std::string& path)
     if (got < 0)
         throw MakeFileError("read", path, error);
     return got;
+}
+
+/// What the system calls the open file; empty when it does not tell.
+std::string NameOfOpenFile(int fd)
+{
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    char name[PATH_MAX];
+    const ssize_t length = readlink(link.c_str(), name, sizeof(name));
+    const bool isWhole = length > 0 && static_cast<size_t>(length) < sizeof(name);
+    return isWhole ? std::string(name, static_cast<size_t>(length)) : std::string();
 }
 
 } // namespace
@@ -131,6 +142,22 @@ int WriteAll(int fd, SubString text)
             return error;
     }
     return 0;
+}
+
+std::string RealPath(int fd, const std::string& path)
+{
+    std::string normalised = JoinPath("", path);
+    const std::string name = NameOfOpenFile(fd);
+    const std::string start = NameOfOpenFile(StartDirectory());
+    const bool isAbsolute = path.starts_with('/');
+    const bool isKnown = name.starts_with('/') && start.starts_with('/');
+    if (!isKnown || name == (isAbsolute ? normalised : JoinPath(start, path)))
+        return normalised;
+    if (isAbsolute)
+        return name;
+    xstring relative;
+    CalcRelativePath(ViewOf(start), ViewOf(name), relative);
+    return ToStdString(relative);
 }
 
 bool IsRegularFile(const std::string& path)

@@ -84,6 +84,11 @@ xstring ReadAll(int fd, const std::string& path);
 /// Writes all of `text`; 0 or an `errno`. Continues after short writes and interruptions.
 int WriteAll(int fd, SubString text);
 
+/// The name without symbolic links of the open file that `path`, relative to the directory of the
+/// start or absolute, led to, in the same manner; `path` itself, normalised, where the system does
+/// not tell.
+std::string RealPath(int fd, const std::string& path);
+
 /// Whether `path` leads to a regular file; false when it holds a NUL.
 bool IsRegularFile(const std::string& path);
 

@@ -54,4 +54,12 @@ Utf8Character TakeUtf8Character(SubString& s)
     return {SubString(begin, begin + length), length == shape.m_length};
 }
 
+SubString WithoutByteOrderMark(SubString text)
+{
+    const SubString mark("\xef\xbb\xbf");
+    const bool begins =
+        text.size() >= mark.size() && SubString(text.begin(), text.begin() + mark.size()) == mark;
+    return begins ? SubString(text.begin() + mark.size(), text.end()) : text;
+}
+
 } // namespace telv::tool

@@ -16,4 +16,7 @@ struct Utf8Character
 /// Takes the first character from `s`, which must not be empty.
 Utf8Character TakeUtf8Character(SubString& s);
 
+/// The text behind the byte order mark that `text` may begin with.
+SubString WithoutByteOrderMark(SubString text);
+
 } // namespace telv::tool

@@ -1,6 +1,7 @@
 // Files are opened through the directory of the start, read whole and closed before they are
 // expanded, so that a long chain of imports needs one descriptor at a time.
 #include "input/FileImportHandler.h"
+#include "Utf8.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
 #include <cerrno>
@@ -113,8 +114,14 @@ void FileImportHandler::Define(const std::string& name, const std::string& value
 
 void FileImportHandler::Evaluate(const std::string& text)
 {
-    const Input& input = AddInput("<command line>", xstring(ViewOf(text)), nullptr);
-    FileScopeVarFrame& frame = m_prelude.StartText();
+    ++m_countOfTexts;
+    std::string name = "<command line";
+    if (m_countOfTexts > 1)
+        name.append(" ").append(std::to_string(m_countOfTexts));
+    const Input& input = AddInput(name.append(">"), xstring(ViewOf(text)), nullptr);
+    // The directives are the words `import` and `importpath` at the outer level of the text.
+    FileScopeVarFrame& frame =
+        m_prelude.StartText(/*mayImport=*/text.find("import") != std::string::npos);
     const ActiveScope scope(*this, input, frame);
     ExpandForDefinitions(*this, frame, input.m_file.m_buffer);
     m_prelude.FinishText();
@@ -127,7 +134,14 @@ void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, Expande
     m_prelude.MakeVisibleIn(*m_mainFrame);
     m_mainOutput = &output;
     const ActiveScope scope(*this, input, *m_mainFrame);
-    MacroExpand(this, m_mainFrame.get(), input.m_file.m_buffer, srcIndent, dstIndent, output);
+    const SubString text = WithoutByteOrderMark(input.m_file.m_buffer);
+    if (text.begin() != input.m_file.m_buffer.begin())
+    {
+        output.WriteSubStringFromSourceFile(SubString(input.m_file.m_buffer.begin(), text.begin()),
+                                            /*indent=*/0);
+        output.m_columnPos = -1; // The first line begins behind it.
+    }
+    MacroExpand(this, m_mainFrame.get(), text, srcIndent, dstIndent, output);
     m_mainOutput = nullptr;
 }
 
@@ -174,12 +188,16 @@ try
         return nullptr;
     const FileIdentity identity(status);
     if (const auto known = m_byIdentity.find(identity); known != m_byIdentity.end())
+    {
+        NotePath(*known->second, fd.Get(), path);
         return known->second;
+    }
     const std::string name = path.starts_with('/') ? path : JoinPath("", path);
     Input& input = AddInput(name, ReadAll(fd.Get(), path), importPos);
     input.m_path = path;
     input.m_identity = identity;
     m_byIdentity[identity] = &input;
+    NotePath(input, fd.Get(), path);
     return &input;
 }
 catch (const FileError&)
@@ -207,7 +225,7 @@ void FileImportHandler::ExpandImport(Input& input)
     input.m_frame = std::make_unique<FileScopeVarFrame>();
     m_prelude.MakeVisibleIn(*input.m_frame);
     const ActiveScope scope(*this, input, *input.m_frame);
-    ExpandForDefinitions(*this, *input.m_frame, input.m_file.m_buffer);
+    ExpandForDefinitions(*this, *input.m_frame, WithoutByteOrderMark(input.m_file.m_buffer));
     m_expanded.push_back(&input);
 }
 
@@ -241,13 +259,22 @@ std::optional<FileIdentity> FileImportHandler::MainIdentity() const
     return m_inputs.front()->m_identity;
 }
 
-/// The name of a file, unless normalising has made it lead elsewhere.
-std::string FileImportHandler::PathOf(const Input& input)
+/// Remembers the name by which a file was reached, normalised unless that leads elsewhere, and that
+/// of the file behind symbolic links.
+void FileImportHandler::NotePath(Input& input, int fd, const std::string& path)
 {
-    struct stat status;
-    const bool isItsPath = fstatat(StartDirectory(), input.m_name.c_str(), &status, 0) == 0 &&
-                           FileIdentity(status) == input.m_identity;
-    return isItsPath ? input.m_name : input.m_path;
+    if (!m_notedPaths.insert(path).second)
+        return;
+    const auto leadsToIt = [&](const std::string& name)
+    {
+        struct stat status;
+        return fstatat(StartDirectory(), name.c_str(), &status, 0) == 0 &&
+               FileIdentity(status) == input.m_identity;
+    };
+    const std::string normalised = path.starts_with('/') ? path : JoinPath("", path);
+    input.m_paths.push_back(leadsToIt(normalised) ? normalised : path);
+    if (const std::string real = RealPath(fd, path); leadsToIt(real))
+        input.m_paths.push_back(real);
 }
 
 std::vector<std::string> FileImportHandler::ImportedPaths() const
@@ -255,7 +282,7 @@ std::vector<std::string> FileImportHandler::ImportedPaths() const
     std::vector<std::string> paths;
     for (size_t i = 1; i < m_inputs.size(); ++i)
         if (m_inputs[i]->m_identity)
-            paths.push_back(PathOf(*m_inputs[i]));
+            paths.insert(paths.end(), m_inputs[i]->m_paths.begin(), m_inputs[i]->m_paths.end());
     return paths;
 }
 

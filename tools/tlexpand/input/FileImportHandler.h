@@ -7,15 +7,16 @@
 #pragma once
 
 #include "Files.h"
-#include "output/ImportText.h"
 #include "input/Prelude.h"
 #include "input/Sources.h"
+#include "output/ImportText.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,13 +41,15 @@ public:
     /// Expands a text of the command line whose definitions every file sees.
     void Evaluate(const std::string& text);
 
-    /// Expands the main file, noting where its imports land in `output`.
+    /// Expands the main file, behind a byte order mark that it may begin with, noting where its
+    /// imports land in `output`.
     void ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output);
     const ImportMarks& Marks() const { return m_marks; }
 
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const;
-    /// Names that lead to the files that were imported, in the order of reading.
+    /// Names that lead to the files that were imported, in the order of reading: each name by which
+    /// a file was reached and, where symbolic links were passed, that of the file itself.
     std::vector<std::string> ImportedPaths() const;
     std::vector<FileIdentity> ImportedIdentities() const;
 
@@ -61,6 +64,8 @@ private:
         std::optional<FileIdentity> m_identity; ///< Of a regular file.
         std::string m_name;                     ///< As it is shown.
         std::string m_path; ///< As it was opened: its directory is that of its imports.
+        std::vector<std::string>
+            m_paths; ///< By which it was reached as an import; see ImportedPaths.
         std::unique_ptr<FileScopeVarFrame> m_frame; ///< Null until it is expanded as an import.
     };
 
@@ -79,7 +84,7 @@ private:
     Input* Open(const std::string& path, const char* importPos);
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
-    static std::string PathOf(const Input& input);
+    void NotePath(Input& input, int fd, const std::string& path);
     std::string CurrentDirectory() const { return DirectoryOf(m_active.back().m_input->m_path); }
     bool IsInMain() const { return m_mainOutput != nullptr && m_active.size() == 1; }
 
@@ -95,6 +100,8 @@ private:
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
     const ExpandedOutput* m_mainOutput = nullptr; ///< While the main file is expanded.
     ImportMarks m_marks;
+    std::set<std::string> m_notedPaths; ///< See NotePath.
+    size_t m_countOfTexts = 0;          ///< Of the command line.
 };
 
 } // namespace telv::tool

@@ -23,14 +23,16 @@ void Prelude::Define(const xstring& name, const xstring& value)
 {
     if (m_last == nullptr)
     {
-        StartText();
+        StartText(/*mayImport=*/false);
         FinishText();
     }
     m_last->InsertDollarMacro(name, value);
 }
 
-FileScopeVarFrame& Prelude::StartText()
+FileScopeVarFrame& Prelude::StartText(bool mayImport)
 {
+    if (m_last != nullptr && !mayImport)
+        return *m_last;
     FileScopeVarFrame& frame = m_frames.emplace_back();
     MakeVisibleIn(frame);
     return frame;

@@ -1,10 +1,13 @@
 // The definitions of the command line, which every file sees.
 //
-// Each text of `-E` has a frame that imports the frame of the one before; the last one counts. What
-// a text defines must neither collide with what files define nor be copied when it can be assigned
-// to. So a file's frame imports the last frame, which shares its typed variables, and gets copies
-// of its own of the macros and dollar macros, which never change: its own definitions hide what its
-// imports define, without ambiguity, and it may redefine them for itself.
+// What a text of `-E` defines must neither collide with what files define nor be copied when it can
+// be assigned to. So a file's frame imports the prelude's frame, which shares its typed variables,
+// and gets copies of its own of the macros and dollar macros, which never change: its own
+// definitions hide what its imports define, without ambiguity, and it may redefine them for itself.
+//
+// All texts share one frame, except that one which may import begins another, in the same relation
+// to the one before as a file's: the files that it imports see what was finished before it, and
+// frames must not import each other in a circle. The last frame counts.
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
@@ -19,9 +22,11 @@ public:
     /// Adds a dollar macro.
     void Define(const xstring& name, const xstring& value);
 
-    /// A frame for another text. It sees what was defined before; what it defines is seen from the
-    /// next `MakeVisibleIn` after `FinishText` on. Lives as long as this object.
-    FileScopeVarFrame& StartText();
+    /// The frame for another text. It sees what was defined before; what it defines is seen from
+    /// the next `MakeVisibleIn` after `FinishText` on. Lives as long as this object.
+    ///
+    /// @param mayImport  The text may import files, which see what was defined before it alone.
+    FileScopeVarFrame& StartText(bool mayImport);
     void FinishText() { m_last = &m_frames.back(); }
 
     /// Makes all that was defined up to now visible in the frame of a file, which must not outlive

@@ -6,8 +6,7 @@ namespace telv::tool
 
 const char* const s_expandHelp =
     R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
-       tlexpand project [OPTIONS] FILE    read a project file ('-': standard input) and
-                                          print it as JSON
+       tlexpand project [OPTIONS] [FILE]  read a project file and print it as JSON
 
 Options of an expansion:
   -o, --output FILE        write the expansion to FILE (default: standard output)
@@ -19,13 +18,16 @@ Options of an expansion:
       --keep-imports       keep the text of import directives in the output
       --map FILE           write the map from the output to the sources as JSON
       --depfile FILE       write a dependency file for make and ninja (needs -o)
+      --depfile-target NAME
+                           the target in it (default: the output)
+      --depend FILE        name FILE in it too; repeatable
       --no-python          refuse Python
       --max-depth N        limit the nesting of expansions
       --max-steps N        limit the number of expansions, invocations and loop rounds
       --max-output SIZE    limit the output: bytes, or with K, M or G
       --color WHEN         colour diagnostics: auto, always or never
-      --version            print the version
-      --help               print this
+  -V, --version            print the version
+  -h, --help               print this
 
 FILE of an output may be '-', standard output, for one of them.
 Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file that
@@ -33,8 +35,8 @@ cannot be read or written.
 )";
 
 const char* const s_projectHelp =
-    R"(Usage: tlexpand project [OPTIONS] FILE    read a project file ('-': standard input) and
-                                          print it as JSON
+    R"(Usage: tlexpand project [OPTIONS] [FILE]  read a project file ('-' or none: standard input)
+                                          and print it as JSON
 
 Options:
       --setting NAME       $NAME = "..." is a setting; repeatable
@@ -45,8 +47,8 @@ Options:
       --max-depth N, --max-steps N, --max-output SIZE
                            limits, as for an expansion
       --color WHEN         colour diagnostics: auto, always or never
-      --version            print the version
-      --help               print this
+  -V, --version            print the version
+  -h, --help               print this
 )";
 
 } // namespace telv::tool

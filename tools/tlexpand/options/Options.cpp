@@ -18,13 +18,13 @@ enum ELongOption
     OPT_KEEP_IMPORTS,
     OPT_MAP,
     OPT_DEPFILE,
+    OPT_DEPEND,
+    OPT_DEPFILE_TARGET,
     OPT_NO_PYTHON,
     OPT_MAX_DEPTH,
     OPT_MAX_STEPS,
     OPT_MAX_OUTPUT,
     OPT_COLOUR,
-    OPT_VERSION,
-    OPT_HELP,
     OPT_SETTING,
     OPT_PATH_SETTING
 };
@@ -40,13 +40,15 @@ constexpr option s_expandTable[] = {
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
+    {"depend",       required_argument, nullptr, OPT_DEPEND},
+    {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
     {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
     {"color",        required_argument, nullptr, OPT_COLOUR},
-    {"version",      no_argument,       nullptr, OPT_VERSION},
-    {"help",         no_argument,       nullptr, OPT_HELP},
+    {"version",      no_argument,       nullptr, 'V'},
+    {"help",         no_argument,       nullptr, 'h'},
     {nullptr, 0, nullptr, 0}};
 
 constexpr option s_projectTable[] = {
@@ -59,15 +61,15 @@ constexpr option s_projectTable[] = {
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
     {"color",        required_argument, nullptr, OPT_COLOUR},
-    {"version",      no_argument,       nullptr, OPT_VERSION},
-    {"help",         no_argument,       nullptr, OPT_HELP},
+    {"version",      no_argument,       nullptr, 'V'},
+    {"help",         no_argument,       nullptr, 'h'},
     {nullptr, 0, nullptr, 0}};
 // clang-format on
 
 /// getopt's code of an operand, and how the letters of `-` and `:` ask for it and for silence.
 constexpr int s_operand = 1;
-constexpr const char* s_expandLetters = "-:o:I:D:E:";
-constexpr const char* s_projectLetters = "-:I:D:";
+constexpr const char* s_expandLetters = "-:o:I:D:E:Vh";
+constexpr const char* s_projectLetters = "-:I:D:Vh";
 
 void SetFile(CommonOptions& options, const char* file)
 {
@@ -118,10 +120,10 @@ bool SetCommonOption(CommonOptions& options, int code)
     case OPT_COLOUR:
         options.m_colour = ParseColour(optarg);
         return true;
-    case OPT_HELP:
+    case 'h':
         options.m_help = true;
         return true;
-    case OPT_VERSION:
+    case 'V':
         options.m_version = true;
         return true;
     default:
@@ -153,6 +155,12 @@ void SetExpandOption(ExpandOptions& options, int code)
         break;
     case OPT_DEPFILE:
         options.m_depfile = ParseFileName("--depfile", optarg);
+        break;
+    case OPT_DEPEND:
+        options.m_dependencies.push_back(ParseFileName("--depend", optarg));
+        break;
+    case OPT_DEPFILE_TARGET:
+        options.m_depfileTarget = ParseFileName("--depfile-target", optarg);
         break;
     }
 }
@@ -188,6 +196,10 @@ void CheckOutputs(const ExpandOptions& options)
 {
     if (options.m_depfile && options.m_output == s_standardStream)
         throw UsageError("--depfile needs -o: a dependency file says what the output depends on");
+    if (!options.m_depfile && !options.m_dependencies.empty())
+        throw UsageError("--depend needs --depfile");
+    if (!options.m_depfile && options.m_depfileTarget)
+        throw UsageError("--depfile-target needs --depfile");
     const bool isMap = options.m_map == s_standardStream;
     if (isMap && options.m_output == s_standardStream)
         throw UsageError("the expansion and the map can't both go to standard output");
@@ -212,8 +224,8 @@ ProjectOptions ParseProjectOptions(int argc, char** argv)
 {
     ProjectOptions options =
         ParseArguments(argc, argv, s_projectLetters, s_projectTable, SetProjectOption);
-    if (options.m_file.empty() && !options.m_help && !options.m_version)
-        throw UsageError("the project file is missing");
+    if (options.m_file.empty())
+        options.m_file = s_standardStream;
     return options;
 }
 

@@ -56,6 +56,8 @@ struct ExpandOptions : CommonOptions
     std::string m_output = s_standardStream;
     std::optional<std::string> m_map;
     std::optional<std::string> m_depfile;
+    std::optional<std::string> m_depfileTarget; ///< Else the output.
+    std::vector<std::string> m_dependencies;    ///< Besides the files that the run reads.
     ssize_t m_srcIndent = 0;
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;

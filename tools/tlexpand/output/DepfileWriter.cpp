@@ -5,6 +5,8 @@
 #include "output/DepfileWriter.h"
 #include "Files.h"
 #include <cstring>
+#include <set>
+#include <string_view>
 #include <utility>
 
 namespace telv::tool
@@ -91,13 +93,17 @@ std::string MakeDepfile(const std::string& output, const std::string& main,
     const char* unwritable = "=";
     if (!main.empty())
         text.append(" ").append(EscapeName(main, std::exchange(unwritable, "")));
+    std::string rules;
+    std::set<std::string_view> known = {main};
     for (const std::string& import : imports)
+    {
+        if (!known.insert(import).second)
+            continue;
         text.append(" \\\n  ").append(EscapeName(import, std::exchange(unwritable, "")));
-    text += "\n";
-    for (const std::string& import : imports)
         if (CanBeTarget(import))
-            text.append("\n").append(EscapeName(import, "")).append(":\n");
-    return text;
+            rules.append("\n").append(EscapeName(import, "")).append(":\n");
+    }
+    return text + "\n" + rules;
 }
 
 } // namespace telv::tool

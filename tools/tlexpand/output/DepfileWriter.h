@@ -11,6 +11,7 @@ namespace telv::tool
 /// without inputs, so that removing an import that is no longer needed does not stop make.
 ///
 /// @param main     The main file; empty when it is standard input, which is no file.
+/// @param imports  The other files; a name that comes again is left out.
 /// @throws FileError  A name can't be written so that both programs read it.
 std::string MakeDepfile(const std::string& output, const std::string& main,
                         const std::vector<std::string>& imports);

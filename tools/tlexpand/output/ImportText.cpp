@@ -5,6 +5,7 @@
 #define TELV_SOURCE_PATH "tools/tlexpand/ImportText"
 
 #include "output/ImportText.h"
+#include "Utf8.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
 #include <cstring>
@@ -59,10 +60,11 @@ bool IsBlankBetween(SubString text, ssize_t begin, ssize_t end, const OutputRang
 std::vector<OutputRange> TakeBlankLines(const std::vector<OutputRange>& ranges, SubString text)
 {
     std::vector<OutputRange> taken;
+    const ssize_t textStart = WithoutByteOrderMark(text).begin() - text.begin();
     const OutputRange* const end = ranges.data() + ranges.size();
     for (const OutputRange* first = ranges.data(); first != end;)
     {
-        const ssize_t lineStart = LineStart(text, first->m_begin);
+        const ssize_t lineStart = std::max(LineStart(text, first->m_begin), textStart);
         ssize_t lineEnd = LineEnd(text, first->m_end);
         const OutputRange* last = first + 1;
         for (; last != end && last->m_begin <= lineEnd; ++last)

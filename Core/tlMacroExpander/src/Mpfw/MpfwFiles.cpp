@@ -9,6 +9,7 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
+#include <algorithm>
 #include <memory>
 #include <sys/stat.h>
 
@@ -197,10 +198,12 @@ MpfwSourceFile* MpfwParser::AddText(const xstring& path, xstring& text)
 void MpfwParser::Expand(MpfwSourceFile& srcFile)
 {
     const ProgressMark mark(srcFile);
+    SubString text = srcFile.m_buffer;
+    if (SubString(text.begin(), text.begin() + std::min<ssize_t>(text.size(), 3)) == "\xef\xbb\xbf")
+        text.m_p1 += 3; // A byte order mark is part of no statement.
     try
     {
-        MacroExpand(this, &m_frame.m_vf, srcFile.m_buffer, 0, 0, srcFile.m_expanded,
-                    srcFile.m_pieces);
+        MacroExpand(this, &m_frame.m_vf, text, 0, 0, srcFile.m_expanded, srcFile.m_pieces);
     }
     catch (const ExpansionLimitException&)
     {
