@@ -4,6 +4,7 @@
 #include "report/Excerpt.h"
 #include "Files.h"
 #include "Utf8.h"
+#include "report/InvisibleCharacters.h"
 #include <algorithm>
 
 namespace telv::tool
@@ -30,16 +31,11 @@ std::string Escape(SubString bytes)
     return escaped;
 }
 
-/// Escape characters, DEL, the control characters of Latin-1, and bytes that are no UTF-8.
+/// What must not reach a terminal as it is: bytes that are no UTF-8, and characters that drive it
+/// or can't be seen.
 bool CanDriveTerminal(const Utf8Character& c)
 {
-    if (!c.m_valid)
-        return true;
-    const auto first = static_cast<unsigned char>(*c.m_bytes.begin());
-    if (c.m_bytes.size() == 1)
-        return first < 0x20 || first == 0x7f;
-    return c.m_bytes.size() == 2 && first == 0xc2 &&
-           static_cast<unsigned char>(c.m_bytes.begin()[1]) < 0xa0;
+    return !c.m_valid || IsInvisible(c.m_bytes);
 }
 
 struct Column
