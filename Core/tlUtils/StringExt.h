@@ -68,6 +68,10 @@ TLUTILS_API int64 DecimalToInt64(SubString digits);
 /// Value of "0x" or "0X" and hexadecimal digits; digits beyond the width shift the high ones out.
 TLUTILS_API int32 HexToInt32(SubString str);
 TLUTILS_API int64 HexToInt64(SubString str);
+/// Value of the digits, point and exponent that `text` begins with, as `strtod` gives it where the
+/// point is a point: the nearest double, infinite when it is too large, 0 when it is too small or
+/// when there is no number.
+TLUTILS_API double DecimalToDouble(SubString text);
 
 // Comparing and searching.
 

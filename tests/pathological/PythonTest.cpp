@@ -1,6 +1,7 @@
 // Python code that tries to end the process, to break the bridge, or to leave another process to
 // finish the run: an error or the right result.
 #include "HostileTest.h"
+#include "support/CommaLocale.h"
 
 #if TELV_HAS_PYTHON
 
@@ -206,6 +207,20 @@ TEST_F(PythonTest, SignalsWorkAsBeforeAfterPython)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     program.Send(SIGINT);
     EXPECT_EQ(program.Finish().signal, SIGINT);
+}
+
+TEST_F(PythonTest, ALocaleThatCodeSetsHasNoEffect)
+{
+    const CommaLocale locale;
+    LimitedOptions options;
+    options.environment = {"LOCPATH=" + locale.Directory()};
+    const std::string set = "@runpython\n{\nimport locale\n"
+                            "locale.setlocale(locale.LC_ALL, 'comma')\n"
+                            "print locale.localeconv()['decimal_point']\n}\n";
+    const ProgramResult result =
+        Expand(set + "@defpython p = {2.5}\n@(1.5 + 1) @(0.25) p @(p * 2) @(1e-7)", {}, options);
+    EXPECT_EQ(result.err, ",\n");
+    EXPECT_EQ(result.out, "2.5 0.25 2.5 5 1e-07");
 }
 
 TEST_F(PythonTest, ModulesOfTheCurrentDirectoryAreNotTaken)

@@ -69,9 +69,15 @@ int OpenAt(int directory, const char* path, int flags)
     return Uninterrupted([=] { return openat(directory, path, flags | O_CLOEXEC); });
 }
 
+std::string ErrorText(int error)
+{
+    const char* const text = strerrordesc_np(error);
+    return text != nullptr ? text : "error " + std::to_string(error);
+}
+
 FileError MakeFileError(const char* verb, const std::string& path, int error)
 {
-    return FileError(std::string("can't ") + verb + " '" + path + "': " + std::strerror(error));
+    return FileError(std::string("can't ") + verb + " '" + path + "': " + ErrorText(error));
 }
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept

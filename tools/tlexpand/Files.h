@@ -21,6 +21,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What an `errno` means, in English whatever the locale is (Python code can set one).
+std::string ErrorText(int error);
+
 /// "can't read 'PATH': REASON" for the verb "read" and an `errno`.
 FileError MakeFileError(const char* verb, const std::string& path, int error);
 

@@ -119,7 +119,7 @@ public:
     int32 GetLiteralHexInt32() const;
     int64 GetLiteralHexInt64() const;
 
-    /// The value of a TOKEN_INTEGER or TOKEN_FLOAT, as `strtod` reads it.
+    /// The value of a TOKEN_INTEGER or TOKEN_FLOAT, as `strtod` reads it in the C locale.
     double GetLiteralDouble() const;
 };
 

@@ -2,7 +2,6 @@
 #include "output/PrintedText.h"
 #include "Cleanup.h"
 #include "Files.h"
-#include <cstring>
 #include <unistd.h>
 
 namespace telv::tool
@@ -25,7 +24,7 @@ void PrintedText::Flush()
     if (error != 0)
         EndRun(std::string("can't write ") +
                (m_descriptor == STDOUT_FILENO ? "standard output: " : "standard error: ") +
-               std::strerror(error));
+               ErrorText(error));
 }
 
 void PrintedText::Write(const char* text, ssize_t length)

@@ -6,7 +6,6 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/LSToken"
 
 #include "tlMacroExpander/src/LSToken.h"
-#include <cstdlib>
 
 namespace telv
 {
@@ -86,8 +85,7 @@ int64 LSToken::GetLiteralHexInt64() const
 double LSToken::GetLiteralDouble() const
 {
     TELV_ASSERT(m_type == TOKEN_INTEGER || m_type == TOKEN_FLOAT);
-    const xstring text(m_str);
-    return std::strtod(text.c_str(), nullptr);
+    return DecimalToDouble(m_str); // strtod asks the locale what a decimal point is
 }
 
 namespace
