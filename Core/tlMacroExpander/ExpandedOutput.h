@@ -73,7 +73,6 @@ public:
     void WriteCalculatedSubString(SubString s, SubString sSrcFile, ssize_t indent);
 
 private:
-    void StartLine(ssize_t indent);
     void Put(SubString s);
     void AddSourcePiece(const char* p1, const char* p2);
 };

@@ -8,22 +8,17 @@
 
 #include "tlMacroExpander/Export.h"
 #include "tlUtils/StringExt.h"
-#include <exception>
 #include <functional>
 #include <limits>
-#include <map>
 #include <memory>
-#include <vector>
 
 namespace telv
 {
 
 class ExpandedOutput;
-class ExpansionLevel;
 class LexScannerException;
-class TemporaryText;
-class TextOrigin;
 class LSSourceFile;
+class RunState;
 
 /// Bounds on what a text may use up. Past one, an ExpansionLimitException is thrown.
 struct TLEXPANDER_API ExpansionLimits
@@ -70,6 +65,10 @@ public:
     /// until the run ends. Null: none is kept.
     const ExpandedOutput* m_mappedOutput = nullptr;
 
+    /// With false, outputs that the run's expansions write to record no pieces: their `size()` is 0,
+    /// and what is copied goes out in long stretches.
+    bool m_recordPieces = true;
+
     /// Makes `file` known by name. It must not change and must outlive the run.
     void AddSource(const LSSourceFile& file);
 
@@ -89,47 +88,12 @@ public:
 
     /// The innermost place at the time when an exception without a position (out of memory, a
     /// broken assumption) left an expansion; null when none did.
-    const char* FailurePosition() const { return m_failurePos; }
+    const char* FailurePosition() const;
 
 private:
-    friend class ExpansionLevel;
-    friend class ExpansionRunScope;
-    friend class TemporaryText;
-    friend class TextOwnerScope;
-    friend class EndMark;
-    friend class SwallowedErrors;
-    friend class HeldError;
+    friend class RunState;
 
-    /// A text that died while an exception was passing, and the place that replaces it.
-    struct DeadText
-    {
-        const char* m_begin;
-        const char* m_end;
-        const char* m_origin;
-    };
-
-    void NoteDeath(const TextOrigin& text) noexcept;
-
-    /// Called when no error is passing any more.
-    void ForgetErrors() noexcept
-    {
-        m_deadTexts.clear();
-        m_markFreeLength = 0;
-    }
-
-    ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
-    TemporaryText* m_nextOwner = nullptr;
-    ssize_t m_depth = 0;
-    ssize_t m_steps = 0;
-    const char* m_failurePos = nullptr;
-    std::vector<DeadText> m_deadTexts;
-    ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
-    bool m_errorsAreSwallowed = false;          ///< See SwallowedErrors.
-    LexScannerException* m_heldError = nullptr; ///< See HeldError.
-    std::exception_ptr m_heldErrorOwner;
-    std::vector<std::shared_ptr<TemporaryText>> m_keptTexts;
-    std::shared_ptr<std::map<const char*, TextOrigin*>> m_liveTexts;
-    std::map<const char*, const LSSourceFile*> m_sources;
+    std::unique_ptr<RunState> m_state; ///< What only the library uses; never null.
 };
 
 /// Installs a run for the current thread until the end of the scope; scopes nest.

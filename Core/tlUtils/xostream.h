@@ -7,6 +7,7 @@
 
 #include "tlUtils/Export.h"
 #include "tlUtils/xstring.h"
+#include <cstring>
 
 namespace telv
 {
@@ -22,7 +23,12 @@ public:
     /// Writes `length` characters, indented where a line starts.
     void Put(const char* text, ssize_t length)
     {
-        if (m_indent <= 0)
+        if (length < m_roomEnd - m_room && m_indent <= 0)
+        {
+            std::memcpy(m_room, text, static_cast<size_t>(length));
+            m_room += length;
+        }
+        else if (m_indent <= 0)
             Write(text, length);
         else
             PutIndented(text, length);
@@ -38,7 +44,18 @@ public:
 protected:
     ~IndentingStream() = default;
 
-    /// Takes `length` characters as they are; `length` may be 0.
+    /// Offers [begin, end) for the characters that come next: those that fit are put there without
+    /// a call of `Write`. Nothing is offered at first.
+    void OfferRoom(char* begin, char* end)
+    {
+        m_room = begin;
+        m_roomEnd = end;
+    }
+    /// Where the next character goes: what lies between the begin of the room and here was written.
+    char* Room() const { return m_room; }
+    char* RoomEnd() const { return m_roomEnd; }
+
+    /// Takes `length` characters as they are; `length` may be 0. What is in the room comes first.
     virtual void Write(const char* text, ssize_t length) = 0;
 
     /// The character written last, or a line feed when there is none: tells where lines start.
@@ -48,6 +65,8 @@ private:
     void PutIndented(const char* text, ssize_t length);
 
     ssize_t m_indent = 0;
+    char* m_room = nullptr;
+    char* m_roomEnd = nullptr;
 };
 
 /// Output stream of text. Owns nothing: the stream behind it belongs to whoever made it.

@@ -116,7 +116,7 @@ TEST_F(MemoryTest, TheErrorItselfNeedsLittleMemory)
          "main.tl(1)"},
         {"many brackets on a line",
          "\n@(" + Repeat("(", 300'000) + "1" + Repeat(")", 300'000) + ")", 16, "main.tl(2)"},
-        {"long literal", "\n@(len(\"" + line + "\"))", 44, "main.tl(2)"},
+        {"long literal", "\n@(len(@str(" + line + ")))", 44, "main.tl(2)"},
     };
     for (const auto& row : rows)
     {

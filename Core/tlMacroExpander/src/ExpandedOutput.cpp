@@ -1,31 +1,11 @@
 // Writing with lazy indentation. Text goes out a line at a time; the column is counted in bulk.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpandedOutput"
 
-#include "tlMacroExpander/ExpandedOutput.h"
+#include "tlMacroExpander/src/Output/Columns.h"
 #include <algorithm>
-#include <cstring>
 
 namespace telv
 {
-
-namespace
-{
-
-constexpr ssize_t s_tabWidth = 4;
-
-const char* EndOfLine(SubString s)
-{
-    const void* const feed = std::memchr(s.begin(), '\n', static_cast<size_t>(s.size()));
-    return feed == nullptr ? s.end() : static_cast<const char*>(feed) + 1;
-}
-
-/// Columns of a stretch without a line feed.
-ssize_t Columns(SubString s)
-{
-    return s.size() + (s_tabWidth - 1) * std::count(s.begin(), s.end(), '\t');
-}
-
-} // namespace
 
 ExpandedOutput::ExpandedOutput(xostream* os) : m_os(os), m_columnPos(-1), m_size(0)
 {
@@ -37,16 +17,15 @@ ssize_t ExpandedOutput::size() const
     return m_pieces.size();
 }
 
-/// Writes the indentation of a line that is about to receive its first character.
-void ExpandedOutput::StartLine(ssize_t indent)
+void StartLine(ExpandedOutput& output, ssize_t indent)
 {
     constexpr ssize_t few = 64;
     static constexpr char blanks[few + 1] =
         "                                                                ";
     for (ssize_t left = indent; left > 0; left -= few)
-        m_os->put(blanks, std::min(left, few));
-    m_size += std::max<ssize_t>(indent, 0);
-    m_columnPos = indent;
+        output.m_os->put(blanks, std::min(left, few));
+    output.m_size += std::max<ssize_t>(indent, 0);
+    output.m_columnPos = indent;
 }
 
 /// Writes a stretch that has no line feed but at its end.
@@ -77,7 +56,7 @@ void ExpandedOutput::WriteSubStringFromSourceFile(SubString s, ssize_t indent)
                 pending = s.begin();
                 m_pieces.m_pieces.push_back(OutputPiece{SubString(), indent});
             }
-            StartLine(indent);
+            StartLine(*this, indent);
         }
         const SubString line(s.begin(), EndOfLine(s));
         Put(line);
@@ -97,7 +76,7 @@ void ExpandedOutput::WriteCalculatedSubString(SubString s, SubString sSrcFile, s
     while (s)
     {
         if (m_columnPos == -1)
-            StartLine(indent);
+            StartLine(*this, indent);
         const SubString line(s.begin(), EndOfLine(s));
         Put(line);
         s.m_p1 = line.end();

@@ -6,7 +6,11 @@
 
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
+#include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
+#include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Scan/PlainStretch.h"
 
 namespace telv
 {
@@ -29,35 +33,53 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
     TELV_ASSERT(dstIndent >= 0);
 }
 
+[[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text, bool isRecorded)
+{
+    ExpansionLevel level(RunState::Of(run), run.m_limits, text, m_startDirectivePos, isRecorded);
+    if (text.m_isOfApplication)
+        ExpandForApplication(level);
+    else
+        ExpandTokens(level); // catching at every level would make deep errors slow
+    level.Finish();
+}
+
+[[gnu::always_inline]] inline void MacroExpander::ExpandText(const LevelText& text,
+                                                            bool isRecorded)
+{
+    if (m_str.empty())
+        return;
+    if (ExpansionRun* const run = RunState::CurrentRun())
+        ExpandIn(*run, text, isRecorded);
+    else
+        ExpandWithOwnRun(text, isRecorded);
+}
+
 void MacroExpander::Expand()
 {
-    if (!TryExpand())
-        HeldError::Throw(CurrentRun());
+    const ExpansionRun* const run = RunState::CurrentRun();
+    ExpandText(LevelText{m_str, nullptr, /*m_isOfApplication=*/true},
+               run == nullptr || run->m_recordPieces);
 }
 
-bool MacroExpander::TryExpand()
+/// For callers in other sources.
+void MacroExpander::ExpandNested(const LevelText& text, bool isRecorded)
 {
-    ExpansionRun* const run = ExpansionRun::Current();
-    if (run == nullptr)
-    {
-        ExpandWithOwnRun();
-        return true;
-    }
-    if (m_str.empty())
-        return true;
-    ExpansionLevel level(*run, *this);
-    if (!level.IsCalledByApplication())
-        return TryExpandText(*run); // catching at every level would make deep errors slow
-    ExpandForApplication(*run);
-    return true;
+    ExpandText(text, isRecorded);
 }
 
-[[gnu::noinline]] void MacroExpander::ExpandForApplication(ExpansionRun& run)
+[[gnu::noinline]] void MacroExpander::ExpandWithOwnRun(const LevelText& text, bool isRecorded)
 {
+    ExpansionRun run;
+    const ExpansionRunScope scope(run);
+    ExpandIn(run, text, isRecorded);
+}
+
+[[gnu::noinline]] void MacroExpander::ExpandForApplication(ExpansionLevel& level)
+{
+    level.State().ForgetErrors();
     try
     {
-        if (!TryExpandText(run))
-            HeldError::Throw(run);
+        ExpandTokens(level);
     }
     catch (LexScannerException& e)
     {
@@ -66,14 +88,26 @@ bool MacroExpander::TryExpand()
     }
 }
 
-[[gnu::noinline]] void MacroExpander::ExpandWithOwnRun()
+/// Where nothing is recorded, only the bytes of the output matter, and what means nothing can be
+/// passed over and written in long stretches.
+void MacroExpander::ExpandTokens(ExpansionLevel& level)
 {
-    ExpansionRun run;
-    ExpansionRunScope scope(run);
-    Expand();
+    if (level.Scanned() != nullptr && !level.IsRecorded() && level.AllowsFastPaths())
+        ExpandScanned(level);
+    else
+        ExpandUnscanned(level);
 }
 
-bool MacroExpander::TryExpandText(const ExpansionRun& run)
+void MacroExpander::ExpandUnscanned(const ExpansionLevel& level)
+{
+    if (FastPaths::IsOn(FastPaths::PLAIN_STRETCHES) && !level.IsRecorded() && m_srcIndent == 0 &&
+        level.AllowsFastPaths())
+        ExpandInStretches();
+    else
+        ExpandTokenByToken();
+}
+
+void MacroExpander::ExpandTokenByToken()
 {
     for (;;)
     {
@@ -84,12 +118,61 @@ bool MacroExpander::TryExpandText(const ExpansionRun& run)
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
         ProcessToken(token);
-        if (HeldError::Get(run) != nullptr) [[unlikely]]
-            return false;
         AdvanceWritePos(m_str.begin(), true);
     }
     AdvanceWritePos(m_str.begin(), true);
-    return true;
+}
+
+/// Looks only at tokens that may mean something. The others stay pending, so what a directive
+/// would find written has to be written before it.
+void MacroExpander::ExpandInStretches()
+{
+    NameTable& names = FrameTree::Names(*m_vf);
+    const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name); };
+    for (;;)
+    {
+        const char* const resumed = m_str.begin();
+        m_str.m_p1 = SkipPlainStretch(m_str, mayMatter);
+        if (m_str.empty())
+            break;
+        const LSToken token = LsScanToken(m_str, true);
+        m_startDirectivePos = token.m_str.begin();
+        m_endDirectivePos = token.m_str.end();
+        if (token.m_type == TOKEN_AT || token.m_type == TOKEN_PREPROC_COMMENT)
+            AdvanceWritePos(StartOfBlanks(resumed, token.m_str.begin()), true);
+        ProcessToken(token);
+    }
+    AdvanceWritePos(m_str.begin(), true);
+}
+
+/// Whether a name may stand for something here.
+bool MacroExpander::MayMatter(NameTable& names, VarFrame& frame, SubString name)
+{
+    const uint64 hash = HashName(name);
+    const NameEntry* const entry = names.Lookup(name, hash);
+    if (entry != nullptr)
+        return names.MayBeBound(*entry);
+    try
+    {
+        return names.FindUnknown(&frame, name, hash, name.end()) != nullptr;
+    }
+    catch (const LexScannerException&)
+    {
+        return true; // ambiguous: an error at its place
+    }
+}
+
+/// The start of what is pending before `token`, had each token before it been written when it was
+/// read: behind the last of these, or behind a line feed. `resumed`: where they begin.
+const char* MacroExpander::StartOfBlanks(const char* resumed, const char* token) const
+{
+    const char* start = token;
+    while (start != resumed && ClassOf(start[-1]) == CHAR_BLANK)
+        --start;
+    for (const char* p = start; p != token && (*p == ' ' || *p == '\t' || *p == '\n'); ++p)
+        if (*p == '\n')
+            start = p + 1;
+    return start;
 }
 
 /// Passes over blanks and line feeds. Text up to a line feed is written; the indentation after it
@@ -118,7 +201,7 @@ void MacroExpander::ProcessToken(const LSToken& token)
         if (LSVariable* var = FindVariable(token.m_str))
         {
             AdvanceWritePos(token.m_str.begin(), true);
-            TryInvokeVariable(var); // the main loop looks for the error
+            InvokeVariable(var);
         }
         break;
     case TOKEN_DOUBLE_QUOTED_STRING:
@@ -159,7 +242,7 @@ void MacroExpander::ProcessQuotedString(const LSToken& token)
 
 void MacroExpander::ProcessDirective()
 {
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     const Directive* const directive = FindDirective(token);
     if (directive != nullptr)
     {
@@ -218,10 +301,26 @@ void MacroExpander::AdvanceWritePos(const xchar* pos, bool write)
     m_writePos = pos;
 }
 
+ExpansionLevel* MacroExpander::OwnLevel() const
+{
+    ExpansionLevel* const level = ExpansionLevel::Current();
+    return level != nullptr && level->IsOf(m_startDirectivePos) ? level : nullptr;
+}
+
+void MacroExpander::CountStep() const
+{
+    if (ExpansionLevel* const level = ExpansionLevel::Current())
+        level->CountStep(m_startDirectivePos);
+}
+
 void MacroExpander::WriteSubStringFromSourceFile(SubString s)
 {
-    m_output.WriteSubStringFromSourceFile(s, m_dstIndent);
-    CheckOutputSize();
+    ExpansionLevel* const level = OwnLevel();
+    if (level != nullptr && !level->IsRecorded())
+        WriteUnrecorded(m_output, s, m_dstIndent);
+    else
+        m_output.WriteSubStringFromSourceFile(s, m_dstIndent);
+    CheckOutput(level);
 }
 
 void MacroExpander::WriteCalculatedSubString(SubString s)
@@ -231,21 +330,23 @@ void MacroExpander::WriteCalculatedSubString(SubString s)
 
 void MacroExpander::WriteCalculatedSubString(SubString s, SubString src)
 {
-    m_output.WriteCalculatedSubString(s, src, m_dstIndent);
-    CheckOutputSize();
+    ExpansionLevel* const level = OwnLevel();
+    if (level != nullptr && !level->IsRecorded())
+        WriteUnrecorded(m_output, s, m_dstIndent);
+    else
+        m_output.WriteCalculatedSubString(s, src, m_dstIndent);
+    CheckOutput(level);
 }
 
 /// Every piece that is written passes here: what it views is noted where that matters.
-void MacroExpander::CheckOutputSize() const
+void MacroExpander::CheckOutput(ExpansionLevel* level) const
 {
-    ExpansionRun* const run = ExpansionRun::Current();
-    if (run == nullptr)
+    if (level == nullptr)
         return;
-    if (m_output.m_size > run->m_limits.m_maxOutput) [[unlikely]]
-        ExpansionLevel::ThrowOutputTooLarge(m_startDirectivePos == nullptr ? m_origStr.begin()
-                                                                           : m_startDirectivePos);
-    if (run->m_mappedOutput == &m_output) [[unlikely]]
-        ExpansionLevel::NotePiece();
+    if (m_output.m_size > level->Limits().m_maxOutput) [[unlikely]]
+        ExpansionLevel::ThrowOutputTooLarge(level->Position());
+    if (level->IsRecorded() && RunState::CurrentRun()->m_mappedOutput == &m_output)
+        level->NotePiece();
 }
 
 void MacroExpander::ScanOverWhiteSpaceAfterDirective()
@@ -265,26 +366,24 @@ void MacroExpander::ScanOverWhiteSpaceAfterDirective()
     AdvanceWritePos(m_str.begin(), false);
 }
 
-void MacroExpander::ExpandLastBlock(SubString block, ssize_t indent, ssize_t dstIndent)
+void MacroExpander::ExpandHere(VarFrame& frame, const LevelText& text, ssize_t srcIndent,
+                               ssize_t dstIndent)
 {
-    VarFrame frame(m_vf);
-    if (MacroExpander(nullptr, &frame, block, indent, dstIndent, m_output).TryExpand())
-        return;
-    ExpansionRun& run = CurrentRun();
-    if (!ExpansionLevel::IsOf(run, *this))
-        HeldError::Throw(run);
+    const ExpansionLevel* const level = OwnLevel();
+    MacroExpander expander(nullptr, &frame, text.m_text, srcIndent, dstIndent, m_output);
+    expander.ExpandText(text, level == nullptr || level->IsRecorded());
 }
 
-void MacroExpander::ExpandBlock(SubString block, ssize_t indent, ssize_t dstIndent)
+void MacroExpander::ExpandBlock(const LevelText& block, ssize_t indent, ssize_t dstIndent)
 {
     VarFrame frame(m_vf);
-    MacroExpand(nullptr, &frame, block, indent, dstIndent, m_output);
+    ExpandHere(frame, block, indent, dstIndent);
 }
 
-void MacroExpander::ExpandToString(SubString text, ssize_t srcIndent, xstring& output)
+void MacroExpander::ExpandToString(const LevelText& text, ssize_t srcIndent, xstring& output) const
 {
     VarFrame frame(m_vf);
-    MacroExpand(nullptr, &frame, text, srcIndent, 0, output);
+    ExpandIntoString(frame, text, srcIndent, output);
 }
 
 } // namespace telv

@@ -10,11 +10,19 @@
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <memory>
+#include <optional>
 
 namespace telv
 {
 
+class ExpansionLevel;
 class ExpansionRun;
+class NameTable;
+class ScannedText;
+struct Cut;
+struct ScanItem;
+struct LevelText;
+enum ECut : unsigned char;
 
 /// How a string literal is written.
 enum EStrLiteralMode
@@ -155,67 +163,99 @@ public:
     void ProcessRunPythonDirective();
 
 private:
-    struct ActualArg;
+    friend void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent,
+                                 xstring& output);
+    friend void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
+                            ssize_t dstIndent, xstring& output);
+    friend void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
+                            ssize_t dstIndent, xstring& output, OutputPieces& pieces);
+
+    class ActualArgs;
     class FormalNames;
     class ForLoop;
     struct ForHead;
 
-    /// These return false where the run holds an error, and throw other exceptions.
-    bool TryExpand();
-    bool TryExpandText(const ExpansionRun& run);
-    bool TryInvokeVariable(LSVariable* var);
-    bool TryInvokeMacro(LSMacroVariable& macroVar);
-    bool TryExpandBody(const LSMacroVariable& macroVar, VarFrame& frame);
-
-    void ExpandWithOwnRun();
-    void ExpandForApplication(ExpansionRun& run);
+    void ExpandText(const LevelText& text, bool isRecorded);
+    void ExpandNested(const LevelText& text, bool isRecorded);
+    void ExpandWithOwnRun(const LevelText& text, bool isRecorded);
+    void ExpandIn(ExpansionRun& run, const LevelText& text, bool isRecorded);
+    void ExpandForApplication(ExpansionLevel& level);
+    void ExpandTokens(ExpansionLevel& level);
+    void ExpandUnscanned(const ExpansionLevel& level);
+    void ExpandTokenByToken();
+    void ExpandInStretches();
+    void ExpandScanned(ExpansionLevel& level);
+    void ExpandItem(ExpansionLevel& level, ScanItem& item, const char* resumed);
+    void EndLine(const char* start);
+    bool MoveToNextItem(ScannedText& scanned, uint32& index, uint32& resumed);
+    bool WriteInertText(const LevelText& text, VarFrame& frame, ssize_t srcIndent);
+    static bool MayMatter(NameTable& names, VarFrame& frame, SubString name);
+    const char* StartOfBlanks(const char* resumed, const char* token) const;
     void PassOverLineStarts();
     void ProcessToken(const LSToken& token);
     void ProcessQuotedString(const LSToken& token);
     void ProcessDirective();
     void ProcessUnknownDirective(const LSToken& name);
     void ProcessPastedTokens();
-    void CheckOutputSize() const;
+    void CheckOutput(ExpansionLevel* level) const;
+    /// The level of this expansion; null when it is not the innermost one, or there is no run.
+    ExpansionLevel* OwnLevel() const;
+    void CountStep() const;
     /// What calculated output is attributed to.
     SubString DirectiveRange() const { return SubString(m_startDirectivePos, m_endDirectivePos); }
-    /// Expands the block that ends a directive. Called from the main loop, it leaves errors to
-    /// that.
-    void ExpandLastBlock(SubString block, ssize_t indent, ssize_t dstIndent);
-    /// Expands a block in a scope of its own, into the output or into a string.
-    void ExpandBlock(SubString block, ssize_t indent, ssize_t dstIndent);
-    void ExpandToString(SubString text, ssize_t srcIndent, xstring& output);
+    /// Expands a text straight into the output.
+    void ExpandHere(VarFrame& frame, const LevelText& text, ssize_t srcIndent, ssize_t dstIndent);
+    /// Expands a block in a scope of its own.
+    void ExpandBlock(const LevelText& block, ssize_t indent, ssize_t dstIndent);
+    /// Expands a text in a scope of its own into a string, which is unchanged after an error.
+    void ExpandToString(const LevelText& text, ssize_t srcIndent, xstring& output) const;
+
+    // Cutting what a directive or a call needs out of the text that follows; see Cuts.cpp.
+
+    template <class Make>
+    LevelText MakeCut(ECut kind, EToken close, Cut& cut, const Make& make);
+    LSToken NextToken();
+    LevelText CutSection(bool readOpen, EToken open, EToken close);
+    LevelText CutBlock(ssize_t& indent);
+    LevelText CutRoundBlock(ssize_t& indent);
+    LevelText CutArgument(LSToken& end, EToken close);
 
     void ReadFormalArgs(SubString name, LSMacroVariable& macroVar);
     LSToken ReadFormalArg(SubString name, LSMacroVariable& macroVar, LSToken token,
                           FormalNames& known);
     VarFrame* FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name);
 
-    void ReadActualArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args);
-    void BindArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args, VarFrame& frame);
+    void ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& args);
+    const LSVariable* PassArgs(LSMacroVariable& macroVar, VarFrame& context,
+                               std::optional<VarFrame>& frame);
+    const LSVariable* BindArgs(LSMacroVariable& macroVar, ActualArgs& args, VarFrame& frame);
     LSVariable* MakeNamedArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
-                             SubString arg);
+                             const LevelText& arg);
     LSVariable* MakeValueArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
-                             SubString arg);
+                             const LevelText& arg);
+    void InvokeMacro(LSMacroVariable& macroVar);
+    void ExpandBody(const LSMacroVariable& macroVar, const LevelText& body, VarFrame& frame);
     void WriteValueOf(const LSVariable& var);
-    void WriteTypedValue(VarFrame* frame, SubString text, ELSVariable type);
-    void WritePythonMacroResult(LSMacroVariable& macroVar, VarFrame& frame);
-    static void AddContextToHeldError(const LSMacroVariable& macroVar,
-                                      const xvector<ActualArg>& args);
+    void WriteTypedValue(VarFrame* frame, const LevelText& text, ELSVariable type);
+    void WritePythonMacroResult(LSMacroVariable& macroVar, const LevelText& body, VarFrame& frame);
     static void AddInvocationContext(LexScannerException& e, const LSMacroVariable& macroVar,
-                                     const xvector<ActualArg>& args);
-    xstring ComposeCall(const LSMacroVariable& macroVar, SubString section);
+                                     const LSVariable* lastArg);
+    xstring ComposeCall(const LSMacroVariable& macroVar, const LevelText& section);
 
-    bool EvaluateCondition(SubString condition, SubString directiveName);
+    bool WriteValueDirectly(SubString expression);
+    bool TakeDirectiveWord(const char* word);
+    bool EvaluateCondition(const LevelText& condition, SubString directiveName);
     void ReadForHead(ForHead& head);
-    SubString ScanLoopBlock(ssize_t& indent, const char* context);
+    LevelText ScanLoopBlock(ssize_t& indent, const char* context);
 
     void AssignVariable(const LSToken& nameToken);
     void DefineVariable(ELSVariable type);
-    bool ReadValueText(ELSVariable type, SubString name, SubString& text);
-    void EvaluateValueText(ELSVariable type, SubString text, bool verbatim, xstring& value);
+    bool ReadValueText(ELSVariable type, SubString name, LevelText& text);
+    void EvaluateValueText(ELSVariable type, const LevelText& text, bool verbatim, xstring& value);
+    xstring EvaluateText(const LevelText& text, SubString directiveName);
 
     void WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode);
-    bool FailsToExpand(SubString text);
+    bool FailsToExpand(const LevelText& text);
     xstring ReadPathOperand(const LSToken& token, SubString word);
 };
 
@@ -228,8 +268,11 @@ TLEXPANDER_API void ReadVariableValueByParsingExpression(VarFrame* frame, SubStr
                                                          ELSVariable type, xstring& value);
 
 /// The same for a directive or macro name, to which errors in the expanded text are moved.
-void ReadVariableValueFor(VarFrame* frame, SubString text, ELSVariable type, xstring& value,
+void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
                           const char* origin);
+
+/// Expands a text in `frame` into a string, which is unchanged after an error.
+void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output);
 
 /// Read `@elseif` or `@else` from the front of `str`; false, with `str` moved, for anything else.
 TLEXPANDER_API bool ScanElseIfBlock(SubString& str);

@@ -1,6 +1,6 @@
 // @quote and @scope: text as it stands, and text with a scope of its own.
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include <cstring>
 #include <utility>
 
@@ -10,7 +10,7 @@ namespace telv
 void MacroExpander::ProcessQuoteDirective()
 {
     ssize_t indent = 0;
-    SubString text = ScanRndBrackettedString(m_str, indent);
+    SubString text = CutRoundBlock(indent).m_text;
     AdvanceWritePos(m_str.begin(), false);
     const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
     while (text)
@@ -27,9 +27,9 @@ void MacroExpander::ProcessQuoteDirective()
 void MacroExpander::ProcessScopeDirective()
 {
     ssize_t indent = 0;
-    const SubString block = ScanSubstString(m_str, indent);
+    const LevelText block = CutBlock(indent);
     AdvanceWritePos(m_str.begin(), false);
-    ExpandLastBlock(block, indent, GetOutputPos());
+    ExpandBlock(block, indent, GetOutputPos());
 }
 
 } // namespace telv

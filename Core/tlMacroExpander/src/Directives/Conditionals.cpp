@@ -1,9 +1,10 @@
 // @if, @elseif, @else. All conditions of a chain are evaluated; the first true one chooses.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {
@@ -14,11 +15,11 @@ namespace
 /// The block that is expanded, once one is chosen.
 struct ChosenBlock
 {
-    SubString m_text;
+    LevelText m_text;
     ssize_t m_indent = -1;
     bool m_decided = false;
 
-    void Offer(bool condition, SubString text, ssize_t indent)
+    void Offer(bool condition, const LevelText& text, ssize_t indent)
     {
         if (m_decided || !condition)
             return;
@@ -28,12 +29,17 @@ struct ChosenBlock
     }
 };
 
+bool IsDirectiveWord(const LSToken& at, const LSToken& name, const char* word)
+{
+    return at.m_type == TOKEN_AT && name.m_type == TOKEN_IDENTIFIER && name.m_str == word;
+}
+
 /// Takes two tokens, whatever the first one is: a mistake in either is an error.
 bool ScanDirectiveWord(SubString& str, const char* word)
 {
     const LSToken at = LsScanToken(str, false);
     const LSToken name = LsScanToken(str, false);
-    return at.m_type == TOKEN_AT && name.m_type == TOKEN_IDENTIFIER && name.m_str == word;
+    return IsDirectiveWord(at, name, word);
 }
 
 } // namespace
@@ -53,36 +59,47 @@ void MacroExpander::ProcessIfDirective()
     ChosenBlock chosen;
     ssize_t indent = 0;
     bool condition = ParseBoolExpressionInBrackets("@if");
-    SubString block = ScanSubstString(m_str, indent);
+    LevelText block = CutBlock(indent);
     chosen.Offer(condition, block, indent);
-    for (SubString ahead = m_str; ScanElseIfBlock(ahead); ahead = m_str)
+    while (TakeDirectiveWord("elseif"))
     {
-        m_str = ahead;
         condition = ParseBoolExpressionInBrackets("@elseif");
-        block = ScanSubstString(m_str, indent);
+        block = CutBlock(indent);
         chosen.Offer(condition, block, indent);
     }
-    SubString ahead = m_str;
-    if (ScanElseBlock(ahead))
+    if (TakeDirectiveWord("else"))
     {
-        m_str = ahead;
-        block = ScanSubstString(m_str, indent);
+        block = CutBlock(indent);
         chosen.Offer(true, block, indent);
     }
     AdvanceWritePos(m_str.begin(), false);
-    if (!chosen.m_text.empty())
-        ExpandLastBlock(chosen.m_text, chosen.m_indent, GetOutputPos());
+    if (!chosen.m_text.m_text.empty())
+        ExpandBlock(chosen.m_text, chosen.m_indent, GetOutputPos());
+}
+
+/// Reads an `@` and this word, if they are next.
+bool MacroExpander::TakeDirectiveWord(const char* word)
+{
+    const SubString before = m_str;
+    const LSToken at = NextToken();
+    const LSToken name = NextToken();
+    if (IsDirectiveWord(at, name, word))
+        return true;
+    m_str = before;
+    return false;
 }
 
 bool MacroExpander::ParseBoolExpressionInBrackets(SubString directiveName)
 {
-    return EvaluateCondition(
-        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN), directiveName);
+    return EvaluateCondition(CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN), directiveName);
 }
 
 /// Expands a condition and evaluates it; for @while too.
-bool MacroExpander::EvaluateCondition(SubString condition, SubString directiveName)
+bool MacroExpander::EvaluateCondition(const LevelText& condition, SubString directiveName)
 {
+    bool value = false;
+    if (EvaluateDirectly(*m_vf, condition.m_text, value))
+        return value;
     xstring text;
     try
     {
@@ -90,7 +107,7 @@ bool MacroExpander::EvaluateCondition(SubString condition, SubString directiveNa
     }
     catch (LexScannerException& e)
     {
-        AddErrorContext(e, {"\n    in ", directiveName, "(", condition, ")"});
+        AddErrorContext(e, {"\n    in ", directiveName, "(", condition.m_text, ")"});
         throw;
     }
     try

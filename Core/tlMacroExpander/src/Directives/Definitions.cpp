@@ -9,7 +9,6 @@
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <unordered_set>
 
 namespace telv
@@ -36,13 +35,13 @@ ELSVariable CheckVariableType(SubString word)
 
 void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defpython)
 {
-    LSToken token = LsScanToken(m_str, false);
+    LSToken token = NextToken();
     const bool fileScope = token.m_type == TOKEN_PLUS;
     if (fileScope)
-        token = LsScanToken(m_str, false);
+        token = NextToken();
     const ELSVariable returnType = CheckVariableType(token.m_str);
     if (returnType != LSV_MACRO)
-        token = LsScanToken(m_str, false);
+        token = NextToken();
     if (token.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Identifier expected for macro name when read "}, token);
 
@@ -78,7 +77,7 @@ VarFrame* MacroExpander::FindTargetFrame(bool fileScope, bool exportdef, const L
 void MacroExpander::ReadMacroVariableDefn(SubString name, LSMacroVariable* macroVar)
 {
     TELV_ASSERT(macroVar);
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
         ReadFormalArgs(name, *macroVar);
@@ -87,8 +86,9 @@ void MacroExpander::ReadMacroVariableDefn(SubString name, LSMacroVariable* macro
     else if (token.m_type != TOKEN_EQUAL)
         ThrowAtToken({"= or ( expected for definition of macro ", name, " when read "}, token);
     ssize_t indent = 0;
-    const SubString body = ScanSubstString(m_str, indent);
-    macroVar->SetSubstitutionString(body, false, indent);
+    const LevelText body = CutBlock(indent);
+    macroVar->SetSubstitutionString(body.m_text, false, indent);
+    KeepScanned(*macroVar, body);
 }
 
 /// Names of formal arguments already read. Few are compared one by one, many are hashed.
@@ -122,7 +122,7 @@ private:
 void MacroExpander::ReadFormalArgs(SubString name, LSMacroVariable& macroVar)
 {
     FormalNames known(macroVar);
-    LSToken token = LsScanToken(m_str, false);
+    LSToken token = NextToken();
     if (token.m_type == TOKEN_RIGHT_PAREN)
         return;
     for (;;)
@@ -133,7 +133,7 @@ void MacroExpander::ReadFormalArgs(SubString name, LSMacroVariable& macroVar)
         if (token.m_type != TOKEN_COMMA)
             ThrowAtToken({"Comma or right parenthesis expected when read "}, token,
                          xstring("\nwhile reading argument list for definition of macro ") + name);
-        token = LsScanToken(m_str, false);
+        token = NextToken();
     }
 }
 
@@ -144,7 +144,7 @@ LSToken MacroExpander::ReadFormalArg(SubString name, LSMacroVariable& macroVar, 
     LSFormalArg arg;
     arg.m_type = CheckVariableType(token.m_str);
     if (arg.m_type != LSV_MACRO)
-        token = LsScanToken(m_str, false);
+        token = NextToken();
     arg.m_name = token.m_str;
     if (token.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Read "}, token,
@@ -155,14 +155,14 @@ LSToken MacroExpander::ReadFormalArg(SubString name, LSMacroVariable& macroVar, 
     if (arg.m_name == "false" || arg.m_name == "true")
         ThrowAt(arg.m_name.begin(),
                 {"Invalid formal argument '", arg.m_name, "' in definition of macro ", name});
-    token = LsScanToken(m_str, false);
+    token = NextToken();
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
-        token = LsScanToken(m_str, false);
+        token = NextToken();
         if (token.m_type != TOKEN_RIGHT_PAREN)
             ThrowAtToken({"Expected ) when read "}, token);
         arg.m_isFnArg = true;
-        token = LsScanToken(m_str, false);
+        token = NextToken();
     }
     macroVar.m_argNames.push_back(arg);
     return token;
@@ -170,17 +170,17 @@ LSToken MacroExpander::ReadFormalArg(SubString name, LSMacroVariable& macroVar, 
 
 void MacroExpander::ReadEqualsForVariableDefn(SubString name)
 {
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     if (token.m_type != TOKEN_EQUAL)
         ThrowAtToken({"= expected in definition of macro ", name, " when read "}, token);
 }
 
 bool MacroExpander::ReadEqualsForVariableDefn2(SubString name)
 {
-    LSToken token = LsScanToken(m_str, false);
+    LSToken token = NextToken();
     const bool colon = token.m_type == TOKEN_COLON;
     if (colon)
-        token = LsScanToken(m_str, false);
+        token = NextToken();
     if (token.m_type != TOKEN_EQUAL)
         ThrowAtToken({"= expected in definition of macro ", name, " when read "}, token);
     return colon;

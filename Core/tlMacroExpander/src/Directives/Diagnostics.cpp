@@ -3,7 +3,6 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {
@@ -31,8 +30,7 @@ EToken ClosingBracket(EToken open)
 
 void MacroExpander::ProcessPrintDirective(bool newline)
 {
-    const SubString section =
-        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     AdvanceWritePos(m_str.begin(), false);
     xstring text;
     ExpandToString(section, 0, text);
@@ -46,8 +44,7 @@ void MacroExpander::ProcessPrintDirective(bool newline)
 void MacroExpander::ProcessAssertDirective()
 {
     const char* const pos = m_str.begin();
-    const SubString section =
-        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     xstring text;
     bool holds = false;
     try
@@ -63,25 +60,25 @@ void MacroExpander::ProcessAssertDirective()
     }
     if (!holds)
         ThrowAt(pos,
-                {"Assertion failure\n        @assert(", section, ")\nie      @assert(", text, ")"});
+                {"Assertion failure\n        @assert(", section.m_text, ")\nie      @assert(", text, ")"});
     ScanOverWhiteSpaceAfterDirective();
 }
 
 void MacroExpander::ProcessAssertFailsDirective()
 {
     const char* const pos = m_str.begin();
-    const LSToken open = LsScanToken(m_str, false);
+    const LSToken open = NextToken();
     const EToken close = ClosingBracket(open.m_type);
     if (close == TOKEN_UNDEF)
         ThrowAtToken({"( expected after @assertfails when read "}, open);
-    const SubString section = ScanBrackettedSection(m_str, false, open.m_type, close);
+    const LevelText section = CutSection(false, open.m_type, close);
     if (!FailsToExpand(section))
-        ThrowAt(pos, {"Macro expansion of ", section, " didn't generate an error"});
+        ThrowAt(pos, {"Macro expansion of ", section.m_text, " didn't generate an error"});
     ScanOverWhiteSpaceAfterDirective();
 }
 
 /// True when `text` has an error. Running out of something is no error of the text.
-bool MacroExpander::FailsToExpand(SubString text)
+bool MacroExpander::FailsToExpand(const LevelText& text)
 {
     try
     {

@@ -8,8 +8,8 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 
 namespace telv
@@ -56,16 +56,19 @@ xstring ParseWholeText(SubString text, ELSVariable type)
 void ReadVariableValueByParsingExpression(VarFrame* frame, SubString text, ELSVariable type,
                                           xstring& value)
 {
-    ReadVariableValueFor(frame, text, type, value, text.begin());
+    ReadVariableValueFor(frame, LevelText{text, nullptr, /*m_isOfApplication=*/true}, type, value,
+                         text.begin());
 }
 
-void ReadVariableValueFor(VarFrame* frame, SubString text, ELSVariable type, xstring& value,
+void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
                           const char* origin)
 {
+    if (EvaluateDirectly(*frame, text.m_text, type, value))
+        return;
     xstring expanded;
     {
         VarFrame tempFrame(frame);
-        MacroExpand(nullptr, &tempFrame, text, 0, 0, expanded);
+        ExpandIntoString(tempFrame, text, 0, expanded);
     }
     try
     {
@@ -82,7 +85,7 @@ void ReadVariableValueFor(VarFrame* frame, SubString text, ELSVariable type, xst
 
 void MacroExpander::ProcessLetDirective()
 {
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     const ELSVariable type = CheckVariableType(token.m_str);
     if (type == LSV_MACRO)
         AssignVariable(token);
@@ -102,7 +105,7 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
     if (var->GetType() == LSV_MACRO)
         ThrowAt(name.begin(),
                 {"@let directive failed : ", name, " is a macro declared using @def"});
-    SubString text;
+    LevelText text;
     const bool verbatim = ReadValueText(var->GetType(), name, text);
     xstring value;
     try
@@ -112,7 +115,7 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
     catch (LexScannerException& e)
     {
         if (!verbatim)
-            AddErrorContext(e, {"\n    when parsing expression '", text, "' for @let directive"});
+            AddErrorContext(e, {"\n    when parsing expression '", text.m_text, "' for @let directive"});
         throw;
     }
     // The new value may have been made from the old one.
@@ -120,18 +123,18 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
 }
 
 /// Reads `=` or `:=` and cuts the text of the value; true when it is taken as it expands.
-bool MacroExpander::ReadValueText(ELSVariable type, SubString name, SubString& text)
+bool MacroExpander::ReadValueText(ELSVariable type, SubString name, LevelText& text)
 {
     const bool verbatim = ReadEqualsForVariableDefn2(name);
     ssize_t indent = 0;
-    text = ScanSubstString(m_str, indent);
+    text = CutBlock(indent);
     if (verbatim && type != LSV_STRING)
         ThrowAt(name.begin(),
                 {"@let directive failed: ", name, " := may only be used for string type"});
     return verbatim;
 }
 
-void MacroExpander::EvaluateValueText(ELSVariable type, SubString text, bool verbatim,
+void MacroExpander::EvaluateValueText(ELSVariable type, const LevelText& text, bool verbatim,
                                       xstring& value)
 {
     if (verbatim)
@@ -142,20 +145,25 @@ void MacroExpander::EvaluateValueText(ELSVariable type, SubString text, bool ver
 
 void MacroExpander::DefineVariable(ELSVariable type)
 {
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     const SubString name = token.m_str;
     if (token.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Identifier expected for macro name when read "}, token);
     if (m_vf->FindLocal(name, name.begin()) != nullptr)
         ThrowAt(name.begin(), {"Redefinition of variable ", name, " in this scope"});
     auto var = MakeValueVariable(type, name, ExpansionLevel::CurrentOwner());
-    SubString text;
+    LevelText text;
     const bool verbatim = ReadValueText(type, name, text);
     EvaluateValueText(type, text, verbatim, var->m_value);
     AddVariable(var.release());
 }
 
 xstring MacroExpander::EvaluateString(SubString text, SubString directiveName)
+{
+    return EvaluateText(LevelText{text}, directiveName);
+}
+
+xstring MacroExpander::EvaluateText(const LevelText& text, SubString directiveName)
 {
     xstring expanded;
     ExpandToString(text, 0, expanded);
@@ -175,16 +183,16 @@ xstring MacroExpander::EvaluateString(SubString text, SubString directiveName)
 xstring MacroExpander::ParseStringExpressionInBrackets(SubString directiveName,
                                                        bool readOpenBracket)
 {
-    return EvaluateString(
-        ScanBrackettedSection(m_str, readOpenBracket, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN),
-        directiveName);
+    return EvaluateText(CutSection(readOpenBracket, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN),
+                        directiveName);
 }
 
 void MacroExpander::ProcessRndBracketDirective()
 {
-    const SubString section =
-        ScanBrackettedSection(m_str, false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     AdvanceWritePos(m_str.begin(), false);
+    if (WriteValueDirectly(section.m_text))
+        return;
     xstring text;
     try
     {
@@ -200,19 +208,31 @@ void MacroExpander::ProcessRndBracketDirective()
     }
 }
 
+/// Out of line: the scratch of an expression is large.
+[[gnu::noinline]] bool MacroExpander::WriteValueDirectly(SubString expression)
+{
+    ExpansionRun* const run = RunState::CurrentRun();
+    if (run == nullptr)
+        return false;
+    DirectExpression direct(*run, *m_vf, expression);
+    SubString text;
+    if (!direct.GetText(text))
+        return false;
+    WriteCalculatedSubString(text);
+    return true;
+}
+
 void MacroExpander::ProcessSqrBracketDirective()
 {
-    const SubString section =
-        ScanBrackettedSection(m_str, false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE);
+    const LevelText section = CutSection(false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE);
     AdvanceWritePos(m_str.begin(), false);
     xstring first;
     ExpandToString(section, 0, first);
     const TextScope text(first, DirectiveRange());
     try
     {
-        const TextOwnerScope owner(text.Owner());
         xstring second;
-        ExpandToString(text.Text(), 0, second);
+        ExpandToString(LevelText{text.Text(), text.Owner()}, 0, second);
         WriteCalculatedSubString(second);
     }
     catch (LexScannerException& e)

@@ -4,7 +4,6 @@
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
 {
@@ -24,7 +23,7 @@ xstring MacroExpander::ReadPathOperand(const LSToken& token, SubString word)
 
 void MacroExpander::ProcessImportDirective()
 {
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     const xstring path = ReadPathOperand(token, "import");
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
@@ -42,7 +41,7 @@ void MacroExpander::ProcessImportDirective()
 
 void MacroExpander::ProcessImportPathDirective()
 {
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     const xstring path = ReadPathOperand(token, "importpath");
     AdvanceWritePos(m_str.begin(), false);
     TELV_ASSERT(m_importHandler);
@@ -53,18 +52,19 @@ void MacroExpander::ProcessImportPathDirective()
 
 void MacroExpander::ProcessRelativePathDirective()
 {
-    const LSToken open = LsScanToken(m_str, false);
+    const LSToken open = NextToken();
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected after @relativepath when read "}, open);
-    SubString arg;
-    const LSToken comma = ScanArgument(m_str, arg, TOKEN_RIGHT_PAREN);
+    LSToken comma;
+    const LevelText first = CutArgument(comma, TOKEN_RIGHT_PAREN);
     if (comma.m_type != TOKEN_COMMA)
         ThrowAtToken({"Comma expected in @relativepath directive when read "}, comma);
-    xstring from = EvaluateString(arg, "@relativepath");
-    const LSToken close = ScanArgument(m_str, arg, TOKEN_RIGHT_PAREN);
+    xstring from = EvaluateText(first, "@relativepath");
+    LSToken close;
+    const LevelText second = CutArgument(close, TOKEN_RIGHT_PAREN);
     if (close.m_type != TOKEN_RIGHT_PAREN)
         ThrowAtToken({") expected  in @relativepath directive when read "}, close);
-    xstring to = EvaluateString(arg, "@relativepath");
+    xstring to = EvaluateText(second, "@relativepath");
     AdvanceWritePos(m_str.begin(), false);
 
     NormalisePath(from);

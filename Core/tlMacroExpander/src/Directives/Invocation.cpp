@@ -6,22 +6,40 @@
 // nested call, so what only errors need is composed elsewhere.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
+#include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/UsePython.h"
+
+#include <optional>
+#include <vector>
 
 namespace telv
 {
 
-/// An argument of an invocation.
-struct MacroExpander::ActualArg
+/// The arguments of an invocation as the caller wrote them; a few need no memory of their own.
+class MacroExpander::ActualArgs
 {
-    SubString m_text;                    ///< As the caller wrote it.
-    const LSVariable* m_bound = nullptr; ///< The variable that it was bound to.
+public:
+    explicit ActualArgs(ssize_t count)
+    {
+        if (count > s_few)
+            m_many.resize(static_cast<size_t>(count));
+    }
+
+    LevelText& operator[](ssize_t index)
+    {
+        return m_many.empty() ? m_few[index] : m_many[static_cast<size_t>(index)];
+    }
+
+private:
+    static constexpr ssize_t s_few = 4;
+
+    LevelText m_few[s_few];
+    std::vector<LevelText> m_many;
 };
 
 namespace
@@ -44,11 +62,9 @@ xstring Signature(const LSMacroVariable& macroVar)
         token);
 }
 
-/// Reads one actual argument; `isLast` says which bracket or comma has to end it.
-SubString ReadActualArg(SubString& str, const LSMacroVariable& macroVar, bool isLast)
+/// `isLast` says which bracket or comma has to end the argument.
+void CheckEndOfArg(const LSToken& token, const LSMacroVariable& macroVar, bool isLast)
 {
-    SubString arg;
-    const LSToken token = ScanArgument(str, arg, TOKEN_RIGHT_PAREN);
     if (token.m_type != TOKEN_COMMA && token.m_type != TOKEN_RIGHT_PAREN)
         ThrowAtToken({"Comma or right parenthesis expected when read "}, token);
     if (!isLast && token.m_type == TOKEN_RIGHT_PAREN)
@@ -57,70 +73,55 @@ SubString ReadActualArg(SubString& str, const LSMacroVariable& macroVar, bool is
     if (isLast && token.m_type == TOKEN_COMMA)
         ThrowAt(token.m_str.begin(),
                 {"Too many arguments provided for macro ", Signature(macroVar)});
-    return arg;
 }
 
 } // namespace
 
-/// Adds the line that names the macro and what its arguments were bound to.
+/// Adds the line that names the macro and what its arguments were bound to. `lastArg`: the variable
+/// of the last one; in the list of its frame those of the others follow it.
 [[gnu::noinline]] void MacroExpander::AddInvocationContext(LexScannerException& e,
                                                            const LSMacroVariable& macroVar,
-                                                           const xvector<ActualArg>& args)
+                                                           const LSVariable* lastArg)
 {
     if (!TakesContext(e))
     {
         AddErrorContext(e, {});
         return;
     }
+    std::vector<const LSVariable*> args;
+    for (ssize_t i = 0; i < macroVar.GetNumArgs() && lastArg != nullptr; ++i)
+    {
+        args.push_back(lastArg);
+        lastArg = lastArg->m_next;
+    }
     StringStream os(4096);
     os << "\n    invoking macro ";
     macroVar.WriteNameAndFormalParameterList(os);
     const char* separator = " with ";
-    for (const ActualArg& arg : args)
+    for (auto arg = args.rbegin(); arg != args.rend(); ++arg)
     {
-        os << separator << arg.m_bound->m_name << '=';
-        arg.m_bound->WriteValue(os);
+        os << separator << (*arg)->m_name << '=';
+        (*arg)->WriteValue(os);
         separator = ", ";
     }
     AddErrorContext(e, {os.GetString()});
 }
 
-[[gnu::noinline]] void MacroExpander::AddContextToHeldError(const LSMacroVariable& macroVar,
-                                                            const xvector<ActualArg>& args)
-{
-    ExpansionRun& run = CurrentRun();
-    try
-    {
-        AddInvocationContext(*HeldError::Get(run), macroVar, args);
-    }
-    catch (...)
-    {
-        HeldError::Drop(run);
-        throw;
-    }
-}
-
 void MacroExpander::InvokeVariable(LSVariable* var)
 {
-    if (!TryInvokeVariable(var))
-        HeldError::Throw(CurrentRun());
-}
-
-bool MacroExpander::TryInvokeVariable(LSVariable* var)
-{
     TELV_ASSERT(var);
-    ExpansionLevel::CountStep(CurrentRun(), m_startDirectivePos);
+    CountStep();
     if (var->GetType() != LSV_MACRO)
     {
         AdvanceWritePos(m_str.begin(), false);
         WriteValueOf(*var);
-        return true;
+        return;
     }
     LSMacroVariable* const macroVar = static_cast<LSMacroVariable*>(var);
-    if (!macroVar->m_isFnArg)
-        return TryInvokeMacro(*macroVar);
-    InvokeMacroFunction(macroVar);
-    return true;
+    if (macroVar->m_isFnArg)
+        InvokeMacroFunction(macroVar);
+    else
+        InvokeMacro(*macroVar);
 }
 
 void MacroExpander::WriteValueOf(const LSVariable& var)
@@ -135,67 +136,99 @@ void MacroExpander::WriteValueOf(const LSVariable& var)
     WriteCalculatedSubString(os.GetString());
 }
 
-bool MacroExpander::TryInvokeMacro(LSMacroVariable& macroVar)
+/// On the stack once per nested call: what is not needed while the body is expanded is done in
+/// functions of its own.
+void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
 {
-    xvector<ActualArg> args;
-    if (macroVar.GetNumArgs() > 0)
-        ReadActualArgs(macroVar, args);
+    VarFrame* const context = macroVar.m_context != nullptr ? macroVar.m_context : m_vf;
+    const bool hasArgs = macroVar.GetNumArgs() > 0;
+    const LevelText body = BodyOf(macroVar);
+    if (!hasArgs)
+    {
+        if (macroVar.m_isPython)
+            CheckPythonAllowed(m_startDirectivePos);
+        AdvanceWritePos(m_str.begin(), false);
+        if (!macroVar.m_isPython && macroVar.m_returnType == LSV_MACRO &&
+            WriteInertText(body, *context, macroVar.m_indentation))
+            return;
+    }
+    std::optional<VarFrame> frame;
+    const LSVariable* const lastArg =
+        hasArgs ? PassArgs(macroVar, *context, frame) : (frame.emplace(context), nullptr);
+    VarFrame& workingFrame = macroVar.m_naked ? *m_vf : *frame;
+    if (macroVar.m_isPython)
+        return WritePythonMacroResult(macroVar, body, workingFrame);
+    try
+    {
+        ExpandBody(macroVar, body, workingFrame);
+    }
+    catch (LexScannerException& e)
+    {
+        AddInvocationContext(e, macroVar, lastArg);
+        throw;
+    }
+}
+
+/// Reads the arguments, makes the frame of the invocation and binds them in it, or where the macro
+/// wants them. Returns the variable of the last one.
+[[gnu::noinline]] const LSVariable* MacroExpander::PassArgs(LSMacroVariable& macroVar,
+                                                            VarFrame& context,
+                                                            std::optional<VarFrame>& frame)
+{
+    ActualArgs args(macroVar.GetNumArgs());
+    ReadActualArgs(macroVar, args);
     if (macroVar.m_isPython)
         CheckPythonAllowed(m_startDirectivePos);
     AdvanceWritePos(m_str.begin(), false);
-
-    VarFrame frame(macroVar.m_context != nullptr ? macroVar.m_context : m_vf);
-    VarFrame& workingFrame = macroVar.m_naked ? *m_vf : frame;
-    BindArgs(macroVar, args, workingFrame);
-    if (macroVar.m_isPython)
-        WritePythonMacroResult(macroVar, workingFrame);
-    else if (!TryExpandBody(macroVar, workingFrame)) [[unlikely]]
-    {
-        AddContextToHeldError(macroVar, args);
-        return false;
-    }
-    return true;
+    frame.emplace(&context);
+    return BindArgs(macroVar, args, macroVar.m_naked ? *m_vf : *frame);
 }
 
-void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args)
+void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& args)
 {
-    const LSToken open = LsScanToken(m_str, false);
+    const LSToken open = NextToken();
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowNoArgumentList(macroVar, open);
     const ssize_t n = macroVar.GetNumArgs();
-    args.reserve(n);
     for (ssize_t i = 0; i < n; ++i)
-        args.push_back(ActualArg{ReadActualArg(m_str, macroVar, /*isLast=*/i == n - 1), nullptr});
+    {
+        LSToken end;
+        args[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
+        CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
+    }
 }
 
-void MacroExpander::BindArgs(const LSMacroVariable& macroVar, xvector<ActualArg>& args,
-                             VarFrame& frame)
+const LSVariable* MacroExpander::BindArgs(LSMacroVariable& macroVar, ActualArgs& args,
+                                          VarFrame& frame)
 {
-    for (ssize_t i = 0; i < args.size(); ++i)
+    NameTable& names = FrameTree::Names(frame);
+    const ssize_t n = macroVar.GetNumArgs();
+    for (ssize_t i = 0; i < n; ++i)
     {
         const LSFormalArg& formal = macroVar.m_argNames[i];
         LSVariable* const bound = formal.m_type == LSV_MACRO
-                                      ? MakeNamedArg(macroVar, formal, args[i].m_text)
-                                      : MakeValueArg(macroVar, formal, args[i].m_text);
-        frame.m_localVariables.Add(bound);
-        args[i].m_bound = bound;
+                                      ? MakeNamedArg(macroVar, formal, args[i])
+                                      : MakeValueArg(macroVar, formal, args[i]);
+        frame.m_localVariables.AddBound(bound, FormalName(macroVar, i, names));
     }
+    return frame.m_localVariables.m_first;
 }
 
 /// An argument that is bound by name: expanded in the caller's frame wherever it is used.
 LSVariable* MacroExpander::MakeNamedArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
-                                        SubString arg)
+                                        const LevelText& arg)
 {
     auto bound = MakeMacroVariable(LSV_MACRO, formal.m_name, m_vf, BodyOwner(macroVar),
                                    ExpansionLevel::CurrentOwner());
     bound->m_isFnArg = formal.m_isFnArg;
-    bound->SetSubstitutionString(arg, false, 0);
+    bound->SetSubstitutionString(arg.m_text, false, 0);
+    KeepScanned(*bound, arg);
     return bound.release();
 }
 
 /// An argument that has a type: it is evaluated now, in the caller's frame.
 LSVariable* MacroExpander::MakeValueArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
-                                        SubString arg)
+                                        const LevelText& arg)
 {
     auto bound = MakeValueVariable(formal.m_type, formal.m_name, BodyOwner(macroVar));
     try
@@ -212,28 +245,17 @@ LSVariable* MacroExpander::MakeValueArg(const LSMacroVariable& macroVar, const L
 }
 
 /// Writes what the body of a macro comes to.
-bool MacroExpander::TryExpandBody(const LSMacroVariable& macroVar, VarFrame& frame)
+void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText& body,
+                               VarFrame& frame)
 {
-    const TextOwnerScope owner(BodyOwner(macroVar));
-    const SubString body = macroVar.GetSubstitutionString();
-    try
-    {
-        if (macroVar.m_returnType == LSV_MACRO)
-            return MacroExpander(nullptr, &frame, body, macroVar.m_indentation, GetOutputPos(),
-                                 m_output)
-                .TryExpand();
+    if (macroVar.m_returnType == LSV_MACRO)
+        ExpandHere(frame, body, macroVar.m_indentation, GetOutputPos());
+    else
         WriteTypedValue(&frame, body, macroVar.m_returnType);
-        return true;
-    }
-    catch (LexScannerException& e)
-    {
-        HeldError::Hold(CurrentRun(), e);
-        return false;
-    }
 }
 
 /// Writes the value of an expression.
-[[gnu::noinline]] void MacroExpander::WriteTypedValue(VarFrame* frame, SubString text,
+[[gnu::noinline]] void MacroExpander::WriteTypedValue(VarFrame* frame, const LevelText& text,
                                                       ELSVariable type)
 {
     xstring value;
@@ -242,14 +264,12 @@ bool MacroExpander::TryExpandBody(const LSMacroVariable& macroVar, VarFrame& fra
 }
 
 [[gnu::noinline]] void MacroExpander::WritePythonMacroResult(LSMacroVariable& macroVar,
-                                                             VarFrame& frame)
+                                                             const LevelText& body, VarFrame& frame)
 {
-    const TextOwnerScope owner(BodyOwner(macroVar));
     try
     {
         xstring code;
-        MacroExpand(nullptr, &frame, macroVar.GetSubstitutionString(), macroVar.m_indentation, 0,
-                    code);
+        ExpandIntoString(frame, body, macroVar.m_indentation, code);
         LoadPython(m_startDirectivePos);
         xstring result;
         EvalPythonExpression(code, result, m_str.begin());
@@ -268,36 +288,34 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
     TELV_ASSERT(!macroVar->IsPython());
     TELV_ASSERT(!macroVar->IsNaked());
     TELV_ASSERT(macroVar->GetNumArgs() == 0);
-    const LSToken open = LsScanToken(m_str, false);
+    const LSToken open = NextToken();
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowNoArgumentList(*macroVar, open);
-    const SubString section =
-        ScanBrackettedSection(m_str, false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     AdvanceWritePos(m_str.begin(), false);
     try
     {
         xstring call = ComposeCall(*macroVar, section);
         const TextScope text(call, DirectiveRange());
-        const TextOwnerScope owner(text.Owner());
+        const LevelText whole{text.Text(), text.Owner()};
         VarFrame* const context = macroVar->m_context != nullptr ? macroVar->m_context : m_vf;
         if (macroVar->m_returnType == LSV_MACRO)
-            MacroExpand(nullptr, context, text.Text(), macroVar->m_indentation, GetOutputPos(),
-                        m_output);
+            ExpandHere(*context, whole, macroVar->m_indentation, GetOutputPos());
         else
-            WriteTypedValue(context, text.Text(), macroVar->m_returnType);
+            WriteTypedValue(context, whole, macroVar->m_returnType);
     }
     catch (LexScannerException& e)
     {
-        AddInvocationContext(e, *macroVar, xvector<ActualArg>());
+        AddInvocationContext(e, *macroVar, nullptr);
         throw;
     }
 }
 
 /// The call that a function argument stands for: its text with the arguments, expanded here.
-xstring MacroExpander::ComposeCall(const LSMacroVariable& macroVar, SubString section)
+xstring MacroExpander::ComposeCall(const LSMacroVariable& macroVar, const LevelText& section)
 {
     xstring args;
-    MacroExpand(nullptr, m_vf, section, 0, 0, args);
+    ExpandIntoString(*m_vf, section, 0, args);
     xstring call(macroVar.GetSubstitutionString());
     call += '(';
     call += args;

@@ -8,6 +8,7 @@
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Texts/RepeatedText.h"
 
 namespace telv
 {
@@ -24,8 +25,8 @@ struct MacroExpander::ForHead
 class MacroExpander::ForLoop
 {
 public:
-    ForLoop(MacroExpander& expander, const ForHead& head, const TextScope& list, SubString block,
-            ssize_t indent)
+    ForLoop(MacroExpander& expander, const ForHead& head, const TextScope& list,
+            const LevelText& block, ssize_t indent)
         : m_expander(expander), m_head(head), m_list(list), m_rest(list.Text()), m_block(block),
           m_indent(indent), m_outputPos(expander.GetOutputPos())
     {
@@ -35,7 +36,7 @@ public:
 
 private:
     LSToken CutElement(SubString& s, SubString& element, EToken close) const;
-    void ExpandElement(SubString element) const;
+    void ExpandElement(SubString element);
     void BindValues(VarFrame& frame, SubString element) const;
     void Bind(VarFrame& frame, SubString name, SubString value) const;
 
@@ -43,7 +44,7 @@ private:
     const ForHead& m_head;
     const TextScope& m_list;
     SubString m_rest;
-    SubString m_block;
+    RepeatedText m_block;
     ssize_t m_indent;
     ssize_t m_outputPos;
 };
@@ -53,13 +54,12 @@ void MacroExpander::ProcessForDirective()
     ForHead head;
     ReadForHead(head);
     head.m_listPos = m_str.begin();
-    const SubString section =
-        ScanBrackettedSection(m_str, false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     xstring listString;
     ExpandToString(section, 0, listString);
     const TextScope list(listString, DirectiveRange());
     ssize_t indent = 0;
-    const SubString block = ScanLoopBlock(indent, "\n    for @for directive");
+    const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
     AdvanceWritePos(m_str.begin(), false);
     ForLoop(*this, head, list, block, indent).Run();
 }
@@ -67,20 +67,20 @@ void MacroExpander::ProcessForDirective()
 /// Reads `(`, the names and the word `in`.
 void MacroExpander::ReadForHead(ForHead& head)
 {
-    LSToken token = LsScanToken(m_str, false);
+    LSToken token = NextToken();
     if (token.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected after @for when read "}, token);
-    token = LsScanToken(m_str, false);
+    token = NextToken();
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
         head.m_isSingle = false;
         do
         {
-            token = LsScanToken(m_str, false);
+            token = NextToken();
             if (token.m_type != TOKEN_IDENTIFIER)
                 ThrowAtToken({"Identifier expected when read "}, token);
             head.m_names.push_back(token.m_str);
-            token = LsScanToken(m_str, false);
+            token = NextToken();
             if (token.m_type != TOKEN_RIGHT_PAREN && token.m_type != TOKEN_COMMA)
                 ThrowAtToken({", or ) expected when read "}, token);
         } while (token.m_type == TOKEN_COMMA);
@@ -89,16 +89,16 @@ void MacroExpander::ReadForHead(ForHead& head)
         head.m_names.push_back(token.m_str);
     else
         ThrowAtToken({"Identifier expected after @for( when read "}, token);
-    token = LsScanToken(m_str, false);
+    token = NextToken();
     if (token.m_str != "in")
         ThrowAtToken({"'in' expected when read "}, token);
 }
 
-SubString MacroExpander::ScanLoopBlock(ssize_t& indent, const char* context)
+LevelText MacroExpander::ScanLoopBlock(ssize_t& indent, const char* context)
 {
     try
     {
-        return ScanSubstString(m_str, indent);
+        return CutBlock(indent);
     }
     catch (LexScannerException& e)
     {
@@ -143,9 +143,9 @@ LSToken MacroExpander::ForLoop::CutElement(SubString& s, SubString& element, ETo
     }
 }
 
-void MacroExpander::ForLoop::ExpandElement(SubString element) const
+void MacroExpander::ForLoop::ExpandElement(SubString element)
 {
-    ExpansionLevel::CountStep(CurrentRun(), m_expander.m_startDirectivePos);
+    m_expander.CountStep();
     VarFrame frame(m_expander.m_vf);
     if (m_head.m_isSingle)
         Bind(frame, m_head.m_names[0], element);
@@ -153,7 +153,7 @@ void MacroExpander::ForLoop::ExpandElement(SubString element) const
         BindValues(frame, element);
     try
     {
-        MacroExpand(nullptr, &frame, m_block, m_indent, m_outputPos, m_expander.m_output);
+        m_expander.ExpandHere(frame, m_block.Next(), m_indent, m_outputPos);
     }
     catch (LexScannerException& e)
     {
@@ -192,17 +192,17 @@ void MacroExpander::ForLoop::Bind(VarFrame& frame, SubString name, SubString val
 
 void MacroExpander::ProcessWhileDirective()
 {
-    const SubString condition =
-        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    RepeatedText condition(CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
     ssize_t indent = 0;
-    const SubString block = ScanLoopBlock(indent, "\n    for @while directive");
+    const LevelText block = ScanLoopBlock(indent, "\n    for @while directive");
+    RepeatedText rounds(block);
     AdvanceWritePos(m_str.begin(), false);
     const ssize_t outputPos = GetOutputPos();
-    while (EvaluateCondition(condition, "@while"))
+    while (EvaluateCondition(condition.Next(), "@while"))
     {
-        ExpansionLevel::CountStep(CurrentRun(), m_startDirectivePos);
-        if (!block.empty())
-            ExpandBlock(block, indent, outputPos);
+        CountStep();
+        if (!block.m_text.empty())
+            ExpandBlock(rounds.Next(), indent, outputPos);
     }
 }
 

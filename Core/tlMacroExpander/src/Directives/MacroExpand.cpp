@@ -4,6 +4,8 @@
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Output/StringSink.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include <utility>
 
 namespace telv
@@ -48,28 +50,41 @@ void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcInde
     MacroExpander(ih, vf, str, srcIndent, dstIndent, output).Expand();
 }
 
+void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output)
+{
+    StringSink sink;
+    xostream os(&sink);
+    ExpandedOutput expanded(&os);
+    MacroExpander(nullptr, &frame, text.m_text, srcIndent, 0, expanded)
+        .ExpandNested(text, /*isRecorded=*/false);
+    sink.Take(output);
+}
+
 void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
                  ssize_t dstIndent, xstring& output)
 {
     TELV_ASSERT(vf);
-    StringStream os(4096);
+    StringSink sink;
+    xostream os(&sink);
     ExpandedOutput ep(&os);
-    MacroExpand(ih, vf, str, srcIndent, dstIndent, ep);
-    os.GetString(output, true);
-    TELV_ASSERT(output.size() == ep.size());
+    MacroExpander(ih, vf, str, srcIndent, dstIndent, ep)
+        .ExpandNested(LevelText{str, nullptr, /*m_isOfApplication=*/true}, /*isRecorded=*/false);
+    sink.Take(output);
 }
 
 void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
                  ssize_t dstIndent, xstring& output, OutputPieces& pieces)
 {
     TELV_ASSERT(vf);
-    StringStream os(4096);
+    StringSink sink;
+    xostream os(&sink);
     ExpandedOutput ep(&os);
     {
         const MappedOutputScope mapped(ep);
-        MacroExpand(ih, vf, str, srcIndent, dstIndent, ep);
+        MacroExpander(ih, vf, str, srcIndent, dstIndent, ep)
+            .ExpandNested(LevelText{str, nullptr, /*m_isOfApplication=*/true}, /*isRecorded=*/true);
     }
-    os.GetString(output, true);
+    sink.Take(output);
     TELV_ASSERT(output.size() == ep.size());
     pieces.m_pieces.swap(ep.m_pieces.m_pieces);
 }

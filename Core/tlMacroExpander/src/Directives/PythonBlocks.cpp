@@ -1,9 +1,9 @@
 // @runpython: a block of Python statements, expanded before it runs.
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/UsePython.h"
 
 namespace telv
@@ -38,7 +38,7 @@ void MacroExpander::ProcessRunPythonDirective()
     const char* const word = errorPos - SubString("runpython").size();
     CheckPythonAllowed(word);
     ssize_t indent = 0;
-    const SubString block = ScanSubstString(m_str, indent);
+    const LevelText block = CutBlock(indent);
     xstring code;
     try
     {

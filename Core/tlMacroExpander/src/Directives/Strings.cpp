@@ -1,8 +1,8 @@
 // @str and its kin write text as string literals; @unstr does the reverse; @$ defines a dollar
 // macro.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <utility>
 
 namespace telv
@@ -28,7 +28,7 @@ void WriteSuffix(xostream& os, EStrLiteralMode)
 void MacroExpander::ProcessStrDirective(bool splitLines, EStrLiteralMode mode)
 {
     ssize_t indent = 0;
-    const SubString text = ScanRndBrackettedString(m_str, indent);
+    const LevelText text = CutRoundBlock(indent);
     AdvanceWritePos(m_str.begin(), false);
     xstring expanded;
     ExpandToString(text, indent, expanded);
@@ -66,8 +66,7 @@ void MacroExpander::WriteLiteral(SubString text, bool splitLines, EStrLiteralMod
 
 void MacroExpander::ProcessUnstrDirective()
 {
-    const SubString section =
-        ScanBrackettedSection(m_str, true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     AdvanceWritePos(m_str.begin(), false);
     xstring text;
     try
@@ -89,11 +88,11 @@ void MacroExpander::ProcessUnstrDirective()
 
 void MacroExpander::ProcessDollarDefDirective()
 {
-    const LSToken name = LsScanToken(m_str, false);
+    const LSToken name = NextToken();
     if (name.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Identifier expected after @let when read "}, name);
     ReadEqualsForVariableDefn(name.m_str);
-    const LSToken token = LsScanToken(m_str, false);
+    const LSToken token = NextToken();
     xstring value;
     if (token.m_type == TOKEN_LEFT_PAREN)
         value = ParseStringExpressionInBrackets("@$", false);

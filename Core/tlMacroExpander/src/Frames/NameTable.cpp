@@ -1,5 +1,6 @@
 // The table of names: entries in a pool, found through a hash table of their numbers.
 #include "tlMacroExpander/src/Frames/NameTable.h"
+#include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Frames/ImportQuery.h"
 #include <atomic>
 #include <cstring>
@@ -27,6 +28,11 @@ NameTable::NameTable() : m_serial(s_tables.fetch_add(1, std::memory_order_relaxe
 
 NameTable::~NameTable()
 {
+    for (HeldNames* held = m_held; held != nullptr; held = held->m_next)
+    {
+        held->m_table = nullptr;
+        held->m_entries.clear();
+    }
     m_entries.ForEach(
         [](const NameEntry& entry)
         {

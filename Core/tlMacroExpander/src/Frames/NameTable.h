@@ -23,6 +23,7 @@
 namespace telv
 {
 
+class HeldNames;
 class NameEntry;
 
 /// One frame, not a root, binds one name. Lives as long as the frame.
@@ -189,6 +190,8 @@ public:
     }
 
 private:
+    friend class HeldNames;
+
     struct Slot
     {
         uint32 m_tag = 0;   ///< The upper half of the hash.
@@ -232,6 +235,7 @@ private:
     std::unique_ptr<ImportIndex> m_imports;
     NameEntry m_importers; ///< "Bound" in each frame below the root that imports others.
     bool m_isWatched = false;
+    HeldNames* m_held = nullptr; ///< Who holds entries.
 
     BlockPool m_variableMemory;
 };

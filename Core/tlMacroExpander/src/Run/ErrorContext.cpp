@@ -40,8 +40,8 @@ public:
     static void Replace(xstring& description, const char* bracket)
     {
         constexpr ssize_t overlap = 2;
-        ExpansionRun* const run = ExpansionRun::Current();
-        const ssize_t seen = run == nullptr ? 0 : run->m_markFreeLength;
+        RunState* const state = RunState::Current();
+        const ssize_t seen = state == nullptr ? 0 : state->m_markFreeLength;
         const ssize_t from = std::clamp<ssize_t>(seen - overlap, 0, description.size());
         const SubString rest(description.begin() + from, description.end());
         if (rest && memmem(rest.begin(), static_cast<size_t>(rest.size()), "EOS", 3) != nullptr)
@@ -51,8 +51,8 @@ public:
             description.resize(from);
             description += replaced;
         }
-        if (run != nullptr)
-            run->m_markFreeLength = description.size();
+        if (state != nullptr)
+            state->m_markFreeLength = description.size();
     }
 };
 

@@ -1,74 +1,142 @@
 // One expansion in progress: the innermost one is known to the run.
 //
-// Levels form a chain through the native stack. They carry what nested expansions inherit (who owns
-// the text, the known bracket pairs) and count what is limited.
+// Levels form a chain through the native stack. They hold what nested expansions need to be told
+// (who owns the text, whether pieces are recorded) and count what is limited.
 #pragma once
 
-#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Run/RunState.h"
+#include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
-#include <exception>
+#include <memory>
 #include <utility>
 
 namespace telv
 {
 
-class MacroExpander;
+class ExpandedOutput;
+class ScannedText;
+struct ScanItem;
 
-/// The run installed for this thread, or the fallback.
-ExpansionRun& CurrentRun() noexcept;
-
-/// Serves, on this thread, members of an expander that are called while no run is installed. What
-/// they expand has a run of its own.
-ExpansionRun& FallbackRun() noexcept;
+/// What an expansion is given besides frame and output.
+struct LevelText
+{
+    SubString m_text;
+    /// Who keeps the text alive; null when the application does, or whoever owns the text of the
+    /// expansion around it.
+    TemporaryText* m_owner = nullptr;
+    /// The application may have called: what leaves this level must not point into dead text.
+    bool m_isOfApplication = false;
+    /// What is known of the text, or null; lives as long as the expansion.
+    ScannedText* m_scanned = nullptr;
+    unsigned m_first = 0; ///< The first item of the text in it.
+};
 
 /// Lives as long as one `MacroExpander::Expand`.
 class ExpansionLevel
 {
 public:
+    /// @param position  Of the current directive or name, kept up to date by the expander; what it
+    ///                  points to is null before the first.
     /// @throws ExpansionLimitException  when the run's limits or the stack do not allow another.
-    ExpansionLevel(ExpansionRun& run, const MacroExpander& expander);
-    ~ExpansionLevel();
+    ExpansionLevel(RunState& state, const ExpansionLimits& limits, const LevelText& text,
+                   const char* const& position, bool isRecorded)
+        : m_state(state), m_limits(limits), m_outer(state.m_level), m_text(text.m_text),
+          m_position(position), m_owner(text.m_owner), m_scanned(text.m_scanned),
+          m_first(text.m_first), m_isOfApplication(text.m_isOfApplication),
+          m_isRecorded(isRecorded)
+    {
+        if (m_owner == nullptr && m_outer != nullptr && m_outer->m_owner != nullptr &&
+            IsWithin(m_text, m_outer->m_owner->Text()))
+            m_owner = m_outer->m_owner;
+        CheckLevelStack(m_text.begin());
+        if (state.m_depth >= limits.m_maxDepth) [[unlikely]]
+            ThrowNestedTooDeeply(m_text.begin());
+        CountStep(m_text.begin());
+        state.m_level = this;
+        ++state.m_depth;
+    }
+    ~ExpansionLevel()
+    {
+        if (!m_isFinished) [[unlikely]]
+            NoteFailure();
+        if (m_ownBrackets != nullptr)
+            DropBrackets();
+        m_state.m_level = m_outer;
+        --m_state.m_depth;
+    }
     ExpansionLevel(const ExpansionLevel&) = delete;
     ExpansionLevel& operator=(const ExpansionLevel&) = delete;
+
+    /// The innermost level of this thread, or null.
+    static ExpansionLevel* Current() noexcept
+    {
+        const RunState* const state = RunState::Current();
+        return state == nullptr ? nullptr : state->m_level;
+    }
+
+    /// Who owns the text that is being expanded on this thread: null when the application does.
+    static TemporaryText* CurrentOwner() noexcept
+    {
+        const ExpansionLevel* const level = Current();
+        return level == nullptr ? nullptr : level->m_owner;
+    }
+
+    RunState& State() const { return m_state; }
+    SubString Text() const { return m_text; }
+    /// Whether `position` is what the level was made with: whether it is the level of that expander.
+    bool IsOf(const char* const& position) const { return &m_position == &position; }
+    bool IsOfApplication() const { return m_isOfApplication; }
+    /// Whether the pieces of the output are recorded.
+    bool IsRecorded() const { return m_isRecorded; }
+    const ExpansionLimits& Limits() const { return m_limits; }
+
+    /// False where every write is to be checked, or every look-up counted.
+    bool AllowsFastPaths() const
+    {
+        return m_limits.m_maxOutput == ExpansionLimits::s_none && !s_started &&
+               m_state.m_depth < m_limits.m_maxDepth;
+    }
+
+    /// What is known of the text, or null.
+    ScannedText* Scanned() const { return m_scanned; }
+    unsigned FirstItem() const { return m_first; }
+    /// The item that is being expanded; null while the text is read as if for the first time.
+    ScanItem* Item() const { return m_item; }
+    /// Begins with an item, of whose cuts none has been used yet.
+    void Enter(ScanItem* item)
+    {
+        m_item = item;
+        m_usedCuts = 0;
+    }
+    size_t& UsedCuts() { return m_usedCuts; }
+
+    /// The current directive or name, or the start of the text before the first.
+    const char* Position() const { return m_position == nullptr ? m_text.begin() : m_position; }
+
+    /// Counts an expansion, an invocation or a loop round.
+    void CountStep(const char* pos)
+    {
+        if (++m_state.m_steps > m_limits.m_maxSteps) [[unlikely]]
+            ThrowTooManySteps(pos);
+    }
+
+    /// To be called when the text has been expanded.
+    void Finish() { m_isFinished = true; }
+
+    /// What is known of the brackets in this text, or in a larger one that holds it; null when there
+    /// is nothing worth knowing.
+    BracketCache* Brackets();
+
+    /// Notes that a piece of the mapped output views the text.
+    void NotePiece();
 
     /// Moves the position of a passing error out of the texts that died under it.
     static void MoveOutOfDeadTexts(LexScannerException& e) noexcept;
 
-    /// Whether an error is passing that was thrown since the level began.
-    bool IsFailing() const noexcept;
-
-    /// Whether the application called: what leaves this level must not point into dead text.
-    bool IsCalledByApplication() const;
-
-    /// Whether the innermost level of `run` is that of `expander`.
-    static bool IsOf(const ExpansionRun& run, const MacroExpander& expander) noexcept
-    {
-        return run.m_level != nullptr && &run.m_level->m_expander == &expander;
-    }
-
-    /// The innermost level of this thread, or null.
-    static ExpansionLevel* Current() noexcept;
-
-    /// Who owns the text that is being expanded on this thread: null when the application does.
-    static TemporaryText* CurrentOwner() noexcept;
-
-    /// What is known of the brackets in the text of this level, or in a larger one that holds it.
-    BracketCache* Brackets();
-    /// The current directive or name, or the start of the text before the first.
-    const char* Position() const;
-
-    /// Counts an expansion, an invocation or a loop round.
-    static void CountStep(ExpansionRun& run, const char* pos)
-    {
-        if (++run.m_steps > run.m_limits.m_maxSteps) [[unlikely]]
-            ThrowTooManySteps(pos);
-    }
-    /// Notes that a piece of the mapped output views the text of the innermost level.
-    static void NotePiece();
-
     /// @throws ExpansionLimitException  `size` bytes are more than the current run allows; without
-    /// a
-    ///     position.
+    ///     a position.
     static void CheckSize(ssize_t size);
 
     /// To be called where an error has been swallowed.
@@ -78,62 +146,26 @@ public:
     [[noreturn]] static void ThrowOutputTooLarge(const char* pos);
 
 private:
-    friend class TextOwnerScope;
+    void NoteFailure() noexcept;
+    void DropBrackets() noexcept;
 
-    void CheckLimits();
-
-    ExpansionRun& m_run;
+    RunState& m_state;
+    const ExpansionLimits& m_limits;
     ExpansionLevel* m_outer;
-    const MacroExpander& m_expander;
+    SubString m_text;
+    const char* const& m_position;
     TemporaryText* m_owner;
-    ExpansionLevel* m_bracketLevel;           ///< The level whose text holds this one's.
-    std::unique_ptr<BracketCache> m_brackets; ///< Made on demand.
-    int m_exceptions;                         ///< In flight when the level began.
-    bool m_errorHasPosition = false;          ///< The error that ended it says where it is.
-};
-
-/// Says who owns the text that the next expansion is given, where that is not the current text.
-class TextOwnerScope
-{
-public:
-    explicit TextOwnerScope(TemporaryText* owner) : m_run(CurrentRun())
-    {
-        m_run.m_nextOwner = owner;
-    }
-    ~TextOwnerScope() { m_run.m_nextOwner = nullptr; }
-    TextOwnerScope(const TextOwnerScope&) = delete;
-    TextOwnerScope& operator=(const TextOwnerScope&) = delete;
-
-private:
-    ExpansionRun& m_run;
-};
-
-/// An error on its way out that is not thrown. To unwind a level of invocations takes ten times as
-/// long as to expand it, and each handler would do it again; so from one invocation to the next an
-/// error is handed on by returning false. It is thrown again where the caller knows exceptions
-/// only.
-class HeldError
-{
-public:
-    /// To be called in the handler of `e`.
-    static void Hold(ExpansionRun& run, LexScannerException& e) noexcept
-    {
-        run.m_heldErrorOwner = std::current_exception();
-        run.m_heldError = &e;
-    }
-    /// The error that is held, or null.
-    static LexScannerException* Get(const ExpansionRun& run) noexcept { return run.m_heldError; }
-    static void Drop(ExpansionRun& run) noexcept
-    {
-        run.m_heldError = nullptr;
-        run.m_heldErrorOwner = nullptr;
-    }
-    /// Throws it.
-    [[noreturn]] static void Throw(ExpansionRun& run)
-    {
-        run.m_heldError = nullptr;
-        std::rethrow_exception(std::exchange(run.m_heldErrorOwner, nullptr));
-    }
+    BracketCache* m_knownBrackets = nullptr; ///< Null: not asked for yet, or none.
+    std::unique_ptr<BracketCache> m_ownBrackets;
+    bool m_isBracketOwner = false; ///< Others find `m_ownBrackets` through the run.
+    ScannedText* m_scanned;
+    ScanItem* m_item = nullptr;
+    size_t m_usedCuts = 0;
+    unsigned m_first;
+    bool m_isOfApplication;
+    bool m_isRecorded;
+    bool m_isFinished = false;
+    bool m_errorHasPosition = false; ///< The error that ended it says where it is.
 };
 
 /// While it lives, errors of the text get no words: @assertfails swallows them, and composing what
@@ -141,24 +173,29 @@ public:
 class SwallowedErrors
 {
 public:
-    SwallowedErrors() : m_run(CurrentRun()), m_previous(m_run.m_errorsAreSwallowed)
+    SwallowedErrors() : m_state(RunState::Current())
     {
-        m_run.m_errorsAreSwallowed = true;
+        if (m_state != nullptr)
+            m_previous = std::exchange(m_state->m_errorsAreSwallowed, true);
     }
-    ~SwallowedErrors() { m_run.m_errorsAreSwallowed = m_previous; }
+    ~SwallowedErrors()
+    {
+        if (m_state != nullptr)
+            m_state->m_errorsAreSwallowed = m_previous;
+    }
     SwallowedErrors(const SwallowedErrors&) = delete;
     SwallowedErrors& operator=(const SwallowedErrors&) = delete;
 
     /// Whether an error that is thrown now will be swallowed.
     static bool AreExpected() noexcept
     {
-        const ExpansionRun* const run = ExpansionRun::Current();
-        return run != nullptr && run->m_errorsAreSwallowed;
+        const RunState* const state = RunState::Current();
+        return state != nullptr && state->m_errorsAreSwallowed;
     }
 
 private:
-    ExpansionRun& m_run;
-    bool m_previous;
+    RunState* m_state;
+    bool m_previous = false;
 };
 
 } // namespace telv

@@ -19,12 +19,19 @@ constexpr std::uintptr_t s_reserve = 160 * 1024;
 /// What is assumed of a main stack without a limit, and of a fiber's from its outermost entry.
 constexpr std::uintptr_t s_mostOfUnlimited = 256UL * 1024 * 1024;
 constexpr std::uintptr_t s_fiber = 256 * 1024;
+/// What expansions take at most: enough for 100,000 nested macro calls of some size.
+#if defined(__OPTIMIZE__) && !defined(TELV_ADDRESS_SANITIZER)
+constexpr std::uintptr_t s_mostOfLevels = 176UL * 1024 * 1024;
+#else
+constexpr std::uintptr_t s_mostOfLevels = std::numeric_limits<std::uintptr_t>::max();
+#endif
 
 struct StackBounds
 {
     std::uintptr_t m_low = 0;
     std::uintptr_t m_high = 0;
     const char* m_lowest = nullptr;
+    const char* m_lowestLevel = nullptr;
 };
 
 thread_local StackBounds t_bounds;
@@ -82,7 +89,18 @@ const char* LowestStackAddress(const char* frame)
     ReadThreadBounds(address);
     t_bounds.m_lowest =
         reinterpret_cast<const char*>(LowestUsable(t_bounds.m_low, t_bounds.m_high));
+    const std::uintptr_t most = std::min(s_mostOfLevels, t_bounds.m_high - t_bounds.m_low);
+    t_bounds.m_lowestLevel =
+        std::max(t_bounds.m_lowest, reinterpret_cast<const char*>(t_bounds.m_high - most));
     return t_bounds.m_lowest;
+}
+
+const char* LowestLevelAddress(const char* frame)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(frame);
+    if (address - t_bounds.m_low >= t_bounds.m_high - t_bounds.m_low) [[unlikely]]
+        LowestStackAddress(frame);
+    return t_bounds.m_lowestLevel;
 }
 
 void ThrowNestedTooDeeply(const char* pos)

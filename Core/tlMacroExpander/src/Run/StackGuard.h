@@ -22,11 +22,23 @@ const char* LowestStackAddress(const char* frame);
     return frame > LowestStackAddress(frame);
 }
 
+/// The same for expansions inside one another, which take less of a very large stack: each of them
+/// has to be unwound before endless recursion can be reported.
+const char* LowestLevelAddress(const char* frame);
+
 /// @throws ExpansionLimitException  "Expansion nested too deeply" at `pos`, while there still is
 ///     stack enough to report it.
 [[gnu::always_inline]] inline void CheckStack(const char* pos)
 {
     if (!HasStackLeft()) [[unlikely]]
+        ThrowNestedTooDeeply(pos);
+}
+
+/// The same for one more expansion.
+[[gnu::always_inline]] inline void CheckLevelStack(const char* pos)
+{
+    const char* const frame = static_cast<const char*>(__builtin_frame_address(0));
+    if (frame <= LowestLevelAddress(frame)) [[unlikely]]
         ThrowNestedTooDeeply(pos);
 }
 

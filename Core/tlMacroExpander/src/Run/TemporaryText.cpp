@@ -1,6 +1,7 @@
 // Temporary texts: registered with the run that made them, reported when they die under an error.
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include <exception>
 #include <utility>
 
 namespace telv
@@ -41,12 +42,14 @@ TemporaryText::TemporaryText(xstring& text, SubString origin)
         m_origin->m_outer = outer->m_origin;
     if (Text().empty())
         return;
-    ExpansionRun& run = CurrentRun();
-    if (run.m_liveTexts == nullptr)
-        run.m_liveTexts = std::make_shared<LiveTexts>();
-    m_liveTexts = run.m_liveTexts;
-    if (run.m_deadTexts.capacity() <= m_liveTexts->size())
-        run.m_deadTexts.reserve(m_liveTexts->size() * 2 + 1);
+    RunState* const state = RunState::Current();
+    if (state == nullptr) // a member of an expander that an application calls by itself
+        return;
+    if (state->m_liveTexts == nullptr)
+        state->m_liveTexts = std::make_shared<LiveTexts>();
+    m_liveTexts = state->m_liveTexts;
+    if (state->m_deadTexts.capacity() <= m_liveTexts->size())
+        state->m_deadTexts.reserve(m_liveTexts->size() * 2 + 1);
     m_liveTexts->emplace(m_origin->m_begin, m_origin.get()); // last: nothing may fail after it
 }
 
@@ -56,9 +59,9 @@ TemporaryText::~TemporaryText()
     if (m_liveTexts == nullptr)
         return;
     m_liveTexts->erase(m_origin->m_begin);
-    const ExpansionLevel* const level = ExpansionLevel::Current();
-    if (level != nullptr && level->IsFailing())
-        CurrentRun().NoteDeath(*m_origin);
+    RunState* const state = RunState::Current();
+    if (state != nullptr && state->m_level != nullptr && std::uncaught_exceptions() > m_exceptions)
+        state->NoteDeath(*m_origin);
 }
 
 TextScope::TextScope(xstring& text, SubString origin)

@@ -6,8 +6,10 @@
 // from is kept apart, in a TextOrigin, which may outlive the characters.
 #pragma once
 
-#include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Run/TextMemory.h"
+#include <exception>
+#include <map>
+#include <memory>
 
 namespace telv
 {
@@ -30,6 +32,9 @@ public:
     bool m_alive = true;
 };
 
+/// The texts of a run that are alive, by where they begin.
+using LiveTexts = std::map<const char*, TextOrigin*>;
+
 /// The characters, counted by those who view them.
 class TemporaryText : public std::enable_shared_from_this<TemporaryText>
 {
@@ -47,11 +52,10 @@ public:
     bool m_isViewedByMap = false; ///< The run keeps it, for a piece of the mapped output.
 
 private:
-    using LiveTexts = std::map<const char*, TextOrigin*>;
-
     TextMemory m_text;
     std::shared_ptr<TextOrigin> m_origin;
     std::shared_ptr<LiveTexts> m_liveTexts; ///< Of the run in which the text was made.
+    int m_exceptions = std::uncaught_exceptions(); ///< In flight when the text was made.
 };
 
 /// Holds a temporary text while the directive that made it works on it.

@@ -12,7 +12,6 @@ namespace telv
 namespace
 {
 
-constexpr ssize_t s_minimumSpan = 256; ///< Characters between brackets that are worth recording.
 constexpr ssize_t s_maximumDepth = ssize_t{1} << 17; ///< Of brackets that one scan records.
 constexpr size_t s_initialSlots = 64;
 constexpr size_t s_maximumSlots = size_t{1} << 22; ///< About 100 MB.

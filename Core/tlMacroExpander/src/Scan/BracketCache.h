@@ -29,6 +29,8 @@ struct MatchingBracket
 class TLEXPANDER_API BracketCache
 {
 public:
+    static constexpr ssize_t s_minimumSpan = 256; ///< Characters between brackets worth recording.
+
     explicit BracketCache(SubString text) : m_text(text) {}
     BracketCache(const BracketCache&) = delete;
     BracketCache& operator=(const BracketCache&) = delete;

@@ -1,6 +1,5 @@
-// Making variables that share the text that they view.
+// Making variables that share the text that they view, and keeping what is known of it.
 #include "tlMacroExpander/src/Values/OwningVariables.h"
-#include "tlMacroExpander/src/Run/TemporaryText.h"
 #include <typeinfo>
 
 namespace telv
@@ -14,18 +13,34 @@ std::shared_ptr<TemporaryText> Share(TemporaryText* text)
     return text == nullptr ? nullptr : text->shared_from_this();
 }
 
+/// Null for a macro that an application made.
+OwningMacroVariable* AsOwning(LSMacroVariable& macroVar)
+{
+    return typeid(macroVar) == typeid(OwningMacroVariable)
+               ? static_cast<OwningMacroVariable*>(&macroVar)
+               : nullptr;
+}
+
 } // namespace
+
+MacroExtras& OwningMacroVariable::Extras()
+{
+    if (m_extras == nullptr)
+        m_extras = std::make_unique<MacroExtras>();
+    return *m_extras;
+}
 
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner)
 {
-    if (nameOwner == nullptr && bodyOwner == nullptr)
-        return std::make_unique<LSMacroVariable>(returnType, name, context, false, false, false);
     auto owning =
         std::make_unique<OwningMacroVariable>(returnType, name, context, false, false, false);
-    owning->m_nameOwner = Share(nameOwner);
-    owning->m_bodyOwner = Share(bodyOwner);
+    if (nameOwner != nullptr || bodyOwner != nullptr)
+    {
+        owning->Extras().m_nameOwner = Share(nameOwner);
+        owning->Extras().m_bodyOwner = Share(bodyOwner);
+    }
     return owning;
 }
 
@@ -39,11 +54,60 @@ std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString n
     return owning;
 }
 
+LevelText BodyOf(LSMacroVariable& macroVar)
+{
+    LevelText text{macroVar.GetSubstitutionString()};
+    OwningMacroVariable* const owning = AsOwning(macroVar);
+    if (owning == nullptr)
+        return text;
+    // An application may have given the macro another body.
+    if (owning->m_scanned && !owning->m_scanned->Begins(text.m_text, owning->m_first))
+        owning->m_scanned = CountedRef<ScannedText>();
+    if (!owning->m_scanned && owning->m_isUsed)
+    {
+        owning->m_scanned = ScannedText::Make(text.m_text);
+        owning->m_first = 0;
+    }
+    owning->m_isUsed = true;
+    text.m_scanned = owning->m_scanned.Get();
+    text.m_first = owning->m_first;
+    if (const MacroExtras* const extras = owning->KnownExtras())
+        text.m_owner = extras->m_bodyOwner.get();
+    return text;
+}
+
+NameEntry& FormalName(LSMacroVariable& macroVar, ssize_t index, NameTable& table)
+{
+    const xvector<LSFormalArg>& formals = macroVar.m_argNames;
+    OwningMacroVariable* const owning = AsOwning(macroVar);
+    if (owning == nullptr || !owning->m_isUsed)
+    {
+        const SubString name = formals[index].m_name;
+        return *table.Intern(name, HashName(name));
+    }
+    HeldNames& names = owning->Extras().m_formalNames;
+    if (!names.AreOf(table) || names.Count() != static_cast<size_t>(formals.size()))
+        names.Hold(table, static_cast<size_t>(formals.size()),
+                   [&](size_t i) { return formals[static_cast<ssize_t>(i)].m_name; });
+    return names[static_cast<size_t>(index)];
+}
+
+void KeepScanned(LSMacroVariable& macroVar, const LevelText& body)
+{
+    OwningMacroVariable* const owning = AsOwning(macroVar);
+    if (body.m_scanned == nullptr || owning == nullptr)
+        return;
+    owning->m_scanned = CountedRef<ScannedText>(body.m_scanned);
+    owning->m_first = body.m_first;
+}
+
 TemporaryText* BodyOwner(const LSMacroVariable& macroVar)
 {
     if (typeid(macroVar) != typeid(OwningMacroVariable))
         return nullptr;
-    return static_cast<const OwningMacroVariable&>(macroVar).m_bodyOwner.get();
+    const MacroExtras* const extras =
+        static_cast<const OwningMacroVariable&>(macroVar).KnownExtras();
+    return extras == nullptr ? nullptr : extras->m_bodyOwner.get();
 }
 
 } // namespace telv

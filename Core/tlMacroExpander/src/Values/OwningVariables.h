@@ -1,10 +1,14 @@
-// Variables that were defined in text which exists only while expanding.
+// Variables that the library makes.
 //
-// They may be placed in a frame that outlives that text, so they share its ownership: the text
-// lives exactly as long as somebody views it, at the same address.
+// They may be defined in text which exists only while expanding, and be placed in a frame that
+// outlives that text, so they share its ownership: the text lives exactly as long as somebody views
+// it, at the same address. Macros besides keep what is known of their bodies. Most macros need
+// neither, so what they need is apart.
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Texts/ScannedText.h"
 #include <memory>
 
 namespace telv
@@ -12,14 +16,31 @@ namespace telv
 
 class TemporaryText;
 
-/// A macro whose name, formal names or body lie in temporary texts.
+/// What some macros have.
+struct MacroExtras
+{
+    std::shared_ptr<TemporaryText> m_nameOwner; ///< Null when the application owns the text.
+    std::shared_ptr<TemporaryText> m_bodyOwner; ///< Of the body and the formal names; or null.
+    HeldNames m_formalNames;                    ///< Of the formal arguments, once they have been bound.
+};
+
+/// A macro that the library made.
 class OwningMacroVariable final : public LSMacroVariable
 {
 public:
     using LSMacroVariable::LSMacroVariable;
 
-    std::shared_ptr<TemporaryText> m_nameOwner; ///< Null when the application owns the text.
-    std::shared_ptr<TemporaryText> m_bodyOwner; ///< Of the body and the formal names; or null.
+    /// Made if need be.
+    MacroExtras& Extras();
+    /// Null when there are none.
+    MacroExtras* KnownExtras() const { return m_extras.get(); }
+
+    CountedRef<ScannedText> m_scanned; ///< Once it is known; of the body or a larger text.
+    uint32 m_first = 0;                ///< The body's first item in it.
+    bool m_isUsed = false;             ///< The body has been expanded.
+
+private:
+    std::unique_ptr<MacroExtras> m_extras;
 };
 
 /// A value whose name lies in a temporary text.
@@ -39,6 +60,17 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
 /// A value that shares the text of its name; `nameOwner` may be null.
 std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString name,
                                                    TemporaryText* nameOwner);
+
+/// The body of a macro for the next expansion: with its owner and with what is known of it. It is
+/// scanned before it is expanded the second time.
+LevelText BodyOf(LSMacroVariable& macroVar);
+
+/// The entry of the name of a formal argument in `table`; held by the macro where the library made
+/// it.
+NameEntry& FormalName(LSMacroVariable& macroVar, ssize_t index, NameTable& table);
+
+/// Keeps what is known of the body of a macro that the library made.
+void KeepScanned(LSMacroVariable& macroVar, const LevelText& body);
 
 /// Who owns the body and the formal names of a macro; null when the application does.
 TemporaryText* BodyOwner(const LSMacroVariable& macroVar);

@@ -1,0 +1,84 @@
+// What a run keeps to itself: the expansion in progress, what has been counted, and the texts that
+// were made while expanding.
+#pragma once
+
+#include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/Run/TemporaryText.h"
+#include <map>
+#include <vector>
+
+namespace telv
+{
+
+class BracketCache;
+class ExpansionLevel;
+
+/// The private half of an ExpansionRun.
+class RunState
+{
+public:
+    RunState() = default;
+    RunState(const RunState&) = delete;
+    RunState& operator=(const RunState&) = delete;
+
+    static RunState& Of(const ExpansionRun& run) { return *run.m_state; }
+
+    /// The run installed for this thread, or null. Inside the library, where no call is needed.
+    static ExpansionRun* CurrentRun() noexcept;
+    /// Its state, or null.
+    static RunState* Current() noexcept
+    {
+        const ExpansionRun* const run = CurrentRun();
+        return run == nullptr ? nullptr : run->m_state.get();
+    }
+
+    /// A text that died while an exception was passing, and the place that replaces it.
+    struct DeadText
+    {
+        const char* m_begin;
+        const char* m_end;
+        const char* m_origin;
+    };
+
+    /// See ExpansionRun.
+    bool FindOrigin(const char* pos, SubString& origin) const;
+    const char* ResolvePosition(const char* pos) const;
+
+    /// Called from destructors: room was made when the text was.
+    void NoteDeath(const TextOrigin& text) noexcept;
+
+    /// To be called when no error is passing any more.
+    void ForgetErrors() noexcept
+    {
+        m_deadTexts.clear();
+        m_markFreeLength = 0;
+        m_failurePos = nullptr;
+    }
+
+    ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
+    ssize_t m_depth = 0;               ///< Expansions inside one another.
+    ssize_t m_steps = 0;
+    const char* m_failurePos = nullptr; ///< See ExpansionRun::FailurePosition.
+    std::vector<DeadText> m_deadTexts;
+    ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
+    bool m_errorsAreSwallowed = false; ///< See SwallowedErrors.
+    std::vector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
+    std::shared_ptr<LiveTexts> m_liveTexts;                  ///< Null while none was made.
+    std::map<const char*, const LSSourceFile*> m_sources;    ///< By where their texts begin.
+    std::map<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
+};
+
+namespace detail
+{
+
+/// Only ever read through RunState: on its own so that a read is one instruction.
+extern thread_local constinit ExpansionRun* t_currentRun [[gnu::tls_model("initial-exec")]];
+
+} // namespace detail
+
+inline ExpansionRun* RunState::CurrentRun() noexcept
+{
+    return detail::t_currentRun;
+}
+
+} // namespace telv
