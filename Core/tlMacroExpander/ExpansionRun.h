@@ -11,6 +11,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <vector>
 
 namespace telv
 {
@@ -28,6 +29,21 @@ struct TLEXPANDER_API ExpansionLimits
     ssize_t m_maxDepth = s_none;  ///< Expansions inside one another, the outermost one included.
     ssize_t m_maxSteps = s_none;  ///< Expansions, invocations and loop rounds, in all.
     ssize_t m_maxOutput = s_none; ///< Bytes of any one output, of intermediate strings too.
+};
+
+/// A place on the way to where an error stands.
+struct TLEXPANDER_API CallPlace
+{
+    enum EKind
+    {
+        CALL_MACRO, ///< A macro, or an argument that stands for text, was invoked here.
+        CALL_LOOP   ///< The loop that stands here was in its `m_round`-th round.
+    };
+
+    EKind m_kind;
+    xstring m_name;    ///< Of the macro; empty for a loop.
+    const char* m_pos; ///< In a text that the application gave.
+    ssize_t m_round;   ///< Counted from 1; 0 for a macro.
 };
 
 /// One run. Must outlive the scopes that install it; neither copied nor shared between threads.
@@ -65,6 +81,11 @@ public:
     /// until the run ends. Null: none is kept.
     const ExpandedOutput* m_mappedOutput = nullptr;
 
+    /// With true, a character that begins no token (a quote that is not closed on its line, say) is
+    /// ordinary text, and reading goes on behind it: for texts in languages with other quotes,
+    /// numbers and comments.
+    bool m_lenient = false;
+
     /// With false, outputs that the run's expansions write to record no pieces: their `size()` is 0,
     /// and what is copied goes out in long stretches.
     bool m_recordPieces = true;
@@ -89,6 +110,17 @@ public:
     /// The innermost place at the time when an exception without a position (out of memory, a
     /// broken assumption) left an expansion; null when none did.
     const char* FailurePosition() const;
+
+    /// How many call places of an error are remembered.
+    static constexpr ssize_t s_mostCallPlaces = 10;
+
+    /// Where the macros and loops stand through which the last error that left an expansion came,
+    /// innermost first; the first ten. Valid until the next expansion.
+    const std::vector<CallPlace>& CallPlaces() const;
+    /// How many there were besides.
+    ssize_t MoreCallPlaces() const;
+    /// Where the imports stand that were being read, innermost first. Valid as long.
+    const std::vector<const char*>& ImportPlaces() const;
 
 private:
     friend class RunState;

@@ -6,6 +6,7 @@
 // or two more characters decide. Operators take the longest form that their row of kinds knows.
 // What fails is composed apart, in cold functions, so that the loops stay small.
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/TokenScan.h"
 
@@ -215,18 +216,36 @@ inline EToken ScanTokenHere(SubString& s)
     ThrowBadToken(s);
 }
 
-/// LsScanToken, for inlining into the loops of this file.
-inline LSToken ScanToken(SubString& s, bool returnComments)
+/// Reads the next token; `start` is where it begins, also when it is none.
+inline LSToken ScanStrictly(SubString& s, bool returnComments, const char*& start)
 {
     for (;;)
     {
-        const char* const start = SkipBlanks(s.m_p1, s.m_p2);
+        start = SkipBlanks(s.m_p1, s.m_p2);
         s.m_p1 = start;
         if (start >= s.m_p2)
             return LSToken(TOKEN_END, SubString(start, start));
         const EToken kind = ScanTokenHere(s);
         if (kind != TOKEN_COMMENT || returnComments)
             return LSToken(kind, SubString(start, s.m_p1));
+    }
+}
+
+/// LsScanToken, for inlining into the loops of this file. In a lenient run what would be an error
+/// begins with a token of no kind, one character long.
+inline LSToken ScanToken(SubString& s, bool returnComments)
+{
+    const char* start = s.begin();
+    try
+    {
+        return ScanStrictly(s, returnComments, start);
+    }
+    catch (const LexScannerException&)
+    {
+        if (!RunState::IsLenient())
+            throw;
+        s.m_p1 = start + 1;
+        return LSToken(TOKEN_UNDEF, SubString(start, start + 1));
     }
 }
 

@@ -15,7 +15,7 @@ namespace telv
 /// The kinds of token. The numbers are part of the interface.
 enum EToken
 {
-    TOKEN_UNDEF = -1, ///< No token yet.
+    TOKEN_UNDEF = -1, ///< No token yet; or a character that is text in a lenient run.
     TOKEN_END = 10000,
     TOKEN_COMMENT = 10001,              ///< `//` or `/* */`
     TOKEN_PREPROC_COMMENT = 10002,      ///< `@` directly followed by a comment

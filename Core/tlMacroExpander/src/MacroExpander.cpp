@@ -11,6 +11,7 @@
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
+#include "tlMacroExpander/src/Texts/ScannedText.h"
 
 namespace telv
 {
@@ -92,7 +93,8 @@ void MacroExpander::ExpandNested(const LevelText& text, bool isRecorded)
 /// passed over and written in long stretches.
 void MacroExpander::ExpandTokens(ExpansionLevel& level)
 {
-    if (level.Scanned() != nullptr && !level.IsRecorded() && level.AllowsFastPaths())
+    if (level.Scanned() != nullptr && !level.IsRecorded() && level.AllowsFastPaths() &&
+        level.Scanned()->SuitsRun())
         ExpandScanned(level);
     else
         ExpandUnscanned(level);

@@ -238,14 +238,17 @@ private:
     void WriteValueOf(const LSVariable& var);
     void WriteTypedValue(VarFrame* frame, const LevelText& text, ELSVariable type);
     void WritePythonMacroResult(LSMacroVariable& macroVar, const LevelText& body, VarFrame& frame);
-    static void AddInvocationContext(LexScannerException& e, const LSMacroVariable& macroVar,
-                                     const LSVariable* lastArg);
+    void AddInvocationContext(LexScannerException& e, const LSMacroVariable& macroVar,
+                              const LSVariable* lastArg) const;
+    void NoteCall(const LSMacroVariable& macroVar) const;
+    void NoteRound(ssize_t round) const;
     xstring ComposeCall(const LSMacroVariable& macroVar, const LevelText& section);
 
     bool WriteValueDirectly(SubString expression);
     bool TakeDirectiveWord(const char* word);
     bool EvaluateCondition(const LevelText& condition, SubString directiveName);
     void ReadForHead(ForHead& head);
+    void ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent, ssize_t round);
     LevelText ScanLoopBlock(ssize_t& indent, const char* context);
 
     void AssignVariable(const LSToken& nameToken);
@@ -256,6 +259,7 @@ private:
 
     void WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode);
     bool FailsToExpand(const LevelText& text);
+    bool Import(const xstring& path, const char* pos);
     xstring ReadPathOperand(const LSToken& token, SubString word);
 };
 

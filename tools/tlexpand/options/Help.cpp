@@ -15,6 +15,7 @@ Options of an expansion:
   -E, --eval TEXT          expand TEXT first; its definitions are seen by every file
       --src-indent N       indentation of the source's lines that is removed
       --dst-indent N       indentation that the lines of the output get
+      --lenient            take quotes, numbers and comments of other languages as text
       --keep-imports       keep the text of import directives in the output
       --map FILE           write the map from the output to the sources as JSON
       --depfile FILE       write a dependency file for make and ninja (needs -o)

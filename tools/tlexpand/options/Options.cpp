@@ -16,6 +16,7 @@ enum ELongOption
     OPT_SRC_INDENT = 256,
     OPT_DST_INDENT,
     OPT_KEEP_IMPORTS,
+    OPT_LENIENT,
     OPT_MAP,
     OPT_DEPFILE,
     OPT_DEPEND,
@@ -37,6 +38,7 @@ constexpr option s_expandTable[] = {
     {"eval",         required_argument, nullptr, 'E'},
     {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
     {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
+    {"lenient",      no_argument,       nullptr, OPT_LENIENT},
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
@@ -149,6 +151,9 @@ void SetExpandOption(ExpandOptions& options, int code)
         break;
     case OPT_KEEP_IMPORTS:
         options.m_keepImports = true;
+        break;
+    case OPT_LENIENT:
+        options.m_lenient = true;
         break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", optarg);

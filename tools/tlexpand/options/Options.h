@@ -61,6 +61,7 @@ struct ExpandOptions : CommonOptions
     ssize_t m_srcIndent = 0;
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;
+    bool m_lenient = false; ///< What is no token is text.
 
     bool UsesStandardOutput() const
     {

@@ -57,7 +57,7 @@ Diagnostics::Diagnostics(const Sources& sources, Colour colour) : m_sources(sour
     m_style.m_colour = WantsColour(colour);
 }
 
-void Diagnostics::Report(const LexScannerException& error) const
+void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* run) const
 {
     const char* pos = error.m_pos;
     const Source* source = m_sources.Find(pos);
@@ -69,7 +69,37 @@ void Diagnostics::Report(const LexScannerException& error) const
         pos = source->Text().begin();
     }
     WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
-                         MakeImportLines(*source));
+                         (run == nullptr ? MakeImportLines(*source) : MakeCallLines(*run)));
+}
+
+/// "PATH(LINE)"; empty for a position in no source.
+std::string Diagnostics::MakePlace(const char* pos) const
+{
+    const Source* const source = m_sources.Find(pos);
+    return source == nullptr
+               ? std::string()
+               : Show(ViewOf(source->Name())) + "(" + std::to_string(source->Line(pos)) + ")";
+}
+
+/// The macros, loops and imports that the error came through.
+std::string Diagnostics::MakeCallLines(const ExpansionRun& run) const
+{
+    std::string lines;
+    for (const CallPlace& call : run.CallPlaces())
+    {
+        const std::string place = MakePlace(call.m_pos);
+        if (place.empty())
+            continue;
+        if (call.m_kind == CallPlace::CALL_LOOP)
+            lines += "in round " + std::to_string(call.m_round) + " of the loop at " + place + "\n";
+        else
+            lines += "called from " + place + "\n";
+    }
+    if (run.MoreCallPlaces() > 0)
+        lines += "... " + std::to_string(run.MoreCallPlaces()) + " more\n";
+    for (const char* const pos : run.ImportPlaces())
+        lines += "imported from " + MakePlace(pos) + "\n";
+    return lines;
 }
 
 std::string Diagnostics::Show(SubString text) const

@@ -5,6 +5,7 @@
 #include "report/Excerpt.h"
 #include "options/Options.h"
 #include "input/Sources.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSToken.h"
 
 namespace telv::tool
@@ -19,12 +20,14 @@ public:
 
     /// Reports `error`, which stands at `error.m_pos`; a position outside the sources counts as
     /// the beginning of the first one.
-    void Report(const LexScannerException& error) const;
+    void Report(const LexScannerException& error, const ExpansionRun* run = nullptr) const;
 
 private:
     std::string MakeFirstLines(const LexScannerException& error, const Source& source,
                                const char* pos) const;
     std::string MakeImportLines(const Source& source) const;
+    std::string MakePlace(const char* pos) const;
+    std::string MakeCallLines(const ExpansionRun& run) const;
     std::string Show(SubString text) const;
 
     const Sources& m_sources;

@@ -96,7 +96,7 @@ bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sour
         failure->m_pos = run.FailurePosition();
     LexScannerException error(xstring(), failure->m_pos);
     error.m_description.swap(failure->m_description);
-    diagnostics.Report(error);
+    diagnostics.Report(error, &run);
     return false;
 }
 

@@ -33,10 +33,25 @@ void MacroExpander::ProcessImportDirective()
     }
     TELV_ASSERT(m_importHandler);
     const char* const pos = token.m_str.begin();
-    const bool isImported = m_importHandler->HandleImport(m_vf, path, pos);
+    const bool isImported = Import(path, pos);
     ExpansionLevel::ForgetErrors(); // the handler may have swallowed some
     if (!isImported)
         ThrowAt(pos, {"Can't import file: ", path});
+}
+
+bool MacroExpander::Import(const xstring& path, const char* pos)
+{
+    try
+    {
+        return m_importHandler->HandleImport(m_vf, path, pos);
+    }
+    catch (const LexScannerException& e)
+    {
+        RunState* const state = RunState::Current();
+        if (state != nullptr && e.m_pos != pos) // not refused, but read
+            state->NoteImport(pos);
+        throw;
+    }
 }
 
 void MacroExpander::ProcessImportPathDirective()

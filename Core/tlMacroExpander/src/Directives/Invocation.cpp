@@ -81,8 +81,9 @@ void CheckEndOfArg(const LSToken& token, const LSMacroVariable& macroVar, bool i
 /// of the last one; in the list of its frame those of the others follow it.
 [[gnu::noinline]] void MacroExpander::AddInvocationContext(LexScannerException& e,
                                                            const LSMacroVariable& macroVar,
-                                                           const LSVariable* lastArg)
+                                                           const LSVariable* lastArg) const
 {
+    NoteCall(macroVar);
     if (!TakesContext(e))
     {
         AddErrorContext(e, {});
@@ -105,6 +106,13 @@ void CheckEndOfArg(const LSToken& token, const LSMacroVariable& macroVar, bool i
         separator = ", ";
     }
     AddErrorContext(e, {os.GetString()});
+}
+
+/// An error passes the invocation.
+void MacroExpander::NoteCall(const LSMacroVariable& macroVar) const
+{
+    if (RunState* const state = RunState::Current())
+        state->NoteCall(CallPlace::CALL_MACRO, macroVar.m_name, m_startDirectivePos, 0);
 }
 
 void MacroExpander::InvokeVariable(LSVariable* var)
@@ -277,6 +285,7 @@ void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText&
     }
     catch (LexScannerException& e)
     {
+        NoteCall(macroVar);
         AddErrorContext(e, {"\n    invoking python macro ", macroVar.m_name});
         throw;
     }

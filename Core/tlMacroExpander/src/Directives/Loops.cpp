@@ -47,6 +47,7 @@ private:
     RepeatedText m_block;
     ssize_t m_indent;
     ssize_t m_outputPos;
+    ssize_t m_round = 0; ///< Counted from 1.
 };
 
 void MacroExpander::ProcessForDirective()
@@ -146,6 +147,7 @@ LSToken MacroExpander::ForLoop::CutElement(SubString& s, SubString& element, ETo
 void MacroExpander::ForLoop::ExpandElement(SubString element)
 {
     m_expander.CountStep();
+    ++m_round;
     VarFrame frame(m_expander.m_vf);
     if (m_head.m_isSingle)
         Bind(frame, m_head.m_names[0], element);
@@ -157,6 +159,7 @@ void MacroExpander::ForLoop::ExpandElement(SubString element)
     }
     catch (LexScannerException& e)
     {
+        m_expander.NoteRound(m_round);
         const SubString name = m_head.m_isSingle ? m_head.m_names[0] : SubString();
         AddErrorContext(e, {"\n    in @for directive when ", name, " = ", element});
         throw;
@@ -198,12 +201,33 @@ void MacroExpander::ProcessWhileDirective()
     RepeatedText rounds(block);
     AdvanceWritePos(m_str.begin(), false);
     const ssize_t outputPos = GetOutputPos();
-    while (EvaluateCondition(condition.Next(), "@while"))
+    for (ssize_t round = 1; EvaluateCondition(condition.Next(), "@while"); ++round)
     {
         CountStep();
         if (!block.m_text.empty())
-            ExpandBlock(rounds.Next(), indent, outputPos);
+            ExpandRound(rounds.Next(), indent, outputPos, round);
     }
+}
+
+void MacroExpander::ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
+                                ssize_t round)
+{
+    try
+    {
+        ExpandBlock(block, indent, dstIndent);
+    }
+    catch (const LexScannerException&)
+    {
+        NoteRound(round);
+        throw;
+    }
+}
+
+/// An error passes a round of the loop that is the current directive.
+void MacroExpander::NoteRound(ssize_t round) const
+{
+    if (RunState* const state = RunState::Current())
+        state->NoteCall(CallPlace::CALL_LOOP, SubString(), m_startDirectivePos, round);
 }
 
 } // namespace telv

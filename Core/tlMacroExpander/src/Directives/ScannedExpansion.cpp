@@ -148,7 +148,7 @@ bool MacroExpander::WriteInertText(const LevelText& text, VarFrame& frame, ssize
     if (s.empty())
         return true;
     NameTable& names = FrameTree::Names(frame);
-    if (text.m_scanned != nullptr)
+    if (text.m_scanned != nullptr && text.m_scanned->SuitsRun())
     {
         if (!IsInert(*text.m_scanned, text.m_first, s.end(), names))
             return false;

@@ -1,6 +1,7 @@
 // Levels of expansion: what is rare. Positions of passing errors, and whose brackets are known.
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Scan/CommentEnd.h"
 
 namespace telv
 {
@@ -59,6 +60,18 @@ BracketCache* CurrentBracketCache()
 {
     ExpansionLevel* const level = ExpansionLevel::Current();
     return level == nullptr ? nullptr : level->Brackets();
+}
+
+bool IsWithoutCommentEnd(SubString text)
+{
+    const ExpansionLevel* const level = ExpansionLevel::Current();
+    return level != nullptr && level->IsWithoutCommentEnd(text);
+}
+
+void NoteWithoutCommentEnd(SubString text)
+{
+    if (ExpansionLevel* const level = ExpansionLevel::Current())
+        level->NoteWithoutCommentEnd(text);
 }
 
 void ExpansionLevel::CheckSize(ssize_t size)

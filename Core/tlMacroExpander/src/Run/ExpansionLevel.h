@@ -129,6 +129,18 @@ public:
     /// is nothing worth knowing.
     BracketCache* Brackets();
 
+    /// See CommentEnd.h.
+    bool IsWithoutCommentEnd(SubString text) const
+    {
+        return m_noCommentEnd != nullptr && m_noCommentEnd <= text.begin() &&
+               text.end() <= m_text.end();
+    }
+    void NoteWithoutCommentEnd(SubString text)
+    {
+        if (text.end() == m_text.end() && m_text.begin() <= text.begin())
+            m_noCommentEnd = text.begin();
+    }
+
     /// Notes that a piece of the mapped output views the text.
     void NotePiece();
 
@@ -159,6 +171,7 @@ private:
     std::unique_ptr<BracketCache> m_ownBrackets;
     bool m_isBracketOwner = false; ///< Others find `m_ownBrackets` through the run.
     ScannedText* m_scanned;
+    const char* m_noCommentEnd = nullptr; ///< Behind this no comment ends in the text.
     ScanItem* m_item = nullptr;
     size_t m_usedCuts = 0;
     unsigned m_first;

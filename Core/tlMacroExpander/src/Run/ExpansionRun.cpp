@@ -63,6 +63,31 @@ const char* ExpansionRun::FailurePosition() const
     return m_state->m_failurePos;
 }
 
+const std::vector<CallPlace>& ExpansionRun::CallPlaces() const
+{
+    return m_state->m_callPlaces;
+}
+
+ssize_t ExpansionRun::MoreCallPlaces() const
+{
+    return m_state->m_moreCallPlaces;
+}
+
+const std::vector<const char*>& ExpansionRun::ImportPlaces() const
+{
+    return m_state->m_importPlaces;
+}
+
+void RunState::NoteCall(CallPlace::EKind kind, SubString name, const char* pos, ssize_t round)
+{
+    if (m_errorsAreSwallowed)
+        return;
+    if (static_cast<ssize_t>(m_callPlaces.size()) < ExpansionRun::s_mostCallPlaces)
+        m_callPlaces.push_back(CallPlace{kind, xstring(name), ResolvePosition(pos), round});
+    else
+        ++m_moreCallPlaces;
+}
+
 bool RunState::FindOrigin(const char* pos, SubString& origin) const
 {
     if (pos == nullptr || m_liveTexts == nullptr)

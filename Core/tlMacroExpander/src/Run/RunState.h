@@ -32,6 +32,13 @@ public:
         return run == nullptr ? nullptr : run->m_state.get();
     }
 
+    /// Whether the run of this thread takes what is no token as text.
+    static bool IsLenient() noexcept
+    {
+        const ExpansionRun* const run = CurrentRun();
+        return run != nullptr && run->m_lenient;
+    }
+
     /// A text that died while an exception was passing, and the place that replaces it.
     struct DeadText
     {
@@ -53,13 +60,24 @@ public:
         m_deadTexts.clear();
         m_markFreeLength = 0;
         m_failurePos = nullptr;
+        m_callPlaces.clear();
+        m_moreCallPlaces = 0;
+        m_importPlaces.clear();
     }
+
+    /// An error passes the invocation of a macro, or a round of a loop, at `pos`.
+    void NoteCall(CallPlace::EKind kind, SubString name, const char* pos, ssize_t round);
+    /// An error passes the import at `pos`.
+    void NoteImport(const char* pos) { m_importPlaces.push_back(ResolvePosition(pos)); }
 
     ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
     ssize_t m_depth = 0;               ///< Expansions inside one another.
     ssize_t m_steps = 0;
     const char* m_failurePos = nullptr; ///< See ExpansionRun::FailurePosition.
     std::vector<DeadText> m_deadTexts;
+    std::vector<CallPlace> m_callPlaces; ///< See ExpansionRun, as the next two.
+    ssize_t m_moreCallPlaces = 0;
+    std::vector<const char*> m_importPlaces;
     ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
     bool m_errorsAreSwallowed = false; ///< See SwallowedErrors.
     std::vector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.

@@ -3,6 +3,7 @@
 // Each function runs a pointer over the text and puts it into the view when the construct is
 // complete, or before it throws: errors stand at the character that is not the expected one.
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Scan/CommentEnd.h"
 #include <cstring>
 
 namespace telv
@@ -83,6 +84,9 @@ EToken ScanHexDigits(SubString& s)
 /// Reads `*/` and what is before it.
 void ScanBlockCommentBody(SubString& s)
 {
+    const SubString body(s);
+    if (IsWithoutCommentEnd(body))
+        s.m_p1 = s.m_p2;
     while (s)
     {
         const void* star = std::memchr(s.m_p1, '*', static_cast<size_t>(s.size()));
@@ -92,6 +96,7 @@ void ScanBlockCommentBody(SubString& s)
         if (SkipEither(s, '/', '/'))
             return;
     }
+    NoteWithoutCommentEnd(body);
     s.m_p1 = s.m_p2;
     throw LexScannerException("Met EOS in middle of /* ... */ comment", s);
 }

@@ -1,5 +1,6 @@
 // Strings and comments of plain text.
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
+#include "tlMacroExpander/src/Scan/CommentEnd.h"
 #include <cstring>
 
 namespace telv
@@ -44,6 +45,8 @@ const char* SkipPlainSlash(const char* p, const char* end)
     }
     if (length < 2 || p[1] != '*')
         return p + 1;
+    if (IsWithoutCommentEnd(SubString(p + 2, end)))
+        return nullptr;
     const void* const close = memmem(p + 2, length - 2, "*/", 2);
     return close == nullptr ? nullptr : static_cast<const char*>(close) + 2;
 }

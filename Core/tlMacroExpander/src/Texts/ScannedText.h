@@ -15,6 +15,7 @@
 
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Texts/Counted.h"
 #include <memory>
 #include <vector>
@@ -103,6 +104,8 @@ public:
     /// The first item that does not begin before `pos`; `s_unknown` when `pos` lies inside a token
     /// or behind what is known. `from`: an item that begins before it.
     uint32 IndexAt(const char* pos, uint32 from) const;
+    /// Whether the text was scanned as this thread's run would now.
+    bool SuitsRun() const { return m_isLenient == RunState::IsLenient(); }
     /// Whether `first` is the first item of `part`.
     bool Begins(SubString part, uint32 first) const
     {
@@ -137,6 +140,7 @@ private:
     std::vector<Span> m_solid; ///< Strings and comments.
     HeldNames m_names; ///< Of the items that are names, in order.
     size_t m_nameCount = 0;
+    bool m_isLenient = RunState::IsLenient();
 };
 
 } // namespace telv

@@ -1,0 +1,16 @@
+// Remembers that no comment ends in the rest of a text: where an unclosed comment is no error, its end
+// is looked for once, not again at each sign that might begin one.
+#pragma once
+
+#include "tlUtils/BasicSubString.h"
+
+namespace telv
+{
+
+/// Whether it is known that the text holds no end of a comment.
+bool IsWithoutCommentEnd(SubString text);
+
+/// To be called when `text`, up to the end of what is being expanded, holds none.
+void NoteWithoutCommentEnd(SubString text);
+
+} // namespace telv
