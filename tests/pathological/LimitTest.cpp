@@ -40,14 +40,14 @@ const Row s_rows[] = {
      2,
      "x x",
      "main.tl(1) : error : Expansion nested too deeply\n    invoking macro f\n"
-     " 1 | @def f = {x}\n   |           ^\n"},
+     " 1 | @def f = {x}\n   |           ^\ncalled from main.tl(2)\n"},
     {"@def f = {x}\nf f",
      {},
      "--max-steps",
      5,
      "x x",
      "main.tl(1) : error : Too many expansion steps\n    invoking macro f\n"
-     " 1 | @def f = {x}\n   |           ^\n"},
+     " 1 | @def f = {x}\n   |           ^\ncalled from main.tl(2)\n"},
     {"@if(true){a}@else{b}",
      {},
      "--max-steps",
@@ -88,14 +88,14 @@ const Row s_rows[] = {
      4,
      "body",
      "lib.tl(1) : error : Too many expansion steps\n    invoking macro m\n"
-     " 1 | @def m = {body}\n   |           ^\nimported from main.tl(1)\n"},
+     " 1 | @def m = {body}\n   |           ^\ncalled from main.tl(2)\n"},
     {"@import \"lib.tl\"\nm",
      {"--keep-imports"},
      "--max-output",
      21,
      "@import \"lib.tl\"\nbody",
      "lib.tl(1) : error : Output too large\n    invoking macro m\n"
-     " 1 | @def m = {body}\n   |           ^\nimported from main.tl(1)\n"},
+     " 1 | @def m = {body}\n   |           ^\ncalled from main.tl(2)\n"},
     {"x",
      {"-E", "@scope{yy}"},
      "--max-depth",

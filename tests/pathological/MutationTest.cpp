@@ -95,9 +95,9 @@ void MutationTest::Expand(const std::string& text)
     run.m_pythonAllowed = false;
     const ExpansionRunScope scope(run);
     EmptyFiles handler;
+    FileScopeVarFrame frame; // keeps texts in which errors can stand
     try
     {
-        FileScopeVarFrame frame;
         xstring output;
         OutputPieces pieces;
         MacroExpand(&handler, &frame, view, 0, 0, output, pieces);

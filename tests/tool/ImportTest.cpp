@@ -41,7 +41,7 @@ TEST_F(ImportTest, AnImportPathIsRelativeToItsFileAndHoldsForTheRun)
                   "sub/lib/x.tl(1) : error : here\n    invoking macro m\n"
                   " 1 | @def m = {@fail(\"here\")}\n"
                   "   |                ^\n"
-                  "imported from main.tl(2)\n");
+                  "called from main.tl(3)\n");
 }
 
 TEST_F(ImportTest, TakesAnAbsoluteNameAsItIs)
@@ -195,7 +195,7 @@ TEST_F(ImportTest, AMacroMayBeInvokedWhereItsFileWasImported)
                   "    invoking macro use(a) with a=1\n"
                   " 2 | @def use(a) = {pair(a)}\n"
                   "   |                      ^\n"
-                  "imported from <stdin>(1)\n");
+                  "called from <stdin>(2)\n");
 }
 
 } // namespace telv::test

@@ -214,10 +214,11 @@ const LSVariable* MacroExpander::BindArgs(LSMacroVariable& macroVar, ActualArgs&
     for (ssize_t i = 0; i < n; ++i)
     {
         const LSFormalArg& formal = macroVar.m_argNames[i];
+        NameEntry& name = FormalName(macroVar, i, names); // before there is something to lose
         LSVariable* const bound = formal.m_type == LSV_MACRO
                                       ? MakeNamedArg(macroVar, formal, args[i])
                                       : MakeValueArg(macroVar, formal, args[i]);
-        frame.m_localVariables.AddBound(bound, FormalName(macroVar, i, names));
+        frame.m_localVariables.AddBound(bound, name);
     }
     return frame.m_localVariables.m_first;
 }
