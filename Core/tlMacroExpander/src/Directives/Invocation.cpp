@@ -239,7 +239,7 @@ LSVariable* MacroExpander::MakeNamedArg(const LSMacroVariable& macroVar, const L
 LSVariable* MacroExpander::MakeValueArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
                                         const LevelText& arg)
 {
-    auto bound = MakeValueVariable(formal.m_type, formal.m_name, BodyOwner(macroVar));
+    auto bound = MakeValueVariable(formal.m_type, formal.m_name, BodyOwner(macroVar), m_vf);
     try
     {
         ReadVariableValueFor(m_vf, arg, formal.m_type, bound->m_value, m_startDirectivePos);

@@ -3,10 +3,9 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Frames/DollarMacroPass.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include <cstring>
 #include <memory>
-#include <unordered_set>
-#include <vector>
 
 namespace telv
 {
@@ -23,6 +22,7 @@ void FileScopeVarFrame::AddImport(FileScopeVarFrame* md)
     TELV_ASSERT(md);
     ImportFrame(md);
     m_imports.push_back(md);
+    FrameTree::Names(*this).NoteChange();
 }
 
 void FileScopeVarFrame::InsertDollarMacro(const xstring& name, const xstring& value)
@@ -41,28 +41,7 @@ const xstring* FileScopeVarFrame::FindDollarMacro(const xstring& name) const
         return &own->second;
     if (m_imports.empty())
         return nullptr;
-
-    // Depth first in the order of import; a frame that was left without a hit has none to offer.
-    std::unordered_set<const FileScopeVarFrame*> visited{this};
-    std::vector<const FileScopeVarFrame*> pending;
-    const auto pushImports = [&](const FileScopeVarFrame* frame)
-    {
-        for (ssize_t i = frame->m_imports.size(); i-- > 0;)
-            pending.push_back(frame->m_imports[i]);
-    };
-    pushImports(this);
-    while (!pending.empty())
-    {
-        const FileScopeVarFrame* const frame = pending.back();
-        pending.pop_back();
-        if (!visited.insert(frame).second)
-            continue;
-        const auto found = frame->m_dollarMacrosMap.find(name);
-        if (found != frame->m_dollarMacrosMap.end())
-            return &found->second;
-        pushImports(frame);
-    }
-    return nullptr;
+    return FrameTree::Names(*this).DollarMacros().FindImported(*this, name);
 }
 
 const char* ScanDollarMacro(SubString s, SubString& name)

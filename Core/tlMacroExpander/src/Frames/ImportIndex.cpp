@@ -50,7 +50,7 @@ bool ImportIndex::IsWorthMaking()
 /// Makes the index current. When it throws, the next call goes on where it stopped.
 void ImportIndex::Synchronise()
 {
-    const uint64 changes = s_changes.load(std::memory_order_relaxed);
+    const uint64 changes = Changes();
     ++m_state;
     if (changes != m_seenChanges)
     {

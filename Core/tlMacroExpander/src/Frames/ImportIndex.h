@@ -43,8 +43,7 @@ public:
     /// True when what the imports provide stands in the entries.
     bool IsCurrent() const
     {
-        return m_isMade && m_pending.empty() &&
-               m_seenChanges == s_changes.load(std::memory_order_relaxed);
+        return m_isMade && m_pending.empty() && m_seenChanges == Changes();
     }
 
     /// What the imports provide under `name`, whose entry is `entry` if it has one; or null.
@@ -53,6 +52,8 @@ public:
 
     /// To be called when a frame changes that an index or an answer depends on.
     static void NoteChange() { s_changes.fetch_add(1, std::memory_order_relaxed); }
+    /// How many such changes there have been.
+    static uint64 Changes() { return s_changes.load(std::memory_order_relaxed); }
 
 private:
     struct Source

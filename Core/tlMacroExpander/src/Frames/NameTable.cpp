@@ -2,6 +2,7 @@
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Frames/ImportQuery.h"
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 
@@ -20,6 +21,18 @@ constexpr size_t s_fewestSlots = 16;
 uint32 TagOf(uint64 hash)
 {
     return static_cast<uint32>(hash >> 32);
+}
+
+/// Names are short: no call.
+bool IsSame(SubString a, SubString b)
+{
+    const size_t n = static_cast<size_t>(a.size());
+    if (a.size() != b.size() || ReadUpTo8(a.begin(), std::min<size_t>(n, 8)) !=
+                                    ReadUpTo8(b.begin(), std::min<size_t>(n, 8)))
+        return false;
+    if (n <= 8)
+        return true;
+    return n <= 16 ? ReadUpTo8(a.end() - 8, 8) == ReadUpTo8(b.end() - 8, 8) : a == b;
 }
 
 } // namespace
@@ -49,7 +62,7 @@ size_t NameTable::Probe(SubString name, uint64 hash) const
     for (; m_slots[place].m_index != 0; place = (place + 1) & mask)
     {
         const Slot slot = m_slots[place];
-        if (slot.m_tag == TagOf(hash) && m_entries[slot.m_index].Name() == name)
+        if (slot.m_tag == TagOf(hash) && IsSame(m_entries[slot.m_index].Name(), name))
             break;
     }
     return place;
@@ -97,17 +110,17 @@ bool NameTable::IsUnused(const NameEntry& entry)
            entry.m_import == nullptr;
 }
 
-/// Makes room for one more name: three quarters of the slots are used at most. Names that nobody
+/// Makes room for one more name: half of the slots are used at most. Names that nobody
 /// needs any more go first.
 void NameTable::MakeRoom()
 {
-    if ((m_size + 1) * 4 <= m_slots.size() * 3)
+    if ((m_size + 1) * 2 <= m_slots.size())
         return;
     size_t used = 0;
     for (const Slot slot : m_slots)
         used += slot.m_index != 0 && !IsUnused(m_entries[slot.m_index]) ? 1 : 0;
     size_t capacity = s_fewestSlots;
-    while ((used + 1) * 2 > capacity)
+    while ((used + 1) * 3 > capacity)
         capacity *= 2;
     std::vector<Slot> slots(capacity);
     m_entries.MakeRoomToGive(m_size - used);
@@ -250,11 +263,17 @@ void NameTable::NoteDirectImport(const VarFrame* importer)
     if (!FrameTree::IsRoot(importer))
         return;
     m_imports->NoteOrder();
-    if (m_isWatched)
-        NoteChange();
+    NoteChange();
 }
 
-void NameTable::NoteChange()
+DollarIndex& NameTable::DollarMacros()
+{
+    if (m_dollarMacros == nullptr)
+        m_dollarMacros = std::make_unique<DollarIndex>();
+    return *m_dollarMacros;
+}
+
+void NameTable::CountChange()
 {
     m_isWatched = false;
     ImportIndex::NoteChange();

@@ -13,6 +13,7 @@
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Frames/DollarIndex.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
@@ -149,8 +150,7 @@ public:
     {
         const bool isNew = entry.m_rootVar == nullptr;
         entry.m_rootVar = v;
-        if (m_isWatched) [[unlikely]]
-            NoteChange();
+        NoteChange();
         return isNew;
     }
     /// A frame ends.
@@ -169,10 +169,17 @@ public:
     /// What the imports of the root provide; null while it imports nothing.
     ImportIndex* Imports() { return m_imports.get(); }
 
-    /// Somebody remembers what the root of this tree binds or imports: changes are to be counted.
+    /// Somebody remembers what the root of this tree binds or imports: its next change is to be
+    /// counted.
     void Watch() { m_isWatched = true; }
-    /// Counts a change of a root that is watched.
-    void NoteChange();
+    /// The root changes.
+    void NoteChange()
+    {
+        if (m_isWatched) [[unlikely]]
+            CountChange();
+    }
+    /// What the root finds in its imports under the names of dollar macros.
+    DollarIndex& DollarMacros();
 
     /// Memory for variables that come and go with the frames of the tree.
     BlockPool& VariableMemory() { return m_variableMemory; }
@@ -219,6 +226,7 @@ private:
     LSVariable* FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name, uint64 hash,
                                    const char* pos);
 
+    void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
     NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
     void MakeRoom();
@@ -233,6 +241,7 @@ private:
     const uint64 m_serial;
 
     std::unique_ptr<ImportIndex> m_imports;
+    std::unique_ptr<DollarIndex> m_dollarMacros;
     NameEntry m_importers; ///< "Bound" in each frame below the root that imports others.
     bool m_isWatched = false;
     HeldNames* m_held = nullptr; ///< Who holds entries.

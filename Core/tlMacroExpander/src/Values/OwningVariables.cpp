@@ -1,5 +1,6 @@
 // Making variables that share the text that they view, and keeping what is known of it.
 #include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include <typeinfo>
 
 namespace telv
@@ -21,6 +22,15 @@ OwningMacroVariable* AsOwning(LSMacroVariable& macroVar)
                : nullptr;
 }
 
+/// A variable in the memory of the tree of `frame`; in its own when that is null.
+template <class T, class... Args>
+std::unique_ptr<T> MakeFor(const VarFrame* frame, const Args&... args)
+{
+    if (frame == nullptr)
+        return std::make_unique<T>(args...);
+    return std::unique_ptr<T>(new (FrameTree::Names(*frame).VariableMemory()) T(args...));
+}
+
 } // namespace
 
 MacroExtras& OwningMacroVariable::Extras()
@@ -35,7 +45,7 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
                                                    TemporaryText* bodyOwner)
 {
     auto owning =
-        std::make_unique<OwningMacroVariable>(returnType, name, context, false, false, false);
+        MakeFor<OwningMacroVariable>(context, returnType, name, context, false, false, false);
     if (nameOwner != nullptr || bodyOwner != nullptr)
     {
         owning->Extras().m_nameOwner = Share(nameOwner);
@@ -45,11 +55,11 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
 }
 
 std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString name,
-                                                   TemporaryText* nameOwner)
+                                                   TemporaryText* nameOwner, const VarFrame* frame)
 {
-    if (nameOwner == nullptr)
+    if (nameOwner == nullptr && frame == nullptr)
         return std::make_unique<LSValueVariable>(type, name, SubString());
-    auto owning = std::make_unique<OwningValueVariable>(type, name, SubString());
+    auto owning = MakeFor<OwningValueVariable>(frame, type, name, SubString());
     owning->m_nameOwner = Share(nameOwner);
     return owning;
 }

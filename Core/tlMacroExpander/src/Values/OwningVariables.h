@@ -9,6 +9,7 @@
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
+#include "tlMacroExpander/src/Values/Recyclable.h"
 #include <memory>
 
 namespace telv
@@ -25,7 +26,7 @@ struct MacroExtras
 };
 
 /// A macro that the library made.
-class OwningMacroVariable final : public LSMacroVariable
+class OwningMacroVariable final : public LSMacroVariable, public Recyclable
 {
 public:
     using LSMacroVariable::LSMacroVariable;
@@ -44,7 +45,7 @@ private:
 };
 
 /// A value whose name lies in a temporary text.
-class OwningValueVariable final : public LSValueVariable
+class OwningValueVariable final : public LSValueVariable, public Recyclable
 {
 public:
     using LSValueVariable::LSValueVariable;
@@ -52,14 +53,17 @@ public:
     std::shared_ptr<TemporaryText> m_nameOwner;
 };
 
-/// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null.
+/// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. One with
+/// a `context` goes to a frame of the tree of that context and takes its memory from there.
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner);
 
-/// A value that shares the text of its name; `nameOwner` may be null.
+/// A value that shares the text of its name; `nameOwner` may be null. With `frame`, it goes to a
+/// frame of that tree and takes its memory from there.
 std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString name,
-                                                   TemporaryText* nameOwner);
+                                                   TemporaryText* nameOwner,
+                                                   const VarFrame* frame = nullptr);
 
 /// The body of a macro for the next expansion: with its owner and with what is known of it. It is
 /// scanned before it is expanded the second time.
