@@ -48,7 +48,7 @@ public:
 
     /// What the imports provide under `name`, whose entry is `entry` if it has one; or null.
     /// @throws LexScannerException  when they disagree.
-    LSVariable* Find(NameEntry* entry, SubString name, uint64 hash, const char* pos);
+    TLEXPANDER_API LSVariable* Find(NameEntry* entry, SubString name, uint64 hash, const char* pos);
 
     /// To be called when a frame changes that an index or an answer depends on.
     static void NoteChange() { s_changes.fetch_add(1, std::memory_order_relaxed); }
@@ -68,7 +68,7 @@ private:
     void Provide(VarFrame* provider, LSVariable* v);
     LSVariable* Answer(ImportedName& imported, SubString name, uint64 hash, const char* pos);
 
-    static std::atomic<uint64> s_changes;
+    TLEXPANDER_API static std::atomic<uint64> s_changes;
 
     VarFrame* const m_importer;
     std::vector<Source> m_sources;

@@ -90,10 +90,10 @@ public:
     uint64 Serial() const { return m_serial; }
 
     /// The entry of `name`, made if need be. Copies the name.
-    NameEntry* Intern(SubString name, uint64 hash);
+    TLEXPANDER_API NameEntry* Intern(SubString name, uint64 hash);
     /// The entry of `name` or null. With null, no frame of the tree binds it; imports may provide
     /// it (`FindUnknown`).
-    NameEntry* Lookup(SubString name, uint64 hash) const;
+    TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash) const;
 
     /// Keeps an entry at its place until `Release`.
     static void AddRef(NameEntry& entry) { ++entry.m_holders; }
@@ -213,7 +213,7 @@ private:
             return newest;
         return FindNearest(frame, newest);
     }
-    static NameBinding* FindNearest(const VarFrame* frame, NameBinding* newest);
+    TLEXPANDER_API static NameBinding* FindNearest(const VarFrame* frame, NameBinding* newest);
     static NameBinding* NextNewer(const NameEntry& entry, int64 number);
 
     bool MayBeImported(const NameEntry& entry) const
@@ -223,8 +223,8 @@ private:
         return entry.m_import != nullptr || m_importers.m_newest != nullptr ||
                !m_imports->IsCurrent();
     }
-    LSVariable* FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name, uint64 hash,
-                                   const char* pos);
+    TLEXPANDER_API LSVariable* FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name,
+                                                  uint64 hash, const char* pos);
 
     void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
