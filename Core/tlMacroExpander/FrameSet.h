@@ -55,9 +55,16 @@ public:
     template <class Visitor>
     void ForEach(Visitor visit) const
     {
+        Any([&](VarFrame* frame) { return visit(frame), false; });
+    }
+    /// The same until it returns true; whether it did.
+    template <class Visitor>
+    bool Any(Visitor visit) const
+    {
         for (int32 i = 0; i < m_capacity; ++i)
-            if (VarFrame* const frame = m_slots[i])
-                visit(frame);
+            if (VarFrame* const frame = m_slots[i]; frame != nullptr && visit(frame))
+                return true;
+        return false;
     }
 
 private:

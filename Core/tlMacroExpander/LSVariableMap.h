@@ -82,9 +82,9 @@ private:
     void Sort() const;
     void Free();
 
-    NameTable* m_names = nullptr; ///< Of the tree; null for a list without frame or variables.
-    VarFrame* m_frame = nullptr;  ///< Null at the root of a tree, which the table knows.
-    NameBinding* m_bindings = nullptr;     ///< Of the frame, newest first.
+    NameTable* m_names = nullptr;      ///< Of the tree; null for a list without frame or variables.
+    VarFrame* m_frame = nullptr;       ///< Null at the root of a tree, which the table knows.
+    NameBinding* m_bindings = nullptr; ///< Of the frame, newest first.
     mutable LSVariable** m_sorted = nullptr; ///< Made on demand, dropped by `Set`.
     ssize_t m_size = 0;
     bool m_ownsNames = false;

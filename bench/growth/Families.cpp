@@ -253,6 +253,29 @@ Work ArgumentsInTheSameFrame(size_t n)
                        "@nakeddef r" + std::to_string(n) + "(n)={}r0(1)");
 }
 
+/// The argument is expanded in the file's frame, each time below n frames that bind n too.
+Work ArgumentAboveManyBindings(size_t n)
+{
+    return ExpansionOf("@def g(n)={}@def r(int n)={k @if(n>0){r(n-1)}}@def start(k)={r(" +
+                       std::to_string(n) + ")}start(g(1))");
+}
+
+/// The same, and the name is looked for where it is not bound.
+Work WordAboveManyBindings(size_t n)
+{
+    return ExpansionOf("@def g(x)={n @if(true){n}}@def r(int n)={k @if(n>0){r(n-1)}}"
+                       "@def start(k)={r(" +
+                       std::to_string(n) + ")}start(g(1))");
+}
+
+/// Arguments in arguments, while a frame further up binds their name again and again.
+Work ArgumentsBelowAChange(size_t n)
+{
+    return ExpansionOf("@def f(k)={k}@def g(k)={}@def r(int n)={s k @if(n>0){f(r(n-1))}k }"
+                       "@def start(s)={r(" +
+                       std::to_string(n) + ")}start(g(1))");
+}
+
 Work ManyAlternatives(size_t n)
 {
     return ExpansionOf(
@@ -304,6 +327,12 @@ Work ChainOfDollarMacros(size_t n)
              [](const std::string& i)
              { return "@$A" + std::to_string(std::stoul(i) + 1) + " = \"$(A" + i + ")\"\n"; }) +
         "\"$(A" + std::to_string(n) + ")\"");
+}
+
+/// Each substitution makes the next reference, with one of the given brackets.
+Work ReferencesPutTogether(size_t n)
+{
+    return ExpansionOf("@$A = \"$(A\"\n\"$(A)" + Times(n, ")") + "\"");
 }
 
 /// Every position of an output is mapped back, in order.
@@ -368,6 +397,9 @@ std::vector<Family> TextFamilies()
         {"arguments in arguments", 10'000, ArgumentsInArguments, nullptr},
         {"functions in arguments", 10'000, FunctionsInArguments, nullptr},
         {"arguments in the same frame", 5'000, ArgumentsInTheSameFrame, nullptr},
+        {"argument above many bindings", 5'000, ArgumentAboveManyBindings, nullptr},
+        {"word above many bindings", 5'000, WordAboveManyBindings, nullptr},
+        {"arguments below a change", 5'000, ArgumentsBelowAChange, nullptr},
         {"many @elseif", 40'000, ManyAlternatives, nullptr},
         {"many escapes", 200'000, Escapes, nullptr},
         {"@for with several names", 20'000, SeveralNames, nullptr},
@@ -376,6 +408,7 @@ std::vector<Family> TextFamilies()
         {"deep error in expressions", 5'000, DeepErrorInExpressions, nullptr},
         {"many dollar macros", 4'000, DollarMacros, nullptr},
         {"chain of dollar macros", 4'000, ChainOfDollarMacros, nullptr},
+        {"references put together", 4'000, ReferencesPutTogether, nullptr},
         {"mapping every position", 400'000, Mapping, nullptr},
     };
 }

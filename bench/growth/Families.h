@@ -20,5 +20,6 @@ struct Family
 
 std::vector<Family> TextFamilies();
 std::vector<Family> FrameFamilies();
+std::vector<Family> ImportFamilies();
 
 } // namespace telv::bench

@@ -92,6 +92,8 @@ int main(int argc, char** argv)
     std::vector<Family> families = TextFamilies();
     for (const Family& family : FrameFamilies())
         families.push_back(family);
+    for (const Family& family : ImportFamilies())
+        families.push_back(family);
     std::printf("%-36s %8s %8s %8s %8s  %6s %8s %8s %8s  %6s\n", "family", "n", "ms n", "2n", "4n",
                 "exp. ", "MB n", "2n", "4n", "exp. ");
     int tooLarge = 0;

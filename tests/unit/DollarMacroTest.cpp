@@ -2,7 +2,9 @@
 #include "ExpanderSupport.h"
 #include <array>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <memory>
+#include <random>
 
 namespace telv::expander
 {
@@ -381,6 +383,77 @@ TEST(DollarMacro, RingThroughAnImport)
     frame.InsertDollarMacro("B", "$(A)");
     EXPECT_EQ(Applied(frame, "$(A)"), "error: Dollar macro A contains itself");
     EXPECT_EQ(Applied(imported, "$(A)"), "$(B)");
+}
+
+TEST(DollarMacro, WhatImportsKnowIsKeptUntilItChanges)
+{
+    FileScopeVarFrame deep;
+    FileScopeVarFrame near;
+    FileScopeVarFrame second;
+    FileScopeVarFrame frame;
+    near.AddImport(&deep);
+    frame.AddImport(&near);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(ValueIn(frame, "A"), "none");
+    deep.InsertDollarMacro("A", "deep");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(ValueIn(frame, "A"), "deep");
+    deep.InsertDollarMacro("A", "changed");
+    EXPECT_EQ(ValueIn(frame, "A"), "changed");
+    second.InsertDollarMacro("A", "second");
+    second.InsertDollarMacro("B", "second");
+    frame.AddImport(&second);
+    EXPECT_EQ(ValueIn(frame, "A"), "changed");
+    EXPECT_EQ(ValueIn(frame, "B"), "second");
+    near.InsertDollarMacro("B", "near");
+    EXPECT_EQ(ValueIn(frame, "B"), "near");
+    FileScopeVarFrame late;
+    late.InsertDollarMacro("C", "late");
+    deep.AddImport(&late);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(ValueIn(frame, "C"), "late");
+    frame.InsertDollarMacro("A", "own");
+    EXPECT_EQ(ValueIn(frame, "A"), "own");
+}
+
+TEST(DollarMacro, AValueThatNeedsEachClosingBracket)
+{
+    const Definitions macros{{"A", "$(A"}};
+    EXPECT_EQ(Applied(macros, "$(A)"), "$(A");
+    EXPECT_EQ(Applied(macros, "$(A))"), "$(A");
+    EXPECT_EQ(Applied(macros, "x$(A" + std::string(5'000, ')') + "y"), "x$(Ay");
+    EXPECT_EQ(Applied({{"A", ""}}, "$(" + std::string(3, 'A') + ")$(A)$($(A)A)"), "$(AAA)");
+}
+
+/// Random values made of pieces of references, against passes that are run one by one.
+TEST(DollarMacro, AllPassesGiveWhatTheSinglePassesGive)
+{
+    static constexpr const char* s_pieces[] = {"$(A)", "$(B)", "$(C)", "$", "(", ")", "A", "B", "x"};
+    std::minstd_rand random(1);
+    const auto make = [&](size_t most)
+    {
+        std::string text;
+        for (size_t left = random() % (most + 1); left > 0; --left)
+            text += s_pieces[random() % std::size(s_pieces)];
+        return text;
+    };
+    int ended = 0;
+    for (int round = 0; round < 5'000; ++round)
+    {
+        FileScopeVarFrame frame;
+        Insert(frame, {{"A", make(3)}, {"B", make(3)}, {"C", make(2)}});
+        const std::string given = make(10);
+        std::string plain = given;
+        bool changes = true;
+        for (int pass = 0; changes && pass < 50 && plain.size() < 10'000; ++pass)
+            plain = Written([&](xostream& os)
+                            { changes = frame.ApplyDollarMacros(os, View(plain)); });
+        if (changes)
+            continue; // most likely for ever
+        ++ended;
+        EXPECT_EQ(Applied(frame, given), plain) << given;
+    }
+    EXPECT_GT(ended, 1'000);
 }
 
 TEST(DollarMacro, ErrorOfAnExpansionStandsAtTheString)

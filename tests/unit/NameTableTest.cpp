@@ -100,7 +100,8 @@ TEST(NameTable, KeepsWhatIsHeldOrBoundAndDropsTheRest)
     NameEntry* const ofTheFile = Lookup(names, "of_the_file");
     NameEntry* const ofTheChild = Lookup(names, "of_the_child");
     for (int i = 0; i < 20'000; ++i)
-        Intern(names, "passing" + std::to_string(i) + std::string(static_cast<size_t>(i % 40), 'x'));
+        Intern(names,
+               "passing" + std::to_string(i) + std::string(static_cast<size_t>(i % 40), 'x'));
     EXPECT_EQ(Lookup(names, "held"), held);
     EXPECT_EQ(Lookup(names, "of_the_file"), ofTheFile);
     EXPECT_EQ(Lookup(names, "of_the_child"), ofTheChild);
@@ -220,8 +221,8 @@ TEST(NameTable, BranchesDoNotSeeEachOtherHoweverDeep)
     {
         EXPECT_EQ(Find(*frames.back(), "k"), std::to_string(frames.size() / 3 - 1));
         frames.resize(frames.size() - 3);
-        EXPECT_EQ(Find(*frames[frames.size() - 3], "k"),
-                  frames.size() >= 300 ? "spine" : "none") << frames.size();
+        EXPECT_EQ(Find(*frames[frames.size() - 3], "k"), frames.size() >= 300 ? "spine" : "none")
+            << frames.size();
     }
     while (!frames.empty())
         frames.pop_back();

@@ -3,12 +3,12 @@
 //
 // The frame's ancestors and the bindings are both in the order of age, newest first, so the two are
 // walked side by side: where they meet is the answer. Nearly always that takes a step or two. When
-// it takes longer, the search jumps. Say that the newest binding left, of frame B, is not an ancestor
-// of the frame F, and that A is where their ways to the root part. What A and its ancestors bind is
-// found from B's binding, which knows the next binding above it and, like the jumps of frames,
-// some further up. What lies between A and F is newer than B, and so has been passed, unless the
-// branch that leads to F is older than B; expansion never asks from such a frame, because B is
-// destroyed before it goes on there. Then the next older binding is tried.
+// it takes longer, the search jumps. Say that the newest binding left, of frame B, is not an
+// ancestor of the frame F, and that A is where their ways to the root part. What A and its
+// ancestors bind is found from B's binding, which knows the next binding above it and, like the
+// jumps of frames, some further up. What lies between A and F is newer than B, and so has been
+// passed, unless the branch that leads to F is older than B; expansion never asks from such a
+// frame, because B is destroyed before it goes on there. Then the next older binding is tried.
 #include "tlMacroExpander/src/Frames/NameTable.h"
 
 namespace telv
@@ -105,8 +105,7 @@ void BindingSearch::MakeLink(NameBinding& binding)
     binding.m_jump = above;
     const NameBinding* const jump = above == nullptr ? nullptr : above->m_jump;
     const NameBinding* const further = jump == nullptr ? nullptr : jump->m_jump;
-    if (further != nullptr &&
-        above->m_level - jump->m_level == jump->m_level - further->m_level)
+    if (further != nullptr && above->m_level - jump->m_level == jump->m_level - further->m_level)
         binding.m_jump = jump->m_jump;
 }
 

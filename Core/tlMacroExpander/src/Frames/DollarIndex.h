@@ -1,8 +1,8 @@
 // The dollar macros that the imports of one file know.
 //
-// A dollar macro is looked for in the imports, depth first in the order of import. Who asks a second
-// time gets the answers of that walk in one map, which further imports of the file only add to; it
-// is made anew when one of the other files changes.
+// A dollar macro is looked for in the imports, depth first in the order of import. Who asks a
+// second time gets the answers of that walk in one map, which further imports of the file only add
+// to; it is made anew when one of the other files changes.
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"

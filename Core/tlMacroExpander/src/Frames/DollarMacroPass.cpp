@@ -1,13 +1,19 @@
-// Why this ends: macros that refer to each other in a ring, as their values are written, are found
+// Where nothing stands in the way, the references are replaced in one go from left to right, and
+// what a value puts together with the text around it is read again from where it began. As no
+// reference can overlap another, the result is that of the passes. Only a text that takes much more
+// work than its length suggests goes through the passes one by one.
+//
+// Why those end: macros that refer to each other in a ring, as their values are written, are found
 // before the first pass. Without a ring, a chain of references is no longer than there are macros:
 // as many passes may go by without a macro that had not come up before. Only values that put new
 // references together can need more; they may go on while the text gets shorter, or, in a text of
 // moderate size, while there is given text left that they can use up.
 #include "tlMacroExpander/src/Frames/DollarMacroPass.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include <cstring>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace telv
@@ -143,6 +149,93 @@ bool ReplaceOnce(const FileScopeVarFrame& frame, xostream& os, SubString s, Prog
     return size > 0 || reference.m_value != nullptr;
 }
 
+/// All passes in one go.
+class Reduction
+{
+public:
+    Reduction(const FileScopeVarFrame& frame, SubString text)
+        : m_frame(frame), m_mostPutTogether(text.size() + s_spare),
+          m_mostWork(text.size() * 16 + s_spareWork), m_rest{text}
+    {
+    }
+
+    /// False when it takes too long; there may be no end to it.
+    bool Run()
+    {
+        while (!m_rest.empty())
+        {
+            SubString& segment = m_rest.back();
+            const void* const close =
+                segment.empty()
+                    ? nullptr
+                    : std::memchr(segment.begin(), ')', static_cast<size_t>(segment.size()));
+            const char* const end =
+                close == nullptr ? segment.end() : static_cast<const char*>(close) + 1;
+            m_done.append(segment.begin(), end);
+            segment.m_p1 = end;
+            if (close == nullptr)
+                Leave();
+            else if (!ReplaceAtEnd())
+                return false;
+        }
+        return true;
+    }
+
+    bool HasChanged() const { return m_hasChanged; }
+    SubString Text() const { return SubString(m_done.data(), m_done.data() + m_done.size()); }
+
+private:
+    static constexpr ssize_t s_spare = 64;
+    static constexpr ssize_t s_spareWork = ssize_t(1) << 24;
+
+    static bool IsOfIdentifier(char c)
+    {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || static_cast<unsigned char>(c) >= 0x80;
+    }
+
+    void Leave()
+    {
+        m_rest.pop_back();
+        m_joints.push_back(m_done.size());
+    }
+
+    /// Takes away a reference that ends the text so far and puts its value before the rest.
+    bool ReplaceAtEnd()
+    {
+        size_t name = m_done.size() - 1;
+        while (name > 0 && IsOfIdentifier(m_done[name - 1]))
+            --name;
+        if (name < 2)
+            return true;
+        Reference reference;
+        SubString tail(m_done.data() + name - 2, m_done.data() + m_done.size());
+        if (!ScanReference(m_frame, tail, reference) || !tail.empty())
+            return true;
+        const size_t start = name - 2;
+        m_putTogether += !m_joints.empty() && m_joints.back() > start ? 1 : 0;
+        while (!m_joints.empty() && m_joints.back() > start)
+            m_joints.pop_back();
+        m_done.resize(start);
+        m_joints.push_back(start);
+        m_rest.push_back(*reference.m_value);
+        m_hasChanged = true;
+        m_work += 1 + reference.m_value->size();
+        ExpansionLevel::CheckSize(static_cast<ssize_t>(start) + reference.m_value->size());
+        return m_putTogether <= m_mostPutTogether && m_work <= m_mostWork;
+    }
+
+    const FileScopeVarFrame& m_frame;
+    const ssize_t m_mostPutTogether;
+    const ssize_t m_mostWork;
+    std::string m_done;            ///< Holds no known reference.
+    std::vector<SubString> m_rest; ///< Still to be read, the nearest last.
+    std::vector<size_t> m_joints;  ///< Where in `m_done` texts of different origin meet.
+    ssize_t m_putTogether = 0;     ///< References found across joints.
+    ssize_t m_work = 0;
+    bool m_hasChanged = false;
+};
+
 } // namespace
 
 bool RunDollarMacroPass(const FileScopeVarFrame& frame, xostream& os, SubString s)
@@ -153,6 +246,12 @@ bool RunDollarMacroPass(const FileScopeVarFrame& frame, xostream& os, SubString 
 bool SubstituteDollarMacros(const FileScopeVarFrame& frame, xstring& s)
 {
     CheckForRings(frame, s);
+    if (Reduction reduction(frame, s); reduction.Run())
+    {
+        if (reduction.HasChanged())
+            s = reduction.Text();
+        return reduction.HasChanged();
+    }
     ProgressCheck progress(s);
     xstring text;
     SubString current = s;

@@ -1,4 +1,4 @@
-// The set of frames: a hash table of addresses, at most two thirds full.
+// The set of frames: a hash table of addresses, at most three quarters full.
 #include "tlMacroExpander/FrameSet.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include <algorithm>
@@ -33,10 +33,10 @@ bool FrameSet::contains(const VarFrame* frame) const
 
 void FrameSet::MakeRoom(ssize_t n)
 {
-    if ((m_size + n) * 3 <= ssize_t{m_capacity} * 2)
+    if ((m_size + n) * 4 <= ssize_t{m_capacity} * 3)
         return;
     ssize_t capacity = m_capacity == 0 ? 4 : m_capacity;
-    while ((m_size + n) * 3 > capacity * 2)
+    while ((m_size + n) * 4 > capacity * 3)
         capacity *= 2;
     VarFrame** const former = m_slots;
     const int32 formerCapacity = m_capacity;

@@ -14,10 +14,7 @@ class FrameTree
 {
 public:
     /// The names of the tree of `frame`. Never null.
-    static NameTable& Names(const VarFrame& frame)
-    {
-        return *frame.m_localVariables.m_map.m_names;
-    }
+    static NameTable& Names(const VarFrame& frame) { return *frame.m_localVariables.m_map.m_names; }
     static int64 Depth(const VarFrame* frame) { return Place(frame).m_depth; }
     static int64 Number(const VarFrame* frame) { return Place(frame).m_number; }
     static bool IsRoot(const VarFrame* frame) { return Place(frame).m_depth == 0; }

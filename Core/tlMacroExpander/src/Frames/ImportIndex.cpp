@@ -44,7 +44,10 @@ bool ImportIndex::IsWorthMaking()
     m_importer->m_setOfFrames.ForEach([&](const VarFrame* imported)
                                       { names += imported->m_localVariables.m_map.size(); });
     m_asked += m_importer->m_setOfFrames.size();
-    return m_asked > names;
+    if (m_asked <= names)
+        return false;
+    FrameTree::Names(*m_importer).MakeRoom(static_cast<size_t>(names));
+    return true;
 }
 
 /// Makes the index current. When it throws, the next call goes on where it stopped.

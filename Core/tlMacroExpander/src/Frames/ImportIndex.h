@@ -20,11 +20,11 @@ class NameEntry;
 /// What imports provide under one name.
 struct ImportedName
 {
-    VarFrame* m_provider;      ///< The first import that has the name.
-    LSVariable* m_var;         ///< Its variable.
-    bool m_isContested;        ///< Another import has the name too.
-    uint64 m_answeredAt;       ///< The state at which `m_answer` was found; 0: never.
-    LSVariable* m_answer;      ///< What a contested name means.
+    VarFrame* m_provider; ///< The first import that has the name.
+    LSVariable* m_var;    ///< Its variable.
+    bool m_isContested;   ///< Another import has the name too.
+    uint64 m_answeredAt;  ///< The state at which `m_answer` was found; 0: never.
+    LSVariable* m_answer; ///< What a contested name means.
 };
 
 /// Belongs to the table of the tree whose root is the importer.
@@ -41,10 +41,7 @@ public:
     void NoteOrder() { ++m_state; }
 
     /// True when what the imports provide stands in the entries.
-    bool IsCurrent() const
-    {
-        return m_isMade && m_pending.empty() && m_seenChanges == Changes();
-    }
+    bool IsCurrent() const { return m_isMade && m_pending.empty() && m_seenChanges == Changes(); }
 
     /// What the imports provide under `name`, whose entry is `entry` if it has one; or null.
     /// @throws LexScannerException  when they disagree.
@@ -75,10 +72,10 @@ private:
     std::vector<VarFrame*> m_pending; ///< Imported, not yet among the sources.
     std::deque<ImportedName> m_names;
     bool m_isMade = false;
-    bool m_isExact = true;    ///< All imports are roots, whose changes are counted.
-    ssize_t m_asked = 0;      ///< How many imports have been asked, one by one.
+    bool m_isExact = true; ///< All imports are roots, whose changes are counted.
+    ssize_t m_asked = 0;   ///< How many imports have been asked, one by one.
     uint64 m_seenChanges = 0;
-    uint64 m_state = 1;       ///< Changes with what is imported.
+    uint64 m_state = 1; ///< Changes with what is imported.
 };
 
 } // namespace telv

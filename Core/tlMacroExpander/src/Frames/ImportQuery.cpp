@@ -5,6 +5,7 @@
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
+#include <utility>
 
 namespace telv
 {
@@ -33,17 +34,16 @@ LSVariable* ImportQuery::FindOwnOrAbove(VarFrame* frame)
 LSVariable* ImportQuery::FindImported(VarFrame* frame)
 {
     LSVariable* found = nullptr;
-    for (VarFrame* imported : frame->m_setOfFrames)
-    {
-        Visit(imported);
-        LSVariable* const candidate = FindOwnOrAbove(imported);
-        if (candidate == nullptr || candidate == found)
-            continue;
-        if (found != nullptr)
-            return FindContested(frame);
-        found = candidate;
-    }
-    return found;
+    const bool isContested = frame->m_setOfFrames.Any(
+        [&](VarFrame* imported)
+        {
+            Visit(imported);
+            LSVariable* const candidate = FindOwnOrAbove(imported);
+            if (candidate == nullptr || candidate == found)
+                return false;
+            return std::exchange(found, candidate) != nullptr;
+        });
+    return isContested ? FindContested(frame) : found;
 }
 
 LSVariable* ImportQuery::FindContested(VarFrame* frame)

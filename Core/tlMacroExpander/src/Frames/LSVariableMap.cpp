@@ -29,7 +29,8 @@ LSVariable* LSVariableMap::Lookup(SubString name, uint64 hash) const
 {
     if (m_size == 0)
         return nullptr;
-    return m_frame != nullptr ? m_names->FindOwn(m_frame, name, hash) : m_names->RootVar(name, hash);
+    return m_frame != nullptr ? m_names->FindOwn(m_frame, name, hash)
+                              : m_names->RootVar(name, hash);
 }
 
 void LSVariableMap::Set(LSVariable* v)

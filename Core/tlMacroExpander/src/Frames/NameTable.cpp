@@ -80,7 +80,7 @@ NameEntry* NameTable::Intern(SubString name, uint64 hash)
 {
     if (NameEntry* const known = Lookup(name, hash))
         return known;
-    MakeRoom();
+    MakeRoom(1);
     uint32 index = 0;
     NameEntry* const entry = MakeEntry(name, hash, index);
     m_slots[Probe(name, hash)] = Slot{TagOf(hash), index};
@@ -110,17 +110,16 @@ bool NameTable::IsUnused(const NameEntry& entry)
            entry.m_import == nullptr;
 }
 
-/// Makes room for one more name: half of the slots are used at most. Names that nobody
-/// needs any more go first.
-void NameTable::MakeRoom()
+/// Half of the slots are used at most. Names that nobody needs any more go first.
+void NameTable::MakeRoom(size_t n)
 {
-    if ((m_size + 1) * 2 <= m_slots.size())
+    if ((m_size + n) * 2 <= m_slots.size())
         return;
     size_t used = 0;
     for (const Slot slot : m_slots)
         used += slot.m_index != 0 && !IsUnused(m_entries[slot.m_index]) ? 1 : 0;
     size_t capacity = s_fewestSlots;
-    while ((used + 1) * 3 > capacity)
+    while ((used + n) * 2 > capacity || (used + 1) * 3 > capacity)
         capacity *= 2;
     std::vector<Slot> slots(capacity);
     m_entries.MakeRoomToGive(m_size - used);
@@ -175,7 +174,7 @@ LSVariable* NameTable::FindAboveImporters(VarFrame* frame, NameEntry* entry, Sub
         return frame->Find(name, pos);
     NameBinding* const binding = entry == nullptr ? nullptr : Nearest(frame, *entry);
     const int64 owner = binding == nullptr ? 0 : binding->m_number;
-    for (const VarFrame* from = frame; from != nullptr; )
+    for (const VarFrame* from = frame; from != nullptr;)
     {
         const NameBinding* const importer = Nearest(from, m_importers);
         if (importer == nullptr || importer->m_number <= owner)

@@ -3,10 +3,10 @@
 // Scoping is dynamic: the parent of an invocation's frame is the frame of the caller, so a chain of
 // parents is as long as the invocations are nested, and walking it for each identifier would make
 // recursion quadratic. So each name has an entry that lists the frames below the root that bind it,
-// newest first; what the root binds stands in the entry itself. A frame is newer than its ancestors:
-// the first frame of the list that is an ancestor of the one that asks has the answer, and nearly
-// always it is the first of all, because frames elsewhere live only while the text of an argument is
-// expanded in its caller's frame. BindingSearch.cpp has the rest.
+// newest first; what the root binds stands in the entry itself. A frame is newer than its
+// ancestors: the first frame of the list that is an ancestor of the one that asks has the answer,
+// and nearly always it is the first of all, because frames elsewhere live only while the text of an
+// argument is expanded in its caller's frame. BindingSearch.cpp has the rest.
 //
 // Who reads a text keeps entries instead of words: most words cost one look at an entry that nobody
 // binds.
@@ -62,9 +62,9 @@ private:
     friend class NameTable;
 
     uint64 m_hash = 0;
-    LSVariable* m_rootVar = nullptr;   ///< What the root of the tree binds.
-    NameBinding* m_newest = nullptr;   ///< What other frames bind, newest first.
-    ImportedName* m_import = nullptr;  ///< What the imports of the root provide.
+    LSVariable* m_rootVar = nullptr;  ///< What the root of the tree binds.
+    NameBinding* m_newest = nullptr;  ///< What other frames bind, newest first.
+    ImportedName* m_import = nullptr; ///< What the imports of the root provide.
     uint32 m_length = 0;
     uint32 m_holders = 0;
     union
@@ -94,6 +94,9 @@ public:
     /// The entry of `name` or null. With null, no frame of the tree binds it; imports may provide
     /// it (`FindUnknown`).
     TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash) const;
+
+    /// After this, `n` new names find room in the table of slots.
+    void MakeRoom(size_t n);
 
     /// Keeps an entry at its place until `Release`.
     static void AddRef(NameEntry& entry) { ++entry.m_holders; }
@@ -229,7 +232,6 @@ private:
     void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
     NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
-    void MakeRoom();
     void FreeUnused();
     static bool IsUnused(const NameEntry& entry);
 

@@ -153,7 +153,10 @@ private:
     };
 
     static constexpr size_t s_step = 32;
-    static constexpr size_t Kind(size_t size) { return (size - 1) / s_step; }
+    static constexpr size_t Kind(size_t size)
+    {
+        return (size - 1) / s_step;
+    }
 
     Block* m_free[s_largest / s_step] = {};
 };

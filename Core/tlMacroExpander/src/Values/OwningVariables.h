@@ -53,8 +53,8 @@ public:
     std::shared_ptr<TemporaryText> m_nameOwner;
 };
 
-/// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. One with
-/// a `context` goes to a frame of the tree of that context and takes its memory from there.
+/// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. One
+/// with a `context` goes to a frame of the tree of that context and takes its memory from there.
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner);

@@ -7,16 +7,13 @@
 namespace telv
 {
 
-/// Base of classes of variables that can be made in a pool, `new (pool) C(...)`, or as usual. Either
-/// way they are deleted as usual, and the pool must still be there. In front of each stands whose
-/// its memory is.
+/// Base of classes of variables that can be made in a pool, `new (pool) C(...)`, or as usual.
+/// Either way they are deleted as usual, and the pool must still be there. In front of each stands
+/// whose its memory is.
 class Recyclable
 {
 public:
-    static void* operator new(size_t size)
-    {
-        return Mark(::operator new(size + s_mark), nullptr);
-    }
+    static void* operator new(size_t size) { return Mark(::operator new(size + s_mark), nullptr); }
     static void* operator new(size_t size, BlockPool& pool)
     {
         return Mark(pool.Take(size + s_mark), &pool);
@@ -38,10 +35,7 @@ public:
 private:
     static constexpr size_t s_mark = sizeof(BlockPool*);
 
-    static void* Mark(void* block, BlockPool* pool)
-    {
-        return ::new (block) BlockPool*(pool) + 1;
-    }
+    static void* Mark(void* block, BlockPool* pool) { return ::new (block) BlockPool*(pool) + 1; }
 };
 
 } // namespace telv
