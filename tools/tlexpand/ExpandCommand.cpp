@@ -1,10 +1,12 @@
-// Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion,
-// and written last, when everything has succeeded.
+// Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion.
+// The text goes to its temporary file as it comes; everything else is written, and all files take
+// their places, when everything has succeeded.
 #include "ExpandCommand.h"
 #include "input/FileImportHandler.h"
 #include "output/DepfileWriter.h"
 #include "output/MapWriter.h"
 #include "output/OutputSet.h"
+#include "output/TextStream.h"
 #include "report/GuardedRun.h"
 #include <unistd.h>
 
@@ -43,8 +45,9 @@ public:
         : m_options(options), m_outputs(options),
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
-          m_handler(m_sources, m_run, options.m_importPaths)
+          m_handler(m_sources, m_run, options.m_importPaths), m_text(m_outputs.m_text)
     {
+        m_run.m_recordPieces = options.m_map.has_value();
         m_run.m_limits = options.m_limits;
         m_run.m_pythonAllowed = options.m_python;
         m_run.m_lenient = options.m_lenient;
@@ -55,7 +58,6 @@ public:
 private:
     void Expand();
     void RefuseInputs() const;
-    void WriteText(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
     std::vector<std::string> Dependencies() const;
@@ -67,9 +69,8 @@ private:
     Diagnostics m_diagnostics;
     ExpansionRun m_run;
     FileImportHandler m_handler;
-    xstring m_text;
-    OutputPieces m_pieces;
-    std::vector<OutputRange> m_removed; ///< Parts of `m_text` that are not written.
+    TextStream m_text;
+    OutputPieces m_pieces; ///< For the map.
 };
 
 int ExpandCommand::Run()
@@ -79,6 +80,7 @@ int ExpandCommand::Run()
     const auto work = [this] { Expand(); };
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
+    m_handler.CheckUnchanged();
     RefuseInputs();
     SetContents();
     m_outputs.m_set.Commit();
@@ -94,16 +96,15 @@ void ExpandCommand::Expand()
         else
             m_handler.Define(definition.m_name, definition.m_value);
     }
-    StringStream os(4096);
+    xostream os(&m_text);
     ExpandedOutput output(&os);
     if (m_options.m_map)
         m_run.m_mappedOutput = &output;
-    m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output);
-    os.GetString(m_text, true);
+    m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output,
+                         m_options.m_keepImports ? nullptr : &m_text);
+    m_text.Finish();
     m_pieces.m_pieces.swap(output.m_pieces.m_pieces);
     m_run.m_mappedOutput = nullptr;
-    if (!m_options.m_keepImports)
-        m_removed = m_handler.Marks().FindText(m_pieces, m_text);
 }
 
 void ExpandCommand::RefuseInputs() const
@@ -117,17 +118,6 @@ void ExpandCommand::RefuseInputs() const
         m_outputs.m_set.RefuseStandardOutput(imports);
 }
 
-void ExpandCommand::WriteText(ByteSink& sink) const
-{
-    const char* p = m_text.begin();
-    for (const OutputRange& range : m_removed)
-    {
-        sink.Write(SubString(p, m_text.begin() + range.m_begin));
-        p = m_text.begin() + range.m_end;
-    }
-    sink.Write(SubString(p, m_text.end()));
-}
-
 /// Null is standard output.
 void ExpandCommand::SetContent(OutputFile* output, Content content)
 {
@@ -139,11 +129,11 @@ void ExpandCommand::SetContent(OutputFile* output, Content content)
 
 void ExpandCommand::SetContents()
 {
-    SetContent(m_outputs.m_text, [this](ByteSink& sink) { WriteText(sink); });
+    SetContent(m_outputs.m_text, [this](ByteSink& sink) { m_text.WriteRest(sink); });
     if (m_options.m_map)
         SetContent(m_outputs.m_map,
                    [this](ByteSink& sink) {
-                       WriteMap(sink, {m_sources, m_run, m_pieces, m_removed});
+                       WriteMap(sink, {m_sources, m_run, m_pieces, m_text.Removed()});
                    });
     if (m_options.m_depfile)
         SetContent(m_outputs.m_depfile,

@@ -135,6 +135,19 @@ catch (const std::bad_alloc&)
     throw MakeFileError("read", path, ENOMEM);
 }
 
+namespace
+{
+
+/// A text that the system can't read is a part of a mapped file that is gone. Touching it brings the
+/// signal that says so.
+void TouchAll(SubString text)
+{
+    for (const char& c : text)
+        (void)*static_cast<const volatile char*>(&c);
+}
+
+} // namespace
+
 int WriteAll(int fd, SubString text)
 {
     while (!text.empty())
@@ -145,7 +158,11 @@ int WriteAll(int fd, SubString text)
         else if (written == 0)
             return ENOSPC;
         else if (const int error = errno; !MayRetry(fd, POLLOUT, error))
+        {
+            if (error == EFAULT)
+                TouchAll(text);
             return error;
+        }
     }
     return 0;
 }

@@ -3,9 +3,11 @@
 #include "input/FileImportHandler.h"
 #include "Utf8.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/RunState.h"
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <limits>
 #include <unistd.h>
 
 namespace telv::tool
@@ -72,17 +74,15 @@ FileImportHandler::~FileImportHandler()
         (*input)->m_frame.reset();
 }
 
-FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name, xstring text,
+FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name, InputText text,
                                                       const char* importPos)
 {
     Input& input = *m_inputs.emplace_back(std::make_unique<Input>());
     input.m_name = name;
     input.m_path = name;
-    input.m_file.m_name = xstring(ViewOf(name));
-    input.m_file.m_buffer.swap(text);
-    input.m_file.m_buffer.c_str(); // Gives an empty text an address of its own.
-    m_sources.Add(name, input.m_file.m_buffer, importPos);
-    m_run.AddSource(input.m_file);
+    input.m_text = std::move(text);
+    m_sources.Add(name, input.m_text.Text(), importPos);
+    RunState::Of(m_run).AddText({ViewOf(input.m_name), input.m_text.Text(), nullptr});
     return input;
 }
 
@@ -98,7 +98,7 @@ void FileImportHandler::ReadMain(const std::string& path)
             throw MakeFileError("read", path, errno);
     }
     const int fd = isStandardInput ? STDIN_FILENO : opened.Get();
-    Input& input = AddInput(name, ReadAll(fd, name), nullptr);
+    Input& input = AddInput(name, InputText::Read(fd, name), nullptr);
     struct stat status;
     if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode))
     {
@@ -118,31 +118,36 @@ void FileImportHandler::Evaluate(const std::string& text)
     std::string name = "<command line";
     if (m_countOfTexts > 1)
         name.append(" ").append(std::to_string(m_countOfTexts));
-    const Input& input = AddInput(name.append(">"), xstring(ViewOf(text)), nullptr);
+    const Input& input =
+        AddInput(name.append(">"), InputText(xstring(ViewOf(text))), nullptr);
     // The directives are the words `import` and `importpath` at the outer level of the text.
     FileScopeVarFrame& frame =
         m_prelude.StartText(/*mayImport=*/text.find("import") != std::string::npos);
     const ActiveScope scope(*this, input, frame);
-    ExpandForDefinitions(*this, frame, input.m_file.m_buffer);
+    ExpandForDefinitions(*this, frame, input.m_text.Text());
     m_prelude.FinishText();
 }
 
-void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output)
+void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output,
+                                   TextStream* text)
 {
     const Input& input = *m_inputs.front();
     m_mainFrame = std::make_unique<FileScopeVarFrame>();
     m_prelude.MakeVisibleIn(*m_mainFrame);
-    m_mainOutput = &output;
+    m_mainText = text;
+    m_mainIndent = dstIndent;
     const ActiveScope scope(*this, input, *m_mainFrame);
-    const SubString text = WithoutByteOrderMark(input.m_file.m_buffer);
-    if (text.begin() != input.m_file.m_buffer.begin())
+    const SubString whole = input.m_text.Text();
+    const SubString source = WithoutByteOrderMark(whole);
+    if (source.begin() != whole.begin())
     {
-        output.WriteSubStringFromSourceFile(SubString(input.m_file.m_buffer.begin(), text.begin()),
-                                            /*indent=*/0);
+        output.WriteSubStringFromSourceFile(SubString(whole.begin(), source.begin()), /*indent=*/0);
         output.m_columnPos = -1; // The first line begins behind it.
+        if (text != nullptr)
+            text->StartText();
     }
-    MacroExpand(this, m_mainFrame.get(), text, srcIndent, dstIndent, output);
-    m_mainOutput = nullptr;
+    MacroExpand(this, m_mainFrame.get(), source, srcIndent, dstIndent, output);
+    m_mainText = nullptr;
 }
 
 std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) const
@@ -193,7 +198,7 @@ try
         return known->second;
     }
     const std::string name = path.starts_with('/') ? path : JoinPath("", path);
-    Input& input = AddInput(name, ReadAll(fd.Get(), path), importPos);
+    Input& input = AddInput(name, InputText::Read(fd.Get(), path), importPos);
     input.m_path = path;
     input.m_identity = identity;
     m_byIdentity[identity] = &input;
@@ -225,7 +230,7 @@ void FileImportHandler::ExpandImport(Input& input)
     input.m_frame = std::make_unique<FileScopeVarFrame>();
     m_prelude.MakeVisibleIn(*input.m_frame);
     const ActiveScope scope(*this, input, *input.m_frame);
-    ExpandForDefinitions(*this, *input.m_frame, WithoutByteOrderMark(input.m_file.m_buffer));
+    ExpandForDefinitions(*this, *input.m_frame, WithoutByteOrderMark(input.m_text.Text()));
     m_expanded.push_back(&input);
 }
 
@@ -234,9 +239,29 @@ bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
     const std::string name = ExpandName(path, pos);
     m_registeredPaths.push_back(name.starts_with('/') ? name
                                                       : InDirectory(CurrentDirectory(), name));
-    if (IsInMain())
-        m_marks.NoteImportPath(*m_mainOutput);
+    if (RemovesText())
+        m_mainText->RemoveBlankLine();
     return true;
+}
+
+/// Has the text of the import that runs now removed. One named by a string is copied when this has
+/// returned; one named by an expression has just been written with its value, lines indented. False
+/// when the name is too long.
+bool FileImportHandler::RemoveImport(const xstring& path, const char* pos)
+{
+    SubString rest(pos, m_active.back().m_input->m_text.Text().end());
+    const LSToken token = LsScanToken(rest, false);
+    if (token.m_type != TOKEN_LEFT_PAREN)
+    {
+        m_mainText->RemoveSource(m_run.CurrentPosition(), token.m_str.end());
+        return true;
+    }
+    const ssize_t lineFeeds = std::count(path.begin(), path.end(), '\n');
+    const ssize_t length = SubString("@import \"\"").size() + path.size();
+    ssize_t indentation = 0;
+    return !__builtin_mul_overflow(lineFeeds, m_mainIndent, &indentation) &&
+           indentation <= std::numeric_limits<ssize_t>::max() - length &&
+           m_mainText->RemoveLast(length + indentation);
 }
 
 bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const char* pos)
@@ -246,12 +271,19 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
     if (input == nullptr)
         return false;
     CheckCycle(*input, pos);
-    if (IsInMain())
-        m_marks.NoteImport(*m_mainOutput, m_active.back().m_input->m_file.m_buffer, pos);
+    if (RemovesText() && !RemoveImport(path, pos))
+        return false;
     if (input->m_frame == nullptr)
         ExpandImport(*input);
     vf->m_fileScopeFrame->AddImport(input->m_frame.get());
     return true;
+}
+
+void FileImportHandler::CheckUnchanged() const
+{
+    for (const auto& input : m_inputs)
+        if (input->m_text.HasChanged(input->m_path))
+            throw FileError("can't read '" + input->m_name + "': it changed while it was read");
 }
 
 std::optional<FileIdentity> FileImportHandler::MainIdentity() const

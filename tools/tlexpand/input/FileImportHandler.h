@@ -7,12 +7,12 @@
 #pragma once
 
 #include "Files.h"
+#include "input/InputText.h"
 #include "input/Prelude.h"
 #include "input/Sources.h"
-#include "output/ImportText.h"
+#include "output/TextStream.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
-#include "tlMacroExpander/src/LSSourceFile.h"
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,10 +41,15 @@ public:
     /// Expands a text of the command line whose definitions every file sees.
     void Evaluate(const std::string& text);
 
-    /// Expands the main file, behind a byte order mark that it may begin with, noting where its
-    /// imports land in `output`.
-    void ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output);
-    const ImportMarks& Marks() const { return m_marks; }
+    /// Expands the main file, behind a byte order mark that it may begin with.
+    ///
+    /// @param text  Where `output` writes to, to have the text of the imports removed; null: it
+    ///              stays.
+    void ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output,
+                    TextStream* text);
+
+    /// @throws FileError  An input was written to while it was used.
+    void CheckUnchanged() const;
 
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const;
@@ -60,7 +65,7 @@ private:
     /// A text that was read, and its frame.
     struct Input
     {
-        LSSourceFile m_file;
+        InputText m_text;
         std::optional<FileIdentity> m_identity; ///< Of a regular file.
         std::string m_name;                     ///< As it is shown.
         std::string m_path; ///< As it was opened: its directory is that of its imports.
@@ -78,7 +83,7 @@ private:
 
     class ActiveScope;
 
-    Input& AddInput(const std::string& name, xstring text, const char* importPos);
+    Input& AddInput(const std::string& name, InputText text, const char* importPos);
     std::string ExpandName(const xstring& name, const char* pos) const;
     std::optional<std::string> FindPath(const std::string& name) const;
     Input* Open(const std::string& path, const char* importPos);
@@ -86,7 +91,9 @@ private:
     void ExpandImport(Input& input);
     void NotePath(Input& input, int fd, const std::string& path);
     std::string CurrentDirectory() const { return DirectoryOf(m_active.back().m_input->m_path); }
-    bool IsInMain() const { return m_mainOutput != nullptr && m_active.size() == 1; }
+    /// Whether the text of directives that run now is to be removed.
+    bool RemovesText() const { return m_mainText != nullptr && m_active.size() == 1; }
+    bool RemoveImport(const xstring& path, const char* pos);
 
     Sources& m_sources;
     ExpansionRun& m_run;
@@ -98,8 +105,8 @@ private:
     std::vector<std::string> m_registeredPaths; ///< By `@importpath`.
     std::vector<Active> m_active;               ///< Innermost last.
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
-    const ExpandedOutput* m_mainOutput = nullptr; ///< While the main file is expanded.
-    ImportMarks m_marks;
+    TextStream* m_mainText = nullptr; ///< While the main file is expanded. Null: imports stay.
+    ssize_t m_mainIndent = 0;         ///< The destination indentation.
     std::set<std::string> m_notedPaths; ///< See NotePath.
     size_t m_countOfTexts = 0;          ///< Of the command line.
 };

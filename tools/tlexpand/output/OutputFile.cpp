@@ -127,12 +127,24 @@ bool OutputFile::IsFile(const FileIdentity& identity) const
     return !m_direct && m_identity == identity;
 }
 
+TemporaryFile& OutputFile::Temporary()
+{
+    if (m_temporary == nullptr)
+        m_temporary = std::make_unique<TemporaryFile>(m_directory.Get(), m_path);
+    return *m_temporary;
+}
+
+void OutputFile::Append(SubString text)
+{
+    if (const int error = WriteAll(Temporary().Fd(), text))
+        throw MakeFileError("write", m_path, error);
+}
+
 void OutputFile::Write(const Content& content)
 {
     if (m_direct)
         return WriteDirectly(content);
-    m_temporary = std::make_unique<TemporaryFile>(m_directory.Get(), m_path);
-    ByteSink sink(m_temporary->Fd(), m_path);
+    ByteSink sink(Temporary().Fd(), m_path);
     content(sink);
     sink.Flush();
     m_temporary->Finish();

@@ -53,7 +53,9 @@ public:
     /// Written at once, not renamed at the end.
     bool IsDirect() const { return m_direct; }
 
-    /// Writes the text: to a temporary file, or directly.
+    /// Writes a part of the text in advance. Not for what is written directly.
+    void Append(SubString text);
+    /// Writes the text, or what has not been appended of it: to a temporary file, or directly.
     void Write(const Content& content);
     /// Puts the temporary file, if there is one, into its place.
     void Rename();
@@ -66,6 +68,7 @@ public:
 
 private:
     void Resolve();
+    TemporaryFile& Temporary();
     void WriteDirectly(const Content& content);
 
     std::string m_path;

@@ -2,7 +2,6 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/UsePython.h"
 
@@ -15,10 +14,10 @@ namespace
 /// What tracebacks call the file that holds `pos`.
 xstring SourceName(const char* pos)
 {
-    const ExpansionRun* const run = ExpansionRun::Current();
-    const LSSourceFile* const file =
-        run == nullptr ? nullptr : run->FindSource(run->ResolvePosition(pos));
-    return file == nullptr ? xstring("<runpython>") : file->m_name;
+    const RunState* const run = RunState::Current();
+    const RunState::KnownText* const text =
+        run == nullptr ? nullptr : run->FindText(run->ResolvePosition(pos));
+    return text == nullptr ? xstring("<runpython>") : xstring(text->m_name);
 }
 
 /// The code with its lines moved to column 0, as Python wants them.

@@ -29,17 +29,22 @@ ExpansionRunScope::~ExpansionRunScope()
 
 void ExpansionRun::AddSource(const LSSourceFile& file)
 {
-    m_state->m_sources[file.m_buffer.begin()] = &file;
+    m_state->AddText({file.m_name, file.m_buffer, &file});
 }
 
 const LSSourceFile* ExpansionRun::FindSource(const char* pos) const
 {
-    const auto& sources = m_state->m_sources;
-    const auto next = sources.upper_bound(pos);
-    if (pos == nullptr || next == sources.begin())
+    const RunState::KnownText* const text = m_state->FindText(pos);
+    return text == nullptr ? nullptr : text->m_file;
+}
+
+const RunState::KnownText* RunState::FindText(const char* pos) const
+{
+    const auto next = m_knownTexts.upper_bound(pos);
+    if (pos == nullptr || next == m_knownTexts.begin())
         return nullptr;
-    const LSSourceFile* const file = std::prev(next)->second;
-    return pos <= file->m_buffer.end() ? file : nullptr;
+    const KnownText& text = std::prev(next)->second;
+    return pos <= text.m_text.end() ? &text : nullptr;
 }
 
 bool ExpansionRun::FindOrigin(const char* pos, SubString& origin) const

@@ -47,6 +47,18 @@ public:
         const char* m_origin;
     };
 
+    /// A text that the application made known; what is viewed outlives the run.
+    struct KnownText
+    {
+        SubString m_name;
+        SubString m_text;
+        const LSSourceFile* m_file = nullptr; ///< Null when it is in none.
+    };
+
+    void AddText(const KnownText& text) { m_knownTexts[text.m_text.begin()] = text; }
+    /// The known text that holds `pos`, its end included, or null.
+    const KnownText* FindText(const char* pos) const;
+
     /// See ExpansionRun.
     bool FindOrigin(const char* pos, SubString& origin) const;
     const char* ResolvePosition(const char* pos) const;
@@ -82,7 +94,7 @@ public:
     bool m_errorsAreSwallowed = false; ///< See SwallowedErrors.
     std::vector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
     std::shared_ptr<LiveTexts> m_liveTexts;                  ///< Null while none was made.
-    std::map<const char*, const LSSourceFile*> m_sources;    ///< By where their texts begin.
+    std::map<const char*, KnownText> m_knownTexts;           ///< By where they begin.
     std::map<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
 };
 

@@ -1,0 +1,127 @@
+// Reading and mapping. A signal tells that a mapped file has become shorter; its handler knows the
+// mapped texts by a table of addresses, and for the rest does what the signal did before.
+#include "input/InputText.h"
+#include "Cleanup.h"
+#include <algorithm>
+#include <csignal>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// From here on a mapping is cheaper than a copy.
+constexpr off_t s_largeFile = 1024 * 1024;
+
+struct Mapping
+{
+    SubString m_text;
+    std::string m_path;
+};
+
+/// What is mapped. Changed only while nobody reads a mapped text, so that the handler, which comes
+/// at an instruction that does, finds it whole.
+std::vector<Mapping>& Mappings()
+{
+    static std::vector<Mapping> s_mappings;
+    return s_mappings;
+}
+
+void OnBusError(int signal, siginfo_t* info, void* /*context*/)
+{
+    const auto* const address = static_cast<const char*>(info->si_addr);
+    const auto page = static_cast<ssize_t>(sysconf(_SC_PAGESIZE));
+    for (const Mapping& mapping : Mappings())
+        if (mapping.m_text.begin() <= address && address < mapping.m_text.end() + page)
+            EndRun("can't read '" + mapping.m_path + "': it became shorter while it was read");
+    std::signal(signal, SIG_DFL); // the instruction is tried again
+}
+
+void HandleBusErrors()
+{
+    struct sigaction action = {};
+    action.sa_sigaction = OnBusError;
+    action.sa_flags = SA_SIGINFO;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGBUS, &action, nullptr);
+}
+
+bool IsSameTime(const timespec& a, const timespec& b)
+{
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+
+} // namespace
+
+InputText::InputText(xstring text)
+{
+    m_read.swap(text);
+    m_read.c_str(); // gives an empty text an address of its own
+    m_text = m_read;
+}
+
+InputText::~InputText()
+{
+    if (!m_mapped)
+        return;
+    std::erase_if(Mappings(),
+                  [this](const Mapping& mapping) { return mapping.m_text.begin() == m_text.begin(); });
+    munmap(const_cast<char*>(m_text.begin()), static_cast<size_t>(m_text.size()));
+}
+
+InputText::InputText(InputText&& other) noexcept
+{
+    *this = std::move(other);
+}
+
+InputText& InputText::operator=(InputText&& other) noexcept
+{
+    std::swap(m_text, other.m_text);
+    m_read.swap(other.m_read);
+    std::swap(m_mapped, other.m_mapped);
+    return *this;
+}
+
+InputText InputText::Read(int fd, const std::string& path)
+{
+    InputText input;
+    if (!input.Map(fd, path))
+        input = InputText(ReadAll(fd, path));
+    return input;
+}
+
+/// False when the file is better read. What was read of it already is not part of the text, so only
+/// one that stands at its begin is mapped.
+bool InputText::Map(int fd, const std::string& path)
+{
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < s_largeFile ||
+        lseek(fd, 0, SEEK_CUR) != 0)
+        return false;
+    const auto size = static_cast<size_t>(status.st_size);
+    void* const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+    if (text == MAP_FAILED)
+        return false;
+    m_text = SubString(static_cast<const char*>(text), static_cast<const char*>(text) + size);
+    m_mapped = status;
+    lseek(fd, 0, SEEK_END); // as if it had been read
+    if (Mappings().empty())
+        HandleBusErrors();
+    Mappings().push_back({m_text, path});
+    return true;
+}
+
+bool InputText::HasChanged(const std::string& path) const
+{
+    struct stat now;
+    return m_mapped && fstatat(StartDirectory(), path.c_str(), &now, 0) == 0 &&
+           FileIdentity(now) == FileIdentity(*m_mapped) &&
+           (now.st_size != m_mapped->st_size || !IsSameTime(now.st_mtim, m_mapped->st_mtim));
+}
+
+} // namespace telv::tool
