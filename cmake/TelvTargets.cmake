@@ -58,6 +58,33 @@ function(telv_measure_coverage target)
     endif()
 endfunction()
 
+# Optimises across sources when TELV_LTO is on and the compiler can.
+function(telv_optimise_linking target)
+    if(NOT TELV_LTO)
+        return()
+    endif()
+    if(NOT DEFINED telvCanOptimiseLinking)
+        include(CheckIPOSupported)
+        check_ipo_supported(RESULT result OUTPUT reason LANGUAGES CXX)
+        set(telvCanOptimiseLinking ${result} CACHE INTERNAL "")
+        if(NOT result)
+            message(STATUS "No optimisation at link time: ${reason}")
+        endif()
+    endif()
+    set_target_properties(${target} PROPERTIES
+        INTERPROCEDURAL_OPTIMIZATION ${telvCanOptimiseLinking})
+endfunction()
+
+# Leaves no shared library to be found at the start of a program but that of C: what is not used of
+# the others is dropped. Sanitizers bring libraries of their own.
+function(telv_link_statically target)
+    if(TELV_SANITIZE)
+        return()
+    endif()
+    target_link_options(${target} PRIVATE
+        -static-libstdc++ -static-libgcc LINKER:--gc-sections,--as-needed,--exclude-libs,ALL)
+endfunction()
+
 # Everything that libraries, tool and tests have in common.
 function(telv_configure target)
     target_compile_features(${target} PUBLIC cxx_std_20)
@@ -85,6 +112,7 @@ function(telv_add_library name)
     add_library(${name} SHARED ${sources})
     add_library(telv::${name} ALIAS ${name})
     telv_configure(${name})
+    telv_optimise_linking(${name})
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${root} FILES ${headers})
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}

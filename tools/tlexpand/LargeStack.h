@@ -1,15 +1,13 @@
-// Runs the work on a thread whose stack is large enough for very deep nesting, whatever the limit
-// of the shell says. Memory is taken only as the stack grows.
+// Runs the work on a stack that is large enough for very deep nesting, whatever the limit of the
+// shell says. Memory is taken only as the stack grows.
 #pragma once
-
-#include <functional>
 
 namespace telv::tool
 {
 
-/// The result of `work`, which runs on another thread while this one waits. The signals that end a
-/// run are delivered to the working thread only. Where no such thread can be made, the work is done
-/// on this one.
-int RunOnLargeStack(const std::function<int()>& work);
+/// The result of `work(argc, argv)`, which must not throw, on a stack of its own. It is not on a
+/// thread of its own: starting one costs more than a small expansion, and so does every allocation
+/// in a process that has had one. Where no such stack can be had, the work is done on the caller's.
+int RunOnLargeStack(int (*work)(int argc, char** argv), int argc, char** argv);
 
 } // namespace telv::tool

@@ -11,7 +11,6 @@
 #include "output/OutputFile.h"
 #include "ProjectCommand.h"
 #include <cstring>
-#include <malloc.h>
 #include <new>
 
 namespace telv::tool
@@ -83,10 +82,8 @@ catch (const std::exception& e)
 int main(int argc, char** argv)
 {
     using namespace telv::tool;
-    // Only one thread works; without room for another arena, each allocation would try to make one.
-    mallopt(M_ARENA_MAX, 1);
     OpenMissingStandardDescriptors();
     StartDirectory();
     InstallSignalHandlers();
-    return RunOnLargeStack([=] { return RunReporting(argc, argv); });
+    return RunOnLargeStack(RunReporting, argc, argv);
 }

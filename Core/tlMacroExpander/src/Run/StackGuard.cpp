@@ -36,10 +36,14 @@ struct StackBounds
 
 thread_local StackBounds t_bounds;
 
-std::uintptr_t LowestUsable(std::uintptr_t low, std::uintptr_t high)
+void SetLowestUsable()
 {
-    const std::uintptr_t size = high - low;
-    return low + std::min(s_reserve, size / 2);
+    const std::uintptr_t size = t_bounds.m_high - t_bounds.m_low;
+    t_bounds.m_lowest =
+        reinterpret_cast<const char*>(t_bounds.m_low + std::min(s_reserve, size / 2));
+    const std::uintptr_t most = std::min(s_mostOfLevels, size);
+    t_bounds.m_lowestLevel =
+        std::max(t_bounds.m_lowest, reinterpret_cast<const char*>(t_bounds.m_high - most));
 }
 
 /// How much of the main thread's stack is counted on. It grows while it is used: without a limit of
@@ -87,11 +91,7 @@ const char* LowestStackAddress(const char* frame)
     if (address - t_bounds.m_low < t_bounds.m_high - t_bounds.m_low) [[likely]]
         return t_bounds.m_lowest;
     ReadThreadBounds(address);
-    t_bounds.m_lowest =
-        reinterpret_cast<const char*>(LowestUsable(t_bounds.m_low, t_bounds.m_high));
-    const std::uintptr_t most = std::min(s_mostOfLevels, t_bounds.m_high - t_bounds.m_low);
-    t_bounds.m_lowestLevel =
-        std::max(t_bounds.m_lowest, reinterpret_cast<const char*>(t_bounds.m_high - most));
+    SetLowestUsable();
     return t_bounds.m_lowest;
 }
 
@@ -101,6 +101,13 @@ const char* LowestLevelAddress(const char* frame)
     if (address - t_bounds.m_low >= t_bounds.m_high - t_bounds.m_low) [[unlikely]]
         LowestStackAddress(frame);
     return t_bounds.m_lowestLevel;
+}
+
+void SetStackBounds(const char* low, const char* high)
+{
+    t_bounds.m_low = reinterpret_cast<std::uintptr_t>(low);
+    t_bounds.m_high = reinterpret_cast<std::uintptr_t>(high);
+    SetLowestUsable();
 }
 
 void ThrowNestedTooDeeply(const char* pos)

@@ -12,6 +12,9 @@ namespace telv
 /// The address below which nothing may nest further on this thread; computed on the first call.
 const char* LowestStackAddress(const char* frame);
 
+/// Makes [low, high) the stack of this thread, for those that switch to one of their own.
+void SetStackBounds(const char* low, const char* high);
+
 [[noreturn]] void ThrowNestedTooDeeply(const char* pos);
 
 /// True while there is stack left to nest one level deeper.
