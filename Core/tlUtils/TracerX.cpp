@@ -12,7 +12,8 @@ TracerX::~TracerX()
     {
         const xstring text = GetString();
         DescriptorStream standardError(2);
-        standardError.Put(text.begin(), text.size());
+        if (text.size() > 0)
+            standardError.Put(text.begin(), text.size());
         standardError.Flush();
     }
     catch (const std::bad_alloc&)

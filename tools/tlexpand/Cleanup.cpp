@@ -136,11 +136,10 @@ TemporaryFile::~TemporaryFile()
 
 void TemporaryFile::Finish()
 {
-    // A file system that cannot synchronise a file has nothing to report either.
-    const bool synced = Uninterrupted([this] { return fsync(m_fd.Get()); }) == 0 ||
-                        errno == EINVAL || errno == ENOSYS;
+    // Not synchronised: that would protect against a loss of power, which costs a build tool more
+    // than it is worth. A disk that is full or fails shows in `write`, over a network in `close`.
     const auto setPermissions = [this] { return fchmod(m_fd.Get(), PermissionsOfNewFile()); };
-    if (!synced || Uninterrupted(setPermissions) != 0)
+    if (Uninterrupted(setPermissions) != 0)
         throw MakeFileError("write", m_path, errno);
     if (const int error = m_fd.Close())
         throw MakeFileError("write", m_path, error);
@@ -208,12 +207,6 @@ SignalBlocker::SignalBlocker()
 SignalBlocker::~SignalBlocker()
 {
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-}
-
-void UnblockSignals()
-{
-    const sigset_t set = HandledSignals();
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 void EndRun(const std::string& message)

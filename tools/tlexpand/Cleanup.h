@@ -1,8 +1,8 @@
 // Nothing may be left behind when the run ends early: temporary files are known here by name, so
 // that a signal handler can remove them.
 //
-// The handler runs on the thread that does the work (see LargeStack.h), which alone makes, renames
-// and removes temporary files; so it never meets one half registered.
+// The tool has one thread. A handler that comes while a temporary file is made, renamed or removed never
+// meets one half registered.
 #pragma once
 
 #include "Files.h"
@@ -28,7 +28,7 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     int Fd() const { return m_fd.Get(); }
-    /// Brings the text to the disk and closes the file.
+    /// Completes and closes the file.
     void Finish();
     /// Moves the file to `name` in its directory, over what is there.
     void RenameTo(const std::string& name);
@@ -61,7 +61,7 @@ private:
 /// process starts find all others at their defaults.
 void InstallSignalHandlers();
 
-/// Keeps those signals away for the length of a scope, or of a thread.
+/// Keeps those signals away for the length of a scope.
 class SignalBlocker
 {
 public:
@@ -73,9 +73,6 @@ public:
 private:
     sigset_t m_before;
 };
-
-/// Lets them through to this thread.
-void UnblockSignals();
 
 /// Ends the process at once, with status 2, after removing the temporary files and writing
 /// "tlexpand: MESSAGE"; without either in a process that was forked off. For places that no
