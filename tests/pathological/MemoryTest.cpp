@@ -93,8 +93,8 @@ TEST_F(MemoryTest, OutOfMemoryIsAnErrorWithAPlace)
     }
 }
 
-/// Texts that fit and whose expansion needs more than there is: what is left must be enough to say
-/// so, however many and however long the lines are.
+/// Texts whose expansion needs a little more than there is: what is left must be enough to say so,
+/// however long the lines are.
 TEST_F(MemoryTest, TheErrorItselfNeedsLittleMemory)
 {
     const std::string line(12'000'000, 'x');
@@ -105,27 +105,32 @@ TEST_F(MemoryTest, TheErrorItselfNeedsLittleMemory)
     {
         const char* name;
         std::string source;
-        unsigned long mebis;
         const char* place; ///< Of "Out of memory", or "" where it depends.
     } rows[] = {
-        {"one long line", line, 44, "main.tl(1)"},
-        {"many short lines", Repeat("0123456789abcde\n", 1'000'000), 60, ""},
-        {"many calls on many lines", "@def m(x) = {[x]}\n" + Repeat("m(1)\n", 400'000), 30, ""},
-        {"many definitions, which stay", definitions, 42, ""},
-        {"many names on a line", "@for(x in [" + Repeat("a,", 200'000) + "b]){@def + m = {x}}", 22,
+        {"one long line", line, "main.tl(1)"},
+        {"many short lines", Repeat("0123456789abcde\n", 1'000'000), ""},
+        {"many calls on many lines", "@def m(x) = {[x]}\n" + Repeat("m(1)\n", 1'500'000), ""},
+        {"many definitions, which stay", definitions, ""},
+        {"many names on a line", "@for(x in [" + Repeat("a,", 200'000) + "b]){@def + m = {x}}",
          "main.tl(1)"},
-        {"many brackets on a line",
-         "\n@(" + Repeat("(", 300'000) + "1" + Repeat(")", 300'000) + ")", 16, "main.tl(2)"},
-        {"long literal", "\n@(len(@str(" + line + ")))", 44, "main.tl(2)"},
+        {"long literal", "\n@(len(@str(" + line + ")))", "main.tl(2)"},
     };
     for (const auto& row : rows)
     {
         SCOPED_TRACE(row.name);
-        LimitedOptions options;
-        options.addressSpace = row.mebis << 20;
-        ExpectAt(Expand(row.source, {}, options), {row.name, "", 0}, "Out of memory");
-        const ProgramResult result = Expand(row.source, {}, options);
-        EXPECT_EQ(result.err.rfind(row.place, 0), 0u) << Describe(result);
+        int failures = 0;
+        for (unsigned long mebis = 64; mebis >= 10 && failures < 2; mebis -= 2)
+        {
+            LimitedOptions options;
+            options.addressSpace = mebis << 20;
+            const ProgramResult result = Expand(row.source, {}, options);
+            if (result.status == 0)
+                continue;
+            ++failures;
+            ExpectAt(result, {row.name, "", 0}, "Out of memory");
+            EXPECT_EQ(result.err.rfind(row.place, 0), 0u) << mebis << Describe(result);
+        }
+        EXPECT_EQ(failures, 2);
     }
 }
 
@@ -153,7 +158,7 @@ TEST_F(MemoryTest, AnEarlierOutputSurvivesOutOfMemory)
     Write("out.txt", "earlier");
     LimitedOptions options;
     options.addressSpace = 128UL << 20;
-    const ProgramResult result = Expand(s_growing[0].source, {"-o", "out.txt"}, options);
+    const ProgramResult result = Expand(s_growing[4].source, {"-o", "out.txt"}, options);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(Read("out.txt"), "earlier");
 }
