@@ -106,6 +106,7 @@ TEST_F(MemoryTest, TheErrorItselfNeedsLittleMemory)
         const char* name;
         std::string source;
         const char* place; ///< Of "Out of memory", or "" where it depends.
+        unsigned long mostMebis = 64;
     } rows[] = {
         {"one long line", line, "main.tl(1)"},
         {"many short lines", Repeat("0123456789abcde\n", 1'000'000), ""},
@@ -113,13 +114,15 @@ TEST_F(MemoryTest, TheErrorItselfNeedsLittleMemory)
         {"many definitions, which stay", definitions, ""},
         {"many names on a line", "@for(x in [" + Repeat("a,", 200'000) + "b]){@def + m = {x}}",
          "main.tl(1)"},
+        {"many brackets on a line",
+         "\n@(" + Repeat("(", 300'000) + "1" + Repeat(")", 300'000) + ")", "main.tl(2)", 16},
         {"long literal", "\n@(len(@str(" + line + ")))", "main.tl(2)"},
     };
     for (const auto& row : rows)
     {
         SCOPED_TRACE(row.name);
         int failures = 0;
-        for (unsigned long mebis = 64; mebis >= 10 && failures < 2; mebis -= 2)
+        for (unsigned long mebis = row.mostMebis; mebis >= 10 && failures < 2; mebis -= 2)
         {
             LimitedOptions options;
             options.addressSpace = mebis << 20;
