@@ -52,6 +52,7 @@ TEST_F(StreamTest, ImportsGoFromLongTexts)
     const std::string text = Repeated("some text\n", 30'000);
     const std::string blanks(300'000, ' ');
     const std::string word(300'000, 'w');
+    const std::string mark = "\xef\xbb\xbf"; // a byte order mark, which is no part of a line
     struct Row
     {
         std::string m_source;
@@ -72,6 +73,8 @@ TEST_F(StreamTest, ImportsGoFromLongTexts)
             {word + import + "\nm", word + "\nx"},
             {word + "@@" + import + "@@" + import + word, word + word},
             {import + word + import + "\n", word + "\n"},
+            {mark + import + "\nm", mark + "x"},
+            {mark + blanks + import + blanks + "\n" + text, mark + text},
             {text + blanks + "@importpath \"d\"" + blanks + "\n" + import + "\nm", text + "x"},
         };
         for (const Row& row : rows)
@@ -175,8 +178,7 @@ TEST_F(MappedFileTest, ThatBecomesShorterIsAnError)
     const ProgramResult result = RunDuring("truncate -s 1000 main.tl");
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.signal, 0);
-    EXPECT_EQ(result.err,
-              "tlexpand: can't read 'main.tl': it became shorter while it was read\n");
+    EXPECT_EQ(result.err, "tlexpand: can't read 'main.tl': it became shorter while it was read\n");
     EXPECT_EQ(Names(), " main.tl");
 }
 

@@ -1,8 +1,8 @@
 // Output without pieces: the same characters, columns and sizes as with them.
+#include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "ExpanderSupport.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Output/StringSink.h"
-#include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include <gtest/gtest.h>
 #include <random>
 

@@ -1,8 +1,8 @@
 // Nothing may be left behind when the run ends early: temporary files are known here by name, so
 // that a signal handler can remove them.
 //
-// The tool has one thread. A handler that comes while a temporary file is made, renamed or removed never
-// meets one half registered.
+// The tool has one thread. A handler that comes while a temporary file is made, renamed or removed
+// never meets one half registered.
 #pragma once
 
 #include "Files.h"

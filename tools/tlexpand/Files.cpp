@@ -138,8 +138,8 @@ catch (const std::bad_alloc&)
 namespace
 {
 
-/// A text that the system can't read is a part of a mapped file that is gone. Touching it brings the
-/// signal that says so.
+/// A text that the system can't read is a part of a mapped file that is gone. Touching it brings
+/// the signal that says so.
 void TouchAll(SubString text)
 {
     for (const char& c : text)

@@ -118,8 +118,7 @@ void FileImportHandler::Evaluate(const std::string& text)
     std::string name = "<command line";
     if (m_countOfTexts > 1)
         name.append(" ").append(std::to_string(m_countOfTexts));
-    const Input& input =
-        AddInput(name.append(">"), InputText(xstring(ViewOf(text))), nullptr);
+    const Input& input = AddInput(name.append(">"), InputText(xstring(ViewOf(text))), nullptr);
     // The directives are the words `import` and `importpath` at the outer level of the text.
     FileScopeVarFrame& frame =
         m_prelude.StartText(/*mayImport=*/text.find("import") != std::string::npos);

@@ -45,8 +45,7 @@ public:
     ///
     /// @param text  Where `output` writes to, to have the text of the imports removed; null: it
     ///              stays.
-    void ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output,
-                    TextStream* text);
+    void ExpandMain(ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output, TextStream* text);
 
     /// @throws FileError  An input was written to while it was used.
     void CheckUnchanged() const;
@@ -105,8 +104,8 @@ private:
     std::vector<std::string> m_registeredPaths; ///< By `@importpath`.
     std::vector<Active> m_active;               ///< Innermost last.
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
-    TextStream* m_mainText = nullptr; ///< While the main file is expanded. Null: imports stay.
-    ssize_t m_mainIndent = 0;         ///< The destination indentation.
+    TextStream* m_mainText = nullptr;   ///< While the main file is expanded. Null: imports stay.
+    ssize_t m_mainIndent = 0;           ///< The destination indentation.
     std::set<std::string> m_notedPaths; ///< See NotePath.
     size_t m_countOfTexts = 0;          ///< Of the command line.
 };

@@ -69,8 +69,8 @@ InputText::~InputText()
 {
     if (!m_mapped)
         return;
-    std::erase_if(Mappings(),
-                  [this](const Mapping& mapping) { return mapping.m_text.begin() == m_text.begin(); });
+    std::erase_if(Mappings(), [this](const Mapping& mapping)
+                  { return mapping.m_text.begin() == m_text.begin(); });
     munmap(const_cast<char*>(m_text.begin()), static_cast<size_t>(m_text.size()));
 }
 

@@ -38,7 +38,7 @@ private:
     bool Map(int fd, const std::string& path);
 
     SubString m_text;
-    xstring m_read;                     ///< Holds the text unless it is mapped.
+    xstring m_read;                      ///< Holds the text unless it is mapped.
     std::optional<struct stat> m_mapped; ///< The file as it was.
 };
 

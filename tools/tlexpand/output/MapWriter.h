@@ -1,9 +1,9 @@
 // The output map: for each stretch of what was written, the source that it came from, as JSON.
 #pragma once
 
+#include "input/Sources.h"
 #include "output/OutputFile.h"
 #include "output/TextStream.h"
-#include "input/Sources.h"
 #include "tlMacroExpander/ExpandedOutput.h"
 #include "tlMacroExpander/ExpansionRun.h"
 
