@@ -58,9 +58,11 @@ function(telv_measure_coverage target)
     endif()
 endfunction()
 
-# Optimises across sources when TELV_LTO is on and the compiler can.
+# Optimises across sources when TELV_LTO is on and the compiler can. Not archives: what they hold must
+# be of use to every compiler.
 function(telv_optimise_linking target)
-    if(NOT TELV_LTO)
+    get_target_property(type ${target} TYPE)
+    if(NOT TELV_LTO OR type STREQUAL "STATIC_LIBRARY")
         return()
     endif()
     if(NOT DEFINED telvCanOptimiseLinking)
