@@ -2,16 +2,18 @@
 // largest; with a limit on the address space at most a quarter of it. Small ones are worth it too:
 // where the address space is limited, the main thread's own stack can fail to grow long before it
 // meets its own limit, and the process dies by a signal.
+//
+// The thread moves to the stack as to a coroutine's. AddressSanitizer knows the stacks of threads
+// only, so there it is another thread's.
 #include "LargeStack.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
+#include <csignal>
 #include <cstddef>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <ucontext.h>
 #include <unistd.h>
-#ifdef TELV_ADDRESS_SANITIZER
-#include <sanitizer/common_interface_defs.h>
-#endif
 
 namespace telv::tool
 {
@@ -38,7 +40,7 @@ struct Stack
     size_t m_size = 0;
 };
 
-/// What the new stack's first function takes; a context passes nothing but numbers.
+/// What is to be done on the stack.
 struct Job
 {
     int (*m_work)(int, char**);
@@ -46,14 +48,9 @@ struct Job
     char** m_argv;
     Stack m_stack;
     int m_result = 2;
-    ucontext_t m_caller = {};
-#ifdef TELV_ADDRESS_SANITIZER
-    const void* m_callerLow = nullptr;
-    size_t m_callerSize = 0;
-#endif
-};
 
-Job* s_job = nullptr;
+    void Do() { m_result = m_work(m_argc, m_argv); }
+};
 
 size_t LargestSensibleSize()
 {
@@ -89,54 +86,82 @@ Stack MapLargestStack()
     return {};
 }
 
-/// AddressSanitizer has to be told of each change of stacks.
-void AnnounceStack([[maybe_unused]] void** fakeStack, [[maybe_unused]] const void* low,
-                   [[maybe_unused]] size_t size)
-{
 #ifdef TELV_ADDRESS_SANITIZER
-    __sanitizer_start_switch_fiber(fakeStack, low, size);
-#endif
+
+/// The signals go to the thread that works.
+struct ThreadJob
+{
+    Job& m_job;
+    sigset_t m_signals;
+};
+
+void* DoOnThread(void* argument)
+{
+    auto* const threadJob = static_cast<ThreadJob*>(argument);
+    pthread_sigmask(SIG_SETMASK, &threadJob->m_signals, nullptr);
+    threadJob->m_job.Do();
+    return nullptr;
 }
 
-void ArriveOnStack([[maybe_unused]] void* fakeStack)
+/// False when nothing was done.
+bool DoOnStack(Job& job)
 {
-#ifdef TELV_ADDRESS_SANITIZER
-    const void** const low = fakeStack == nullptr ? &s_job->m_callerLow : nullptr;
-    size_t* const size = fakeStack == nullptr ? &s_job->m_callerSize : nullptr;
-    __sanitizer_finish_switch_fiber(fakeStack, low, size);
-#endif
+    ThreadJob threadJob = {job, {}};
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &threadJob.m_signals);
+    pthread_attr_t attributes;
+    pthread_t thread;
+    bool started = false;
+    if (pthread_attr_init(&attributes) == 0)
+    {
+        started = pthread_attr_setstack(&attributes, job.m_stack.m_low, job.m_stack.m_size) == 0 &&
+                  pthread_create(&thread, &attributes, DoOnThread, &threadJob) == 0;
+        pthread_attr_destroy(&attributes);
+    }
+    if (started)
+        pthread_join(thread, nullptr);
+    pthread_sigmask(SIG_SETMASK, &threadJob.m_signals, nullptr);
+    return started;
 }
 
-void DoJob()
+#else
+
+/// A context's first function takes nothing but numbers.
+Job* s_job = nullptr;
+
+void DoInContext()
 {
-    Job& job = *s_job;
-    ArriveOnStack(nullptr);
-    const char* const low = job.m_stack.m_low;
-    SetStackBounds(low, low + job.m_stack.m_size);
-    job.m_result = job.m_work(job.m_argc, job.m_argv);
-#ifdef TELV_ADDRESS_SANITIZER
-    AnnounceStack(nullptr, job.m_callerLow, job.m_callerSize);
-#endif
-    setcontext(&job.m_caller);
+    const char* const low = s_job->m_stack.m_low;
+    SetStackBounds(low, low + s_job->m_stack.m_size);
+    s_job->Do();
 }
+
+/// False when nothing was done.
+bool DoOnStack(Job& job)
+{
+    s_job = &job;
+    ucontext_t caller = {};
+    ucontext_t context = {};
+    if (getcontext(&context) != 0)
+        return false;
+    context.uc_stack.ss_sp = job.m_stack.m_low;
+    context.uc_stack.ss_size = job.m_stack.m_size;
+    context.uc_link = &caller;
+    makecontext(&context, DoInContext, 0);
+    return swapcontext(&caller, &context) == 0;
+}
+
+#endif
 
 } // namespace
 
 int RunOnLargeStack(int (*work)(int argc, char** argv), int argc, char** argv)
 {
     Job job{work, argc, argv, MapLargestStack()};
-    ucontext_t context = {};
-    if (job.m_stack.m_low == nullptr || getcontext(&context) != 0)
-        return work(argc, argv);
-    s_job = &job;
-    context.uc_stack.ss_sp = job.m_stack.m_low;
-    context.uc_stack.ss_size = job.m_stack.m_size;
-    makecontext(&context, DoJob, 0);
-    void* fakeStack = nullptr;
-    AnnounceStack(&fakeStack, job.m_stack.m_low, job.m_stack.m_size);
-    const bool isSwitched = swapcontext(&job.m_caller, &context) == 0;
-    ArriveOnStack(fakeStack);
-    return isSwitched ? job.m_result : work(argc, argv);
+    if (job.m_stack.m_low == nullptr || !DoOnStack(job))
+        job.Do();
+    return job.m_result;
 }
 
 } // namespace telv::tool
