@@ -94,14 +94,6 @@ void MakeName(Entry& entry)
     std::snprintf(entry.m_name, sizeof(entry.m_name), ".tlexpand-%016lx", random);
 }
 
-/// The mask can only be read by setting it.
-mode_t PermissionsOfNewFile()
-{
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
-}
-
 } // namespace
 
 TemporaryFile::TemporaryFile(int directory, const std::string& path)
@@ -115,7 +107,7 @@ TemporaryFile::TemporaryFile(int directory, const std::string& path)
         MakeName(entry);
         entry.m_used = true;
         fd = openat(directory, entry.m_name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
-                    0600);
+                    0666);
     } while (fd < 0 && (errno == EEXIST || errno == EINTR));
     const int error = errno;
     m_fd = Descriptor(fd);
@@ -134,13 +126,10 @@ TemporaryFile::~TemporaryFile()
     entry.m_used = false;
 }
 
+/// The file is not synchronised: that would protect against a loss of power, which costs a build
+/// tool more than it is worth. A disk that is full or fails shows in `write`, over a network here.
 void TemporaryFile::Finish()
 {
-    // Not synchronised: that would protect against a loss of power, which costs a build tool more
-    // than it is worth. A disk that is full or fails shows in `write`, over a network in `close`.
-    const auto setPermissions = [this] { return fchmod(m_fd.Get(), PermissionsOfNewFile()); };
-    if (Uninterrupted(setPermissions) != 0)
-        throw MakeFileError("write", m_path, errno);
     if (const int error = m_fd.Close())
         throw MakeFileError("write", m_path, error);
 }

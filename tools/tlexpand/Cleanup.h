@@ -28,7 +28,7 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     int Fd() const { return m_fd.Get(); }
-    /// Completes and closes the file.
+    /// Closes the file, which is complete.
     void Finish();
     /// Moves the file to `name` in its directory, over what is there.
     void RenameTo(const std::string& name);
