@@ -17,7 +17,7 @@ from pathlib import Path
 from harness import tools
 from harness.compare import difference
 from harness.inputs import make_inputs
-from harness.measure import Failed, Runner
+from harness.measure import Failed, Runner, TooSlow
 from harness.report import report
 from works import ALL
 
@@ -81,8 +81,8 @@ def runners_of(work, folder, options, places):
     return own, floor, peers
 
 
-def measure(own, floor, peers, runs, problems):
-    """Runs all in turn; tools that fail drop out, with a line in `problems`."""
+def measure(own, floor, peers, runs, notes):
+    """Runs all in turn; tools that fail or are too slow drop out."""
     active = [*own, *([floor] if floor else []), *peers]
     for round_number in range(runs):
         for runner in list(active):
@@ -90,15 +90,29 @@ def measure(own, floor, peers, runs, problems):
                 continue
             try:
                 runner.run()
-            except Failed as error:
-                problems.append(f"{runner.work.name}: {runner.tool.name}: {error}")
+            except (Failed, TooSlow) as error:
+                (notes.problems if isinstance(error, Failed) else notes.slow).append(
+                    f"{runner.work.name}: {runner.tool.name}: {error}")
                 active.remove(runner)
                 runner.runs.clear()
                 continue
             if round_number == 0:
-                compare(own[0], runner, problems)
+                progress(f" {runner.tool.name}")
+                compare(own[0], runner, notes.problems)
             elif runner.out.exists():
                 runner.out.unlink()
+
+
+class Notes:
+    """What is said below the tables."""
+
+    def __init__(self):
+        self.problems = []
+        self.slow = []
+
+
+def progress(text):
+    print(text, end="", file=sys.stderr, flush=True)
 
 
 def fastest_time(peers):
@@ -109,7 +123,7 @@ def compare(reference, runner, problems):
     """Compares the output of a runner with that of the reference."""
     if runner is reference or runner.tool in tools.EXTRA.values() or not reference.runs:
         return
-    found = difference(reference.out, runner.out, runner.tool.drops_comments)
+    found = difference(reference.out, runner.out, runner.tool)
     if found:
         problems.append(f"{runner.work.name}: {runner.tool.name}: {found}")
     runner.out.unlink()
@@ -121,14 +135,15 @@ def main():
               "modules": str(options.peer_dir.resolve())}
     root = (options.work_dir or options.build / "bench/work").resolve()
     results = []
-    problems = []
+    notes = Notes()
     for work in ALL:
         if (options.work and work.name not in options.work) or work.name in options.without:
             continue
         folder = make_inputs(work, root, options.scale)
-        print(f"{work.name} ...", file=sys.stderr, flush=True)
+        progress(f"{work.name}:")
         own, floor, peers = runners_of(work, folder, options, places)
-        measure(own, floor, peers, options.runs, problems)
+        measure(own, floor, peers, options.runs, notes)
+        progress("\n")
         results.append((work, folder, own, floor, peers))
         for path in folder.glob("out.*"):
             path.unlink()
@@ -136,8 +151,10 @@ def main():
     missing = sorted({tool.name for tool in tools.PEERS if not is_there(tool, places)})
     if missing and not options.no_peers:
         print("Not installed:", ", ".join(missing))
-    print("\n".join(problems) if problems else "All outputs are identical.")
-    sys.exit(1 if problems else 0)
+    if notes.slow:
+        print("Ended:", "; ".join(notes.slow))
+    print("\n".join(notes.problems) if notes.problems else "All outputs are identical.")
+    sys.exit(1 if notes.problems else 0)
 
 
 if __name__ == "__main__":

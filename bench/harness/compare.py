@@ -1,4 +1,4 @@
-"""Compares outputs. They must be byte-identical; comments and empty lines apart for C preprocessors."""
+"""Compares outputs. They must be byte-identical, but for what a tool is known to change (tools.py)."""
 import filecmp
 import re
 
@@ -11,17 +11,18 @@ def without_comments(text):
     return _EMPTY_LINES.sub("", _COMMENTS.sub(lambda match: match.group(1) or "", text)).strip("\n")
 
 
-def difference(expected, actual, drops_comments):
-    """A sentence on how two files differ, or None."""
+def difference(expected, actual, tool):
+    """A sentence on how the output `actual` of a tool differs from the file expected, or None."""
     if filecmp.cmp(expected, actual, shallow=False):
         return None
     left = expected.read_bytes()
     right = actual.read_bytes()
-    if drops_comments:
-        left = without_comments(left.decode()).encode()
-        right = without_comments(right.decode()).encode()
-        if left == right:
-            return None
+    if tool.drops_comments:
+        left, right = (without_comments(text.decode()).encode() for text in (left, right))
+    if tool.adds_blanks:
+        left, right = (text.replace(b" ", b"") for text in (left, right))
+    if left == right:
+        return None
     at = next((i for i, (a, b) in enumerate(zip(left, right)) if a != b), min(len(left), len(right)))
     begin = max(0, at - 20)
     return (f"differs at byte {at} (of {len(left)} and {len(right)}): "

@@ -91,7 +91,8 @@ _NAMES = re.compile(r'"(?:[^"\\]|\\.)*"|\'[^\']*\'|//[^\n]*|/\*.*?\*/|\b0x[0-9a-
 
 
 def replace_every(text, step, make):
-    """Every `step`th identifier of the text replaced by make(); not in strings and comments."""
+    """Every `step`th identifier of the text replaced by make(); not in strings and comments, and
+    not before a parenthesis, which some tools would take for a call: then the next one."""
     count = 0
 
     def replace(match):
@@ -100,6 +101,9 @@ def replace_every(text, step, make):
         if not (word[0].isalpha() or word[0] == "_"):
             return word
         count += 1
-        return make() if count % step == 0 else word
+        if count < step or text[match.end():match.end() + 1] == "(":
+            return word
+        count = 0
+        return make()
 
     return _NAMES.sub(replace, text)

@@ -4,6 +4,8 @@ A work writes its inputs into a folder of its own: `input.tl` for tlexpand and t
 for each peer that can say the same a file `input.KIND` (see tools.py). The tools that take part are
 those that have a file.
 """
+import json
+import os
 from pathlib import Path
 
 
@@ -45,6 +47,37 @@ def scaled(size, scale):
 def put(folder, name, *parts):
     """Writes a file from texts."""
     Path(folder, name).write_text("".join(parts), encoding="utf-8")
+
+
+def put_data(folder, data):
+    """Writes the data that the template engines get."""
+    put(folder, "input.json", json.dumps(data))
+
+
+def put_same(folder, *kinds, of="tl"):
+    """The input of one kind is that of others too."""
+    for kind in kinds:
+        os.link(Path(folder, f"input.{of}"), Path(folder, f"input.{kind}"))
+
+
+def put_javascript(folder, template):
+    """A template of Eta that EJS understands but for the mark of output."""
+    put(folder, "input.eta", template)
+    put(folder, "input.ejs", template.replace("<%=", "<%-"))
+
+
+def put_macros(folder, macros, text):
+    """Macros without arguments, then a text that uses them, for all macro processors."""
+    put(folder, "input.tl", *(f"@def {name} = {{{body}}}\n" for name, body in macros), text)
+    put(folder, "input.m4", *(f"m4_define({name}, {body})m4_dnl\n" for name, body in macros),
+        M4_NO_QUOTES, text)
+    defines = [f"#define {name} {body}\n" for name, body in macros]
+    put(folder, "input.gpp", *defines, text)
+    put(folder, "input.c", *defines, text)
+
+
+# From here on, quotes and comments are text.
+M4_NO_QUOTES = "m4_changequote(,)m4_changecom()m4_dnl\n"
 
 
 def input_size(folder):

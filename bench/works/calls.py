@@ -1,7 +1,7 @@
 """300,000 calls with three arguments that the body uses twice each, nested two deep: half of them in
 the body of another macro, half in an argument."""
 from harness.words import Words
-from harness.work import MB, Work, input_size, put, scaled
+from harness.work import M4_NO_QUOTES, MB, Work, input_size, put, scaled
 
 
 class Calls(Work):
@@ -20,9 +20,18 @@ class Calls(Work):
             yield f"{b}{i} = inner(inner({a}, {b}, {c}), {d}, {e});\n"
 
     def write(self, folder, scale):
+        lines = "".join(self.lines(scale))
         put(folder, "input.tl",
             "@def inner(a, b, c) = {[a b c c b a]}\n",
-            "@def outer(a, b, c) = {inner(a, b, c) + inner(c, b, a)}\n", *self.lines(scale))
+            "@def outer(a, b, c) = {inner(a, b, c) + inner(c, b, a)}\n", lines)
+        put(folder, "input.m4",
+            "m4_define(`inner', `[$1 $2 $3 $3 $2 $1]')m4_dnl\n",
+            "m4_define(`outer', `inner($1, $2, $3) + inner($3, $2, $1)')m4_dnl\n", M4_NO_QUOTES, lines)
+        put(folder, "input.c", "#define inner(a, b, c) [a b c c b a]\n",
+            "#define outer(a, b, c) inner(a, b, c) + inner(c, b, a)\n", lines)
+        # gpp takes the blank behind a comma for a part of the argument.
+        put(folder, "input.gpp", "#define inner(a,b,c) [a b c c b a]\n",
+            "#define outer(a,b,c) inner(a,b,c) + inner(c,b,a)\n", lines.replace(", ", ","))
 
     def memory_limit(self, folder):
         return input_size(folder) + 8 * MB

@@ -1,6 +1,6 @@
 """100,000 definitions, each used once, in another order."""
 from harness.words import Words
-from harness.work import MB, Work, input_size, put, scaled
+from harness.work import MB, Work, input_size, put_macros, scaled
 
 
 class Definitions(Work):
@@ -15,7 +15,7 @@ class Definitions(Work):
         macros = [(f"{words.word()}{i}", f"{words.word()} + {i}")
                   for i in range(scaled(100_000, scale))]
         uses = [f"use({name});\n" for name, _ in words.shuffled(macros)]
-        put(folder, "input.tl", *(f"@def {name} = {{{body}}}\n" for name, body in macros), *uses)
+        put_macros(folder, macros, "".join(uses))
 
     def memory_limit(self, folder):
         return input_size(folder) + 12 * MB

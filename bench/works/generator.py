@@ -1,6 +1,6 @@
 """A code generator: three tables of 250 types, each with a row for each of 500 members."""
 from harness.words import Words
-from harness.work import MB, Work, put, scaled
+from harness.work import MB, Work, put, put_data, put_javascript, scaled
 
 TABLES = """\
 @def structOf(T) =
@@ -45,6 +45,82 @@ TABLES = """\
 }@//
 """
 
+JINJA = """\
+{% for T in types %}struct {{ T }}
+{
+{% for m in members %}    column<{{ m[0] }}, {{ T }}> {{ m[1] }} = column<{{ m[0] }}, {{ T }}>();
+{% endfor %}};
+const row {{ T }}_names[] = {
+{% for m in members %}    {"{{ m[1] }}", "{{ m[0] }}", sizeof({{ T }}::{{ m[1] }})},
+{% endfor %}};
+void visit({{ T }}& self, int index) {
+    switch (index) {
+{% for m in members %}        case {{ T }}_{{ m[1] }}_index: return accept(self.{{ m[1] }});
+{% endfor %}    }
+}
+{% endfor %}"""
+
+MAKO = """\
+% for T in types:
+struct ${T}
+{
+% for type, name in members:
+    column<${type}, ${T}> ${name} = column<${type}, ${T}>();
+% endfor
+};
+const row ${T}_names[] = {
+% for type, name in members:
+    {"${name}", "${type}", sizeof(${T}::${name})},
+% endfor
+};
+void visit(${T}& self, int index) {
+    switch (index) {
+% for type, name in members:
+        case ${T}_${name}_index: return accept(self.${name});
+% endfor
+    }
+}
+% endfor
+"""
+
+PHP = """\
+<?php $data = json_decode(file_get_contents('input.json')); foreach ($data->types as $T) { ?>
+struct <?=$T, "\\n"?>
+{
+<?php foreach ($data->members as [$type, $name]) { ?>
+    column<<?=$type?>, <?=$T?>> <?=$name?> = column<<?=$type?>, <?=$T?>>();
+<?php } ?>
+};
+const row <?=$T?>_names[] = {
+<?php foreach ($data->members as [$type, $name]) { ?>
+    {"<?=$name?>", "<?=$type?>", sizeof(<?=$T?>::<?=$name?>)},
+<?php } ?>
+};
+void visit(<?=$T?>& self, int index) {
+    switch (index) {
+<?php foreach ($data->members as [$type, $name]) { ?>
+        case <?=$T?>_<?=$name?>_index: return accept(self.<?=$name?>);
+<?php } ?>
+    }
+}
+<?php }
+"""
+
+JAVASCRIPT = """\
+<% for (const T of it.types) { %>struct <%= T %>
+{
+<% for (const [type, name] of it.members) { %>    column<<%= type %>, <%= T %>> <%= name %> = column<<%= type %>, <%= T %>>();
+<% } %>};
+const row <%= T %>_names[] = {
+<% for (const [type, name] of it.members) { %>    {"<%= name %>", "<%= type %>", sizeof(<%= T %>::<%= name %>)},
+<% } %>};
+void visit(<%= T %>& self, int index) {
+    switch (index) {
+<% for (const [type, name] of it.members) { %>        case <%= T %>_<%= name %>_index: return accept(self.<%= name %>);
+<% } %>    }
+}
+<% } %>"""
+
 
 class Generator(Work):
     name = "generator"
@@ -61,6 +137,12 @@ class Generator(Work):
         put(folder, "input.tl", "@def types = {[", ", ".join(types), "]}\n",
             "@def members =\n{\n    [\n        ",
             ",\n        ".join(f"({type}, {name})" for type, name in members), "\n    ]\n}\n", TABLES)
+        put_data(folder, {"types": types, "members": members})
+        put(folder, "input.jinja", JINJA)
+        put(folder, "input.nunjucks", JINJA)
+        put(folder, "input.mako", MAKO)
+        put(folder, "input.php", PHP)
+        put_javascript(folder, JAVASCRIPT)
 
     def memory_limit(self, folder):
         return 4 * MB

@@ -1,6 +1,6 @@
 """C++-like text in which every fifth identifier is one of 1,000 macros."""
 from harness.words import Words, replace_every
-from harness.work import Work, input_size, put, scaled
+from harness.work import Work, input_size, put_macros, scaled
 
 
 class Macros(Work):
@@ -15,7 +15,7 @@ class Macros(Work):
         macros = [(f"{words.word()}_{i}", words.word() if i % 3 else f"{words.word()}.{words.word()}")
                   for i in range(1000)]
         text = replace_every(words.program(scaled(8_000_000, scale)), 5, lambda: words.pick(macros)[0])
-        put(folder, "input.tl", *(f"@def {name} = {{{body}}}\n" for name, body in macros), text)
+        put_macros(folder, macros, text)
 
     def memory_limit(self, folder):
         return 2.2 * input_size(folder)

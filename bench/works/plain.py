@@ -1,6 +1,6 @@
 """C++-like text without directives and defined names: nothing is replaced."""
 from harness.words import Words
-from harness.work import MB, Work, input_size, put, scaled
+from harness.work import M4_NO_QUOTES, MB, Work, input_size, put, put_same, scaled
 
 
 class Plain(Work):
@@ -11,7 +11,10 @@ class Plain(Work):
     memory = "1.1 x input + 4 MB"
 
     def write(self, folder, scale):
-        put(folder, "input.tl", Words(1).program(scaled(64_000_000, scale)))
+        text = Words(1).program(scaled(64_000_000, scale))
+        put(folder, "input.tl", text)
+        put(folder, "input.m4", M4_NO_QUOTES, text)
+        put_same(folder, "gpp", "c", "jinja", "mako", "php", "eta", "ejs", "nunjucks")
 
     def memory_limit(self, folder):
         return 1.1 * input_size(folder) + 4 * MB

@@ -1,5 +1,13 @@
 """A macro of @defpython called 100,000 times."""
-from harness.work import Work, put, scaled
+from harness.work import Work, put, put_javascript, scaled
+
+FORMS = {
+    "tl": "@defpython f(int n) = {n * n % 97}\n@let int i = {0}\n@while(i < COUNT){f(i)\n@let i = {i + 1}}@//\n",
+    "mako": "% for i in range(COUNT):\n${i * i % 97}\n% endfor\n",
+    "jinja": "{% for i in range(COUNT) %}{{ i * i % 97 }}\n{% endfor %}",
+    "nunjucks": "{% for i in range(COUNT) %}{{ i * i % 97 }}\n{% endfor %}",
+    "php": "<?php for ($i = 0; $i < COUNT; ++$i) { echo $i * $i % 97, \"\\n\"; }",
+}
 
 
 class PythonMacro(Work):
@@ -10,6 +18,7 @@ class PythonMacro(Work):
     memory = "flat"
 
     def write(self, folder, scale):
-        count = scaled(100_000, scale)
-        put(folder, "input.tl", "@defpython f(int n) = {n * n % 97}\n", "@let int i = {0}\n",
-            f"@while(i < {count}){{f(i)\n@let i = {{i + 1}}}}@//\n")
+        count = str(scaled(100_000, scale))
+        for kind, text in FORMS.items():
+            put(folder, f"input.{kind}", text.replace("COUNT", count))
+        put_javascript(folder, f"<% for (let i = 0; i < {count}; ++i) {{ %><%= i * i % 97 %>\n<% }} %>")

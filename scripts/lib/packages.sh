@@ -29,6 +29,7 @@ find_missing() {
     need_command mandoc mandoc
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+    need_file /usr/include/benchmark/benchmark.h libbenchmark-dev
     case $1 in
         coverage) need_command gcovr gcovr ;;
         memcheck) need_command valgrind valgrind ;;
@@ -53,6 +54,10 @@ need_clang() {
 
 install_missing() {
     find_missing "$1"
+    install_packages
+}
+
+install_packages() {
     [ ${#missing[@]} -gt 0 ] || return 0
     if [ "$(id -u)" != 0 ]; then
         echo "Missing packages. As root: apt-get install ${missing[*]}" >&2
@@ -62,4 +67,27 @@ install_missing() {
     export DEBIAN_FRONTEND=noninteractive
     apt-get update -qq
     apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# The tools that scripts/bench compares with: from the system's packages, and in build/peers from
+# npm's, by the lock file.
+install_peers() {
+    missing=()
+    need_command m4 m4
+    need_command gpp gpp
+    need_command mcpp mcpp
+    need_command cpp cpp
+    need_command php php-cli
+    need_command node nodejs
+    need_command npm npm
+    need_file /usr/lib/python3/dist-packages/jinja2 python3-jinja2
+    need_file /usr/lib/python3/dist-packages/mako python3-mako
+    install_packages
+    if ! cmp -s bench/peers/package-lock.json build/peers/installed; then
+        say "install: eta, ejs, nunjucks into build/peers"
+        mkdir -p build/peers
+        cp bench/peers/{package.json,package-lock.json,.npmrc} build/peers/
+        npm --prefix build/peers ci --no-audit --no-fund
+        cp bench/peers/package-lock.json build/peers/installed
+    fi
 }
