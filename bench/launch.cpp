@@ -1,4 +1,5 @@
-// Runs a program several times, one after the other, and prints for each run what the kernel counted:
+// Runs a program several times, one after the other, and prints for each run what the kernel
+// counted:
 //
 //     launch TIMES CPU-SECONDS OUTPUT|- PROGRAM [ARGUMENT]...
 //     ... a line per run: status user sys wall peak     (seconds, seconds, seconds, KiB)
@@ -35,8 +36,9 @@ double Seconds(const timeval& time)
 [[noreturn]] void Become(char** program, const char* output, const rlimit& limit)
 {
     const int in = open("/dev/null", O_RDONLY);
-    const int out = std::strcmp(output, "-") == 0 ? open("/dev/null", O_WRONLY)
-                                                  : open(output, O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    const int out = std::strcmp(output, "-") == 0
+                        ? open("/dev/null", O_WRONLY)
+                        : open(output, O_WRONLY | O_CREAT | O_TRUNC, 0666);
     if (in < 0 || out < 0 || dup2(in, 0) < 0 || dup2(out, 1) < 0 ||
         setrlimit(RLIMIT_CPU, &limit) != 0)
         _exit(126);

@@ -86,7 +86,7 @@ def measure(own, floor, peers, runs, notes):
     active = [*own, *([floor] if floor else []), *peers]
     for round_number in range(runs):
         for runner in list(active):
-            if round_number and runner in peers and runner.time() > SLOW * fastest_time(peers):
+            if round_number and runner in peers and runner.tool.is_rival and runner.time() > SLOW * fastest_time(peers):
                 continue
             try:
                 runner.run()
@@ -116,7 +116,7 @@ def progress(text):
 
 
 def fastest_time(peers):
-    return min(peer.time() for peer in peers if peer.runs and peer.tool not in tools.EXTRA.values())
+    return min(peer.time() for peer in peers if peer.runs and peer.tool.is_rival)
 
 
 def compare(reference, runner, problems):

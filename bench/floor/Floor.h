@@ -29,7 +29,9 @@ namespace floors
 inline std::string_view MapFile(const char* path)
 {
     const int file = open(path, O_RDONLY | O_CLOEXEC);
-    struct stat status{};
+    struct stat status
+    {
+    };
     if (file < 0 || fstat(file, &status) != 0)
         Fail(path);
     const auto size = static_cast<size_t>(status.st_size);

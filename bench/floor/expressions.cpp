@@ -73,9 +73,10 @@ void PutOthers(Row& row, int i)
     const double x = i / 4.0 + 0.125;
     const std::string s = "item" + std::to_string(i);
     row << x * 2.5 << x / 8 + 0.0625 << (i + 2) * (i - 2) % 0xff << s + "-b"
-        << static_cast<int>(s.size()) << s[static_cast<size_t>(i % 4)] << ("abc" < s) << std::string_view("a\\b\"")
-        << (i % 2 != 0) << static_cast<int>(x) << double(i) / 4 + 0.125
-        << static_cast<char>('A' + i % 26) << std::to_string(i) + "th" << true
+        << static_cast<int>(s.size()) << s[static_cast<size_t>(i % 4)] << ("abc" < s)
+        << std::string_view("a\\b\"") << (i % 2 != 0) << static_cast<int>(x)
+        << double(i) / 4 + 0.125 << static_cast<char>('A' + i % 26) << std::to_string(i) + "th"
+        << true
         << static_cast<int>(std::sin(i) * 1000) + static_cast<int>(std::cos(i) * 1000) +
                static_cast<int>(std::tan(0.5) * 100)
         << static_cast<int>(std::exp(i % 5) * 10) + static_cast<int>(std::log(i + 1) * 100);

@@ -26,8 +26,8 @@ void PutType(Output& output, View type, const std::vector<Member>& members)
 {
     Put(output, {"struct ", type, "\n{\n"});
     for (const Member& m : members)
-        Put(output, {"    column<", m.m_type, ", ", type, "> ", m.m_name, " = column<", m.m_type, ", ",
-                     type, ">();\n"});
+        Put(output, {"    column<", m.m_type, ", ", type, "> ", m.m_name, " = column<", m.m_type,
+                     ", ", type, ">();\n"});
     Put(output, {"};\nconst row ", type, "_names[] = {\n"});
     for (const Member& m : members)
         Put(output, {"    {\"", m.m_name, "\", \"", m.m_type, "\", sizeof(", type, "::", m.m_name,

@@ -1,5 +1,4 @@
 """Prints the results: a row for each work and tlexpand, then all peers."""
-from harness import tools
 from harness.table import against, megabytes, number, print_table, seconds
 
 
@@ -18,18 +17,29 @@ def _ratio(runner, other):
     return runner.time() / max(other.time(), 1e-9) if runner.runs and other and other.runs else None
 
 
+def _second_ratio(runner, peers):
+    """The ratio to PHP, or to the tool that the work has a goal for, and that goal."""
+    name, goal = runner.work.second_goal or ("php", None)
+    other = next((peer for peer in peers if peer.tool.name == name), None)
+    ratio = _ratio(runner, other)
+    if ratio is None:
+        return "-"
+    return f"{number(ratio)} of {name}" + (f" ({goal:g})" if goal else "")
+
+
 def _peer_of(work, peers):
     """The peer that the targets of the work speak of."""
-    there = [peer for peer in peers if peer.runs and peer.tool not in tools.EXTRA.values()]
-    if work.peer != "fastest":
-        there = [peer for peer in there if peer.tool.name == work.peer]
+    if work.peer == "fastest":
+        there = [peer for peer in peers if peer.runs and peer.tool.is_rival]
+    else:
+        there = [peer for peer in peers if peer.runs and peer.tool.name == work.peer]
     return min(there, key=lambda peer: peer.time(), default=None)
 
 
 def _print_works(results, has_peers):
     several = any(len(own) > 1 for _, _, own, _, _ in results)
     head = ["work", *(["tool"] if several else []), "time", "peak",
-            *(["peer", "÷ peer", "must", "goal"] if has_peers else []), "floor", "÷ floor", "goal", "memory goal"]
+            *(["peer", "÷ peer", "must", "goal", "÷ other"] if has_peers else []), "floor", "÷ floor", "goal", "memory goal"]
     rows = []
     for work, folder, own, floor, peers in results:
         peer = _peer_of(work, peers)
@@ -43,7 +53,7 @@ def _print_works(results, has_peers):
             rows.append([
                 work.title, *([runner.tool.name] if several else []), _figures(runner), megabytes(runner.peak()),
                 *([f"{peer.tool.name} {seconds(peer.time())}" if peer else "-", against(ratio, work.must),
-                   number(work.must), number(work.goal)] if has_peers else []),
+                   number(work.must), number(work.goal), _second_ratio(runner, peers)] if has_peers else []),
                 seconds(floor.time()) if floor and floor.runs else "-", number(_ratio(runner, floor)),
                 number(work.floor_goal),
                 work.memory + (f" = {megabytes(limit)}" if limit else "") +

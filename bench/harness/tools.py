@@ -14,6 +14,9 @@ class Tool:
     command: tuple
     # What must exist for it: a program, or a file (with a slash).
     needs: str = ""
+    # Whether it can be "the fastest peer". An empty program is none, and PHP is a compiled programming
+    # language: its ratio stands beside.
+    is_rival: bool = True
     # A C preprocessor drops comments and writes empty lines as it likes: both are taken out of the
     # two texts before they are compared.
     drops_comments: bool = False
@@ -31,7 +34,7 @@ def floor(program):
 
 
 # An empty program shows what any start costs.
-EMPTY = Tool("empty", "tl", ("{build}/floor_empty",))
+EMPTY = Tool("empty", "tl", ("{build}/floor_empty",), is_rival=False)
 EXTRA = {"empty": EMPTY}
 
 
@@ -59,7 +62,7 @@ PEERS = (
     _python("jinja"),
     _python("mako"),
     Tool("php", "php", ("php", "-d", "output_buffering=65536", "-d", "memory_limit=-1", "-d", "precision=-1", "{in}"),
-         "php"),
+         "php", is_rival=False),
     _node("eta"),
     _node("ejs"),
     _node("nunjucks"),

@@ -20,6 +20,8 @@ class Work:
     goal = None
     peer = "fastest"
     floor_goal = None
+    # A goal beside that: (tool, ratio), or None.
+    second_goal = None
     # Targets of peak memory: as the documents say it, and the bytes for a folder of inputs.
     memory = ""
     # What counts: CPU time, or the time on the clock, then of many runs.

@@ -30,7 +30,8 @@ void Expand(benchmark::State& state, const char* text)
 {
     FileScopeVarFrame frame;
     xstring output;
-    MacroExpand(nullptr, &frame, SubString("@let int i = {12}@let string s = {\"item\"}"), 0, 0, output);
+    MacroExpand(nullptr, &frame, SubString("@let int i = {12}@let string s = {\"item\"}"), 0, 0,
+                output);
     for (auto _ : state)
     {
         MacroExpand(nullptr, &frame, SubString(text), 0, 0, output);

@@ -54,7 +54,8 @@ void ExpandPlainText(benchmark::State& state)
     FileScopeVarFrame frame;
     xstring output;
     for (auto _ : state)
-        MacroExpand(nullptr, &frame, SubString(text.data(), text.data() + text.size()), 0, 0, output);
+        MacroExpand(nullptr, &frame, SubString(text.data(), text.data() + text.size()), 0, 0,
+                    output);
     if (static_cast<size_t>(output.size()) != text.size())
         state.SkipWithError("the text was changed");
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));

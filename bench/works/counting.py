@@ -37,6 +37,7 @@ class Counting(Work):
     title = "counting to 200,000: @while, @let, @if, @( )"
     floor = "counting"
     must, goal, floor_goal = 0.8, 0.25, 6
+    second_goal = ("php", 2.0)
     memory = "6 MB"
 
     def write(self, folder, scale):
