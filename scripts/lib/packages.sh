@@ -27,12 +27,19 @@ find_missing() {
     need_command zsh zsh
     need_command fish fish
     need_command mandoc mandoc
+    need_command m4 m4
+    python3 -c 'import jinja2' 2>/dev/null || missing+=(python3-jinja2)
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     need_file /usr/include/benchmark/benchmark.h libbenchmark-dev
     case $1 in
         coverage) need_command gcovr gcovr ;;
         memcheck) need_command valgrind valgrind ;;
+        docs)
+            need_command pandoc pandoc
+            need_command doxygen doxygen
+            need_command chromium chromium
+            ;;
         editors)
             need_command vim vim
             need_command node nodejs
