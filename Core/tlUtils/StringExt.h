@@ -42,8 +42,8 @@ TLUTILS_API int MapHexDigit(char c);
 /// The value 0..9 of a decimal digit, -1 for anything else.
 TLUTILS_API int MapDecimalDigit(char c);
 
-/// Writes the first character of a view as an error message shows it: in single quotes, a control
-/// character as its escape, a UTF-8 sequence whole; or EOS (without quotes) at the end of the text.
+/// Writes the first character of a view as an error message shows it: 'x', '\n', '\x00', a whole
+/// UTF-8 sequence, or EOS (without quotes) at the end of the text.
 class TLUTILS_API HumanReadableCharInSubString
 {
 public:
