@@ -18,6 +18,7 @@ enum ELongOption
     OPT_DST_INDENT,
     OPT_KEEP_IMPORTS,
     OPT_LENIENT,
+    OPT_KEEP_UNCHANGED,
     OPT_MAP,
     OPT_DEPFILE,
     OPT_DEPEND,
@@ -42,6 +43,7 @@ constexpr option s_expandTable[] = {
     {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
     {"lenient",      no_argument,       nullptr, OPT_LENIENT},
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
+    {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
     {"depend",       required_argument, nullptr, OPT_DEPEND},
@@ -159,6 +161,9 @@ void SetExpandOption(ExpandOptions& options, int code)
         break;
     case OPT_LENIENT:
         options.m_lenient = true;
+        break;
+    case OPT_KEEP_UNCHANGED:
+        options.m_keepUnchanged = true;
         break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", optarg);

@@ -70,6 +70,7 @@ struct ExpandOptions : CommonOptions
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;
     bool m_lenient = false; ///< What is no token is text.
+    bool m_keepUnchanged = false;
 
     bool UsesStandardOutput() const
     {
