@@ -74,6 +74,48 @@ TEST_F(OutputFilesTest, OutputOverTheMainFile)
     EXPECT_EQ(Read("main.tl"), "x");
 }
 
+#if TELV_HAS_PYTHON
+
+TEST_F(OutputFilesTest, WhatComesToAnOutputsPlaceMeanwhileIsNotReplaced)
+{
+    const struct
+    {
+        const char* m_code;
+        const char* m_reason;
+        std::filesystem::file_type m_type;
+    } rows[] = {
+        {"os.mkdir('NAME')", "Is a directory", std::filesystem::file_type::directory},
+        {"os.mkdir('NAME'); open('NAME/x', 'w')", "Is a directory",
+         std::filesystem::file_type::directory},
+        {"os.mkfifo('NAME')", "File exists", std::filesystem::file_type::fifo},
+        {"os.symlink('/dev/null', 'NAME')", "File exists", std::filesystem::file_type::symlink},
+    };
+    const std::vector<std::string> outputs[] = {
+        {"-o", "one"}, {"-o", "one", "--map", "two"}, {"-o", "two", "--map", "one"}};
+    for (const auto& row : rows)
+        for (const auto& names : outputs)
+            for (const bool wasThere : {false, true})
+            {
+                for (const char* const name : {"one", "two"})
+                {
+                    std::filesystem::remove_all(Path(name));
+                    if (wasThere)
+                        Write(name, "earlier");
+                    Expect(name);
+                }
+                std::string code = row.m_code;
+                for (size_t at = 0; (at = code.find("NAME")) != std::string::npos;)
+                    code.replace(at, 4, "one");
+                const std::string remove = wasThere ? "os.remove('one'); " : "";
+                ExpectFileError(Expand("@runpython{import os; " + remove + code + "}text", names),
+                                std::string("can't write 'one': ") + row.m_reason);
+                EXPECT_EQ(std::filesystem::symlink_status(Path("one")).type(), row.m_type);
+                EXPECT_EQ(Read("two"), wasThere ? "earlier" : "(none)");
+            }
+}
+
+#endif
+
 TEST_F(OutputFilesTest, SymbolicLinksAreFollowed)
 {
     std::filesystem::create_directory(Path("folder"));

@@ -54,6 +54,21 @@ protected:
 
 const int s_signals[] = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
 
+/// Every signal that ends a process, can be caught and is not one of writing.
+std::vector<int> EndingSignals()
+{
+    std::vector<int> signals = {SIGHUP,  SIGINT,  SIGQUIT, SIGILL,  SIGTRAP, SIGABRT,  SIGBUS,
+                                SIGFPE,  SIGUSR1, SIGSEGV, SIGUSR2, SIGALRM, SIGTERM,  SIGSTKFLT,
+                                SIGXCPU, SIGPROF, SIGPOLL, SIGPWR,  SIGSYS,  SIGVTALRM};
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal)
+        signals.push_back(signal);
+    // The sanitizer reports these and ends the process in its own way.
+    if (s_underAddressSanitizer)
+        for (const int reported : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT})
+            std::erase(signals, reported);
+    return signals;
+}
+
 TEST_F(SignalTest, WhileItExpands)
 {
     Write("out.txt", "earlier");
@@ -75,7 +90,7 @@ TEST_F(SignalTest, WhileOutputsAreWritten)
     Expect("fifo");
     Write("map.json", "earlier");
     Write("main.tl", "text");
-    for (const int signal : s_signals)
+    for (const int signal : EndingSignals())
     {
         // The map's temporary file is there while the opening of the pipe waits for a reader.
         LimitedProgram program(CommandLine({"--map", "map.json", "-o", "fifo", "main.tl"}),
@@ -122,6 +137,69 @@ TEST_F(SignalTest, WhileItWaitsForTheOpeningOfItsInput)
         ExpectDeath(program, signal);
     }
 }
+
+/// The process that `pid` has started; 0 while it has none.
+pid_t ChildOf(pid_t pid)
+{
+    const std::string task = "/proc/" + std::to_string(pid) + "/task/" + std::to_string(pid);
+    const std::string children = ReadFile(task + "/children").value_or("");
+    return children.empty() ? 0 : std::stoi(children);
+}
+
+TEST_F(SignalTest, AsTheFirstProcessOfAContainer)
+{
+    const std::vector<std::string> unshare = {"/usr/bin/unshare", "--pid", "--fork"};
+    std::vector<std::string> probe = unshare;
+    probe.emplace_back("/bin/true");
+    if (RunLimited(probe, InDirectory({})).status != 0)
+        GTEST_SKIP() << "this user may not make a PID namespace";
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    Expect("fifo");
+    Write("map.json", "earlier");
+    Write("main.tl", "text");
+    for (const int signal : s_signals)
+    {
+        std::vector<std::string> command = unshare;
+        for (const std::string& word : CommandLine({"--map", "map.json", "-o", "fifo", "main.tl"}))
+            command.push_back(word);
+        LimitedProgram program(command, InDirectory({}));
+        Await([&] { return !Strangers().empty(); });
+        ASSERT_EQ(kill(ChildOf(program.Pid()), signal), 0);
+        const ProgramResult result = program.Finish();
+        EXPECT_EQ(result.status, 128 + signal) << Describe(result);
+        EXPECT_EQ(Strangers(), std::set<std::string>());
+        EXPECT_EQ(Read("map.json"), "earlier");
+    }
+}
+
+#if TELV_HAS_PYTHON
+
+// The signal of a timer goes to any thread that does not hold it back: to Python's while the one
+// that renames does.
+TEST_F(SignalTest, ThatAThreadOfPythonReceives)
+{
+    Write("main.tl", "@runpython\n{\nimport signal, threading, time\n"
+                     "thread = threading.Thread(target=time.sleep, args=(100,))\n"
+                     "thread.daemon = True\nthread.start()\ntime.sleep(0.001)\n"
+                     "signal.setitimer(signal.ITIMER_REAL, int(_DELAY_) * 1e-6)\n}\ntext");
+    for (int i = 0; i < 120; ++i)
+    {
+        Write("out.txt", "earlier");
+        Write("map.json", "earlier");
+        const int delay = 100 + i * 100;
+        const ProgramResult result =
+            RunLimited(CommandLine({"-o", "out.txt", "--map", "map.json", "-D",
+                                    "DELAY=" + std::to_string(delay), "main.tl"}),
+                       InDirectory({}));
+        const bool isNew = Read("out.txt") == "text";
+        EXPECT_EQ(Read("out.txt"), isNew ? "text" : "earlier");
+        EXPECT_EQ(Read("map.json").rfind(isNew ? "{\"version\":1," : "earlier", 0), 0u) << delay;
+        EXPECT_EQ(result.signal, result.status == 0 ? 0 : SIGALRM) << Describe(result);
+        EXPECT_EQ(Strangers(), std::set<std::string>());
+    }
+}
+
+#endif
 
 TEST_F(SignalTest, IgnoredSignalsStayIgnored)
 {

@@ -16,6 +16,23 @@ TEST_F(ProjectTest, PrintsWhatWasRead)
               " \"importPaths\":[\"lib\"],\"settings\":{\"output\":\"build/app\"}}\n");
 }
 
+TEST_F(ProjectTest, ItsFileMayBeAPipe)
+{
+    Write("common.mpfw", "$B = \"2\"\n");
+    for (int i = 0; i < 20; ++i)
+    {
+        const ProgramResult result =
+            RunShell("rm -f pipe; mkfifo pipe\ntimeout 20 \"$TLEXPAND\" project pipe &\n"
+                     "echo '$A = \"1\" @import \"common.mpfw\"' > pipe; wait $!");
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.out,
+                  "{\"version\":1,\"files\":[\"pipe\",\"common.mpfw\"],\"macros\":["
+                  "{\"name\":\"A\",\"value\":\"1\"},{\"name\":\"B\",\"value\":\"2\"}],\n"
+                  " \"importPaths\":[],\"settings\":{}}\n");
+        EXPECT_EQ(result.err, "");
+    }
+}
+
 TEST_F(ProjectTest, AnEmptyProjectIsOne)
 {
     Write("e", "");

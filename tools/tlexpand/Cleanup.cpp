@@ -1,12 +1,16 @@
 // A fixed table of temporary names, the one state here that is process-wide: a signal handler has
 // no other way to reach it. An entry is filled before its file is made and freed after it is gone.
 #include "Cleanup.h"
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
 #include <sys/random.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace telv::tool
@@ -15,7 +19,11 @@ namespace telv::tool
 namespace
 {
 
-constexpr int s_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGALRM, SIGXCPU, SIGUSR1, SIGUSR2};
+/// Not those that end a process: some are ignored, some stop or continue it, two can't be caught.
+constexpr int s_harmless[] = {SIGKILL, SIGSTOP, SIGCHLD, SIGCONT, SIGURG,
+                              SIGTSTP, SIGTTIN, SIGTTOU, SIGWINCH};
+/// A write that meets one of these fails instead.
+constexpr int s_ofWriting[] = {SIGPIPE, SIGXFSZ};
 
 struct Entry
 {
@@ -27,6 +35,10 @@ struct Entry
 /// One for each output that a run can have, and some.
 Entry s_entries[8];
 pid_t s_owner = 0;
+/// The thread that makes, renames and removes temporary files.
+std::atomic<pid_t> s_worker = 0;
+/// What `s_worker` handles a fault on when its stack has run out.
+alignas(16) char s_faultStack[64 * 1024];
 
 void Remove(const Entry& entry)
 {
@@ -42,36 +54,85 @@ void RemoveTemporaryFiles()
             Remove(entry);
 }
 
-void OnSignal(int signal)
+/// Whether the signal says that the code of this very thread can't go on.
+bool IsOfThisThread(int signal, const siginfo_t& info)
+{
+    return info.si_code > 0 ? signal == SIGSEGV || signal == SIGBUS || signal == SIGFPE ||
+                                  signal == SIGILL || signal == SIGTRAP || signal == SIGSYS
+                            : signal == SIGABRT && info.si_code == SI_TKILL;
+}
+
+/// Hands a signal that has come to another thread (Python code can start some) to the one that
+/// works on the files: only there it is known to meet none between two states.
+bool HandOn(int signal)
+{
+    const pid_t worker = s_worker;
+    return worker != gettid() && getpid() == s_owner &&
+           syscall(SYS_tgkill, s_owner, worker, signal) == 0;
+}
+
+void SetHandler(int signal, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigaction(signal, &action, nullptr);
+}
+
+void OnSignal(int signal, siginfo_t* info, void* /*context*/)
 {
     const int error = errno;
-    RemoveTemporaryFiles();
-    raise(signal); // Its default effect is back; it comes when this handler returns.
+    if (IsOfThisThread(signal, *info) || !HandOn(signal))
+    {
+        RemoveTemporaryFiles();
+        // The first process of a container gets no signal that it does not handle.
+        if (getpid() == 1)
+            _exit(128 + signal);
+        SetHandler(signal, SIG_DFL);
+        raise(signal); // It comes when this handler returns.
+    }
     errno = error;
+}
+
+bool Holds(const auto& signals, int signal)
+{
+    return std::find(std::begin(signals), std::end(signals), signal) != std::end(signals);
+}
+
+/// Calls `use` with each signal that ends a process and can be caught.
+template <class Use>
+void ForEachEndingSignal(Use use)
+{
+    for (int signal = 1; signal <= SIGRTMAX; ++signal)
+        // Between the two, the C library keeps some for itself.
+        if ((signal < __SIGRTMIN || signal >= SIGRTMIN) && !Holds(s_harmless, signal) &&
+            !Holds(s_ofWriting, signal))
+            use(signal);
 }
 
 sigset_t HandledSignals()
 {
     sigset_t set;
     sigemptyset(&set);
-    for (const int signal : s_signals)
-        sigaddset(&set, signal);
+    ForEachEndingSignal([&](int signal) { sigaddset(&set, signal); });
+    return set;
+}
+
+/// The same without those that a fault of the code raises: held back, they would be lost.
+sigset_t BlockableSignals()
+{
+    sigset_t set = HandledSignals();
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS})
+        sigdelset(&set, signal);
     return set;
 }
 
 void IgnoreSignal(int /*signal*/) {}
 
-/// Sets the handler of a signal that is not ignored.
-void Handle(int signal, void (*handler)(int), int flags)
+/// Whether nobody handles or ignores the signal. (Sanitizers handle faults.)
+bool HasDefault(int signal)
 {
     struct sigaction action = {};
-    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
-        return;
-    action = {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    action.sa_mask = HandledSignals();
-    sigaction(signal, &action, nullptr);
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
 }
 
 size_t TakeEntry(int directory)
@@ -143,6 +204,16 @@ bool TemporaryFile::HasBytesOf(const std::string& name) const
     return own.IsOpen() && earlier.IsOpen() && HoldSameBytes(own.Get(), earlier.Get());
 }
 
+/// Whether what has come to `name` since the run began may be replaced: nothing, or a regular file.
+void TemporaryFile::CheckPlace(const std::string& name) const
+{
+    struct stat status;
+    const int directory = s_entries[m_slot].m_directory;
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        !S_ISREG(status.st_mode))
+        throw MakeFileError("write", m_path, S_ISDIR(status.st_mode) ? EISDIR : EEXIST);
+}
+
 /// 0, or an `errno`.
 int TemporaryFile::Rename(const std::string& name, unsigned flags) const
 {
@@ -158,6 +229,7 @@ int TemporaryFile::Rename(const std::string& name, unsigned flags) const
 
 void TemporaryFile::RenameTo(const std::string& name)
 {
+    CheckPlace(name);
     if (const int error = Rename(name, 0))
         throw MakeFileError("write", m_path, error);
     m_state = EState::Gone;
@@ -166,6 +238,7 @@ void TemporaryFile::RenameTo(const std::string& name)
 
 void TemporaryFile::ExchangeWith(const std::string& name)
 {
+    CheckPlace(name);
     const int error = Rename(name, RENAME_EXCHANGE);
     if (error == ENOENT || error == EINVAL || error == ENOSYS)
     {
@@ -175,7 +248,23 @@ void TemporaryFile::ExchangeWith(const std::string& name)
     else if (error != 0)
         throw MakeFileError("write", m_path, error);
     else
+    {
         m_state = EState::Earlier;
+        CheckTaken(name);
+    }
+}
+
+/// What came to the place after the last look may not be what a file replaces: then back with it.
+void TemporaryFile::CheckTaken(const std::string& name)
+{
+    struct stat status;
+    const Entry& entry = s_entries[m_slot];
+    if (fstatat(entry.m_directory, entry.m_name, &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+        S_ISREG(status.st_mode))
+        return;
+    MoveBack(name);
+    m_state = EState::Own;
+    throw MakeFileError("write", m_path, S_ISDIR(status.st_mode) ? EISDIR : EEXIST);
 }
 
 void TemporaryFile::MoveBack(const std::string& name)
@@ -190,21 +279,45 @@ void InstallSignalHandlers()
 {
     s_owner = getpid();
     // A program that is started gets defaults for handlers, but would inherit SIG_IGN.
-    for (const int signal : {SIGPIPE, SIGXFSZ})
-        Handle(signal, IgnoreSignal, SA_RESTART);
-    for (const int signal : s_signals)
-        Handle(signal, OnSignal, static_cast<int>(SA_RESETHAND | SA_RESTART));
+    for (const int signal : s_ofWriting)
+        if (HasDefault(signal))
+            SetHandler(signal, IgnoreSignal);
+    struct sigaction action = {};
+    action.sa_sigaction = OnSignal;
+    action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
+    action.sa_mask = HandledSignals();
+    ForEachEndingSignal(
+        [&](int signal)
+        {
+            if (HasDefault(signal))
+                sigaction(signal, &action, nullptr);
+        });
 }
 
 SignalBlocker::SignalBlocker()
 {
-    const sigset_t set = HandledSignals();
+    const sigset_t set = BlockableSignals();
     pthread_sigmask(SIG_BLOCK, &set, &m_before);
 }
 
 SignalBlocker::~SignalBlocker()
 {
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+}
+
+void HandleSignalsHere()
+{
+    stack_t current = {};
+    if (sigaltstack(nullptr, &current) == 0 && (current.ss_flags & SS_DISABLE) != 0)
+    {
+        stack_t stack = {};
+        stack.ss_sp = s_faultStack;
+        stack.ss_size = sizeof(s_faultStack);
+        sigaltstack(&stack, nullptr);
+    }
+    s_worker = gettid();
+    const sigset_t set = HandledSignals();
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 void EndRun(const std::string& message)

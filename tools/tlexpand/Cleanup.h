@@ -1,8 +1,9 @@
 // Nothing may be left behind when the run ends early: temporary files are known here by name, so
 // that a signal handler can remove them.
 //
-// The tool has one thread. A handler that comes while a temporary file is made, renamed or removed
-// never meets one half registered.
+// The handler does its work on the thread that does the run's (see LargeStack.h), which alone
+// makes, renames and removes temporary files; so it never meets one half registered. What another
+// thread receives is handed on.
 #pragma once
 
 #include "Files.h"
@@ -51,19 +52,23 @@ private:
     };
 
     int Rename(const std::string& name, unsigned flags) const;
+    void CheckPlace(const std::string& name) const;
+    void CheckTaken(const std::string& name);
+
     std::string m_path;
     size_t m_slot; ///< Of the table that the signal handler reads.
     Descriptor m_fd;
     EState m_state = EState::Own;
 };
 
-/// Installs handlers for the signals that end a program: they remove the temporary files of this
-/// process and let the signal have its effect. SIGPIPE and SIGXFSZ have no effect from now on, so
-/// that the write that meets them fails. Signals that are ignored stay so; programs that this
-/// process starts find all others at their defaults.
+/// Installs handlers for all signals that end a program and can be caught: they remove the
+/// temporary files of this process and let the signal have its effect (the first process of a
+/// container, on which it would have none, ends with status 128 + N). SIGPIPE and SIGXFSZ have no
+/// effect from now on, so that the write that meets them fails. Signals that are ignored or handled
+/// already stay so; programs that this process starts find all others at their defaults.
 void InstallSignalHandlers();
 
-/// Keeps those signals away for the length of a scope.
+/// Keeps those signals away, faults of the code apart, for the length of a scope, or of a thread.
 class SignalBlocker
 {
 public:
@@ -75,6 +80,9 @@ public:
 private:
     sigset_t m_before;
 };
+
+/// Makes this thread the one that signals are handled on, and lets them through to it.
+void HandleSignalsHere();
 
 /// Ends the process at once, with status 2, after removing the temporary files and writing
 /// "tlexpand: MESSAGE"; without either in a process that was forked off. For places that no

@@ -30,6 +30,7 @@ struct WantedOutputs
     {
         if (options.m_keepUnchanged)
             m_set.KeepUnchanged();
+        m_set.RefuseStandardStreams();
     }
 
 private:
@@ -131,8 +132,7 @@ void ExpandCommand::RefuseInputs() const
     const std::vector<FileIdentity> imports = m_handler.ImportedIdentities();
     for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
-    if (m_options.UsesStandardOutput())
-        m_outputs.m_set.RefuseStandardOutput(imports);
+    OutputSet::RefuseStandardOutput(imports);
 }
 
 /// Null is standard output.

@@ -49,7 +49,11 @@ struct Job
     Stack m_stack;
     int m_result = 2;
 
-    void Do() { m_result = m_work(m_argc, m_argv); }
+    void Do()
+    {
+        HandleSignalsHere();
+        m_result = m_work(m_argc, m_argv);
+    }
 };
 
 size_t LargestSensibleSize()

@@ -1,10 +1,10 @@
 // Reads the project and prints what was read.
 #include "ProjectCommand.h"
 #include "Files.h"
-#include "report/GuardedRun.h"
+#include "input/ProjectReader.h"
 #include "output/JsonText.h"
 #include "output/OutputFile.h"
-#include "input/ProjectReader.h"
+#include "report/GuardedRun.h"
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -47,8 +47,8 @@ public:
     int Run();
 
 private:
-    void CheckMainFile() const;
-    void Read();
+    void ReadMainFile();
+    void ReadProject();
     void LearnSources();
     void Report(const LexScannerException& e);
     std::string MakeJson() const;
@@ -61,41 +61,42 @@ private:
     MpfwSourceFileList m_files;
     MpfwFrame m_frame;
     ProjectReader m_reader;
+    std::string m_mainName;
+    xstring m_mainText; ///< Until the reader takes it.
     bool m_failed = false;
 };
 
 int ProjectCommand::Run()
 {
     const ExpansionRunScope scope(m_run);
-    CheckMainFile();
-    const auto work = [this] { Read(); };
+    ReadMainFile();
+    const auto work = [this] { ReadProject(); };
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed) || m_failed)
         return 1;
     WriteStandardOutput([this](ByteSink& sink) { sink.Write(MakeJson()); });
     return 0;
 }
 
-/// A main file that can't be read is no error in a text. Standard input is seen when it is read.
-void ProjectCommand::CheckMainFile() const
+/// Opened and read once, so that it may be a pipe. One that can't be read is no error in a text.
+void ProjectCommand::ReadMainFile()
 {
     if (m_options.m_file == s_standardStream)
+    {
+        m_mainName = "<stdin>";
+        m_mainText = ReadAll(STDIN_FILENO, m_mainName);
         return;
-    const Descriptor fd(OpenAt(StartDirectory(), m_options.m_file.c_str(), O_RDONLY | O_NOCTTY));
-    struct stat status;
-    if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0)
-        throw MakeFileError("read", m_options.m_file, errno);
-    if (S_ISDIR(status.st_mode))
-        throw MakeFileError("read", m_options.m_file, EISDIR);
+    }
+    m_mainName = m_options.m_file;
+    const Descriptor fd(OpenAt(StartDirectory(), m_mainName.c_str(), O_RDONLY | O_NOCTTY));
+    if (!fd.IsOpen())
+        throw MakeFileError("read", m_mainName, errno);
+    m_mainText = ReadAll(fd.Get(), m_mainName);
 }
 
-void ProjectCommand::Read()
+void ProjectCommand::ReadProject()
 try
 {
-    if (m_options.m_file != s_standardStream)
-        return m_reader.Read(xstring(ViewOf(m_options.m_file)));
-    const std::string name = "<stdin>";
-    xstring text = ReadAll(STDIN_FILENO, name);
-    m_reader.ReadText(xstring(ViewOf(name)), text);
+    m_reader.Read(xstring(ViewOf(m_mainName)), m_mainText);
 }
 catch (...)
 {

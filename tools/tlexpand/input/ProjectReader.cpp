@@ -79,14 +79,9 @@ ProjectReader::ProjectReader(MpfwFrame& frame, const ProjectOptions& options, Er
     }
 }
 
-void ProjectReader::Read(const xstring& path)
+void ProjectReader::Read(const xstring& path, xstring& text)
 {
-    ProcessImportedFile(AddFile(path));
-}
-
-void ProjectReader::ReadText(const xstring& name, xstring& text)
-{
-    ProcessImportedFile(AddText(name, text));
+    ProcessImportedFile(AddText(path, text));
 }
 
 bool ProjectReader::HandleImport(VarFrame* vf, const xstring& path, const char* pos)

@@ -31,12 +31,11 @@ public:
     ///                reading goes on with the next file.
     ProjectReader(MpfwFrame& frame, const ProjectOptions& options, ErrorSink report);
 
-    /// Reads a project from its main file on.
+    /// Reads a project from its main file on, whose text is taken. `path` is where it lies, or
+    /// stands for it when it is in no file.
     ///
-    /// @throws LexScannerException  The file can't be read, or something ran out.
-    void Read(const xstring& path);
-    /// The same with a text that is in no file, which is taken; `name` stands for it.
-    void ReadText(const xstring& name, xstring& text);
+    /// @throws LexScannerException  Something ran out.
+    void Read(const xstring& path, xstring& text);
 
     /// Definitions in the order of reading.
     const NamedValues& Macros() const { return m_macros; }

@@ -8,6 +8,19 @@
 namespace telv::tool
 {
 
+namespace
+{
+
+std::optional<FileIdentity> RegularFileAt(int fd)
+{
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return FileIdentity(status);
+}
+
+} // namespace
+
 OutputFile& OutputSet::Add(const std::string& path)
 {
     OutputFile& added = m_outputs.emplace_back(path).m_file;
@@ -25,17 +38,23 @@ void OutputSet::RefuseInput(const FileIdentity& identity, const OutputFile* allo
             throw UsageError("the output '" + output.m_file.Path() + "' is a file that is read");
 }
 
-void OutputSet::RefuseStandardOutput(const std::vector<FileIdentity>& imports) const
+void OutputSet::RefuseStandardStreams() const
 {
-    struct stat status;
-    if (fstat(STDOUT_FILENO, &status) != 0 || !S_ISREG(status.st_mode))
-        return;
-    const FileIdentity identity(status);
-    for (const Output& output : m_outputs)
-        if (output.m_file.IsFile(identity))
-            throw UsageError("standard output and '" + output.m_file.Path() +
-                             "' are the same output");
-    if (std::ranges::find(imports, identity) != imports.end())
+    for (const int fd : {STDOUT_FILENO, STDERR_FILENO})
+    {
+        const std::optional<FileIdentity> identity = RegularFileAt(fd);
+        for (const Output& output : m_outputs)
+            if (identity && output.m_file.IsFile(*identity))
+                throw UsageError(
+                    std::string(fd == STDOUT_FILENO ? "standard output" : "standard error") +
+                    " and '" + output.m_file.Path() + "' are the same output");
+    }
+}
+
+void OutputSet::RefuseStandardOutput(const std::vector<FileIdentity>& imports)
+{
+    const std::optional<FileIdentity> identity = RegularFileAt(STDOUT_FILENO);
+    if (identity && std::ranges::find(imports, *identity) != imports.end())
         throw UsageError("standard output is a file that is read");
 }
 

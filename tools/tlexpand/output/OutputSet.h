@@ -21,9 +21,12 @@ public:
     ///     which the run has read.
     void RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const;
 
-    /// @throws UsageError  Standard output, to which something will be written, is the same regular
-    ///     file as an output or as an imported one.
-    void RefuseStandardOutput(const std::vector<FileIdentity>& imports) const;
+    /// @throws UsageError  Standard output or standard error is the same regular file as an output:
+    ///     what is printed or reported would be lost.
+    void RefuseStandardStreams() const;
+
+    /// @throws UsageError  Standard output is the same regular file as an imported one.
+    static void RefuseStandardOutput(const std::vector<FileIdentity>& imports);
 
     /// What is to be written to `output`.
     void SetContent(OutputFile& output, Content content);
