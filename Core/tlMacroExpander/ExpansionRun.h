@@ -11,6 +11,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace telv
@@ -62,6 +63,14 @@ public:
 
     /// With false, `@runpython` and Python macros are the error "Python is disabled".
     bool m_pythonAllowed = true;
+
+    /// Directories in which Python looks for modules first, in order; absolute ones, since code can
+    /// change the working directory.
+    std::vector<std::string> m_pythonPath;
+
+    /// Where `@print` and Python's standard output write; borrowed. Null: `xcout`, which all
+    /// threads share.
+    xostream* m_printStream = nullptr;
 
     /// Called on the expanding thread each time before Python code runs, so that what was printed
     /// earlier can be sent off: the code may write to descriptors, and may start processes that
@@ -127,6 +136,12 @@ private:
 
     std::unique_ptr<RunState> m_state; ///< What only the library uses; never null.
 };
+
+/// What texts print to in `run`, which may be null.
+inline xostream& PrintStreamOf(const ExpansionRun* run)
+{
+    return run != nullptr && run->m_printStream != nullptr ? *run->m_printStream : xcout;
+}
 
 /// Installs a run for the current thread until the end of the scope; scopes nest.
 class TLEXPANDER_API ExpansionRunScope

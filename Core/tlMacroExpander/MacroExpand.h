@@ -30,6 +30,10 @@ protected:
 
 /// Expands the macro text `str` and appends the result to `output`.
 ///
+/// Several threads may expand at the same time, each with frames, outputs and a run of its own. All
+/// Python code of the process shares one interpreter: it runs one thread at a time, the others wait.
+/// What texts print goes to `ExpansionRun::m_printStream`, else to `xcout`, which threads share.
+///
 /// Text that is neither a directive nor the name of a variable visible in `vf` is copied as it
 /// stands (dollar macros inside double quotes are replaced); its indentation moves from `srcIndent`
 /// to `dstIndent` columns. Definitions made at the outer level of `str` stay in `vf`.

@@ -28,6 +28,71 @@ TEST_F(ImportFilesTest, Cycles)
                                             "imported from b.tl(2)\nimported from main.tl(1)\n");
 }
 
+#if TELV_HAS_PYTHON
+
+std::string WritePython(const std::string& name, const std::string& text)
+{
+    return "@runpython{f = open('" + name + "', 'w'); f.write('" + text + "'); f.close()}\n";
+}
+
+TEST_F(ImportFilesTest, AFileThatTookTheNumberOfARemovedOneIsAnother)
+{
+    std::string source;
+    std::string expected;
+    for (int i = 0; i < 50; ++i)
+    {
+        const std::string n = std::to_string(10 + i);
+        source += WritePython("lib" + n, "@def m" + n + " = {" + n + "}") + "@import \"lib" + n +
+                  "\"\n@runpython{import os; os.remove('lib" + n + "')}\nm" + n + "\n";
+        expected += n + "\n";
+    }
+    ExpectText(Expand(source), expected);
+}
+
+TEST_F(ImportFilesTest, AFileThatWasWrittenAnewIsReadAnew)
+{
+    Expect("lib.tl");
+    ExpectText(Expand(WritePython("lib.tl", "@def a = {1}") + "@import \"lib.tl\"\n" +
+                      WritePython("lib.tl", "@def b = {2}") + "@import \"lib.tl\"\na b"),
+               "1 2");
+}
+
+TEST_F(ImportFilesTest, ALinkMadeMeanwhileLeadsToTheSameFile)
+{
+    Expect("lib.tl");
+    Expect("hard");
+    Expect("soft");
+    const ProgramResult result =
+        Expand(WritePython("lib.tl", "@println(once)@def m = {1}") +
+               "@import \"lib.tl\"\n@runpython{import os; os.link('lib.tl', 'hard'); "
+               "os.symlink('lib.tl', 'soft')}\n@import \"hard\"\n@import \"soft\"\n"
+               "@import \"./lib.tl\"\nm");
+    EXPECT_EQ(result.err, "once\n");
+    EXPECT_EQ(result.out, "1");
+}
+
+TEST_F(ImportFilesTest, ACycleThroughAFileThatChangesIsACycle)
+{
+    Write("lib.tl", "@runpython{f = open('lib.tl', 'a'); f.write('x'); f.close()}\n"
+                    "@import \"lib.tl\"\n");
+    ExpectError(Expand("@import \"lib.tl\""),
+                "lib.tl(2) : error : Import cycle: lib.tl -> lib.tl\n");
+}
+
+TEST_F(ImportFilesTest, AnOutputWithTheNumberOfARemovedImportIsNoInput)
+{
+    Expect("out.txt");
+    for (int i = 0; i < 20; ++i)
+        ExpectText(Expand(WritePython("lib.tl", "@def m = {1}") +
+                              "@import \"lib.tl\"\n@runpython{import os; os.remove('lib.tl')}\n" +
+                              WritePython("out.txt", "new") + "m",
+                          {"-o", "out.txt"}),
+                   "");
+    EXPECT_EQ(Read("out.txt"), "1");
+}
+
+#endif
+
 TEST_F(ImportFilesTest, CycleThroughALink)
 {
     std::filesystem::create_symlink("main.tl", Path("link.tl"));

@@ -54,6 +54,7 @@ public:
         m_run.m_limits = options.m_limits;
         m_run.m_pythonAllowed = options.m_python;
         m_run.m_lenient = options.m_lenient;
+        m_run.m_pythonPath = options.m_pythonPath;
     }
 
     int Run();

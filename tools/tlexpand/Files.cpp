@@ -5,8 +5,10 @@
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <new>
 #include <poll.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace telv::tool
@@ -234,6 +236,13 @@ std::string DirectoryOf(const std::string& path)
     if (slash == std::string::npos)
         return std::string();
     return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string AbsolutePath(const std::string& path)
+{
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    return error ? path : JoinPath("", absolute.string());
 }
 
 std::string JoinPath(const std::string& directory, const std::string& name)

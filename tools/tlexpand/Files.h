@@ -101,6 +101,9 @@ bool IsRegularFile(const std::string& path);
 /// The part before the last slash ("" without one, "/" for a file in the root).
 std::string DirectoryOf(const std::string& path);
 
+/// `path` from the root on, as long as Python code has not changed the working directory.
+std::string AbsolutePath(const std::string& path);
+
 /// `name` in `directory`, normalised; without a leading "./".
 std::string JoinPath(const std::string& directory, const std::string& name);
 

@@ -41,6 +41,7 @@ public:
     {
         m_run.m_limits = options.m_limits;
         m_run.m_pythonAllowed = options.m_python;
+        m_run.m_pythonPath = options.m_pythonPath;
         m_run.m_fileErrorSink = [this](const LexScannerException& e) { Report(e); };
     }
 

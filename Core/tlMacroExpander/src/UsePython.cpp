@@ -11,12 +11,19 @@
 // Python's header wants to be the first to include the system's.
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Python/PythonLock.h"
 #include "tlMacroExpander/src/Python/PythonSignals.h"
+#include "tlMacroExpander/src/Python/PythonStack.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <exception>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace telv
 {
@@ -59,6 +66,40 @@ constexpr const char* s_bootstrapScript = "import code\n"
 /// passed on already.
 constexpr const char* s_flushScript = "myStdOut.flush = myStdErr.flush = lambda self: None\n";
 
+/// What is left to do at the end of a program. Files that Python closes on its own at its end would
+/// not tell about errors; those of C among them come last, since others write to them.
+constexpr const char* s_finishScript =
+    "import gc, sys\n"
+    "errors = []\n"
+    "def attempt(call, kinds):\n"
+    "  try: call()\n"
+    "  except kinds: errors.append(sys.exc_info())\n"
+    "  except Exception: pass\n"
+    "def others(threading):\n"
+    "  return [t for t in threading.enumerate() if not t.daemon and\n"
+    "          t is not threading.currentThread() and\n"
+    "          not isinstance(t, threading._MainThread)]\n"
+    "threading = sys.modules.get('threading')\n"
+    "while threading and others(threading):\n"
+    "  for t in others(threading): t.join()\n"
+    "end = sys.__dict__.pop('exitfunc', None)\n"
+    "if end: attempt(end, BaseException)\n"
+    "if '_io' in sys.modules:\n"
+    "  base = sys.modules['_io']._IOBase\n"
+    "  files = [f for f in gc.get_objects() if base in getattr(type(f), '__mro__', ())]\n"
+    "  for f in files:\n"
+    "    if type(f).__module__ not in ('_io', 'io'): attempt(f.close, EnvironmentError)\n"
+    "  for f in files: attempt(f.flush, EnvironmentError)\n"
+    "  del files[:]\n"
+    "if errors:\n"
+    "  kind, value, trace = errors[0]\n"
+    "  raise kind, value, trace.tb_next\n";
+
+/// The directories of the last run that stand in Python's module path.
+std::vector<std::string> s_modulePath;
+/// The interpreter was ended while threads of Python code were left.
+bool s_interpreterStays = false;
+
 /// Tells the current run when Python code begins and when everything of it has ended, the releasing
 /// of its objects included: so this is the first object where code is run.
 class PythonCodeScope
@@ -82,26 +123,14 @@ private:
     int m_exceptions;
 };
 
-/// What starting Python and simple code need.
-constexpr ssize_t s_leastStack = ssize_t(64) * 1024;
-/// More than one level of Python's recursion takes.
-constexpr ssize_t s_stackPerLevel = 1024;
-
-/// Lowers Python's recursion limit, until the end of the scope, to what fits on the stack that the
-/// expansion has left: Python itself counts levels and knows nothing of bytes.
+/// Lowers Python's recursion limit, until the end of the scope, to what fits on its stack.
 class RecursionLimitScope
 {
 public:
-    /// @throws ExpansionLimitException  There is hardly any stack left.
-    [[gnu::noinline]] explicit RecursionLimitScope(const char* pos)
+    RecursionLimitScope()
+        : m_previous(Python().Py_GetRecursionLimit()),
+          m_limit(std::min(m_previous, RecursionThatFits()))
     {
-        const char* const frame = static_cast<const char*>(__builtin_frame_address(0));
-        const ssize_t stack = frame - LowestStackAddress(frame);
-        if (stack < s_leastStack)
-            ThrowNestedTooDeeply(pos);
-        InitPython();
-        m_previous = Python().Py_GetRecursionLimit();
-        m_limit = static_cast<int>(std::min<ssize_t>(m_previous, stack / s_stackPerLevel));
         Python().Py_SetRecursionLimit(m_limit);
     }
     /// A limit that the code has set stays.
@@ -118,14 +147,31 @@ private:
     int m_limit;
 };
 
+/// Stacks of the threads that Python code starts; only what is used of one takes memory.
+constexpr size_t s_threadStack = size_t(24) << 20;
+
+/// The interpreter's program, of which modules tell where they are.
+std::string s_programName;
+
 /// Starts the interpreter without its module `site`: were that one broken, Python would end the
 /// process. It is imported afterwards, as the start would have done, and may fail.
+///
+/// Nothing is taken from the environment or from the user's home, and nothing is left behind:
+/// neither variables, nor a locale, nor the search path of programs, nor a site of the user decide
+/// anything, and no compiled module is written beside its source.
 void StartInterpreter()
 {
     *Python().Py_IgnoreEnvironmentFlag = 1;
     *Python().Py_NoSiteFlag = 1;
+    *Python().Py_NoUserSiteDirectory = 1;
+    *Python().Py_DontWriteBytecodeFlag = 1;
+    *Python().Py_FileSystemDefaultEncoding = "UTF-8";
+    s_programName = std::string(PythonHome()) + "/bin/python2.7";
+    Python().Py_SetProgramName(s_programName.data());
     Python().Py_SetPythonHome(PythonHome());
     Python().Py_InitializeEx(/*initsigs=*/0);
+    Python().PyThread_set_stacksize(s_threadStack);
+    PythonLock::NoteStart();
     const PyObjectRef site(Python().PyImport_ImportModule("site"));
     Python().PyErr_Clear();
 }
@@ -142,17 +188,22 @@ bool RunSimpleString(const char* code)
     return static_cast<bool>(result);
 }
 
-/// Makes the module whose dictionary all code shares; it needs the built-in names.
-void MakeSharedModule()
+void AddBuiltIns(PyObject* module)
 {
-    s_module = Python().PyModule_New("test");
-    TELV_ASSERT(s_module);
     // The assertion's text is the name of the variable.
     // NOLINTNEXTLINE(readability-identifier-naming)
     PyObject* const builtin_module = Python().PyImport_AddModule("__builtin__");
     TELV_ASSERT(builtin_module);
     Py_INCREF(builtin_module);
-    Python().PyModule_AddObject(s_module, "__builtins__", builtin_module);
+    Python().PyModule_AddObject(module, "__builtins__", builtin_module);
+}
+
+/// Makes the module whose dictionary all code shares; it needs the built-in names.
+void MakeSharedModule()
+{
+    s_module = Python().PyModule_New("test");
+    TELV_ASSERT(s_module);
+    AddBuiltIns(s_module);
     s_moduleDict = Python().PyModule_GetDict(s_module);
 }
 
@@ -192,6 +243,72 @@ bool CheckNoNul(SubString code)
     return false;
 }
 
+/// Moves the lines of compiled code, and of the functions in it, down.
+void CountLinesFrom(PyObject* object, ssize_t linesBefore)
+{
+    if (Py_TYPE(object) != Python().PyCode_Type)
+        return;
+    auto& code = *reinterpret_cast<PyCodeObject*>(object);
+    code.co_firstlineno += static_cast<int>(linesBefore);
+    for (Py_ssize_t i = 0; i < Py_SIZE(code.co_consts); ++i)
+        CountLinesFrom(PyTuple_GET_ITEM(code.co_consts, i), linesBefore);
+}
+
+/// Releases the shared module and ends the interpreter, on its stack. When threads of Python code
+/// are left, the interpreter stays for them: they hold what it would free.
+void EndPython()
+{
+    {
+        const PyObjectRef module(s_module);
+        s_module = nullptr;
+        s_moduleDict = nullptr;
+    }
+    if (!s_haveInitialisedPython)
+        return;
+    s_haveInitialisedPython = false;
+    s_modulePath.clear();
+    s_interpreterStays = !PythonLock::PrepareEnd();
+    if (!s_interpreterStays)
+        Python().Py_Finalize();
+    std::fflush(nullptr); // what a file object of Python wrote and a program's end would send off
+}
+
+/// Where `directory` stands in Python's module path; -1 when it does not.
+Py_ssize_t IndexInPath(PyObject* path, const std::string& directory)
+{
+    for (Py_ssize_t i = 0; i < Python().PyList_Size(path); ++i)
+    {
+        PyObject* const item = Python().PyList_GetItem(path, i);
+        char* bytes = nullptr;
+        Py_ssize_t size = 0;
+        if (PyString_Check(item) && Python().PyString_AsStringAndSize(item, &bytes, &size) == 0 &&
+            directory == std::string_view(bytes, static_cast<size_t>(size)))
+            return i;
+    }
+    return -1;
+}
+
+/// Puts the directories of the run before Python's own, in the place of those of the run before.
+void ApplyModulePath(const ExpansionRun* run)
+{
+    static const std::vector<std::string> s_none;
+    const std::vector<std::string>& wanted = run == nullptr ? s_none : run->m_pythonPath;
+    PyObject* const path = Python().PySys_GetObject(const_cast<char*>("path"));
+    if (wanted == s_modulePath || path == nullptr || !PyList_Check(path))
+        return;
+    for (const std::string& directory : s_modulePath)
+        if (const Py_ssize_t i = IndexInPath(path, directory); i >= 0)
+            Python().PyList_SetSlice(path, i, i + 1, nullptr);
+    Py_ssize_t next = 0;
+    for (const std::string& directory : wanted)
+    {
+        const PyObjectRef item(Python().PyString_FromStringAndSize(
+            directory.data(), static_cast<Py_ssize_t>(directory.size())));
+        Python().PyList_Insert(path, next++, item.m_pyObj);
+    }
+    s_modulePath = wanted;
+}
+
 [[noreturn]] void ThrowPythonError(const char* prefix, const xstring& errorString,
                                    const char* errorPos)
 {
@@ -213,30 +330,16 @@ xstring WithoutLeadingBlanks(SubString code)
     return xstring(code);
 }
 
-} // namespace
-
-PyObjectRef::~PyObjectRef()
+/// Starts the interpreter, on its stack. One that its threads have kept is used again.
+void StartPython()
 {
-    Py_XDECREF(m_pyObj);
-}
-
-void CheckPythonAllowed(const char* pos)
-{
-    const ExpansionRun* const run = ExpansionRun::Current();
-    if (run != nullptr && !run->m_pythonAllowed)
-        throw LexScannerException("Python is disabled", pos);
-}
-
-void InitPython()
-{
-    if (s_haveInitialisedPython)
-        return;
-    LoadPython(nullptr);
     const PythonSignals signals;
     s_haveInitialisedPython = true;
     try
     {
-        StartInterpreter();
+        if (!s_interpreterStays)
+            StartInterpreter();
+        s_interpreterStays = false;
         InitTelvModule();
         const bool bootStrapRanSuccessfully =
             RunSimpleString(s_bootstrapScript) && RunSimpleString(s_flushScript);
@@ -245,44 +348,51 @@ void InitPython()
     }
     catch (...)
     {
-        UninitPython();
+        EndPython();
         throw;
     }
 }
 
-void UninitPython()
+/// Does what is left to do at the end of a program; false with the text of the first error.
+bool FinishCode(xstring& errorString)
 {
-    const PythonSignals signals;
-    {
-        const PyObjectRef module(s_module);
-        s_module = nullptr;
-        s_moduleDict = nullptr;
-    }
-    if (!s_haveInitialisedPython)
-        return;
-    s_haveInitialisedPython = false;
-    Python().Py_Finalize();
+    const RecursionLimitScope recursionLimit;
+    const PyObjectRef module(Python().PyModule_New("finish"));
+    if (module)
+        AddBuiltIns(module.m_pyObj);
+    PyObject* const dict = module ? Python().PyModule_GetDict(module.m_pyObj) : nullptr;
+    const PyObjectRef result(
+        dict == nullptr
+            ? nullptr
+            : Python().PyRun_StringFlags(s_finishScript, Py_file_input, dict, dict, nullptr));
+    if (!result)
+        GetPythonError(errorString);
+    return static_cast<bool>(result);
 }
 
-void InitTelvModule()
+/// Compiles statements as if `linesBefore` empty lines stood before them; null with an error set.
+///
+/// Only an error needs the lines (it quotes one of the file); else it is enough to count on.
+PyObject* Compile(const xstring& path, ssize_t linesBefore, const xstring& code)
 {
-    TELV_ASSERT(s_haveInitialisedPython);
-    Python().Py_InitModule4_64("telv", TelvMethods, nullptr, nullptr, s_moduleApiVersion);
+    if (!CheckNoNul(code))
+        return nullptr;
+    const auto compile = [&](const xstring& text)
+    { return Python().Py_CompileStringFlags(text.c_str(), path.c_str(), Py_file_input, nullptr); };
+    PyObject* const compiled = compile(code);
+    if (compiled != nullptr)
+        CountLinesFrom(compiled, linesBefore);
+    if (compiled != nullptr || linesBefore == 0)
+        return compiled;
+    Python().PyErr_Clear();
+    xstring text(linesBefore, '\n');
+    text += code;
+    return compile(text);
 }
 
-PyObject* WriteToStdOut(PyObject* /*self*/, PyObject* args)
+/// The value of an expression, or null with `errorString` set.
+PyObject* Evaluate(const xstring& expression, xstring& errorString)
 {
-    return WriteArgument(args, xcout, /*flush=*/true);
-}
-
-PyObject* WriteToStdErr(PyObject* /*self*/, PyObject* args)
-{
-    return WriteArgument(args, s_errorString, /*flush=*/false);
-}
-
-PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorString)
-{
-    InitPython();
     const PythonSignals signals;
     const xstring code = WithoutLeadingBlanks(expression);
     PyObject* const result = CheckNoNul(code)
@@ -294,36 +404,148 @@ PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorStrin
     return result;
 }
 
-void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos)
+/// Calls `work`, which is to run `code`, with everything that code needs.
+/// @throws ExpansionLimitException  There is no stack that is large enough.
+void RunCode(const xstring& code, const char* errorPos, const std::function<void()>& work)
 {
     LoadPython(errorPos);
     const PythonCodeScope scope;
-    const RecursionLimitScope recursionLimit(errorPos);
-    const PythonSignals signals;
-    const PyObjectRef code(CheckNoNul(pythonCode)
-                               ? Python().Py_CompileStringFlags(pythonCode.c_str(), path.c_str(),
-                                                                Py_file_input, nullptr)
-                               : nullptr);
-    if (!code)
-        ThrowPendingError("Python compilation error: ", errorPos);
-    const PyObjectRef result(Python().PyEval_EvalCode(reinterpret_cast<PyCodeObject*>(code.m_pyObj),
-                                                      s_moduleDict, s_moduleDict));
-    if (!result)
-        ThrowPendingError("Python error: ", errorPos);
+    const PythonLock lock;
+    if (PythonStackSize() == 0 || !CodeFits(code.size()))
+        ThrowNestedTooDeeply(errorPos);
+    InitPython();
+    CallOnPythonStack(
+        [&]
+        {
+            const RecursionLimitScope recursionLimit;
+            ApplyModulePath(ExpansionRun::Current());
+            const PythonSignals signals;
+            work();
+        });
+}
+
+} // namespace
+
+PyObjectRef::~PyObjectRef()
+{
+    if (m_pyObj == nullptr)
+        return;
+    const PythonLock lock;
+    CallOnPythonStack([this] { Py_DECREF(m_pyObj); }); // may run code
+}
+
+void CheckPythonAllowed(const char* pos)
+{
+    const ExpansionRun* const run = ExpansionRun::Current();
+    if (run != nullptr && !run->m_pythonAllowed)
+        throw LexScannerException("Python is disabled", pos);
+}
+
+void InitPython()
+{
+    LoadPython(nullptr);
+    const PythonLock lock;
+    if (s_haveInitialisedPython)
+        return;
+    if (PythonStackSize() == 0)
+        ThrowNestedTooDeeply(nullptr);
+    CallOnPythonStack(StartPython);
+}
+
+void UninitPython()
+{
+    const PythonLock lock;
+    if (!s_haveInitialisedPython && s_module == nullptr)
+        return;
+    CallOnPythonStack(
+        []
+        {
+            const PythonSignals signals;
+            xstring ignored;
+            if (s_haveInitialisedPython)
+                FinishCode(ignored);
+            EndPython();
+        });
+}
+
+void FinishPython(const char* errorPos)
+{
+    if (!s_haveInitialisedPython)
+        return;
+    const PythonCodeScope scope;
+    const PythonLock lock;
+    xstring errorString;
+    bool succeeded = true;
+    CallOnPythonStack(
+        [&]
+        {
+            const PythonSignals signals;
+            succeeded = FinishCode(errorString);
+            EndPython();
+        });
+    if (!succeeded)
+        ThrowPythonError("Python error: ", errorString, errorPos);
+}
+
+void InitTelvModule()
+{
+    TELV_ASSERT(s_haveInitialisedPython);
+    Python().Py_InitModule4_64("telv", TelvMethods, nullptr, nullptr, s_moduleApiVersion);
+}
+
+PyObject* WriteToStdOut(PyObject* /*self*/, PyObject* args)
+{
+    return WriteArgument(args, PrintStreamOf(PythonLock::Run()), /*flush=*/true);
+}
+
+PyObject* WriteToStdErr(PyObject* /*self*/, PyObject* args)
+{
+    return WriteArgument(args, s_errorString, /*flush=*/false);
+}
+
+PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorString)
+{
+    InitPython();
+    const PythonLock lock;
+    PyObject* result = nullptr;
+    CallOnPythonStack([&] { result = Evaluate(expression, errorString); });
+    return result;
+}
+
+void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos)
+{
+    RunPythonBehind(path, 0, pythonCode, errorPos);
+}
+
+void RunPythonBehind(const xstring& path, ssize_t linesBefore, const xstring& pythonCode,
+                     const char* errorPos)
+{
+    RunCode(pythonCode, errorPos,
+            [&]
+            {
+                const PyObjectRef code(Compile(path, linesBefore, pythonCode));
+                if (!code)
+                    ThrowPendingError("Python compilation error: ", errorPos);
+                const PyObjectRef result(Python().PyEval_EvalCode(
+                    reinterpret_cast<PyCodeObject*>(code.m_pyObj), s_moduleDict, s_moduleDict));
+                if (!result)
+                    ThrowPendingError("Python error: ", errorPos);
+            });
 }
 
 void EvalPythonExpression(const xstring& pythonCode, xstring& result, const char* errorPos)
 {
-    LoadPython(errorPos);
-    const PythonCodeScope scope;
-    const RecursionLimitScope recursionLimit(errorPos);
-    xstring errorString;
-    const PyObjectRef value(ExecutePythonExpression(pythonCode, errorString));
-    if (!value)
-        ThrowPythonError("Python error: ", errorString, errorPos);
-    StringStream os(4096);
-    WritePythonObject(os, value.m_pyObj, errorPos);
-    os.GetString(result, /*all=*/true);
+    RunCode(pythonCode, errorPos,
+            [&]
+            {
+                xstring errorString;
+                const PyObjectRef value(Evaluate(pythonCode, errorString));
+                if (!value)
+                    ThrowPythonError("Python error: ", errorString, errorPos);
+                StringStream os(4096);
+                WritePythonObject(os, value.m_pyObj, errorPos);
+                os.GetString(result, /*all=*/true);
+            });
 }
 
 } // namespace telv

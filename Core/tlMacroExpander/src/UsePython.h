@@ -1,8 +1,9 @@
 // The bridge to the embedded Python 2.7 interpreter.
 //
 // The library is loaded when Python is first used and the interpreter started then; all Python code
-// of the process shares one dictionary. Use it from one thread at a time, the one that started it.
-// Python code is trusted with everything that the process may do.
+// of the process shares one dictionary. These functions may be called from any thread: they wait
+// for one another, so that Python code of several threads runs one at a time, on a stack of its
+// own. Python code is trusted with everything that the process may do.
 #pragma once
 
 #include "tlMacroExpander/Export.h"
@@ -51,8 +52,14 @@ void LoadPython(const char* pos);
 
 /// Starts the interpreter; does nothing when it runs already.
 TLEXPANDER_API void InitPython();
-/// Ends the interpreter; the next `InitPython` starts a fresh one.
+/// Ends the interpreter as the end of a program does: waits for its threads, calls the functions of
+/// `atexit`, closes files. Errors of this are dropped. The next `InitPython` starts a fresh one
+/// (with the modules that are loaded, when daemon threads of Python code still use them).
 TLEXPANDER_API void UninitPython();
+/// The same; does nothing when the interpreter does not run.
+/// @throws LexScannerException  "Python error: " and the traceback, at `errorPos`: a function of
+///     `atexit` failed, or a file that was left open can't be written.
+TLEXPANDER_API void FinishPython(const char* errorPos);
 /// Registers the module `telv`, through which Python's streams reach the library.
 TLEXPANDER_API void InitTelvModule();
 
@@ -72,6 +79,10 @@ TLEXPANDER_API PyObject* ExecutePythonExpression(const xstring& expression, xstr
 /// @throws LexScannerException  "Python compilation error: " or "Python error: " and the traceback,
 ///     at `errorPos`.
 TLEXPANDER_API void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos);
+
+/// The same for code that stands behind `linesBefore` lines of `path`: tracebacks count from there.
+void RunPythonBehind(const xstring& path, ssize_t linesBefore, const xstring& pythonCode,
+                     const char* errorPos);
 
 /// Evaluates an expression and stores its value as text.
 /// @throws LexScannerException  "Python error: " and the traceback, or "Can't convert python

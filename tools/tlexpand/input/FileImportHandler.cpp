@@ -22,6 +22,13 @@ std::string InDirectory(const std::string& directory, const std::string& name)
     return directory.empty() ? name : directory + "/" + name;
 }
 
+bool LeadsTo(const std::string& path, const FileIdentity& identity)
+{
+    struct stat status;
+    return fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 &&
+           FileIdentity(status) == identity;
+}
+
 /// Takes the expansion of imported files, which nobody reads.
 class DiscardingStream final : public IndentingStream
 {
@@ -98,13 +105,14 @@ void FileImportHandler::ReadMain(const std::string& path)
             throw MakeFileError("read", path, errno);
     }
     const int fd = isStandardInput ? STDIN_FILENO : opened.Get();
-    Input& input = AddInput(name, InputText::Read(fd, name), nullptr);
     struct stat status;
-    if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode))
-    {
-        input.m_identity = FileIdentity(status);
-        m_byIdentity[*input.m_identity] = &input;
-    }
+    const bool isRegular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+    std::optional<FileStamp> stamp;
+    if (isRegular)
+        stamp = FileStamp(status);
+    Input& input = AddInput(name, InputText::Read(fd, name), nullptr);
+    if (stamp)
+        Know(input, *stamp);
 }
 
 void FileImportHandler::Define(const std::string& name, const std::string& value)
@@ -203,6 +211,42 @@ std::optional<std::string> FileImportHandler::FindPath(const std::string& name) 
     return std::nullopt;
 }
 
+void FileImportHandler::Know(Input& input, const FileStamp& stamp)
+{
+    input.m_stamp = stamp;
+    input.m_identity = stamp.Identity();
+    m_byIdentity[stamp.Identity()] = &input;
+}
+
+bool FileImportHandler::IsActive(const Input& input) const
+{
+    return std::ranges::find(m_active, &input, &Active::m_input) != m_active.end();
+}
+
+/// The input that was read from the open file, or null: a file of the same number may be another
+/// one, or have another text by now.
+FileImportHandler::Input* FileImportHandler::FindKnown(const std::string& path, int fd,
+                                                       const struct stat& status)
+{
+    const auto known = m_byIdentity.find(FileIdentity(status));
+    if (known == m_byIdentity.end())
+        return nullptr;
+    Input& input = *known->second;
+    if (input.m_stamp->IsSettled(status))
+        return &input;
+    // Its status has changed (it got another link, say), or the times can't tell.
+    if (path != input.m_path && !LeadsTo(input.m_path, FileIdentity(status)))
+        return nullptr;
+    if (IsActive(input))
+        return &input; // A cycle, whatever its text is by now.
+    if (!input.m_stamp->HasSameText(status))
+        return nullptr;
+    const xstring text = ReadAll(fd, path);
+    if (lseek(fd, 0, SEEK_SET) != 0)
+        return nullptr;
+    return SubString(text) == SubString(input.m_file.m_buffer) ? &input : nullptr;
+}
+
 /// The file at `path`, read unless it was read before; null when it can't be read.
 FileImportHandler::Input* FileImportHandler::Open(const std::string& path, const char* importPos)
 try
@@ -212,17 +256,16 @@ try
     struct stat status;
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode))
         return nullptr;
-    const FileIdentity identity(status);
-    if (const auto known = m_byIdentity.find(identity); known != m_byIdentity.end())
+    if (Input* const known = FindKnown(path, fd.Get(), status))
     {
-        NotePath(*known->second, fd.Get(), path);
-        return known->second;
+        NotePath(*known, fd.Get(), path);
+        return known;
     }
+    const FileStamp stamp(status);
     const std::string name = path.starts_with('/') ? path : JoinPath("", path);
     Input& input = AddInput(name, InputText::Read(fd.Get(), path), importPos);
     input.m_path = path;
-    input.m_identity = identity;
-    m_byIdentity[identity] = &input;
+    Know(input, stamp);
     NotePath(input, fd.Get(), path);
     return &input;
 }
@@ -319,11 +362,7 @@ void FileImportHandler::NotePath(Input& input, int fd, const std::string& path)
     if (!m_notedPaths.insert(path).second)
         return;
     const auto leadsToIt = [&](const std::string& name)
-    {
-        struct stat status;
-        return fstatat(StartDirectory(), name.c_str(), &status, 0) == 0 &&
-               FileIdentity(status) == input.m_identity;
-    };
+    { return LeadsTo(name, *input.m_identity); };
     const std::string normalised = path.starts_with('/') ? path : JoinPath("", path);
     input.m_paths.push_back(leadsToIt(normalised) ? normalised : path);
     if (const std::string real = RealPath(fd, path); leadsToIt(real))
@@ -343,7 +382,7 @@ std::vector<FileIdentity> FileImportHandler::ImportedIdentities() const
 {
     std::vector<FileIdentity> identities;
     for (size_t i = 1; i < m_inputs.size(); ++i)
-        if (m_inputs[i]->m_identity)
+        if (m_inputs[i]->m_identity && LeadsTo(m_inputs[i]->m_path, *m_inputs[i]->m_identity))
             identities.push_back(*m_inputs[i]->m_identity);
     return identities;
 }

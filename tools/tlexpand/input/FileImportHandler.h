@@ -1,12 +1,13 @@
 // Reads and expands the files of a run: the main file, and what it and its imports import.
 //
-// A file is read and expanded once, whatever name it is reached by (device and inode tell), in a
+// A file is read and expanded once, whatever name it is reached by (see FileStamp.h), in a
 // frame of its own, which the frames of its importers import. Names are looked for in the directory
 // of the importing file, then where `@importpath` said, then in the directories of the command
 // line.
 #pragma once
 
 #include "Files.h"
+#include "input/FileStamp.h"
 #include "input/InputText.h"
 #include "input/Prelude.h"
 #include "input/Sources.h"
@@ -71,6 +72,7 @@ public:
     /// Names that lead to the files that were imported, in the order of reading: each name by which
     /// a file was reached and, where symbolic links were passed, that of the file itself.
     std::vector<std::string> ImportedPaths() const;
+    /// Those of the imported files that are still there.
     std::vector<FileIdentity> ImportedIdentities() const;
 
     bool HandleImportPath(const xstring& path, const char* pos) override;
@@ -82,6 +84,7 @@ private:
     {
         InputText m_text;
         std::optional<FileIdentity> m_identity; ///< Of a regular file.
+        std::optional<FileStamp> m_stamp;       ///< The same, as it was read.
         std::string m_name;                     ///< As it is shown.
         std::string m_path; ///< As it was opened: its directory is that of its imports.
         std::vector<std::string>
@@ -103,6 +106,9 @@ private:
     Input& AddInput(const std::string& name, InputText text, const char* importPos);
     std::string ExpandName(const xstring& name, const char* pos) const;
     std::optional<std::string> FindPath(const std::string& name) const;
+    void Know(Input& input, const FileStamp& stamp);
+    bool IsActive(const Input& input) const;
+    Input* FindKnown(const std::string& path, int fd, const struct stat& status);
     Input* Open(const std::string& path, const char* importPos);
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);

@@ -26,6 +26,7 @@ Options of an expansion:
                            the target in it (default: the output)
       --depend FILE        name FILE in it too; repeatable
       --no-python          refuse Python
+      --python-path DIR    search DIR for Python modules first; repeatable
       --max-depth N        limit the nesting of expansions
       --max-steps N        limit the number of expansions, invocations and loop rounds
       --max-output SIZE    limit the output: bytes, or with K, M or G
@@ -48,6 +49,7 @@ Options:
   -I, --import-path DIR    search DIR for imported files; repeatable
   -D, --define NAME=VALUE  define a dollar macro
       --no-python          refuse Python
+      --python-path DIR    search DIR for Python modules first; repeatable
       --max-depth N, --max-steps N, --max-output SIZE
                            limits, as for an expansion
       --color WHEN         colour diagnostics: auto, always or never

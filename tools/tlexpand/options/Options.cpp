@@ -2,6 +2,7 @@
 // the environment has no say in it.
 #include "options/Options.h"
 #include "options/OptionValues.h"
+#include "Files.h"
 #include <getopt.h>
 
 namespace telv::tool
@@ -24,6 +25,7 @@ enum ELongOption
     OPT_DEPEND,
     OPT_DEPFILE_TARGET,
     OPT_NO_PYTHON,
+    OPT_PYTHON_PATH,
     OPT_MAX_DEPTH,
     OPT_MAX_STEPS,
     OPT_MAX_OUTPUT,
@@ -49,6 +51,7 @@ constexpr option s_expandTable[] = {
     {"depend",       required_argument, nullptr, OPT_DEPEND},
     {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
     {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
+    {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
@@ -63,6 +66,7 @@ constexpr option s_projectTable[] = {
     {"import-path",  required_argument, nullptr, 'I'},
     {"define",       required_argument, nullptr, 'D'},
     {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
+    {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
@@ -113,6 +117,9 @@ bool SetCommonOption(CommonOptions& options, int code)
         return true;
     case OPT_NO_PYTHON:
         options.m_python = false;
+        return true;
+    case OPT_PYTHON_PATH:
+        options.m_pythonPath.push_back(AbsolutePath(ParseFileName("--python-path", optarg)));
         return true;
     case OPT_MAX_DEPTH:
         options.m_limits.m_maxDepth = ParseCount("--max-depth", optarg);

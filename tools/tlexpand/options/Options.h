@@ -50,6 +50,7 @@ struct CommonOptions
     std::vector<Definition> m_definitions; ///< In the order of the command line.
     Colour m_colour = Colour::Auto;
     bool m_python = true;
+    std::vector<std::string> m_pythonPath; ///< Absolute.
     ExpansionLimits m_limits;
     bool m_help = false;
     bool m_version = false;

@@ -3,9 +3,11 @@
 #include "report/GuardedRun.h"
 #include "Cleanup.h"
 #include "Files.h"
+#include "tlMacroExpander/src/UsePython.h"
 #include <memory>
 #include <new>
 #include <optional>
+#include <utility>
 
 namespace telv::tool
 {
@@ -83,10 +85,20 @@ std::optional<Failure> Attempt(const std::function<void()>& work, const Expansio
 bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sources& sources,
                 const Diagnostics& diagnostics, PrintedText& printed)
 {
-    run.m_pythonBegins = [&printed] { printed.Flush(); };
+    const char* lastPython = nullptr;
+    run.m_pythonBegins = [&]
+    {
+        printed.Flush();
+        if (const char* const pos = run.CurrentPosition())
+            lastPython = pos;
+    };
     run.m_pythonEnded = EndForkedProcess;
     Reserve reserve;
     std::optional<Failure> failure = Attempt(work, run, reserve);
+    // The first error counts; the end of Python's code is due in any case.
+    std::optional<Failure> atEnd = Attempt([&] { FinishPython(lastPython); }, run, reserve);
+    if (!failure && atEnd)
+        failure = std::move(atEnd);
     reserve.Release();
     printed.Flush();
     if (!failure)

@@ -12,6 +12,9 @@ namespace telv::tool
 /// Runs `work`, in which texts are expanded. False after an error, which has been reported with the
 /// place that `run` knows. What the texts print is sent off in any case.
 ///
+/// Python ends with the work, as at the end of a program: what fails then (a function of `atexit`, a
+/// file left open that can't be written) is an error at the last place that ran Python code.
+///
 /// A process that Python code forked off ends when that code has ended: the run is the parent's to
 /// finish. `run` calls for this and for `printed` during the work only.
 ///

@@ -34,10 +34,11 @@ void MacroExpander::ProcessPrintDirective(bool newline)
     AdvanceWritePos(m_str.begin(), false);
     xstring text;
     ExpandToString(section, 0, text);
-    xcout << text;
+    xostream& os = PrintStreamOf(ExpansionRun::Current());
+    os << text;
     if (newline)
-        xcout << '\n';
-    xcout.flush();
+        os << '\n';
+    os.flush();
     ScanOverWhiteSpaceAfterDirective();
 }
 

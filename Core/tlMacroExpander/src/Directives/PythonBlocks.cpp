@@ -1,8 +1,8 @@
 // @runpython: a block of Python statements, expanded before it runs.
 #include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/UsePython.h"
 
 namespace telv
@@ -11,13 +11,24 @@ namespace telv
 namespace
 {
 
-/// What tracebacks call the file that holds `pos`.
-xstring SourceName(const char* pos)
+/// What tracebacks call a block, and the lines that stand before it there.
+struct BlockPlace
+{
+    xstring m_name;
+    ssize_t m_linesBefore = 0;
+};
+
+BlockPlace PlaceOf(SubString block)
 {
     const RunState* const run = RunState::Current();
+    SubString origin;
+    if (run != nullptr && run->FindOrigin(block.begin(), origin))
+        return {"<expanded text>"};
     const RunState::KnownText* const text =
-        run == nullptr ? nullptr : run->FindText(run->ResolvePosition(pos));
-    return text == nullptr ? xstring("<runpython>") : xstring(text->m_name);
+        run == nullptr ? nullptr : run->FindText(block.begin());
+    if (text == nullptr)
+        return {"<runpython>"};
+    return {xstring(text->m_name), GetLineNumber(text->m_text, block.begin()) - 1};
 }
 
 /// The code with its lines moved to column 0, as Python wants them.
@@ -45,7 +56,8 @@ void MacroExpander::ProcessRunPythonDirective()
         if (!code.empty())
         {
             LoadPython(word);
-            RunPython(SourceName(errorPos), AlignedCode(code), errorPos);
+            const BlockPlace place = PlaceOf(block.m_text);
+            RunPythonBehind(place.m_name, place.m_linesBefore, AlignedCode(code), errorPos);
         }
     }
     catch (LexScannerException& e)

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -28,6 +29,7 @@ struct LoadedPython
 };
 
 LoadedPython s_python;
+std::mutex s_loading;
 
 std::string LoaderReason()
 {
@@ -155,8 +157,11 @@ char* PythonHome()
 void LoadPython(const char* pos)
 {
     std::string reason;
-    if (PythonHome() != nullptr || TryLibraries(reason))
-        return;
+    {
+        const std::scoped_lock lock(s_loading);
+        if (PythonHome() != nullptr || TryLibraries(reason))
+            return;
+    }
     xstring message("Python 2.7 is not available: ");
     message += reason.c_str();
     throw LexScannerException(message, pos);

@@ -21,8 +21,10 @@ public:
     PythonSignals& operator=(const PythonSignals&) = delete;
 
 private:
-    static constexpr std::array<int, 6> s_signals = {SIGHUP,  SIGINT,  SIGQUIT,
-                                                     SIGPIPE, SIGTERM, SIGXFSZ};
+    // Not those of faults: an application's tools handle them.
+    static constexpr std::array s_signals = {SIGHUP,  SIGINT,    SIGQUIT, SIGUSR1, SIGUSR2,
+                                             SIGPIPE, SIGALRM,   SIGTERM, SIGXCPU, SIGXFSZ,
+                                             SIGPROF, SIGVTALRM, SIGPOLL, SIGPWR,  SIGSTKFLT};
 
     std::array<struct sigaction, s_signals.size()> m_saved;
 };

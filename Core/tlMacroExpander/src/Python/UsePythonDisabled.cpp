@@ -32,6 +32,8 @@ void InitPython()
 
 void UninitPython() {}
 
+void FinishPython(const char* /*errorPos*/) {}
+
 void InitTelvModule()
 {
     CheckPythonAllowed(nullptr);
@@ -59,6 +61,12 @@ PyObject* ExecutePythonExpression(const xstring& /*expression*/, xstring& errorS
 }
 
 void RunPython(const xstring& /*path*/, const xstring& /*pythonCode*/, const char* errorPos)
+{
+    CheckPythonAllowed(errorPos);
+}
+
+void RunPythonBehind(const xstring& /*path*/, ssize_t /*linesBefore*/,
+                     const xstring& /*pythonCode*/, const char* errorPos)
 {
     CheckPythonAllowed(errorPos);
 }
