@@ -244,7 +244,7 @@ FileImportHandler::Input* FileImportHandler::FindKnown(const std::string& path, 
     const xstring text = ReadAll(fd, path);
     if (lseek(fd, 0, SEEK_SET) != 0)
         return nullptr;
-    return SubString(text) == SubString(input.m_file.m_buffer) ? &input : nullptr;
+    return SubString(text) == input.m_text.Text() ? &input : nullptr;
 }
 
 /// The file at `path`, read unless it was read before; null when it can't be read.
