@@ -204,7 +204,8 @@ TEST_F(RowListTest, AnErrorInAValueIsLocatedInTheFile)
                   "    in @(1 / 0)\n"
                   "    invoking macro rows\n"
                   " 3 | \"B\",\"x @(1 / 0)\"\n"
-                  "   |        ^\n");
+                  "   |        ^\n"
+                  "called from <stdin>(2)\n");
 }
 
 TEST_F(RowListTest, TheFileIsADependencyAndASource)

@@ -12,12 +12,12 @@ namespace
 
 NameEntry* Intern(NameTable& names, const std::string& name)
 {
-    return names.Intern(View(name), HashName(View(name)));
+    return names.Intern(View(name), NameTable::HashOf(View(name)));
 }
 
 NameEntry* Lookup(NameTable& names, const std::string& name)
 {
-    return names.Lookup(View(name), HashName(View(name)));
+    return names.Lookup(View(name), NameTable::HashOf(View(name)));
 }
 
 bool MayBeBound(VarFrame& frame, const std::string& name)
@@ -64,7 +64,7 @@ TEST(NameTable, FindsEachNameAgain)
         NameEntry* const entry = Intern(names, word);
         NameTable::AddRef(*entry);
         EXPECT_TRUE(entries.insert(entry).second) << word;
-        EXPECT_EQ(entry->Hash(), HashName(View(word)));
+        EXPECT_EQ(entry->Hash(), NameTable::HashOf(View(word)));
     }
     for (const std::string& word : words)
     {

@@ -185,7 +185,7 @@ private:
     static void CompareByEntry(VarFrame& frame, SubString name, const std::string& found)
     {
         NameTable& names = FrameTree::Names(frame);
-        NameEntry& entry = *names.Intern(name, HashName(name));
+        NameEntry& entry = *names.Intern(name, NameTable::HashOf(name));
         EXPECT_EQ(Outcome([&] { return names.Find(&frame, entry, nullptr); }), found);
         EXPECT_TRUE(names.MayBeBound(entry) || found == "0");
     }

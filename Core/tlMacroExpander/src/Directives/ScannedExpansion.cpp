@@ -143,7 +143,7 @@ bool MacroExpander::WriteInertText(const LevelText& text, VarFrame& frame, ssize
     ExpansionLevel* const level = OwnLevel();
     const SubString s = text.m_text;
     if (level == nullptr || level->IsRecorded() || !level->AllowsFastPaths() || srcIndent != 0 ||
-        frame.m_fileScopeFrame == nullptr)
+        !level->HasStepLeft() || frame.m_fileScopeFrame == nullptr)
         return false;
     if (s.empty())
         return true;

@@ -18,7 +18,7 @@ inline uint64 MultiplyFold(uint64 a, uint64 b)
 }
 
 /// Its address is the seed: where a program is loaded is random.
-extern TLEXPANDER_API const char s_placeOfSeed;
+extern const char s_placeOfSeed;
 
 /// Eight bytes; `n` of them, at most eight, are read.
 inline uint64 ReadUpTo8(const char* p, size_t n)

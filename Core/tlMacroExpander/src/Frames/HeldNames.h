@@ -28,12 +28,20 @@ public:
         LetGo();
         m_entries.reserve(count);
         Join(table);
-        for (size_t i = 0; i < count; ++i)
+        try
         {
-            const SubString name = nameAt(i);
-            NameEntry* const entry = table.Intern(name, HashName(name));
-            NameTable::AddRef(*entry);
-            m_entries.push_back(entry);
+            for (size_t i = 0; i < count; ++i)
+            {
+                const SubString name = nameAt(i);
+                NameEntry* const entry = table.Intern(name, HashName(name));
+                NameTable::AddRef(*entry);
+                m_entries.push_back(entry);
+            }
+        }
+        catch (...)
+        {
+            LetGo();
+            throw;
         }
     }
 

@@ -39,6 +39,11 @@ bool IsSame(SubString a, SubString b)
 
 NameTable::NameTable() : m_serial(s_tables.fetch_add(1, std::memory_order_relaxed) + 1) {}
 
+uint64 NameTable::HashOf(SubString name)
+{
+    return HashName(name);
+}
+
 NameTable::~NameTable()
 {
     for (HeldNames* held = m_held; held != nullptr; held = held->m_next)

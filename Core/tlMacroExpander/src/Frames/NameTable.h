@@ -80,6 +80,9 @@ static_assert(sizeof(NameEntry) == 64);
 class NameTable
 {
 public:
+    /// HashName as this library computes it: for tests, whose own copy would have another seed.
+    TLEXPANDER_API static uint64 HashOf(SubString name);
+
     NameTable();
     ~NameTable();
     NameTable(const NameTable&) = delete;

@@ -122,6 +122,8 @@ public:
             ThrowTooManySteps(pos);
     }
 
+    bool HasStepLeft() const { return m_state.m_steps < m_limits.m_maxSteps; }
+
     /// To be called when the text has been expanded.
     void Finish() { m_isFinished = true; }
 
