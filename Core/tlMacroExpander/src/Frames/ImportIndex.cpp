@@ -9,6 +9,32 @@ namespace telv
 
 std::atomic<uint64> ImportIndex::s_changes = 1;
 
+namespace
+{
+
+/// Keeps an entry, which may be null, while others are made.
+class Holder
+{
+public:
+    explicit Holder(NameEntry* entry) : m_entry(entry)
+    {
+        if (m_entry != nullptr)
+            NameTable::AddRef(*m_entry);
+    }
+    ~Holder()
+    {
+        if (m_entry != nullptr)
+            NameTable::Release(*m_entry);
+    }
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+
+private:
+    NameEntry* const m_entry;
+};
+
+} // namespace
+
 void ImportIndex::MakeRoom(ssize_t n)
 {
     const size_t room = m_pending.size() + static_cast<size_t>(n);
@@ -26,6 +52,7 @@ LSVariable* ImportIndex::Find(NameEntry* entry, SubString name, uint64 hash, con
 {
     if (!IsCurrent())
     {
+        const Holder holder(entry); // `name` may be its name
         if (!m_isExact || (!m_isMade && !IsWorthMaking()))
             return ImportQuery(name, hash, pos).FindImported(m_importer);
         Synchronise();
