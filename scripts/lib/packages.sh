@@ -29,6 +29,7 @@ find_missing() {
     need_command mandoc mandoc
     need_command m4 m4
     python3 -c 'import jinja2' 2>/dev/null || missing+=(python3-jinja2)
+    need_command pkg-config pkg-config
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     need_file /usr/include/benchmark/benchmark.h libbenchmark-dev
