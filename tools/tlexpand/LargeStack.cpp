@@ -6,6 +6,7 @@
 // The thread moves to the stack as to a coroutine's. AddressSanitizer knows the stacks of threads
 // only, so there it is another thread's.
 #include "LargeStack.h"
+#include "Cleanup.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include <csignal>
 #include <cstddef>
