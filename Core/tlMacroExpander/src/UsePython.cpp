@@ -68,32 +68,32 @@ constexpr const char* s_flushScript = "myStdOut.flush = myStdErr.flush = lambda 
 
 /// What is left to do at the end of a program. Files that Python closes on its own at its end would
 /// not tell about errors; those of C among them come last, since others write to them.
-constexpr const char* s_finishScript =
-    "import gc, sys\n"
-    "errors = []\n"
-    "def attempt(call, kinds):\n"
-    "  try: call()\n"
-    "  except kinds: errors.append(sys.exc_info())\n"
-    "  except Exception: pass\n"
-    "def others(threading):\n"
-    "  return [t for t in threading.enumerate() if not t.daemon and\n"
-    "          t is not threading.currentThread() and\n"
-    "          not isinstance(t, threading._MainThread)]\n"
-    "threading = sys.modules.get('threading')\n"
-    "while threading and others(threading):\n"
-    "  for t in others(threading): t.join()\n"
-    "end = sys.__dict__.pop('exitfunc', None)\n"
-    "if end: attempt(end, BaseException)\n"
-    "if '_io' in sys.modules:\n"
-    "  base = sys.modules['_io']._IOBase\n"
-    "  files = [f for f in gc.get_objects() if base in getattr(type(f), '__mro__', ())]\n"
-    "  for f in files:\n"
-    "    if type(f).__module__ not in ('_io', 'io'): attempt(f.close, EnvironmentError)\n"
-    "  for f in files: attempt(f.flush, EnvironmentError)\n"
-    "  del files[:]\n"
-    "if errors:\n"
-    "  kind, value, trace = errors[0]\n"
-    "  raise kind, value, trace.tb_next\n";
+constexpr const char* s_finishScript = R"(import gc, sys
+errors = []
+def attempt(call, kinds):
+  try: call()
+  except kinds: errors.append(sys.exc_info())
+  except Exception: pass
+def others(threading):
+  return [t for t in threading.enumerate() if not t.daemon and
+          t is not threading.currentThread() and
+          not isinstance(t, threading._MainThread)]
+threading = sys.modules.get('threading')
+while threading and others(threading):
+  for t in others(threading): t.join()
+end = sys.__dict__.pop('exitfunc', None)
+if end: attempt(end, BaseException)
+if '_io' in sys.modules:
+  base = sys.modules['_io']._IOBase
+  files = [f for f in gc.get_objects() if base in getattr(type(f), '__mro__', ())]
+  for f in files:
+    if type(f).__module__ not in ('_io', 'io'): attempt(f.close, EnvironmentError)
+  for f in files: attempt(f.flush, EnvironmentError)
+  del files[:]
+if errors:
+  kind, value, trace = errors[0]
+  raise kind, value, trace.tb_next
+)";
 
 /// The directories of the last run that stand in Python's module path.
 std::vector<std::string> s_modulePath;

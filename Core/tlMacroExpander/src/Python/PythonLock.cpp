@@ -14,10 +14,11 @@ namespace telv
 namespace
 {
 
-std::recursive_mutex s_mutex;
+std::mutex s_mutex;
+/// Scopes of this thread. (A recursive mutex knows its thread by a number that a fork changes.)
+thread_local int t_depth = 0;
 
 // What the mutex guards.
-int s_depth = 0;
 unsigned long s_starts = 0;            ///< Of the interpreter.
 PyThreadState* s_firstState = nullptr; ///< Null while no interpreter runs.
 PyThreadState* s_lentState = nullptr;  ///< Made for the thread that has the lock, or null.
@@ -49,20 +50,26 @@ void Detach()
 
 PythonLock::PythonLock()
 {
-    s_mutex.lock();
+    const bool isOutermost = t_depth == 0;
+    if (isOutermost)
+        s_mutex.lock();
+    ++t_depth;
     m_previousRun = s_run;
     if (ExpansionRun* const run = ExpansionRun::Current())
         s_run = run;
-    if (s_depth++ == 0)
+    if (isOutermost)
         Attach();
 }
 
 PythonLock::~PythonLock()
 {
-    if (--s_depth == 0)
+    const bool isOutermost = t_depth == 1;
+    if (isOutermost)
         Detach();
     s_run = m_previousRun;
-    s_mutex.unlock();
+    --t_depth;
+    if (isOutermost)
+        s_mutex.unlock();
 }
 
 void PythonLock::NoteStart()
