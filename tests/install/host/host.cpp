@@ -36,7 +36,7 @@ catch (const telv::LexScannerException& e)
 bool HasTable()
 {
     return rowCount == 2 && std::strcmp(rows[0], "alpha") == 0 &&
-           std::strcmp(words, "two words; and more") == 0;
+           std::strcmp(words, "two words, and more") == 0;
 }
 
 } // namespace

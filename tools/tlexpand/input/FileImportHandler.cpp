@@ -138,6 +138,7 @@ void FileImportHandler::DefineList(const std::string& name, const RowListOption&
     }
     m_sources.Add(rows.m_file, list.m_text, nullptr).SetMadeFrom({list.m_fileText, &list.m_places});
     input.m_identity = list.m_identity;
+    input.m_path = rows.m_file;
     input.m_paths.push_back(rows.m_file);
     m_prelude.DefineMacro(ViewOf(input.m_listName), list.m_text);
 }
