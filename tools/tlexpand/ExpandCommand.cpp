@@ -3,8 +3,12 @@
 #include "ExpandCommand.h"
 #include "input/FileImportHandler.h"
 #include "output/DepfileWriter.h"
+#include "output/LineDirectives.h"
+#include "output/MapCheck.h"
+#include "output/MapPlaces.h"
 #include "output/MapWriter.h"
 #include "output/OutputSet.h"
+#include "output/SourceMapWriter.h"
 #include "report/GuardedRun.h"
 #include <unistd.h>
 
@@ -20,11 +24,12 @@ struct WantedOutputs
     OutputSet m_set;
     OutputFile* m_text = nullptr;
     OutputFile* m_map = nullptr;
+    OutputFile* m_sourceMap = nullptr;
     OutputFile* m_depfile = nullptr;
 
     explicit WantedOutputs(const ExpandOptions& options)
         : m_text(Add(options.m_output)), m_map(Add(options.m_map)),
-          m_depfile(Add(options.m_depfile))
+          m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile))
     {
     }
 
@@ -40,7 +45,8 @@ class ExpandCommand
 {
 public:
     explicit ExpandCommand(const ExpandOptions& options)
-        : m_options(options), m_outputs(options),
+        : m_options(options), m_outputs(options), m_mapStyle(MakeMapStyle(options)),
+          m_sourceMapStyle(MakeSourceMapStyle(options)),
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths)
@@ -54,6 +60,9 @@ public:
 private:
     void Expand();
     void RefuseInputs() const;
+    WrittenOutput Written() const;
+    void AddDirectives();
+    bool MapIsSound() const;
     void WriteText(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
@@ -61,6 +70,9 @@ private:
 
     const ExpandOptions& m_options;
     WantedOutputs m_outputs;
+    // Made before Python code can change the working directory.
+    MapStyle m_mapStyle;
+    SourceMapStyle m_sourceMapStyle;
     PrintedText m_printed;
     Sources m_sources;
     Diagnostics m_diagnostics;
@@ -68,7 +80,8 @@ private:
     FileImportHandler m_handler;
     xstring m_text;
     OutputPieces m_pieces;
-    std::vector<OutputRange> m_removed; ///< Parts of `m_text` that are not written.
+    std::vector<TextEdit> m_edits; ///< How what is written differs from `m_text`.
+    OutputChains m_chains;
 };
 
 int ExpandCommand::Run()
@@ -79,6 +92,9 @@ int ExpandCommand::Run()
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
     RefuseInputs();
+    AddDirectives();
+    if (!MapIsSound())
+        return 1;
     SetContents();
     m_outputs.m_set.Commit();
     return 0;
@@ -95,14 +111,34 @@ void ExpandCommand::Expand()
     }
     StringStream os(4096);
     ExpandedOutput output(&os);
-    if (m_options.m_map)
+    if (m_options.NeedsPieces())
         m_run.m_mappedOutput = &output;
     m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output);
     os.GetString(m_text, true);
     m_pieces.m_pieces.swap(output.m_pieces.m_pieces);
     m_run.m_mappedOutput = nullptr;
     if (!m_options.m_keepImports)
-        m_removed = m_handler.Marks().FindText(m_pieces, m_text);
+        m_edits = MakeRemovals(m_handler.Marks().FindText(m_pieces, m_text));
+}
+
+WrittenOutput ExpandCommand::Written() const
+{
+    return {m_sources, m_run, m_text, m_pieces, m_edits, m_chains};
+}
+
+void ExpandCommand::AddDirectives()
+{
+    if (m_options.m_lineFormat)
+        m_edits = AddLineDirectives(Written(), *m_options.m_lineFormat);
+}
+
+/// A map that breaks its laws is a broken assumption of this program.
+bool ExpandCommand::MapIsSound() const
+{
+    const std::string error = m_options.m_verifyMap ? FindMapError(Written()) : "";
+    if (!error.empty())
+        ReportToolError("the map is wrong: " + error);
+    return error.empty();
 }
 
 void ExpandCommand::RefuseInputs() const
@@ -118,13 +154,7 @@ void ExpandCommand::RefuseInputs() const
 
 void ExpandCommand::WriteText(ByteSink& sink) const
 {
-    const char* p = m_text.begin();
-    for (const OutputRange& range : m_removed)
-    {
-        sink.Write(SubString(p, m_text.begin() + range.m_begin));
-        p = m_text.begin() + range.m_end;
-    }
-    sink.Write(SubString(p, m_text.end()));
+    ForEachStretch(m_text, m_edits, [&](SubString stretch) { sink.Write(stretch); });
 }
 
 /// Null is standard output.
@@ -142,7 +172,12 @@ void ExpandCommand::SetContents()
     if (m_options.m_map)
         SetContent(m_outputs.m_map,
                    [this](ByteSink& sink) {
-                       WriteMap(sink, {m_sources, m_run, m_pieces, m_removed});
+                       WriteMap(sink, Written(), m_mapStyle);
+                   });
+    if (m_options.m_sourceMap)
+        SetContent(m_outputs.m_sourceMap,
+                   [this](ByteSink& sink) {
+                       WriteSourceMap(sink, Written(), m_sourceMapStyle);
                    });
     if (m_options.m_depfile)
         SetContent(m_outputs.m_depfile,
