@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <new>
 #include <poll.h>
 #include <unistd.h>
@@ -195,6 +197,19 @@ std::string JoinPath(const std::string& directory, const std::string& name)
     xstring joined(ViewOf(directory.empty() ? name : directory + "/" + name));
     NormalisePath(joined);
     return ToStdString(joined);
+}
+
+std::string RealPath(const std::string& path)
+{
+    const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+    return real ? real.get() : path;
+}
+
+std::string RelativePath(const std::string& from, const std::string& to)
+{
+    xstring path;
+    CalcRelativePath(ViewOf(from), ViewOf(to), path);
+    return ToStdString(path);
 }
 
 } // namespace telv::tool
