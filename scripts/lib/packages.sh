@@ -28,6 +28,7 @@ find_missing() {
     need_command fish fish
     need_command mandoc mandoc
     need_file /usr/include/gtest/gtest.h libgtest-dev
+    python3 -c 'import jsonschema' 2>/dev/null || missing+=(python3-jsonschema)
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     case $1 in
         coverage) need_command gcovr gcovr ;;
