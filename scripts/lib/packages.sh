@@ -33,6 +33,11 @@ find_missing() {
     case $1 in
         coverage) need_command gcovr gcovr ;;
         memcheck) need_command valgrind valgrind ;;
+        page)
+            need_command node nodejs
+            need_command npm npm
+            need_command chromium chromium
+            ;;
         editors)
             need_command vim vim
             need_command node nodejs

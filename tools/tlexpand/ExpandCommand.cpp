@@ -1,6 +1,7 @@
 // Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion,
 // and written last, when everything has succeeded.
 #include "ExpandCommand.h"
+#include "explain/PageWriter.h"
 #include "input/FileImportHandler.h"
 #include "output/DepfileWriter.h"
 #include "output/LineDirectives.h"
@@ -64,6 +65,7 @@ private:
     void AddDirectives();
     bool MapIsSound() const;
     void WriteText(ByteSink& sink) const;
+    void WriteExplanation(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
     std::vector<std::string> Dependencies() const;
@@ -157,6 +159,18 @@ void ExpandCommand::WriteText(ByteSink& sink) const
     ForEachStretch(m_text, m_edits, [&](SubString stretch) { sink.Write(stretch); });
 }
 
+/// The page shows what would have been written.
+void ExpandCommand::WriteExplanation(ByteSink& sink) const
+{
+    std::string text;
+    ForEachStretch(m_text, m_edits, [&](SubString stretch) { text += ToStdString(stretch); });
+    const OutputMap map = MakeOutputMap(Written(), m_mapStyle);
+    Page page{{"output of " + m_sources[0].Name(), ViewOf(text)}, {}, map};
+    for (size_t i = 0; i < m_sources.Count(); ++i)
+        page.m_sources.push_back({m_sources[i].Name(), m_sources[i].Text()});
+    WritePage(sink, page);
+}
+
 /// Null is standard output.
 void ExpandCommand::SetContent(OutputFile* output, Content content)
 {
@@ -168,7 +182,9 @@ void ExpandCommand::SetContent(OutputFile* output, Content content)
 
 void ExpandCommand::SetContents()
 {
-    SetContent(m_outputs.m_text, [this](ByteSink& sink) { WriteText(sink); });
+    SetContent(m_outputs.m_text,
+               [this](ByteSink& sink)
+               { m_options.m_isExplained ? WriteExplanation(sink) : WriteText(sink); });
     if (m_options.m_map)
         SetContent(m_outputs.m_map,
                    [this](ByteSink& sink) {

@@ -5,11 +5,13 @@
 #include "Cleanup.h"
 #include "report/Diagnostics.h"
 #include "ExpandCommand.h"
+#include "ExplainCommand.h"
 #include "Files.h"
 #include "LargeStack.h"
 #include "options/Options.h"
 #include "output/OutputFile.h"
 #include "ProjectCommand.h"
+#include "RemapCommand.h"
 #include "WhereCommand.h"
 #include <cstring>
 #include <malloc.h>
@@ -59,6 +61,26 @@ int RunWhere(int argc, char** argv)
     return RunWhereCommand(options);
 }
 
+int RunRemap(int argc, char** argv)
+{
+    const RemapOptions options = ParseRemapOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_remapHelp);
+    if (options.m_version)
+        return PrintAndSucceed(s_version);
+    return RunRemapCommand(options);
+}
+
+int RunExplain(int argc, char** argv)
+{
+    const ExpandOptions options = ParseExplainOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_explainHelp);
+    if (options.m_version)
+        return PrintAndSucceed(s_version);
+    return options.m_fromMap ? RunExplainMapCommand(options) : RunExpandCommand(options);
+}
+
 /// A command that the first argument chooses.
 struct Subcommand
 {
@@ -69,6 +91,8 @@ struct Subcommand
 constexpr Subcommand s_subcommands[] = {
     {"project", RunProject},
     {"where", RunWhere},
+    {"remap", RunRemap},
+    {"explain", RunExplain},
 };
 
 int RunCommand(int argc, char** argv)

@@ -8,6 +8,8 @@ const char* const s_expandHelp =
     R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
        tlexpand project [OPTIONS] [FILE]  read a project file and print it as JSON
        tlexpand where [OPTIONS] MAP PLACE say where a place of an output came from
+       tlexpand remap [OPTIONS] MAP...    turn places in outputs into places in sources
+       tlexpand explain [OPTIONS] [FILE]  make a page that shows output and sources
 
 Options of an expansion:
   -o, --output FILE        write the expansion to FILE (default: standard output)
@@ -40,6 +42,24 @@ Options of an expansion:
 FILE of an output may be '-', standard output, for one of them.
 Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file that
 cannot be read or written.
+)";
+
+const char* const s_explainHelp =
+    R"(Usage: tlexpand explain [OPTIONS] [FILE]
+       tlexpand explain [OPTIONS] --from-map MAP
+
+Expands FILE ('-' or none: standard input) and writes a page for a browser that shows the
+sources beside the output: what belongs together lights up. It needs nothing else.
+
+Options:
+  -o, --output PAGE        write the page to PAGE (default: standard output)
+      --from-map MAP       show the output of an earlier expansion, with the map of --map
+  -I, --import-path DIR, -D, --define NAME=VALUE, -E, --eval TEXT,
+      --src-indent N, --dst-indent N, --keep-imports, --no-python, --max-depth N,
+      --max-steps N, --max-output SIZE, --color WHEN
+                           as for an expansion
+  -V, --version            print the version
+  -h, --help               print this
 )";
 
 const char* const s_projectHelp =
