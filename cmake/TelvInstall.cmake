@@ -1,35 +1,72 @@
-# What `cmake --install` puts where: libraries, headers, the tool, a CMake package
-# (find_package(tlMacroExpander), target telv::tlMacroExpander) and a pkg-config file.
+# What `cmake --install` puts where. Two components: `runtime` has the shared libraries and the tool;
+# `development` has headers, archives, a CMake package (find_package(tlMacroExpander)), pkg-config
+# files and the build rules. All files find each other by their places: the tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(telvPackageDir ${CMAKE_INSTALL_LIBDIR}/cmake/tlMacroExpander)
 
 install(TARGETS tlUtils tlMacroExpander
     EXPORT tlMacroExpanderTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(TARGETS tlexpand RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(EXPORT tlMacroExpanderTargets NAMESPACE telv:: DESTINATION ${telvPackageDir})
+    LIBRARY
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT runtime
+        NAMELINK_COMPONENT development
+    ARCHIVE
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT development
+    FILE_SET HEADERS
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT development)
+install(TARGETS tlexpand
+    EXPORT tlMacroExpanderTargets
+    RUNTIME
+        DESTINATION ${CMAKE_INSTALL_BINDIR}
+        COMPONENT runtime)
+install(EXPORT tlMacroExpanderTargets
+    NAMESPACE telv::
+    DESTINATION ${telvPackageDir}
+    COMPONENT development)
 
+get_target_property(telvLibraryType tlMacroExpander TYPE)
+set(telvRuntimeLibraries "")
+if(telvLibraryType STREQUAL "SHARED_LIBRARY")
+    set(suffix ${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION_MAJOR})
+    foreach(library IN ITEMS tlUtils tlMacroExpander)
+        string(APPEND telvRuntimeLibraries " \"\${telvLibraryDir}/lib${library}${suffix}\"")
+    endforeach()
+endif()
 configure_package_config_file(
-    ${CMAKE_CURRENT_LIST_DIR}/tlMacroExpanderConfig.cmake.in
-    ${CMAKE_BINARY_DIR}/tlMacroExpanderConfig.cmake
-    INSTALL_DESTINATION ${telvPackageDir})
+    cmake/tlMacroExpanderConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/tlMacroExpanderConfig.cmake
+    INSTALL_DESTINATION ${telvPackageDir}
+    PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(
-    ${CMAKE_BINARY_DIR}/tlMacroExpanderConfigVersion.cmake
+    ${PROJECT_BINARY_DIR}/tlMacroExpanderConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
-# Paths from the place of the file itself: the installed tree may be moved.
-file(RELATIVE_PATH telvIncludeFromPc
-    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-configure_file(
-    ${CMAKE_CURRENT_LIST_DIR}/tlMacroExpander.pc.in ${CMAKE_BINARY_DIR}/tlMacroExpander.pc @ONLY)
-
 install(FILES
-    ${CMAKE_BINARY_DIR}/tlMacroExpanderConfig.cmake
-    ${CMAKE_BINARY_DIR}/tlMacroExpanderConfigVersion.cmake
-    DESTINATION ${telvPackageDir})
-install(FILES ${CMAKE_BINARY_DIR}/tlMacroExpander.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    ${PROJECT_BINARY_DIR}/tlMacroExpanderConfig.cmake
+    ${PROJECT_BINARY_DIR}/tlMacroExpanderConfigVersion.cmake
+    DESTINATION ${telvPackageDir}
+    COMPONENT development)
+
+# Everything below the prefix, which is found from the place of the file itself.
+foreach(folder IN ITEMS LIBDIR INCLUDEDIR BINDIR)
+    file(RELATIVE_PATH telvPc${folder} ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_${folder}})
+endforeach()
+file(RELATIVE_PATH telvPcPrefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" telvPcPrefix ${telvPcPrefix})
+# An archive cannot say what it needs; a shared library can.
+set(telvPcArchiveLibs "")
+if(telvLibraryType STREQUAL "STATIC_LIBRARY")
+    set(telvPcArchiveLibs " -pthread ${CMAKE_DL_LIBS}")
+    string(REPLACE " dl" " -ldl" telvPcArchiveLibs "${telvPcArchiveLibs}")
+endif()
+foreach(library IN ITEMS tlUtils tlMacroExpander)
+    configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
+endforeach()
 
 # The manual page and the completions, where the shells and `man` look for them.
 include(${CMAKE_CURRENT_LIST_DIR}/TelvManual.cmake)

@@ -11,7 +11,7 @@ function(telv_python_prefixes result)
     endif()
     file(GLOB installed LIST_DIRECTORIES true "${pyenv}/versions/2.7*")
     list(SORT installed COMPARE NATURAL ORDER DESCENDING)
-    set(${result} ${TELV_PYTHON_ROOT} ${installed} ${CMAKE_SOURCE_DIR}/build/python2/usr /usr
+    set(${result} ${TELV_PYTHON_ROOT} ${installed} ${PROJECT_SOURCE_DIR}/build/python2/usr /usr
         PARENT_SCOPE)
 endfunction()
 

@@ -44,7 +44,7 @@ function(telv_sanitize target)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         target_compile_options(${target} PRIVATE
-            -fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/cmake/integer.ignore)
+            -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/integer.ignore)
     endif()
     if(TELV_FUZZ)
         target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
@@ -60,12 +60,13 @@ endfunction()
 
 # Everything that libraries, tool and tests have in common.
 function(telv_configure target)
-    target_compile_features(${target} PUBLIC cxx_std_20)
+    target_compile_features(${target} PRIVATE cxx_std_20)
     set_target_properties(${target} PROPERTIES
         CXX_EXTENSIONS OFF
         POSITION_INDEPENDENT_CODE ON
         CXX_VISIBILITY_PRESET hidden
-        VISIBILITY_INLINES_HIDDEN ON)
+        VISIBILITY_INLINES_HIDDEN ON
+        UNITY_BUILD OFF)
     target_compile_definitions(${target} PRIVATE TELV_VERSION="${PROJECT_VERSION}")
     if(TELV_GUARD_TEXTS)
         target_compile_definitions(${target} PRIVATE TELV_GUARD_TEXTS)
@@ -76,25 +77,48 @@ function(telv_configure target)
     telv_measure_coverage(${target})
 endfunction()
 
-# A shared library of all sources below Core/<name>. Its headers are a file set, so that each one is
-# compiled alone by the target all_verify_interface_header_sets and installed with its folder.
+# Lets `target` find the libraries at places relative to itself, in the build as where it is
+# installed. In a host project, whose folders are not known, the build uses whole paths.
+function(telv_find_libraries_at target places)
+    set_target_properties(${target} PROPERTIES
+        BUILD_WITH_INSTALL_RPATH ${PROJECT_IS_TOP_LEVEL}
+        INSTALL_RPATH "${places}")
+endfunction()
+
+# A library of all sources below Core/<name>: shared, unless BUILD_SHARED_LIBS says otherwise. Those
+# who use it need C++17.
 function(telv_add_library name)
-    set(root ${CMAKE_SOURCE_DIR}/Core)
-    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${root}/${name}/*.cpp)
-    file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${root}/${name}/*.h)
-    add_library(${name} SHARED ${sources})
+    set(type SHARED)
+    if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+        set(type STATIC)
+    endif()
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Core/${name}/*.cpp)
+    add_library(${name} ${type} ${sources})
     add_library(telv::${name} ALIAS ${name})
     telv_configure(${name})
-    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${root} FILES ${headers})
+    target_compile_features(${name} INTERFACE cxx_std_17)
     set_target_properties(${name} PROPERTIES
+        DEFINE_SYMBOL ""
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR}
-        VERIFY_INTERFACE_HEADER_SETS ON
-        BUILD_WITH_INSTALL_RPATH ON
-        INSTALL_RPATH "$ORIGIN")
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    telv_find_libraries_at(${name} "$ORIGIN")
     # A symbol that no library defines is an error here and not at the user's. Sanitized code takes
     # the run time's symbols from the program.
     if(NOT TELV_SANITIZE)
         target_link_options(${name} PRIVATE LINKER:--no-undefined)
     endif()
+endfunction()
+
+# telv_public_headers(LIBRARY PATTERN... [EXCEPT HEADER...]) makes headers below Core/ part of the
+# library's interface: they are installed with their folders, and the target
+# all_verify_interface_header_sets compiles each one alone.
+function(telv_public_headers library)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "EXCEPT")
+    set(root ${PROJECT_SOURCE_DIR}/Core)
+    list(TRANSFORM arg_UNPARSED_ARGUMENTS PREPEND ${root}/)
+    list(TRANSFORM arg_EXCEPT PREPEND ${root}/)
+    file(GLOB headers CONFIGURE_DEPENDS ${arg_UNPARSED_ARGUMENTS})
+    list(REMOVE_ITEM headers ${arg_EXCEPT})
+    target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS ${root} FILES ${headers})
+    set_target_properties(${library} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
 endfunction()

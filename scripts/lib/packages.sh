@@ -27,6 +27,7 @@ find_missing() {
     need_command zsh zsh
     need_command fish fish
     need_command mandoc mandoc
+    need_command pkg-config pkg-config
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     case $1 in

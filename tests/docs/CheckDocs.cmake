@@ -5,7 +5,7 @@ include_guard()
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 function(telv_check_docs name document)
-    set(arguments --build ${CMAKE_BINARY_DIR} --compiler ${CMAKE_CXX_COMPILER})
+    set(arguments --build ${PROJECT_BINARY_DIR} --compiler ${CMAKE_CXX_COMPILER})
     if(TELV_SANITIZE)
         list(APPEND arguments --flags=-fsanitize=${TELV_SANITIZE})
     endif()
@@ -13,8 +13,8 @@ function(telv_check_docs name document)
         list(APPEND arguments --without-python)
     endif()
     add_test(NAME ${name}
-        COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tools/dev/check-docs
-            ${arguments} ${ARGN} ${CMAKE_SOURCE_DIR}/${document})
+        COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/dev/check-docs
+            ${arguments} ${ARGN} ${PROJECT_SOURCE_DIR}/${document})
     set_tests_properties(${name} PROPERTIES
         ENVIRONMENT "${telvTestEnvironment}" TIMEOUT ${telvTestTimeout})
 endfunction()
