@@ -46,7 +46,12 @@ write_basic_package_version_file(
 install(FILES
     ${PROJECT_BINARY_DIR}/tlMacroExpanderConfig.cmake
     ${PROJECT_BINARY_DIR}/tlMacroExpanderConfigVersion.cmake
+    cmake/TelvExpand.cmake
     DESTINATION ${telvPackageDir}
+    COMPONENT development)
+
+install(DIRECTORY build_rules/bazel
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/tlMacroExpander
     COMPONENT development)
 
 # Everything below the prefix, which is found from the place of the file itself.

@@ -3,7 +3,9 @@
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlUtils/xstring.h"
+#include "table.h"
 #include <cstdio>
+#include <cstring>
 
 namespace
 {
@@ -31,11 +33,17 @@ catch (const telv::LexScannerException& e)
     return e.m_pos != nullptr;
 }
 
+bool HasTable()
+{
+    return rowCount == 2 && std::strcmp(rows[0], "alpha") == 0 &&
+           std::strcmp(words, "two words; and more") == 0;
+}
+
 } // namespace
 
 int main()
 {
-    const bool isRight = ExpandsText() && ThrowsError();
+    const bool isRight = ExpandsText() && ThrowsError() && HasTable();
     std::puts(isRight ? "host: right" : "host: wrong");
     return isRight ? 0 : 1;
 }

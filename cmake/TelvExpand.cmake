@@ -1,0 +1,168 @@
+# Functions that expand texts while a project is built. They come with find_package(tlMacroExpander),
+# and with add_subdirectory and FetchContent of this project.
+#
+#     tl_expand(OUTPUT table.cpp INPUT table.cpp.tl)
+#
+# makes table.cpp in the current binary directory, again whenever table.cpp.tl, a file that it reads or
+# the tool changes. More of it:
+#
+#     tl_expand(
+#         OUTPUT FILE            in the current binary directory, unless absolute
+#         INPUT FILE             in the current source directory, unless absolute
+#         [DEFINES NAME=VALUE...]        dollar macros
+#         [LISTS NAME=FILE[:COLUMNS]...] rows of CSV and JSON files
+#         [EVALS TEXT...]                expanded before the input
+#         [IMPORT_PATHS DIR...]          searched by @import, in order
+#         [MAP FILE]                     the map from the output to its sources, as JSON
+#         [LINE_DIRECTIVES]              #line lines in the output
+#         [OPTIONS OPTION...]            other options of the tool
+#         [DEPENDS FILE...])             made before, and looked at for changes
+#
+#     tl_expand_sources(TARGET target SOURCES table.cpp.tl names.h.tl...
+#         [DEFINES ...] [LISTS ...] [EVALS ...] [IMPORT_PATHS ...] [LINE_DIRECTIVES] [OPTIONS ...]
+#         [DEPENDS ...])
+#
+# expands each source into a file of its name without the last suffix, at the same place in the current
+# binary directory, which becomes a source of the target; headers are found from its other sources.
+include_guard(GLOBAL)
+
+set(_tlExpandLists DEFINES LISTS EVALS IMPORT_PATHS OPTIONS DEPENDS)
+
+# Stops unless all arguments were understood. A macro: it looks at the variables of its caller.
+macro(_tl_check_arguments function)
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "${function}: unknown arguments: ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    # An empty list may come from a variable; a missing name is a mistake.
+    foreach(keyword IN ITEMS OUTPUT INPUT MAP TARGET)
+        if(keyword IN_LIST arg_KEYWORDS_MISSING_VALUES)
+            message(FATAL_ERROR "${function}: nothing follows ${keyword}")
+        endif()
+    endforeach()
+    foreach(define IN LISTS arg_DEFINES)
+        if(NOT define MATCHES "^[A-Za-z_][A-Za-z0-9_]*=")
+            message(FATAL_ERROR "${function}: '${define}' in DEFINES is not NAME=VALUE")
+        endif()
+    endforeach()
+    foreach(list IN LISTS arg_LISTS)
+        if(NOT list MATCHES "^[A-Za-z_][A-Za-z0-9_]*=.")
+            message(FATAL_ERROR "${function}: '${list}' in LISTS is not NAME=FILE")
+        endif()
+    endforeach()
+    if(NOT TARGET telv::tlexpand)
+        message(FATAL_ERROR "${function}: there is no target telv::tlexpand; find_package(tlMacroExpander) first")
+    endif()
+endmacro()
+
+# The options that both functions take, for the command line; relative names are those of sources.
+function(_tl_expand_options result)
+    set(options "")
+    foreach(define IN LISTS arg_DEFINES)
+        string(REPLACE ";" "\\;" define "${define}")
+        list(APPEND options -D "${define}")
+    endforeach()
+    foreach(eval IN LISTS arg_EVALS)
+        string(REPLACE ";" "\\;" eval "${eval}")
+        list(APPEND options -E "${eval}")
+    endforeach()
+    foreach(list IN LISTS arg_LISTS)
+        string(REGEX MATCH "^([^=]*)=(.*)$" list "${list}")
+        cmake_path(ABSOLUTE_PATH CMAKE_MATCH_2 BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} OUTPUT_VARIABLE file)
+        list(APPEND options --list "${CMAKE_MATCH_1}=${file}")
+    endforeach()
+    foreach(path IN LISTS arg_IMPORT_PATHS)
+        cmake_path(ABSOLUTE_PATH path BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE)
+        list(APPEND options -I "${path}")
+    endforeach()
+    if(arg_LINE_DIRECTIVES)
+        list(APPEND options --line-directives)
+    endif()
+    list(APPEND options ${arg_OPTIONS})
+    set(${result} "${options}" PARENT_SCOPE)
+endfunction()
+
+# The absolute path of a file that may be one of the source tree, one that the build makes, or nothing.
+function(_tl_find_input function path result)
+    cmake_path(ABSOLUTE_PATH path BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE OUTPUT_VARIABLE source)
+    if(NOT EXISTS "${source}")
+        cmake_path(ABSOLUTE_PATH path BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} NORMALIZE OUTPUT_VARIABLE made)
+        get_source_file_property(isGenerated "${made}" GENERATED)
+        if(NOT isGenerated)
+            message(FATAL_ERROR "${function}: there is no file '${source}', and nothing makes '${made}'")
+        endif()
+        set(source "${made}")
+    endif()
+    set(${result} "${source}" PARENT_SCOPE)
+endfunction()
+
+function(tl_expand)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "OUTPUT;INPUT;MAP" "${_tlExpandLists}")
+    _tl_check_arguments(tl_expand)
+    foreach(needed IN ITEMS OUTPUT INPUT)
+        if(NOT arg_${needed})
+            message(FATAL_ERROR "tl_expand: ${needed} is missing: tl_expand(OUTPUT FILE INPUT FILE ...)")
+        endif()
+    endforeach()
+    _tl_find_input(tl_expand "${arg_INPUT}" input)
+    cmake_path(ABSOLUTE_PATH arg_OUTPUT BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} NORMALIZE OUTPUT_VARIABLE output)
+    if(output STREQUAL input)
+        message(FATAL_ERROR "tl_expand: OUTPUT is the INPUT '${input}'")
+    endif()
+    _tl_expand_options(options)
+    set(outputs "${output}")
+    if(arg_MAP)
+        cmake_path(ABSOLUTE_PATH arg_MAP BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} NORMALIZE OUTPUT_VARIABLE map)
+        list(APPEND options --map "${map}")
+        list(APPEND outputs "${map}")
+    endif()
+    cmake_path(GET output PARENT_PATH directory)
+    file(MAKE_DIRECTORY "${directory}")
+    cmake_path(RELATIVE_PATH output BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE shown)
+    add_custom_command(
+        OUTPUT ${outputs}
+        COMMAND telv::tlexpand -o "${output}" --depfile "${output}.d" ${options} "${input}"
+        DEPENDS "${input}" telv::tlexpand ${arg_DEPENDS}
+        DEPFILE "${output}.d"
+        COMMENT "Expanding ${shown}"
+        VERBATIM)
+endfunction()
+
+function(tl_expand_sources)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "TARGET" "SOURCES;${_tlExpandLists}")
+    _tl_check_arguments(tl_expand_sources)
+    if(NOT arg_TARGET OR NOT arg_SOURCES)
+        message(FATAL_ERROR "tl_expand_sources: wants TARGET and SOURCES: tl_expand_sources(TARGET target SOURCES FILE...)")
+    endif()
+    if(NOT TARGET ${arg_TARGET})
+        message(FATAL_ERROR "tl_expand_sources: there is no target '${arg_TARGET}'; add_executable or add_library it first")
+    endif()
+    set(common "")
+    foreach(keyword IN LISTS _tlExpandLists)
+        if(arg_${keyword})
+            list(APPEND common ${keyword} ${arg_${keyword}})
+        endif()
+    endforeach()
+    if(arg_LINE_DIRECTIVES)
+        list(APPEND common LINE_DIRECTIVES)
+    endif()
+    set(folders "")
+    foreach(source IN LISTS arg_SOURCES)
+        cmake_path(IS_PREFIX CMAKE_CURRENT_SOURCE_DIR "${source}" NORMALIZE isBelow)
+        set(place "${source}")
+        if(isBelow)
+            cmake_path(RELATIVE_PATH place BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+        endif()
+        cmake_path(REMOVE_EXTENSION place LAST_ONLY OUTPUT_VARIABLE made)
+        cmake_path(GET made EXTENSION suffix)
+        if(suffix STREQUAL "" OR IS_ABSOLUTE "${made}" OR made MATCHES "^\\.\\./")
+            message(FATAL_ERROR "tl_expand_sources: '${source}' must be a file below the current source directory with two suffixes, as table.cpp.tl")
+        endif()
+        tl_expand(OUTPUT "${made}" INPUT "${source}" ${common})
+        target_sources(${arg_TARGET} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${made}")
+        cmake_path(GET made PARENT_PATH folder)
+        cmake_path(APPEND CMAKE_CURRENT_BINARY_DIR "${folder}" OUTPUT_VARIABLE folder)
+        list(APPEND folders "${folder}")
+    endforeach()
+    list(REMOVE_DUPLICATES folders)
+    target_include_directories(${arg_TARGET} PRIVATE ${folders})
+endfunction()

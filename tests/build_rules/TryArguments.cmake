@@ -1,0 +1,38 @@
+# What the CMake functions say to wrong arguments, through whole configurations of a small project.
+#
+#     cmake -DSOURCE=<top of the tree> -DWORK=<folder> -P TryArguments.cmake
+
+# refuses(MESSAGE CODE): configuring a project with CODE must stop with MESSAGE.
+function(refuses message code)
+    file(REMOVE_RECURSE ${WORK})
+    file(WRITE ${WORK}/a.txt.tl "text\n")
+    file(WRITE ${WORK}/single.tl "text\n")
+    file(WRITE ${WORK}/CMakeLists.txt "
+cmake_minimum_required(VERSION 3.25)
+project(arguments LANGUAGES NONE)
+add_executable(telv::tlexpand IMPORTED)
+set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION /bin/true)
+add_custom_target(unit)
+include(${SOURCE}/cmake/TelvExpand.cmake)
+${code}
+")
+    execute_process(COMMAND ${CMAKE_COMMAND} -S ${WORK} -B ${WORK}/out
+        RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
+    string(REGEX REPLACE "[ \n]+" " " said "${said}")
+    string(FIND "${said}" "${message}" found)
+    if(status EQUAL 0 OR found EQUAL -1)
+        message(SEND_ERROR "expected '${message}' for ${code}, status ${status}: ${said}")
+    endif()
+endfunction()
+
+refuses("tl_expand: OUTPUT is missing" "tl_expand(INPUT a.txt.tl)")
+refuses("tl_expand: INPUT is missing" "tl_expand(OUTPUT a.txt)")
+refuses("tl_expand: unknown arguments: FLAGS;-x" "tl_expand(FLAGS -x OUTPUT a.txt INPUT a.txt.tl)")
+refuses("tl_expand: nothing follows MAP" "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP)")
+refuses("tl_expand: there is no file '${WORK}/b.tl'" "tl_expand(OUTPUT a.txt INPUT b.tl)")
+refuses("tl_expand: 'X' in DEFINES is not NAME=VALUE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl DEFINES X)")
+refuses("tl_expand: 'rows.csv' in LISTS is not NAME=FILE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl LISTS rows.csv)")
+refuses("tl_expand: OUTPUT is the INPUT" "tl_expand(OUTPUT \${CMAKE_SOURCE_DIR}/a.txt.tl INPUT a.txt.tl)")
+refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(TARGET unit)")
+refuses("tl_expand_sources: there is no target 'none'" "tl_expand_sources(TARGET none SOURCES a.txt.tl)")
+refuses("must be a file below the current source directory with two suffixes" "tl_expand_sources(TARGET unit SOURCES single.tl)")

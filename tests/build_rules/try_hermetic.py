@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+"""Expands the cases of the language twice and compares the bytes of output and map: the second time under
+another locale, time zone, directory, umask and home, and with other descriptors and variables. Python is
+refused in both: what its code does is its own business.
+
+    try_hermetic.py --tool TLEXPAND
+"""
+import argparse
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+CASES = ROOT / "tests" / "cases"
+
+
+def make_locale(directory):
+    """A Turkish locale, whose letters, numbers and order are others, where the system can make one."""
+    name = "tr_TR.UTF-8"
+    made = subprocess.run(["localedef", "-i", "tr_TR", "-f", "UTF-8", str(directory / name)],
+                          capture_output=True)
+    if (directory / name).exists() and made.returncode in (0, 1):
+        return {"LOCPATH": str(directory), "LC_ALL": name, "LANGUAGE": "tr"}
+    return {"LC_ALL": "C.UTF-8"}
+
+
+def expand_all(tool, cases, out, environment):
+    """Runs the tool in the folder of each case; the exit statuses by name."""
+    statuses = {}
+    for case in sorted(cases.rglob("*.tl")):
+        name = case.relative_to(cases)
+        # Those that want options are about limits, Python or the command line.
+        if any(part.endswith(".d") for part in name.parts) or case.with_suffix(".args").exists():
+            continue
+        target = out / name
+        target.parent.mkdir(parents=True, exist_ok=True)
+        done = subprocess.run(
+            [tool, "--no-python", "--max-steps", "10000", "-o", str(target), "--map", f"{target}.map", case.name],
+            cwd=case.parent, env=environment, capture_output=True, stdin=subprocess.DEVNULL)
+        statuses[str(name)] = (done.returncode, done.stdout, done.stderr)
+    return statuses
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--tool", required=True)
+    tool = parser.parse_args().tool
+    with tempfile.TemporaryDirectory() as temporary:
+        root = pathlib.Path(temporary)
+        (root / "locale").mkdir()
+        elsewhere = root / "some where" / "else" / "cases"
+        shutil.copytree(CASES, elsewhere)
+        plain = {"PATH": os.environ["PATH"], "LC_ALL": "C", "TZ": "UTC"}
+        other = {"PATH": "/nowhere", "TZ": "Pacific/Kiritimati", "HOME": "/nowhere", "TERM": "dumb",
+                 "COLUMNS": "20", "POSIXLY_CORRECT": "1", "TMPDIR": "/nowhere",
+                 **make_locale(root / "locale")}
+        first = expand_all(tool, CASES, root / "first", plain)
+        os.umask(0o077)
+        second = expand_all(tool, elsewhere, root / "second", other)
+        differ = [name for name in first if first[name] != second[name]]
+        for made in sorted((root / "first").rglob("*")):
+            if made.is_file():
+                twin = root / "second" / made.relative_to(root / "first")
+                if not twin.exists() or made.read_bytes() != twin.read_bytes():
+                    differ.append(str(made.relative_to(root)))
+        if differ:
+            raise SystemExit("what surrounds the tool decides: " + ", ".join(differ[:20]))
+        expanded = sum(status[0] == 0 for status in first.values())
+        if expanded < 100:
+            raise SystemExit(f"only {expanded} cases were expanded")
+        print(f"{len(first)} cases, {expanded} of them without an error: the same bytes")
+
+
+main()
