@@ -80,8 +80,12 @@ endfunction()
 # Lets `target` find the libraries at places relative to itself, in the build as where it is
 # installed. In a host project, whose folders are not known, the build uses whole paths.
 function(telv_find_libraries_at target places)
+    set(asInstalled ${PROJECT_IS_TOP_LEVEL})
+    if(CMAKE_SKIP_INSTALL_RPATH)
+        set(asInstalled OFF)
+    endif()
     set_target_properties(${target} PROPERTIES
-        BUILD_WITH_INSTALL_RPATH ${PROJECT_IS_TOP_LEVEL}
+        BUILD_WITH_INSTALL_RPATH ${asInstalled}
         INSTALL_RPATH "${places}")
 endfunction()
 
@@ -98,7 +102,6 @@ function(telv_add_library name)
     telv_configure(${name})
     target_compile_features(${name} INTERFACE cxx_std_17)
     set_target_properties(${name} PROPERTIES
-        DEFINE_SYMBOL ""
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR})
     telv_find_libraries_at(${name} "$ORIGIN")

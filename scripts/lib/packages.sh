@@ -28,6 +28,9 @@ find_missing() {
     need_command fish fish
     need_command mandoc mandoc
     need_command pkg-config pkg-config
+    need_command abidiff abigail-tools
+    need_command meson meson
+    need_command localedef libc-bin
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     case $1 in
@@ -39,6 +42,15 @@ find_missing() {
             need_command npm npm
             ;;
         fuzz | clang) need_clang ;;
+        scale)
+            need_command bazel bazel-bootstrap
+            need_file /usr/sbin/nginx nginx
+            ;;
+        package)
+            need_command lintian lintian
+            need_command dpkg-shlibdeps dpkg-dev
+            need_command fakeroot fakeroot
+            ;;
         tidy)
             need_clang
             need_command clang-tidy-14 clang-tidy-14

@@ -1,0 +1,73 @@
+#!/usr/bin/env python3
+"""The Bazel rules in Bazel's sandbox: what they make, what is made again, and that a text sees only its deps.
+
+    try_bazel.py --tool TLEXPAND
+"""
+import argparse
+import pathlib
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+import bazel
+import generate
+
+FILES, LIBRARIES = 12, 3
+
+MORE = '''
+tl_library(name = "inner", srcs = ["inner/lib/x.tl"], import_paths = ["inner/lib"])
+tl_expand(
+    name = "options",
+    src = "options.tl",
+    out = "options.txt",
+    map = "options.map",
+    defines = {"A": "one two", "B": "3"},
+    deps = [":inner"],
+    options = ["--keep-imports"],
+)
+'''
+FORGOTTEN = 'tl_expand(name = "forgotten", src = "src/f0.txt.tl", out = "forgotten.txt")\n'
+
+
+def check(what, wanted, got, log=""):
+    if wanted != got:
+        raise SystemExit(f"{what}: wanted {wanted}, got {got}\n{log}")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--tool", required=True)
+    tool = parser.parse_args().tool
+    with tempfile.TemporaryDirectory() as temporary:
+        root, base = pathlib.Path(temporary) / "workspace", pathlib.Path(temporary) / "base"
+        bazel.write_workspace(root, tool, FILES, LIBRARIES)
+        with (root / "BUILD.bazel").open("a") as file:
+            file.write(MORE)
+        (root / "inner" / "lib").mkdir(parents=True)
+        (root / "inner" / "lib" / "x.tl").write_text("@def x = {inner}\n")
+        (root / "options.tl").write_text('@import "x.tl"\n_A_ _B_ x\n')
+        done, ran, _ = bazel.build(root, base)
+        check("the first build", (0, FILES + 1), (done.returncode, ran), done.stderr)
+        for n in range(FILES):
+            check(f"file {n}", generate.expected(n, LIBRARIES),
+                  (root / "bazel-bin" / "out" / f"f{n}.txt").read_text())
+        check("options", '@import "x.tl"\none two 3 inner\n', (root / "bazel-bin" / "options.txt").read_text())
+        if not (root / "bazel-bin" / "options.map").read_text().startswith('{"version":1'):
+            raise SystemExit("the map is none")
+
+        library = root / "lib1.tl"
+        library.write_text(library.read_text().replace("library 1", "library one"))
+        done, ran, _ = bazel.build(root, base)
+        check("an import changed", (0, FILES // LIBRARIES), (done.returncode, ran), done.stderr)
+        check("its text", True, "library one" in (root / "bazel-bin" / "out" / "f1.txt").read_text())
+
+        with (root / "BUILD.bazel").open("a") as file:
+            file.write(FORGOTTEN)
+        done, _, _ = bazel.build(root, base)
+        check("a forgotten dependency", (1, True),
+              (done.returncode, "Can't import file: lib0.tl" in done.stderr), done.stderr)
+        bazel.remove(base)
+    print("the Bazel rules: right")
+
+
+main()
