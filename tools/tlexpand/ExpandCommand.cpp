@@ -5,6 +5,8 @@
 #include "output/DepfileWriter.h"
 #include "output/MapWriter.h"
 #include "output/OutputSet.h"
+#include "output/UnifiedDiff.h"
+#include <fcntl.h>
 #include "report/GuardedRun.h"
 #include <unistd.h>
 
@@ -54,6 +56,9 @@ public:
 private:
     void Expand();
     void RefuseInputs() const;
+    int CompareWithOutput() const;
+    template <class Visitor>
+    void ForEachPart(Visitor visit) const;
     void WriteText(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
@@ -79,6 +84,8 @@ int ExpandCommand::Run()
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
     RefuseInputs();
+    if (m_options.m_check)
+        return CompareWithOutput();
     SetContents();
     m_outputs.m_set.Commit();
     return 0;
@@ -116,15 +123,43 @@ void ExpandCommand::RefuseInputs() const
         m_outputs.m_set.RefuseStandardOutput(imports);
 }
 
-void ExpandCommand::WriteText(ByteSink& sink) const
+/// Calls `visit` with the parts of the text that are written, in order.
+template <class Visitor>
+void ExpandCommand::ForEachPart(Visitor visit) const
 {
     const char* p = m_text.begin();
     for (const OutputRange& range : m_removed)
     {
-        sink.Write(SubString(p, m_text.begin() + range.m_begin));
+        visit(SubString(p, m_text.begin() + range.m_begin));
         p = m_text.begin() + range.m_end;
     }
-    sink.Write(SubString(p, m_text.end()));
+    visit(SubString(p, m_text.end()));
+}
+
+void ExpandCommand::WriteText(ByteSink& sink) const
+{
+    ForEachPart([&](SubString part) { sink.Write(part); });
+}
+
+/// 0 when the output is what the run would write, else 1 after the difference has been printed.
+int ExpandCommand::CompareWithOutput() const
+{
+    xstring text;
+    ForEachPart([&](SubString part) { text += part; });
+    const std::string& path = m_options.m_output;
+    xstring there;
+    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY));
+    const bool isThere = file.IsOpen();
+    if (isThere)
+        there = ReadAll(file.Get(), path);
+    else if (errno != ENOENT)
+        throw MakeFileError("read", path, errno);
+    if (isThere && there == text)
+        return 0;
+    const std::string difference =
+        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path + "\t(expanded)", text);
+    WriteStandardOutput([&](ByteSink& sink) { sink.Write(difference); });
+    return 1;
 }
 
 /// Null is standard output.

@@ -16,6 +16,8 @@ Options of an expansion:
       --src-indent N       indentation of the source's lines that is removed
       --dst-indent N       indentation that the lines of the output get
       --keep-imports       keep the text of import directives in the output
+      --check              write nothing: compare the FILE of -o with the expansion and
+                           print the difference, exit status 1, when there is one
       --map FILE           write the map from the output to the sources as JSON
       --depfile FILE       write a dependency file for make and ninja (needs -o)
       --depfile-target NAME

@@ -16,6 +16,7 @@ enum ELongOption
     OPT_SRC_INDENT = 256,
     OPT_DST_INDENT,
     OPT_KEEP_IMPORTS,
+    OPT_CHECK,
     OPT_MAP,
     OPT_DEPFILE,
     OPT_DEPEND,
@@ -38,6 +39,7 @@ constexpr option s_expandTable[] = {
     {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
     {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
+    {"check",        no_argument,       nullptr, OPT_CHECK},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
     {"depend",       required_argument, nullptr, OPT_DEPEND},
@@ -150,6 +152,9 @@ void SetExpandOption(ExpandOptions& options, int code)
     case OPT_KEEP_IMPORTS:
         options.m_keepImports = true;
         break;
+    case OPT_CHECK:
+        options.m_check = true;
+        break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", optarg);
         break;
@@ -200,6 +205,10 @@ void CheckOutputs(const ExpandOptions& options)
         throw UsageError("--depend needs --depfile");
     if (!options.m_depfile && options.m_depfileTarget)
         throw UsageError("--depfile-target needs --depfile");
+    if (options.m_check && options.m_output == s_standardStream)
+        throw UsageError("--check needs -o: the file that is compared with the expansion");
+    if (options.m_check && (options.m_map || options.m_depfile))
+        throw UsageError("--check writes nothing: leave out --map and --depfile");
     const bool isMap = options.m_map == s_standardStream;
     if (isMap && options.m_output == s_standardStream)
         throw UsageError("the expansion and the map can't both go to standard output");

@@ -61,10 +61,11 @@ struct ExpandOptions : CommonOptions
     ssize_t m_srcIndent = 0;
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;
+    bool m_check = false; ///< Compare with the output that is there; write nothing.
 
     bool UsesStandardOutput() const
     {
-        return m_output == s_standardStream || m_map == s_standardStream ||
+        return m_check || m_output == s_standardStream || m_map == s_standardStream ||
                m_depfile == s_standardStream;
     }
 };
