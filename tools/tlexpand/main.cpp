@@ -2,6 +2,7 @@
 //
 // Here is what comes before and after the work: the environment that a caller may have left in any
 // state, the choice of the command, and the exit status.
+#include "BatchCommand.h"
 #include "Cleanup.h"
 #include "report/Diagnostics.h"
 #include "ExpandCommand.h"
@@ -35,7 +36,7 @@ int RunExpand(int argc, char** argv)
         return PrintAndSucceed(s_expandHelp);
     if (options.m_version)
         return PrintAndSucceed(s_version);
-    return RunExpandCommand(options);
+    return IsBatch(options) ? RunBatchCommand(options) : RunExpandCommand(options);
 }
 
 int RunProject(int argc, char** argv)

@@ -6,6 +6,7 @@ namespace telv::tool
 
 const char* const s_expandHelp =
     R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
+       tlexpand [OPTIONS] --out-dir DIR [--batch LIST] [FILE...]
        tlexpand project [OPTIONS] [FILE]  read a project file and print it as JSON
 
 Options of an expansion:
@@ -18,6 +19,11 @@ Options of an expansion:
       --keep-imports       keep the text of import directives in the output
       --check              write nothing: compare the FILE of -o with the expansion and
                            print the difference, exit status 1, when there is one
+      --batch LIST         expand the files that LIST names, one a line, each with its own
+                           outcome; a tab and the name of its output may stand behind it
+      --out-dir DIR        where the outputs of several FILEs or of a LIST go, without '.tl'
+  -j, --jobs N             expand them in N processes (default: 1)
+      --keep-going         go on after one that failed
       --map FILE           write the map from the output to the sources as JSON
       --depfile FILE       write a dependency file for make and ninja (needs -o)
       --depfile-target NAME

@@ -37,7 +37,8 @@ struct Definition
 /// What both commands understand.
 struct CommonOptions
 {
-    std::string m_file; ///< "-" is standard input.
+    std::string m_file; ///< "-" is standard input. The first one, when there are more.
+    std::vector<std::string> m_files; ///< All of them.
     std::vector<std::string> m_importPaths;
     std::vector<Definition> m_definitions; ///< In the order of the command line.
     Colour m_colour = Colour::Auto;
@@ -61,6 +62,10 @@ struct ExpandOptions : CommonOptions
     ssize_t m_srcIndent = 0;
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;
+    std::optional<std::string> m_batch;        ///< A list of files.
+    std::optional<std::string> m_outDirectory; ///< For the outputs of many files.
+    ssize_t m_jobs = 1;                        ///< Processes that expand them.
+    bool m_keepGoing = false;                  ///< After a file that failed.
     bool m_check = false; ///< Compare with the output that is there; write nothing.
 
     bool UsesStandardOutput() const

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+// A list has one input a line, and behind a tab the output, when that is not in the --out-dir. Everything
+// is looked at before anything is expanded: a mistake in line 9,000 costs nothing.
+#include "input/FileList.h"
+#include "Files.h"
+#include <fcntl.h>
+#include <filesystem>
+#include <map>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr size_t s_mostMessages = 20;
+
+/// The output of an input below the --out-dir: the same place when the input lies below the directory of the
+/// start, else its name; without the suffix ".tl".
+std::string OutputIn(const std::string& directory, const std::string& input)
+{
+    fs::path place = fs::path(input).lexically_normal();
+    if (place.is_absolute() || *place.begin() == "..")
+        place = place.filename();
+    if (place.extension() == ".tl")
+        place.replace_extension();
+    return (fs::path(directory) / place).string();
+}
+
+BatchJob MakeJob(const ExpandOptions& options, const std::string& input, const std::string& output,
+                 const std::string& place)
+{
+    if (input == s_standardStream)
+        throw UsageError(place + "standard input can't be one of many files");
+    if (!output.empty())
+        return {input, output, place};
+    if (!options.m_outDirectory)
+        throw UsageError(place + "no output for '" + input +
+                         "': give --out-dir, or name the output behind a tab in the list");
+    return {input, OutputIn(*options.m_outDirectory, input), place};
+}
+
+xstring ReadList(const std::string& path)
+{
+    if (path == s_standardStream)
+        return ReadAll(STDIN_FILENO, "<stdin>");
+    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY));
+    if (!file.IsOpen())
+        throw MakeFileError("read", path, errno);
+    return ReadAll(file.Get(), path);
+}
+
+void AddList(const ExpandOptions& options, const std::string& path, std::vector<BatchJob>& jobs)
+{
+    const std::string text = ToStdString(ReadList(path));
+    const std::string name = path == s_standardStream ? "<stdin>" : path;
+    size_t line = 0;
+    for (size_t begin = 0; begin < text.size();)
+    {
+        const size_t end = std::min(text.find('\n', begin), text.size());
+        std::string entry = text.substr(begin, end - begin);
+        begin = end + 1;
+        ++line;
+        if (!entry.empty() && entry.back() == '\r')
+            entry.pop_back();
+        if (entry.empty() || entry[0] == '#')
+            continue;
+        const size_t tab = entry.find('\t');
+        const std::string output = tab == std::string::npos ? "" : entry.substr(tab + 1);
+        jobs.push_back(MakeJob(options, entry.substr(0, tab), output,
+                               name + "(" + std::to_string(line) + "): "));
+    }
+}
+
+/// Messages of many files, one a line, that end with how many more there are.
+class Messages
+{
+public:
+    void Add(const std::string& message)
+    {
+        if (m_count++ < s_mostMessages)
+            m_text += (m_text.empty() ? "" : "\n") + message;
+    }
+    bool Empty() const { return m_count == 0; }
+    std::string Text() const
+    {
+        return m_count <= s_mostMessages
+                   ? m_text
+                   : m_text + "\n... and " + std::to_string(m_count - s_mostMessages) + " more";
+    }
+
+private:
+    std::string m_text;
+    size_t m_count = 0;
+};
+
+void CheckInputs(const std::vector<BatchJob>& jobs)
+{
+    Messages missing;
+    for (const BatchJob& job : jobs)
+        if (faccessat(StartDirectory(), job.m_input.c_str(), R_OK, AT_EACCESS) != 0)
+            missing.Add(job.m_place + MakeFileError("read", job.m_input, errno).what());
+    if (!missing.Empty())
+        throw FileError(missing.Text());
+}
+
+std::string Normal(const std::string& path)
+{
+    return fs::absolute(path).lexically_normal().string();
+}
+
+void CheckOutputs(const std::vector<BatchJob>& jobs)
+{
+    Messages wrong;
+    std::map<std::string, const BatchJob*> outputs;
+    for (const BatchJob& job : jobs)
+    {
+        const auto [entry, isNew] = outputs.try_emplace(Normal(job.m_output), &job);
+        if (!isNew)
+            wrong.Add(job.m_place + "'" + entry->second->m_input + "' and '" + job.m_input +
+                      "' have the same output '" + job.m_output + "'");
+    }
+    for (const BatchJob& job : jobs)
+    {
+        const auto entry = outputs.find(Normal(job.m_input));
+        if (entry != outputs.end() && entry->second != &job)
+            wrong.Add(job.m_place + "'" + job.m_input + "' is the output of '" +
+                      entry->second->m_input + "'");
+    }
+    if (!wrong.Empty())
+        throw UsageError(wrong.Text());
+}
+
+void MakeDirectories(const std::vector<BatchJob>& jobs)
+{
+    std::string last;
+    for (const BatchJob& job : jobs)
+    {
+        const std::string directory = fs::path(job.m_output).parent_path().string();
+        if (directory.empty() || directory == last)
+            continue;
+        std::error_code error;
+        fs::create_directories(directory, error);
+        if (error)
+            throw MakeFileError("make", directory, error.value());
+        last = directory;
+    }
+}
+
+} // namespace
+
+std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
+{
+    std::vector<BatchJob> jobs;
+    for (const std::string& file : options.m_files)
+        jobs.push_back(MakeJob(options, file, "", ""));
+    if (options.m_batch)
+        AddList(options, *options.m_batch, jobs);
+    CheckInputs(jobs);
+    CheckOutputs(jobs);
+    MakeDirectories(jobs);
+    return jobs;
+}
+
+} // namespace telv::tool
