@@ -7,6 +7,15 @@ macro(telv_check_pie)
     check_pie_supported(LANGUAGES CXX)
 endmacro()
 
+# libcsv, static: it is a few functions, and another shared library would cost every start.
+function(telv_find_csv)
+    find_path(TELV_CSV_INCLUDE csv.h REQUIRED)
+    find_library(TELV_CSV_LIBRARY NAMES libcsv.a csv REQUIRED)
+    add_library(telv_csv INTERFACE)
+    target_include_directories(telv_csv SYSTEM INTERFACE ${TELV_CSV_INCLUDE})
+    target_link_libraries(telv_csv INTERFACE ${TELV_CSV_LIBRARY})
+endfunction()
+
 function(telv_set_warnings target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
     if(TELV_WERROR)

@@ -73,7 +73,7 @@ void CheckCommon(const CommonOptions& options)
          {options.m_limits.m_maxDepth, options.m_limits.m_maxSteps, options.m_limits.m_maxOutput})
         FUZZ_REQUIRE(limit >= 0);
     for (const Definition& definition : options.m_definitions)
-        FUZZ_REQUIRE(definition.m_isText == definition.m_name.empty());
+        FUZZ_REQUIRE((definition.m_kind == Definition::EKind::Text) == definition.m_name.empty());
 }
 
 /// Calls `parse` with an argument vector that it may reorder.
@@ -141,6 +141,14 @@ void CheckValues(const std::string& text)
         {
             const Definition definition = ParseDefinition(text);
             FUZZ_REQUIRE(definition.m_name + "=" + definition.m_value == text);
+            return ssize_t{0};
+        });
+    ReadValue(
+        [&]
+        {
+            const Definition list = ParseList(text);
+            FUZZ_REQUIRE(text.starts_with(list.m_name + "=" + list.m_rows.m_file));
+            FUZZ_REQUIRE(list.m_rows.m_file.ends_with(list.m_rows.m_isJson ? ".json" : ".csv"));
             return ssize_t{0};
         });
 }

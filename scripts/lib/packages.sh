@@ -29,6 +29,7 @@ find_missing() {
     need_command mandoc mandoc
     need_file /usr/include/gtest/gtest.h libgtest-dev
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+    need_file /usr/include/csv.h libcsv-dev
     case $1 in
         coverage) need_command gcovr gcovr ;;
         memcheck) need_command valgrind valgrind ;;

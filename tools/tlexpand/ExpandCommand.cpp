@@ -72,6 +72,7 @@ private:
 };
 
 int ExpandCommand::Run()
+try
 {
     const ExpansionRunScope scope(m_run);
     m_handler.ReadMain(m_options.m_file);
@@ -83,15 +84,29 @@ int ExpandCommand::Run()
     m_outputs.m_set.Commit();
     return 0;
 }
+catch (const DataError& e)
+{
+    m_printed.Flush();
+    m_diagnostics.Report(LexScannerException(e.what(), e.m_pos));
+    return 2;
+}
 
 void ExpandCommand::Expand()
 {
     for (const Definition& definition : m_options.m_definitions)
     {
-        if (definition.m_isText)
-            m_handler.Evaluate(definition.m_value);
-        else
+        switch (definition.m_kind)
+        {
+        case Definition::EKind::DollarMacro:
             m_handler.Define(definition.m_name, definition.m_value);
+            break;
+        case Definition::EKind::Text:
+            m_handler.Evaluate(definition.m_value);
+            break;
+        case Definition::EKind::List:
+            m_handler.DefineList(definition.m_name, definition.m_rows);
+            break;
+        }
     }
     StringStream os(4096);
     ExpandedOutput output(&os);

@@ -112,6 +112,28 @@ void FileImportHandler::Define(const std::string& name, const std::string& value
     m_prelude.Define(xstring(ViewOf(name)), xstring(ViewOf(value)));
 }
 
+void FileImportHandler::DefineList(const std::string& name, const RowListOption& rows)
+{
+    Input& input = *m_inputs.emplace_back(std::make_unique<Input>());
+    input.m_rows = std::make_unique<RowList>();
+    input.m_listName = name;
+    RowList& list = *input.m_rows;
+    try
+    {
+        ReadRowList(rows, list);
+    }
+    catch (const RowError& e)
+    {
+        list.m_fileText.c_str(); // As for AddInput.
+        m_sources.Add(rows.m_file, list.m_fileText, nullptr);
+        throw DataError(e.what(), list.m_fileText.begin() + e.m_offset);
+    }
+    m_sources.Add(rows.m_file, list.m_text, nullptr).SetMadeFrom({list.m_fileText, &list.m_places});
+    input.m_identity = list.m_identity;
+    input.m_paths.push_back(rows.m_file);
+    m_prelude.DefineMacro(ViewOf(input.m_listName), list.m_text);
+}
+
 void FileImportHandler::Evaluate(const std::string& text)
 {
     ++m_countOfTexts;

@@ -10,6 +10,7 @@
 #include "input/Prelude.h"
 #include "input/Sources.h"
 #include "output/ImportText.h"
+#include "rows/RowList.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
@@ -22,6 +23,16 @@
 
 namespace telv::tool
 {
+
+/// What is wrong with a file of data, and where; ends the run with status 2.
+class DataError : public FileError
+{
+public:
+    /// @param pos  In a source.
+    DataError(const char* message, const char* pos) : FileError(message), m_pos(pos) {}
+
+    const char* m_pos;
+};
 
 class FileImportHandler final : public ImportHandler
 {
@@ -38,6 +49,11 @@ public:
 
     /// Adds a dollar macro that every file sees.
     void Define(const std::string& name, const std::string& value);
+    /// Adds a macro that every file sees: a list of rows of data, which count as an imported file.
+    ///
+    /// @throws FileError  The file can't be read.
+    /// @throws DataError  Its data can't be made a list.
+    void DefineList(const std::string& name, const RowListOption& rows);
     /// Expands a text of the command line whose definitions every file sees.
     void Evaluate(const std::string& text);
 
@@ -66,6 +82,8 @@ private:
         std::string m_path; ///< As it was opened: its directory is that of its imports.
         std::vector<std::string>
             m_paths; ///< By which it was reached as an import; see ImportedPaths.
+        std::unique_ptr<RowList> m_rows; ///< Of a list; it is named by `m_listName`.
+        std::string m_listName;
         std::unique_ptr<FileScopeVarFrame> m_frame; ///< Null until it is expanded as an import.
     };
 

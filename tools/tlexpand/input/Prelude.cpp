@@ -19,14 +19,27 @@ void AddCopy(FileScopeVarFrame& frame, const LSMacroVariable& macro)
 
 } // namespace
 
-void Prelude::Define(const xstring& name, const xstring& value)
+FileScopeVarFrame& Prelude::LastFrame()
 {
     if (m_last == nullptr)
     {
         StartText(/*mayImport=*/false);
         FinishText();
     }
-    m_last->InsertDollarMacro(name, value);
+    return *m_last;
+}
+
+void Prelude::Define(const xstring& name, const xstring& value)
+{
+    LastFrame().InsertDollarMacro(name, value);
+}
+
+void Prelude::DefineMacro(SubString name, SubString body)
+{
+    auto macro = std::make_unique<LSMacroVariable>(LSV_MACRO, name, nullptr, /*isPython=*/false,
+                                                   /*naked=*/false, /*isFnArg=*/false);
+    macro->SetSubstitutionString(body, /*copy=*/false, /*indentation=*/0);
+    LastFrame().m_localVariables.Add(macro.release());
 }
 
 FileScopeVarFrame& Prelude::StartText(bool mayImport)

@@ -22,6 +22,9 @@ public:
     /// Adds a dollar macro.
     void Define(const xstring& name, const xstring& value);
 
+    /// Adds a macro without arguments; views its name and body, which must outlive this object.
+    void DefineMacro(SubString name, SubString body);
+
     /// The frame for another text. It sees what was defined before; what it defines is seen from
     /// the next `MakeVisibleIn` after `FinishText` on. Lives as long as this object.
     ///
@@ -34,6 +37,8 @@ public:
     void MakeVisibleIn(FileScopeVarFrame& frame) const;
 
 private:
+    FileScopeVarFrame& LastFrame();
+
     std::deque<FileScopeVarFrame> m_frames;
     FileScopeVarFrame* m_last = nullptr; ///< Of the finished texts; null before the first.
 };

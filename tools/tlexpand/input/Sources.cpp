@@ -19,19 +19,42 @@ const char* FindLineFeed(const char* begin, const char* end)
 
 } // namespace
 
+/// In a value that stands in both alike, the same character; else where the value begins.
+const char* Source::PlaceInFile(const char* pos) const
+{
+    if (!IsMade())
+        return pos;
+    const auto isBefore = [](ssize_t offset, const MadePlace& p) { return offset < p.m_offset; };
+    const auto next = std::upper_bound(m_made.m_places->begin(), m_made.m_places->end(),
+                                       pos - m_text.begin(), isBefore);
+    const MadePlace& place = *std::prev(next);
+    const char* const value = m_made.m_file.begin() + place.m_origin;
+    const char* made = m_text.begin() + place.m_offset;
+    const char* origin = value;
+    if (made != pos && *made == '`')
+        ++made;
+    if (origin != m_made.m_file.end() && *origin == '"')
+        ++origin;
+    const ssize_t size = pos - made;
+    const bool isAlike = size <= m_made.m_file.end() - origin && std::equal(made, pos, origin);
+    return isAlike ? origin + size : value;
+}
+
 ssize_t Source::Line(const char* pos) const
 {
-    return std::count(m_text.begin(), pos, '\n') + 1;
+    return std::count(File().begin(), PlaceInFile(pos), '\n') + 1;
 }
 
 SubString Source::LineText(const char* pos) const
 {
+    const SubString file = File();
+    pos = PlaceInFile(pos);
     const char* begin = pos;
-    while (begin != m_text.begin() && begin[-1] != '\n')
+    while (begin != file.begin() && begin[-1] != '\n')
         --begin;
-    const char* end = FindLineFeed(pos, m_text.end());
+    const char* end = FindLineFeed(pos, file.end());
     if (end == nullptr)
-        return SubString(begin, m_text.end());
+        return SubString(begin, file.end());
     if (end > begin && end[-1] == '\r')
         --end;
     return SubString(begin, end);

@@ -3,6 +3,7 @@
 // line, and through which import the text was reached.
 #pragma once
 
+#include "MadePlace.h"
 #include "tlUtils/StringExt.h"
 #include <map>
 #include <memory>
@@ -12,7 +13,16 @@
 namespace telv::tool
 {
 
+/// A text made from a file that is in another language: rows of data. Views both.
+struct MadeFrom
+{
+    SubString m_file;
+    const std::vector<MadePlace>* m_places; ///< Increasing; the first is the start of the text.
+};
+
 /// One text that was read. Views the text, which must neither move nor change.
+///
+/// Lines are those of the file that the user knows: for a made text, of the one it was made from.
 class Source
 {
 public:
@@ -28,6 +38,14 @@ public:
     /// Where the directive stands that imported it first; null when none did.
     const char* ImportPosition() const { return m_importPos; }
 
+    /// Makes it a text that was made from a file.
+    void SetMadeFrom(const MadeFrom& made) { m_made = made; }
+    bool IsMade() const { return m_made.m_places != nullptr; }
+    /// The place in the file of a position in the text or at its end. Allocates nothing.
+    const char* PlaceInFile(const char* pos) const;
+    /// The offset in the file.
+    ssize_t OffsetInFile(const char* pos) const { return PlaceInFile(pos) - File().begin(); }
+
     /// The line of a position in the text or at its end, counted from 1. Linear; allocates
     /// nothing.
     ssize_t Line(const char* pos) const;
@@ -35,10 +53,13 @@ public:
     SubString LineText(const char* pos) const;
 
 private:
+    SubString File() const { return IsMade() ? m_made.m_file : m_text; }
+
     std::string m_name;
     SubString m_text;
     size_t m_index;
     const char* m_importPos;
+    MadeFrom m_made = {};
 };
 
 /// Owns the sources of a run.

@@ -13,6 +13,8 @@ Options of an expansion:
   -I, --import-path DIR    search DIR for imported files; repeatable
   -D, --define NAME=VALUE  define a dollar macro that every file sees
   -E, --eval TEXT          expand TEXT first; its definitions are seen by every file
+      --list NAME=FILE[:COLUMNS]
+                           define the macro NAME, a list of the rows of FILE (.csv, .json)
       --src-indent N       indentation of the source's lines that is removed
       --dst-indent N       indentation that the lines of the output get
       --keep-imports       keep the text of import directives in the output

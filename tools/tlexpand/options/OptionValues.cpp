@@ -32,6 +32,33 @@ bool IsIdentifier(const std::string& text)
     return ScanIdentifier(rest) && rest.empty();
 }
 
+/// Where the name of the data file ends that `text` begins with: at its end or before a colon.
+/// npos when there is no such name.
+size_t FindEndOfDataFile(const std::string& text, bool& isJson)
+{
+    for (size_t end = text.find(':');; end = text.find(':', end + 1))
+    {
+        const std::string file = text.substr(0, end);
+        isJson = file.ends_with(".json");
+        if (isJson || file.ends_with(".csv"))
+            return file.size();
+        if (end == std::string::npos)
+            return end;
+    }
+}
+
+std::vector<std::string> SplitAtCommas(const std::string& text)
+{
+    std::vector<std::string> parts;
+    size_t begin = 0;
+    for (size_t end = 0; end != std::string::npos; begin = end + 1)
+    {
+        end = text.find(',', begin);
+        parts.push_back(text.substr(begin, end - begin));
+    }
+    return parts;
+}
+
 } // namespace
 
 Definition ParseDefinition(const std::string& text)
@@ -42,7 +69,29 @@ Definition ParseDefinition(const std::string& text)
     const std::string name = text.substr(0, equals);
     if (!IsIdentifier(name))
         ThrowBadValue("-D", text, "the name before '=' must be an identifier");
-    return {false, name, text.substr(equals + 1)};
+    return {Definition::EKind::DollarMacro, name, text.substr(equals + 1)};
+}
+
+Definition ParseList(const std::string& text)
+{
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        ThrowBadValue("--list", text, "NAME=FILE[:COLUMNS] is wanted");
+    const std::string name = text.substr(0, equals);
+    if (!IsIdentifier(name))
+        ThrowBadValue("--list", text, "the name before '=' must be an identifier");
+    Definition list = {Definition::EKind::List, name, ""};
+    const std::string file = text.substr(equals + 1);
+    const size_t end = FindEndOfDataFile(file, list.m_rows.m_isJson);
+    if (end == std::string::npos)
+        ThrowBadValue("--list", text, "the name of a .csv or .json file is wanted behind '='");
+    list.m_rows.m_file = file.substr(0, end);
+    if (end < file.size())
+        list.m_rows.m_columns = SplitAtCommas(file.substr(end + 1));
+    for (const std::string& column : list.m_rows.m_columns)
+        if (column.empty())
+            ThrowBadValue("--list", text, "the name of a column is empty");
+    return list;
 }
 
 std::string ParseIdentifier(const char* option, const std::string& text)

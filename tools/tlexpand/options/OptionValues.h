@@ -8,6 +8,8 @@ namespace telv::tool
 
 /// NAME=VALUE, NAME being an identifier.
 Definition ParseDefinition(const std::string& text);
+/// NAME=FILE[:COLUMNS], NAME being an identifier and FILE ending in .csv or .json.
+Definition ParseList(const std::string& text);
 /// An identifier.
 std::string ParseIdentifier(const char* option, const std::string& text);
 /// A name that is not empty.

@@ -14,6 +14,7 @@ namespace
 enum ELongOption
 {
     OPT_SRC_INDENT = 256,
+    OPT_LIST,
     OPT_DST_INDENT,
     OPT_KEEP_IMPORTS,
     OPT_MAP,
@@ -35,6 +36,7 @@ constexpr option s_expandTable[] = {
     {"import-path",  required_argument, nullptr, 'I'},
     {"define",       required_argument, nullptr, 'D'},
     {"eval",         required_argument, nullptr, 'E'},
+    {"list",         required_argument, nullptr, OPT_LIST},
     {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
     {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
@@ -139,7 +141,10 @@ void SetExpandOption(ExpandOptions& options, int code)
         options.m_output = ParseFileName("-o", optarg);
         break;
     case 'E':
-        options.m_definitions.push_back({true, "", optarg});
+        options.m_definitions.push_back({Definition::EKind::Text, "", optarg});
+        break;
+    case OPT_LIST:
+        options.m_definitions.push_back(ParseList(optarg));
         break;
     case OPT_SRC_INDENT:
         options.m_srcIndent = ParseIndent("--src-indent", optarg);

@@ -1,6 +1,7 @@
 // The command line, read and checked.
 #pragma once
 
+#include "rows/RowList.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include <optional>
 #include <stdexcept>
@@ -25,13 +26,20 @@ enum class Colour
     Never
 };
 
-/// A `-D` or an `-E`.
+/// A `-D`, an `-E` or a `--list`.
 struct Definition
 {
-    bool m_isText =
-        false; ///< `-E`: expand `m_value`. Else: `m_name` is the dollar macro `m_value`.
+    enum class EKind
+    {
+        DollarMacro, ///< `m_name` with the value `m_value`.
+        Text,        ///< `m_value` is to be expanded.
+        List         ///< `m_name` is the macro of the rows `m_rows`.
+    };
+
+    EKind m_kind = EKind::DollarMacro;
     std::string m_name;
     std::string m_value;
+    RowListOption m_rows = {};
 };
 
 /// What both commands understand.

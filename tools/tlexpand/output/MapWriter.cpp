@@ -55,15 +55,18 @@ void PieceWriter::WriteAll()
 std::string PieceWriter::Place(const Source& source, SubString in) const
 {
     return "\"source\":" + std::to_string(source.Index()) +
-           ",\"in\":" + std::to_string(in.begin() - source.Text().begin()) +
+           ",\"in\":" + std::to_string(source.OffsetInFile(in.begin())) +
            ",\"inSize\":" + std::to_string(in.size());
 }
 
 void PieceWriter::WriteSource(const OutputPiece& piece, SubString in)
 {
-    if (const Source* source = m_output.m_sources.Find(in.begin()))
-        return m_sink.Write(Place(*source, in));
+    const Source* const found = m_output.m_sources.Find(in.begin());
+    if (found != nullptr && !found->IsMade())
+        return m_sink.Write(Place(*found, in));
     m_sink.Write("\"source\":null,\"in\":null,\"inSize\":" + std::to_string(in.size()));
+    if (found != nullptr) // Rows of data: the place in their file.
+        return m_sink.Write(",\"from\":{" + Place(*found, SubString(in.begin(), in.begin())) + "}");
     SubString origin;
     if (piece.out != 0 || !m_output.m_run.FindOrigin(in.begin(), origin))
         return;

@@ -86,7 +86,7 @@ ShownPart ChoosePart(SubString line, const char* pos)
 std::string MakeExcerpt(const Source& source, const char* pos, ExcerptStyle style)
 {
     SubString line = source.LineText(pos);
-    const ShownPart part = ChoosePart(line, pos);
+    const ShownPart part = ChoosePart(line, source.PlaceInFile(pos));
     std::string shown = part.m_first > 0 ? "..." : "";
     std::string below(shown.size(), ' ');
     for (size_t i = 0; i < part.m_last; ++i)

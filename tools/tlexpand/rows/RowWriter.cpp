@@ -1,0 +1,156 @@
+// The list `[a,]` has one element: an empty last one needs another comma behind it. A tuple is
+// never empty text.
+#include "rows/RowWriter.h"
+#include <algorithm>
+#include <limits>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+constexpr size_t s_notWanted = std::numeric_limits<size_t>::max();
+/// Longer values are cut in messages.
+constexpr ssize_t s_longestShown = 60;
+
+std::string Shown(SubString value)
+{
+    if (value.size() <= s_longestShown)
+        return ToStdString(value);
+    return ToStdString(SubString(value.begin(), value.begin() + s_longestShown)) + "...";
+}
+
+std::string Counted(size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " value" : " values");
+}
+
+} // namespace
+
+RowWriter::RowWriter(const std::vector<std::string>& columns, RowList& list)
+    : m_wanted(columns), m_list(list), m_text("[")
+{
+    m_list.m_places.assign(1, MadePlace{0, 0});
+}
+
+void RowWriter::SetColumns(std::vector<std::string> names, ssize_t offset)
+{
+    m_names = std::move(names);
+    m_targets.assign(m_names.size(), s_notWanted);
+    std::vector<bool> isTwice(m_names.size());
+    for (size_t i = 0; i < m_names.size(); ++i)
+        if (const auto [known, isNew] = m_byName.emplace(m_names[i], i); !isNew)
+            isTwice[known->second] = true;
+    for (const std::string& name : m_wanted)
+    {
+        const auto found = m_byName.find(name);
+        if (found == m_byName.end())
+            throw RowError("There is no column '" + name + "'", offset);
+        if (isTwice[found->second])
+            throw RowError("There are several columns '" + name + "'", offset);
+        if (m_targets[found->second] != s_notWanted)
+            throw RowError("The column '" + name + "' is wanted twice", offset);
+        m_targets[found->second] = m_sources.size();
+        m_sources.push_back(found->second);
+    }
+    for (size_t i = 0; i < m_names.size() && WantsAll(); ++i)
+    {
+        m_targets[i] = i;
+        m_sources.push_back(i);
+    }
+    m_values.resize(m_sources.size());
+}
+
+void RowWriter::SetNamelessColumns(size_t count, ssize_t offset)
+{
+    if (!WantsAll())
+        throw RowError("There is no column '" + m_wanted[0] + "': the rows are arrays", offset);
+    SetColumns(std::vector<std::string>(count), offset);
+    m_hasNames = false;
+}
+
+std::optional<size_t> RowWriter::FindColumn(std::string_view name, size_t guess) const
+{
+    if (guess < m_names.size() && m_names[guess] == name)
+        return guess;
+    const auto found = m_byName.find(name);
+    return found == m_byName.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::string RowWriter::NameOf(size_t column) const
+{
+    return m_names[column].empty() ? std::to_string(column + 1) : "'" + m_names[column] + "'";
+}
+
+WrittenValue* RowWriter::AddValue(size_t column, ssize_t offset)
+{
+    if (m_targets[column] == s_notWanted)
+        return nullptr;
+    WrittenValue& value = m_values[m_targets[column]];
+    if (value.m_isThere)
+        throw RowError("The row has several values for column " + NameOf(column), offset);
+    value.m_isThere = true;
+    ++m_countInRow;
+    return &value;
+}
+
+void RowWriter::EndRow(ssize_t offset)
+{
+    if (m_countInRow != m_values.size())
+    {
+        const auto missing = std::ranges::find(m_values, false, &WrittenValue::m_isThere);
+        throw RowError("The row has " + Counted(m_countInRow) + " instead of " +
+                           std::to_string(m_values.size()) + ": none for column " +
+                           NameOf(m_sources[static_cast<size_t>(missing - m_values.begin())]),
+                       offset);
+    }
+    AppendRow();
+    for (WrittenValue& value : m_values)
+    {
+        value.m_text.clear();
+        value.m_places.clear();
+        value.m_isThere = false;
+    }
+}
+
+void RowWriter::AppendRow()
+{
+    if (m_hasRows)
+        m_text += ',';
+    m_hasRows = true;
+    if (HasTuples())
+        m_text += '(';
+    for (size_t i = 0; i < m_values.size(); ++i)
+    {
+        if (i > 0)
+            m_text += ',';
+        const auto begin = static_cast<ssize_t>(m_text.size());
+        for (const MadePlace& place : m_values[i].m_places)
+            m_list.m_places.push_back({begin + place.m_offset, place.m_origin});
+        m_text += m_values[i].m_text;
+    }
+    if (HasTuples())
+        m_text += ')';
+    m_lastIsEmpty = !HasTuples() && m_values[0].m_text.empty();
+}
+
+void RowWriter::Finish()
+{
+    m_text += m_lastIsEmpty ? ",]" : "]";
+    m_list.m_text = xstring(ViewOf(m_text));
+}
+
+void WriteValue(WrittenValue& written, SubString value, ValuePlace place, ssize_t origin)
+{
+    written.m_places.push_back({static_cast<ssize_t>(written.m_text.size()), origin});
+    std::string reason;
+    if (AppendValue(written.m_text, value, place, reason))
+        return;
+    throw RowError("The value can't be written in a list, neither as it is nor between back "
+                   "quotes: " +
+                       Shown(value) + (reason.empty() ? "" : "\n    " + reason),
+                   origin);
+}
+
+} // namespace telv::tool
