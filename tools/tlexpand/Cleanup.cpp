@@ -146,6 +146,15 @@ void TemporaryFile::Finish()
         throw MakeFileError("write", m_path, error);
 }
 
+bool TemporaryFile::HasBytesOf(const std::string& name) const
+{
+    const Entry& entry = s_entries[m_slot];
+    constexpr int flags = O_RDONLY | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW;
+    const Descriptor own(OpenAt(entry.m_directory, entry.m_name, flags));
+    const Descriptor earlier(OpenAt(entry.m_directory, name.c_str(), flags));
+    return own.IsOpen() && earlier.IsOpen() && HoldSameBytes(own.Get(), earlier.Get());
+}
+
 /// 0, or an `errno`.
 int TemporaryFile::Rename(const std::string& name, unsigned flags) const
 {

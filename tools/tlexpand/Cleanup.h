@@ -30,6 +30,8 @@ public:
     int Fd() const { return m_fd.Get(); }
     /// Brings the text to the disk and closes the file.
     void Finish();
+    /// Whether the finished file holds the same bytes as the regular file `name` in its directory.
+    bool HasBytesOf(const std::string& name) const;
     /// Moves the file to `name` in its directory, over what is there.
     void RenameTo(const std::string& name);
     /// The same, but what is there takes the temporary name, so that `MoveBack` can undo it. Where

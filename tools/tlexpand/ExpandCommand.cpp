@@ -26,6 +26,8 @@ struct WantedOutputs
         : m_text(Add(options.m_output)), m_map(Add(options.m_map)),
           m_depfile(Add(options.m_depfile))
     {
+        if (options.m_keepUnchanged)
+            m_set.KeepUnchanged();
     }
 
 private:

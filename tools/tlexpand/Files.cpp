@@ -52,6 +52,23 @@ ssize_t ReadSome(int fd, xstring& text, ssize_t room, const std::string& path)
     return got;
 }
 
+/// Reads `size` bytes at `offset`; false when they are not there.
+bool ReadAt(int fd, std::string& bytes, ssize_t size, ssize_t offset)
+{
+    for (ssize_t done = 0; done < size;)
+    {
+        const ssize_t got = Uninterrupted(
+            [&] {
+                return pread(fd, bytes.data() + done, static_cast<size_t>(size - done),
+                             offset + done);
+            });
+        if (got <= 0)
+            return false;
+        done += got;
+    }
+    return true;
+}
+
 /// What the system calls the open file; empty when it does not tell.
 std::string NameOfOpenFile(int fd)
 {
@@ -148,6 +165,27 @@ int WriteAll(int fd, SubString text)
             return error;
     }
     return 0;
+}
+
+bool HoldSameBytes(int a, int b)
+{
+    struct stat statusOfA;
+    struct stat statusOfB;
+    if (fstat(a, &statusOfA) != 0 || fstat(b, &statusOfB) != 0 || !S_ISREG(statusOfA.st_mode) ||
+        !S_ISREG(statusOfB.st_mode) || statusOfA.st_size != statusOfB.st_size)
+        return false;
+    constexpr ssize_t chunk = 64 * 1024;
+    std::string bytesOfA(chunk, '\0');
+    std::string bytesOfB(chunk, '\0');
+    for (ssize_t offset = 0; offset < statusOfA.st_size; offset += chunk)
+    {
+        const ssize_t size = std::min<ssize_t>(chunk, statusOfA.st_size - offset);
+        if (!ReadAt(a, bytesOfA, size, offset) || !ReadAt(b, bytesOfB, size, offset) ||
+            bytesOfA.compare(0, static_cast<size_t>(size), bytesOfB, 0,
+                             static_cast<size_t>(size)) != 0)
+            return false;
+    }
+    return true;
 }
 
 std::string RealPath(int fd, const std::string& path)

@@ -92,6 +92,9 @@ int WriteAll(int fd, SubString text);
 /// not tell.
 std::string RealPath(int fd, const std::string& path);
 
+/// Whether two open files are regular and hold the same bytes; false when one can't be read.
+bool HoldSameBytes(int a, int b);
+
 /// Whether `path` leads to a regular file; false when it holds a NUL.
 bool IsRegularFile(const std::string& path);
 

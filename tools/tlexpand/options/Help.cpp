@@ -18,6 +18,7 @@ Options of an expansion:
       --src-indent N       indentation of the source's lines that is removed
       --dst-indent N       indentation that the lines of the output get
       --keep-imports       keep the text of import directives in the output
+      --keep-unchanged     leave an output file alone whose bytes would be the same
       --map FILE           write the map from the output to the sources as JSON
       --depfile FILE       write a dependency file for make and ninja (needs -o)
       --depfile-target NAME

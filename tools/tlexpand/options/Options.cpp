@@ -17,6 +17,7 @@ enum ELongOption
     OPT_LIST,
     OPT_DST_INDENT,
     OPT_KEEP_IMPORTS,
+    OPT_KEEP_UNCHANGED,
     OPT_MAP,
     OPT_DEPFILE,
     OPT_DEPEND,
@@ -40,6 +41,7 @@ constexpr option s_expandTable[] = {
     {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
     {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
+    {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
     {"depend",       required_argument, nullptr, OPT_DEPEND},
@@ -154,6 +156,9 @@ void SetExpandOption(ExpandOptions& options, int code)
         break;
     case OPT_KEEP_IMPORTS:
         options.m_keepImports = true;
+        break;
+    case OPT_KEEP_UNCHANGED:
+        options.m_keepUnchanged = true;
         break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", optarg);

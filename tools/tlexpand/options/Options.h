@@ -69,6 +69,7 @@ struct ExpandOptions : CommonOptions
     ssize_t m_srcIndent = 0;
     ssize_t m_dstIndent = 0;
     bool m_keepImports = false;
+    bool m_keepUnchanged = false;
 
     bool UsesStandardOutput() const
     {

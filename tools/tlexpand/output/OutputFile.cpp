@@ -150,6 +150,12 @@ void OutputFile::WriteDirectly(const Content& content)
         throw MakeFileError("write", m_path, error);
 }
 
+void OutputFile::LeaveIfUnchanged()
+{
+    if (m_temporary != nullptr && m_identity && m_temporary->HasBytesOf(m_name))
+        m_temporary.reset();
+}
+
 void OutputFile::Rename()
 {
     if (m_temporary != nullptr)

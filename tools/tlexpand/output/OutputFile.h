@@ -55,6 +55,8 @@ public:
 
     /// Writes the text: to a temporary file, or directly.
     void Write(const Content& content);
+    /// Drops the temporary file when its place has the same bytes: nothing takes that place then.
+    void LeaveIfUnchanged();
     /// Puts the temporary file, if there is one, into its place.
     void Rename();
     /// The same so that it can be undone until `Settle`; the earlier file waits under the

@@ -57,6 +57,9 @@ void OutputSet::Commit()
 {
     WriteAllOf(/*direct=*/false);
     WriteAllOf(/*direct=*/true);
+    for (Output& output : m_outputs)
+        if (m_keepsUnchanged)
+            output.m_file.LeaveIfUnchanged();
     if (m_standardOutput)
         WriteStandardOutput(m_standardOutput);
     const SignalBlocker blocker;

@@ -30,6 +30,9 @@ public:
     /// What is to be written to standard output.
     void SetStandardOutput(Content content) { m_standardOutput = std::move(content); }
 
+    /// Makes Commit leave the files alone whose bytes would be the same.
+    void KeepUnchanged() { m_keepsUnchanged = true; }
+
     /// Writes everything; then renames everything. After a FileError every output is what it was
     /// before, where the file system can exchange two files; elsewhere each is the earlier one or
     /// the new one.
@@ -49,6 +52,7 @@ private:
 
     std::deque<Output> m_outputs;
     Content m_standardOutput;
+    bool m_keepsUnchanged = false;
 };
 
 } // namespace telv::tool
