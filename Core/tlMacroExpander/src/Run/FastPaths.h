@@ -15,8 +15,7 @@ enum : unsigned
 {
     DIRECT_EXPRESSIONS = 1, ///< Expressions are evaluated without being expanded into a string.
     PLAIN_STRETCHES = 2,    ///< Text that means nothing is passed over in stretches.
-    SCANNED_TEXTS = 4,      ///< What a scan of a text found is kept for the next expansion.
-    WIDE_INSTRUCTIONS = 8   ///< Vector instructions where the processor has them.
+    SCANNED_TEXTS = 4       ///< What a scan of a text found is kept for the next expansion.
 };
 
 /// Whether a way is taken in this build.
