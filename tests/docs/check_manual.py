@@ -35,7 +35,7 @@ def bash(folder, words):
 
 
 def zsh(folder, words):
-    """The options in the specifications that the file hands to _arguments."""
+    """The options that the file hands to _arguments."""
     quoted = " ".join(f"'{word}'" for word in words)
     script = ("_arguments() { print -rl -- \"$@\"; }; _describe() { print -rl -- \"$subcommands[@]\"; }; "
               f"words=({quoted}); CURRENT={len(words)}; source {folder}/_tlexpand")

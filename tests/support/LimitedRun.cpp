@@ -64,9 +64,7 @@ void SetLimit(__rlimit_resource resource, const std::optional<unsigned long>& va
 
 void SetLimits(const LimitedOptions& options)
 {
-    const unsigned long cpu = options.cpuSeconds * (s_underAddressSanitizer ? 5 : 1);
     SetLimit(RLIMIT_CORE, 0);
-    SetLimit(RLIMIT_CPU, cpu);
     SetLimit(RLIMIT_STACK, options.stack);
     SetLimit(RLIMIT_NOFILE, options.descriptors);
     SetLimit(RLIMIT_FSIZE, options.fileSize);

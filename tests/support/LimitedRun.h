@@ -35,8 +35,7 @@ struct LimitedOptions
     std::optional<unsigned long> addressSpace; ///< Bytes.
     std::optional<unsigned long> fileSize;     ///< Bytes.
     std::optional<unsigned long> descriptors;
-    unsigned long cpuSeconds = 30; ///< Multiplied under a sanitizer.
-    int seconds = 200;             ///< Until it is killed.
+    int seconds = 200; ///< Until it is killed: it hangs.
 };
 
 /// A program that was started. It does not outlive this object.
