@@ -12,6 +12,8 @@ TEST_F(MapTest, TilesTheOutput)
     EXPECT_EQ(
         Read("map"),
         "{\"version\":1,\n"
+        " \"output\":\"out\",\n"
+        " \"directory\":\".\",\n"
         " \"sources\":[\"<stdin>\"],\n"
         " \"size\":7,\n"
         " \"pieces\":[\n"
@@ -84,6 +86,48 @@ TEST_F(MapTest, NamesAreJsonStrings)
     EXPECT_EQ(Read("map"), "{\"version\":1,\n"
                            " \"sources\":[\"a\\\"\\\\\\t\xef\xbf\xbd\xc3\xa4.tl\"],\n"
                            " \"size\":0,\n \"pieces\":[]}\n");
+}
+
+TEST_F(MapTest, NamesTheOutputAndTheWayToIt)
+{
+    Write("sub/deep/main.tl", "a");
+    Expand({"--map", "sub/deep/map", "-o", "sub/out", "sub/deep/main.tl"});
+    EXPECT_EQ(Read("sub/deep/map").substr(0, 83),
+              "{\"version\":1,\n \"output\":\"sub/out\",\n \"directory\":\"../..\",\n"
+              " \"sources\":[\"sub/deep/main.");
+}
+
+TEST_F(MapTest, RunsAreJoinedWhereTheyContinueEachOther)
+{
+    const std::string text = "one two, three\n  four\n";
+    Expand({"--map", "map", "--map-runs"}, text);
+    EXPECT_EQ(Read("map"), "{\"version\":1,\n \"sources\":[\"<stdin>\"],\n \"size\":22,\n"
+                           " \"pieces\":[\n   {\"kind\":\"source\",\"out\":0,\"size\":22,"
+                           "\"source\":0,\"in\":0,\"inSize\":22}]}\n");
+    // Neither over calculated text, nor over a gap in the source, nor over indentation.
+    Expand({"--map", "map", "--map-runs", "--dst-indent", "1"}, "a b@@c d\ne @(1) f");
+    EXPECT_EQ(
+        Read("map"),
+        "{\"version\":1,\n \"sources\":[\"<stdin>\"],\n \"size\":15,\n \"pieces\":[\n"
+        "   {\"kind\":\"indentation\",\"out\":0,\"size\":1,\"source\":null,\"in\":null,\"inSize\":0},\n"
+        "   {\"kind\":\"source\",\"out\":1,\"size\":3,\"source\":0,\"in\":0,\"inSize\":3},\n"
+        "   {\"kind\":\"source\",\"out\":4,\"size\":4,\"source\":0,\"in\":5,\"inSize\":4},\n"
+        "   {\"kind\":\"indentation\",\"out\":8,\"size\":1,\"source\":null,\"in\":null,\"inSize\":0},\n"
+        "   {\"kind\":\"source\",\"out\":9,\"size\":2,\"source\":0,\"in\":9,\"inSize\":2},\n"
+        "   {\"kind\":\"calculated\",\"out\":11,\"size\":1,\"source\":0,\"in\":11,\"inSize\":1},\n"
+        "   {\"kind\":\"source\",\"out\":12,\"size\":2,\"source\":0,\"in\":15,\"inSize\":2}]}\n");
+}
+
+TEST_F(MapTest, DirectivesOfLinesAreCalculated)
+{
+    Expand({"--map", "map", "--map-runs", "--line-directives", "--verify-map", "-o", "out"},
+           "@def x = {1}\na\nb\n");
+    EXPECT_EQ(Read("out"), "#line 2 \"<stdin>\"\na\nb\n");
+    EXPECT_NE(Read("map").find(
+                  "   {\"kind\":\"calculated\",\"out\":0,\"size\":18,\"source\":0,\"in\":13,\"inSize\":1},\n"
+                  "   {\"kind\":\"source\",\"out\":18,\"size\":4,\"source\":0,\"in\":13,\"inSize\":4}]}"),
+              std::string::npos)
+        << Read("map");
 }
 
 } // namespace telv::test

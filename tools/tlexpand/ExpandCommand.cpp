@@ -4,8 +4,12 @@
 #include "ExpandCommand.h"
 #include "input/FileImportHandler.h"
 #include "output/DepfileWriter.h"
+#include "output/LineDirectives.h"
+#include "output/MapCheck.h"
+#include "output/MapPlaces.h"
 #include "output/MapWriter.h"
 #include "output/OutputSet.h"
+#include "output/SourceMapWriter.h"
 #include "output/TextStream.h"
 #include "report/GuardedRun.h"
 #include <unistd.h>
@@ -22,11 +26,12 @@ struct WantedOutputs
     OutputSet m_set;
     OutputFile* m_text = nullptr;
     OutputFile* m_map = nullptr;
+    OutputFile* m_sourceMap = nullptr;
     OutputFile* m_depfile = nullptr;
 
     explicit WantedOutputs(const ExpandOptions& options)
         : m_text(Add(options.m_output)), m_map(Add(options.m_map)),
-          m_depfile(Add(options.m_depfile))
+          m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile))
     {
         if (options.m_keepUnchanged)
             m_set.KeepUnchanged();
@@ -45,12 +50,15 @@ class ExpandCommand
 {
 public:
     explicit ExpandCommand(const ExpandOptions& options)
-        : m_options(options), m_outputs(options),
+        : m_options(options), m_outputs(options), m_mapStyle(MakeMapStyle(options)),
+          m_sourceMapStyle(MakeSourceMapStyle(options)),
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
-          m_handler(m_sources, m_run, options.m_importPaths), m_text(m_outputs.m_text)
+          m_handler(m_sources, m_run, options.m_importPaths),
+          m_text(options.m_lineFormat ? nullptr : m_outputs.m_text,
+                 options.NeedsPieces() ? &m_whole : nullptr)
     {
-        m_run.m_recordPieces = options.m_map.has_value();
+        m_run.m_recordPieces = options.NeedsPieces();
         m_run.m_limits = options.m_limits;
         m_run.m_pythonAllowed = options.m_python;
         m_run.m_lenient = options.m_lenient;
@@ -62,19 +70,29 @@ public:
 private:
     void Expand();
     void RefuseInputs() const;
+    WrittenOutput Written() const;
+    void AddDirectives();
+    bool MapIsSound() const;
+    void WriteText(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
     std::vector<std::string> Dependencies() const;
 
     const ExpandOptions& m_options;
     WantedOutputs m_outputs;
+    // Made before Python code can change the working directory.
+    MapStyle m_mapStyle;
+    SourceMapStyle m_sourceMapStyle;
     PrintedText m_printed;
     Sources m_sources;
     Diagnostics m_diagnostics;
     ExpansionRun m_run;
     FileImportHandler m_handler;
+    xstring m_whole; ///< The expansion; kept when pieces are needed.
     TextStream m_text;
-    OutputPieces m_pieces; ///< For the map.
+    OutputPieces m_pieces;
+    std::vector<TextEdit> m_edits; ///< How what is written differs from `m_whole`.
+    OutputChains m_chains;
 };
 
 int ExpandCommand::Run()
@@ -87,6 +105,9 @@ try
         return 1;
     m_handler.CheckUnchanged();
     RefuseInputs();
+    AddDirectives();
+    if (!MapIsSound())
+        return 1;
     SetContents();
     m_outputs.m_set.Commit();
     return 0;
@@ -117,13 +138,34 @@ void ExpandCommand::Expand()
     }
     xostream os(&m_text);
     ExpandedOutput output(&os);
-    if (m_options.m_map)
+    if (m_options.NeedsPieces())
         m_run.m_mappedOutput = &output;
     m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output,
                          m_options.m_keepImports ? nullptr : &m_text);
     m_text.Finish();
     m_pieces.m_pieces.swap(output.m_pieces.m_pieces);
     m_run.m_mappedOutput = nullptr;
+    m_edits = MakeRemovals(m_text.Removed());
+}
+
+WrittenOutput ExpandCommand::Written() const
+{
+    return {m_sources, m_run, m_whole, m_pieces, m_edits, m_chains};
+}
+
+void ExpandCommand::AddDirectives()
+{
+    if (m_options.m_lineFormat)
+        m_edits = AddLineDirectives(Written(), *m_options.m_lineFormat);
+}
+
+/// A map that breaks its laws is a broken assumption of this program.
+bool ExpandCommand::MapIsSound() const
+{
+    const std::string error = m_options.m_verifyMap ? FindMapError(Written()) : "";
+    if (!error.empty())
+        ReportToolError("the map is wrong: " + error);
+    return error.empty();
 }
 
 void ExpandCommand::RefuseInputs() const
@@ -134,6 +176,15 @@ void ExpandCommand::RefuseInputs() const
     for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
     OutputSet::RefuseStandardOutput(imports);
+}
+
+/// Writes what is not in the file yet.
+void ExpandCommand::WriteText(ByteSink& sink) const
+{
+    if (m_options.m_lineFormat)
+        ForEachStretch(m_whole, m_edits, [&](SubString stretch) { sink.Write(stretch); });
+    else
+        m_text.WriteRest(sink);
 }
 
 /// Null is standard output.
@@ -147,11 +198,16 @@ void ExpandCommand::SetContent(OutputFile* output, Content content)
 
 void ExpandCommand::SetContents()
 {
-    SetContent(m_outputs.m_text, [this](ByteSink& sink) { m_text.WriteRest(sink); });
+    SetContent(m_outputs.m_text, [this](ByteSink& sink) { WriteText(sink); });
     if (m_options.m_map)
         SetContent(m_outputs.m_map,
                    [this](ByteSink& sink) {
-                       WriteMap(sink, {m_sources, m_run, m_pieces, m_text.Removed()});
+                       WriteMap(sink, Written(), m_mapStyle);
+                   });
+    if (m_options.m_sourceMap)
+        SetContent(m_outputs.m_sourceMap,
+                   [this](ByteSink& sink) {
+                       WriteSourceMap(sink, Written(), m_sourceMapStyle);
                    });
     if (m_options.m_depfile)
         SetContent(m_outputs.m_depfile,

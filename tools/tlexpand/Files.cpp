@@ -245,6 +245,15 @@ std::string AbsolutePath(const std::string& path)
     return error ? path : JoinPath("", absolute.string());
 }
 
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+    struct stat first;
+    struct stat second;
+    return fstatat(StartDirectory(), a.c_str(), &first, 0) == 0 &&
+           fstatat(StartDirectory(), b.c_str(), &second, 0) == 0 &&
+           FileIdentity(first) == FileIdentity(second);
+}
+
 std::string JoinPath(const std::string& directory, const std::string& name)
 {
     xstring joined(ViewOf(directory.empty() ? name : directory + "/" + name));

@@ -98,6 +98,9 @@ bool HoldSameBytes(int a, int b);
 /// Whether `path` leads to a regular file; false when it holds a NUL.
 bool IsRegularFile(const std::string& path);
 
+/// Whether both paths lead to the same file, which exists.
+bool IsSameFile(const std::string& a, const std::string& b);
+
 /// The part before the last slash ("" without one, "/" for a file in the root).
 std::string DirectoryOf(const std::string& path);
 

@@ -10,6 +10,7 @@
 #include "options/Options.h"
 #include "output/OutputFile.h"
 #include "ProjectCommand.h"
+#include "WhereCommand.h"
 #include <cstring>
 #include <new>
 
@@ -47,10 +48,34 @@ int RunProject(int argc, char** argv)
     return RunProjectCommand(options);
 }
 
+int RunWhere(int argc, char** argv)
+{
+    const WhereOptions options = ParseWhereOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_whereHelp);
+    if (options.m_version)
+        return PrintAndSucceed(s_version);
+    return RunWhereCommand(options);
+}
+
+/// A command that the first argument chooses.
+struct Subcommand
+{
+    const char* m_name;
+    int (*m_run)(int argc, char** argv);
+};
+
+constexpr Subcommand s_subcommands[] = {
+    {"project", RunProject},
+    {"where", RunWhere},
+};
+
 int RunCommand(int argc, char** argv)
 {
-    const bool isProject = argc > 1 && std::strcmp(argv[1], "project") == 0;
-    return isProject ? RunProject(argc - 1, argv + 1) : RunExpand(argc, argv);
+    for (const Subcommand& command : s_subcommands)
+        if (argc > 1 && std::strcmp(argv[1], command.m_name) == 0)
+            return command.m_run(argc - 1, argv + 1);
+    return RunExpand(argc, argv);
 }
 
 /// Everything that is not an error in a source text ends here.

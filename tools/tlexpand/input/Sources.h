@@ -41,6 +41,8 @@ public:
     /// Makes it a text that was made from a file.
     void SetMadeFrom(const MadeFrom& made) { m_made = made; }
     bool IsMade() const { return m_made.m_places != nullptr; }
+    /// The text that lines and offsets are counted in: of a made text, that of the file.
+    SubString File() const { return IsMade() ? m_made.m_file : m_text; }
     /// The place in the file of a position in the text or at its end. Allocates nothing.
     const char* PlaceInFile(const char* pos) const;
     /// The offset in the file.
@@ -53,8 +55,6 @@ public:
     SubString LineText(const char* pos) const;
 
 private:
-    SubString File() const { return IsMade() ? m_made.m_file : m_text; }
-
     std::string m_name;
     SubString m_text;
     size_t m_index;

@@ -144,6 +144,23 @@ ssize_t ParseSize(const char* option, const std::string& text)
     return size << shift;
 }
 
+std::string ParseLineFormat(const char* option, const std::string& text)
+{
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        if (text[i] == '\n')
+            ThrowBadValue(option, text, "one line is wanted");
+        if (text[i] != '%')
+            continue;
+        ++i;
+        if (i == text.size() || (text[i] != 'l' && text[i] != 'f' && text[i] != '%'))
+            ThrowBadValue(option, text, "behind '%' stands 'l', the line, 'f', the file, or '%'");
+    }
+    if (text.empty())
+        ThrowBadValue(option, text, "a text is wanted");
+    return text;
+}
+
 Colour ParseColour(const std::string& text)
 {
     if (text == "auto")

@@ -20,6 +20,8 @@ ssize_t ParseIndent(const char* option, const std::string& text);
 ssize_t ParseCount(const char* option, const std::string& text);
 /// Bytes, or with K, M or G behind the number: 1024 to the power of 1, 2 or 3 of them.
 ssize_t ParseSize(const char* option, const std::string& text);
+/// A form of line directives: `%l` and `%f` in it, on one line.
+std::string ParseLineFormat(const char* option, const std::string& text);
 /// auto, always, never.
 Colour ParseColour(const std::string& text);
 

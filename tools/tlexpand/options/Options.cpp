@@ -1,9 +1,8 @@
-// getopt_long, told to return operands in their place, so that options may stand after them and
-// the environment has no say in it.
+// Tables of the options, and what each of them sets.
 #include "options/Options.h"
 #include "options/OptionValues.h"
 #include "Files.h"
-#include <getopt.h>
+#include "options/OptionWalk.h"
 
 namespace telv::tool
 {
@@ -21,6 +20,12 @@ enum ELongOption
     OPT_LENIENT,
     OPT_KEEP_UNCHANGED,
     OPT_MAP,
+    OPT_MAP_RUNS,
+    OPT_VERIFY_MAP,
+    OPT_LINE_DIRECTIVES,
+    OPT_LINE_FORMAT,
+    OPT_SOURCE_MAP,
+    OPT_SOURCE_MAP_CONTENTS,
     OPT_DEPFILE,
     OPT_DEPEND,
     OPT_DEPFILE_TARGET,
@@ -47,6 +52,12 @@ constexpr option s_expandTable[] = {
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
     {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
     {"map",          required_argument, nullptr, OPT_MAP},
+    {"map-runs",     no_argument,       nullptr, OPT_MAP_RUNS},
+    {"verify-map",   no_argument,       nullptr, OPT_VERIFY_MAP},
+    {"line-directives", no_argument,    nullptr, OPT_LINE_DIRECTIVES},
+    {"line-format",  required_argument, nullptr, OPT_LINE_FORMAT},
+    {"source-map",   required_argument, nullptr, OPT_SOURCE_MAP},
+    {"source-map-contents", no_argument, nullptr, OPT_SOURCE_MAP_CONTENTS},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
     {"depend",       required_argument, nullptr, OPT_DEPEND},
     {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
@@ -76,8 +87,6 @@ constexpr option s_projectTable[] = {
     {nullptr, 0, nullptr, 0}};
 // clang-format on
 
-/// getopt's code of an operand, and how the letters of `-` and `:` ask for it and for silence.
-constexpr int s_operand = 1;
 constexpr const char* s_expandLetters = "-:o:I:D:E:Vh";
 constexpr const char* s_projectLetters = "-:I:D:Vh";
 
@@ -90,48 +99,37 @@ void SetFile(CommonOptions& options, const char* file)
     options.m_file = file;
 }
 
-[[noreturn]] void ThrowBadOption(int code, char** argv)
-{
-    const std::string written = optopt != 0 && optopt < OPT_SRC_INDENT
-                                    ? std::string("-") + static_cast<char>(optopt)
-                                    : std::string(argv[optind - 1]);
-    if (code == ':')
-        throw UsageError("option '" + written + "' needs a value");
-    const std::string name = written.substr(0, written.find('='));
-    throw UsageError("unknown option or needless value: '" + name + "'");
-}
-
 /// Handles what both commands understand; false for another code.
-bool SetCommonOption(CommonOptions& options, int code)
+bool SetCommonOption(CommonOptions& options, int code, const char* value)
 {
     switch (code)
     {
-    case s_operand:
-        SetFile(options, optarg);
+    case s_operandCode:
+        SetFile(options, value);
         return true;
     case 'I':
-        options.m_importPaths.emplace_back(optarg);
+        options.m_importPaths.emplace_back(value);
         return true;
     case 'D':
-        options.m_definitions.push_back(ParseDefinition(optarg));
+        options.m_definitions.push_back(ParseDefinition(value));
         return true;
     case OPT_NO_PYTHON:
         options.m_python = false;
         return true;
     case OPT_PYTHON_PATH:
-        options.m_pythonPath.push_back(AbsolutePath(ParseFileName("--python-path", optarg)));
+        options.m_pythonPath.push_back(AbsolutePath(ParseFileName("--python-path", value)));
         return true;
     case OPT_MAX_DEPTH:
-        options.m_limits.m_maxDepth = ParseCount("--max-depth", optarg);
+        options.m_limits.m_maxDepth = ParseCount("--max-depth", value);
         return true;
     case OPT_MAX_STEPS:
-        options.m_limits.m_maxSteps = ParseCount("--max-steps", optarg);
+        options.m_limits.m_maxSteps = ParseCount("--max-steps", value);
         return true;
     case OPT_MAX_OUTPUT:
-        options.m_limits.m_maxOutput = ParseSize("--max-output", optarg);
+        options.m_limits.m_maxOutput = ParseSize("--max-output", value);
         return true;
     case OPT_COLOUR:
-        options.m_colour = ParseColour(optarg);
+        options.m_colour = ParseColour(value);
         return true;
     case 'h':
         options.m_help = true;
@@ -144,24 +142,24 @@ bool SetCommonOption(CommonOptions& options, int code)
     }
 }
 
-void SetExpandOption(ExpandOptions& options, int code)
+void SetExpandOption(ExpandOptions& options, int code, const char* value)
 {
     switch (code)
     {
     case 'o':
-        options.m_output = ParseFileName("-o", optarg);
+        options.m_output = ParseFileName("-o", value);
         break;
     case 'E':
-        options.m_definitions.push_back({Definition::EKind::Text, "", optarg});
+        options.m_definitions.push_back({Definition::EKind::Text, "", value});
         break;
     case OPT_LIST:
-        options.m_definitions.push_back(ParseList(optarg));
+        options.m_definitions.push_back(ParseList(value));
         break;
     case OPT_SRC_INDENT:
-        options.m_srcIndent = ParseIndent("--src-indent", optarg);
+        options.m_srcIndent = ParseIndent("--src-indent", value);
         break;
     case OPT_DST_INDENT:
-        options.m_dstIndent = ParseIndent("--dst-indent", optarg);
+        options.m_dstIndent = ParseIndent("--dst-indent", value);
         break;
     case OPT_KEEP_IMPORTS:
         options.m_keepImports = true;
@@ -173,44 +171,57 @@ void SetExpandOption(ExpandOptions& options, int code)
         options.m_keepUnchanged = true;
         break;
     case OPT_MAP:
-        options.m_map = ParseFileName("--map", optarg);
+        options.m_map = ParseFileName("--map", value);
+        break;
+    case OPT_MAP_RUNS:
+        options.m_mapRuns = true;
+        break;
+    case OPT_VERIFY_MAP:
+        options.m_verifyMap = true;
+        break;
+    case OPT_LINE_DIRECTIVES:
+        if (!options.m_lineFormat)
+            options.m_lineFormat = s_lineFormat;
+        break;
+    case OPT_LINE_FORMAT:
+        options.m_lineFormat = ParseLineFormat("--line-format", value);
+        break;
+    case OPT_SOURCE_MAP:
+        options.m_sourceMap = ParseFileName("--source-map", value);
+        break;
+    case OPT_SOURCE_MAP_CONTENTS:
+        options.m_sourceMapContents = true;
         break;
     case OPT_DEPFILE:
-        options.m_depfile = ParseFileName("--depfile", optarg);
+        options.m_depfile = ParseFileName("--depfile", value);
         break;
     case OPT_DEPEND:
-        options.m_dependencies.push_back(ParseFileName("--depend", optarg));
+        options.m_dependencies.push_back(ParseFileName("--depend", value));
         break;
     case OPT_DEPFILE_TARGET:
-        options.m_depfileTarget = ParseFileName("--depfile-target", optarg);
+        options.m_depfileTarget = ParseFileName("--depfile-target", value);
         break;
     }
 }
 
-void SetProjectOption(ProjectOptions& options, int code)
+void SetProjectOption(ProjectOptions& options, int code, const char* value)
 {
     const bool isPath = code == OPT_PATH_SETTING;
     auto& names = isPath ? options.m_pathSettings : options.m_settings;
-    names.push_back(ParseIdentifier(isPath ? "--path-setting" : "--setting", optarg));
+    names.push_back(ParseIdentifier(isPath ? "--path-setting" : "--setting", value));
 }
 
 template <class Options>
 Options ParseArguments(int argc, char** argv, const char* letters, const option* table,
-                       void (*setOption)(Options&, int))
+                       void (*setOption)(Options&, int, const char*))
 {
     Options options;
-    opterr = 0;
-    optind = 0; // Starts anew, and reads the letters anew.
-    int code = 0;
-    while ((code = getopt_long(argc, argv, letters, table, nullptr)) != -1)
-    {
-        if (code == '?' || code == ':')
-            ThrowBadOption(code, argv);
-        if (!SetCommonOption(options, code))
-            setOption(options, code);
-    }
-    for (int i = optind; i < argc; ++i)
-        SetFile(options, argv[i]);
+    ForEachOption(argc, argv, letters, table,
+                  [&](int code, const char* value)
+                  {
+                      if (!SetCommonOption(options, code, value))
+                          setOption(options, code, value);
+                  });
     return options;
 }
 
@@ -222,11 +233,26 @@ void CheckOutputs(const ExpandOptions& options)
         throw UsageError("--depend needs --depfile");
     if (!options.m_depfile && options.m_depfileTarget)
         throw UsageError("--depfile-target needs --depfile");
-    const bool isMap = options.m_map == s_standardStream;
-    if (isMap && options.m_output == s_standardStream)
-        throw UsageError("the expansion and the map can't both go to standard output");
-    if (isMap && options.m_depfile == s_standardStream)
-        throw UsageError("the map and the dependency file can't both go to standard output");
+    if (options.m_mapRuns && !options.m_map)
+        throw UsageError("--map-runs needs --map");
+    if (options.m_sourceMapContents && !options.m_sourceMap)
+        throw UsageError("--source-map-contents needs --source-map");
+    // The depfile cannot be where the expansion is: it needs -o.
+    const std::pair<const char*, const std::optional<std::string>> outputs[] = {
+        {"the expansion", options.m_output},
+        {"the map", options.m_map},
+        {"the source map", options.m_sourceMap},
+        {"the dependency file", options.m_depfile}};
+    const char* first = nullptr;
+    for (const auto& [name, path] : outputs)
+    {
+        if (path != s_standardStream)
+            continue;
+        if (first != nullptr)
+            throw UsageError(std::string(first) + " and " + name +
+                             " can't both go to standard output");
+        first = name;
+    }
 }
 
 } // namespace

@@ -59,11 +59,20 @@ struct CommonOptions
 /// The name that stands for standard input or output.
 inline const std::string s_standardStream = "-";
 
+/// How a line directive looks: "%l" stands for the line, "%f" for the name of the file with `"` and
+/// `\` behind a backslash, "%%" for "%".
+inline const std::string s_lineFormat = "#line %l \"%f\"";
+
 /// At most one of the outputs is standard output.
 struct ExpandOptions : CommonOptions
 {
     std::string m_output = s_standardStream;
     std::optional<std::string> m_map;
+    bool m_mapRuns = false;   ///< Join what continues each other.
+    bool m_verifyMap = false; ///< Check the laws of the map.
+    std::optional<std::string> m_lineFormat; ///< Of line directives; without it there are none.
+    std::optional<std::string> m_sourceMap;
+    bool m_sourceMapContents = false;
     std::optional<std::string> m_depfile;
     std::optional<std::string> m_depfileTarget; ///< Else the output.
     std::vector<std::string> m_dependencies;    ///< Besides the files that the run reads.
@@ -76,8 +85,10 @@ struct ExpandOptions : CommonOptions
     bool UsesStandardOutput() const
     {
         return m_output == s_standardStream || m_map == s_standardStream ||
-               m_depfile == s_standardStream;
+               m_sourceMap == s_standardStream || m_depfile == s_standardStream;
     }
+    /// Whether it must be known where each byte of output came from.
+    bool NeedsPieces() const { return m_map || m_sourceMap || m_lineFormat || m_verifyMap; }
 };
 
 struct ProjectOptions : CommonOptions

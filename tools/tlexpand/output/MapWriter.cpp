@@ -1,5 +1,4 @@
-// The pieces are cut at the removed ranges, in one pass over both. What is left of a source piece
-// keeps its own part of the source; what is left of a calculated one keeps the whole range.
+// A piece waits until the next one is known: that may continue it.
 #include "output/MapWriter.h"
 #include "output/JsonText.h"
 
@@ -9,105 +8,157 @@ namespace telv::tool
 namespace
 {
 
-/// Writes the pieces of one map, keeping count of the output.
-class PieceWriter
+/// The members of a place, without braces.
+std::string Place(const SourceRange& range)
+{
+    const std::string size = ",\"inSize\":" + std::to_string(range.m_inSize);
+    if (!range.IsKnown())
+        return "\"source\":null,\"in\":null" + size;
+    return "\"source\":" + std::to_string(range.m_source) +
+           ",\"in\":" + std::to_string(range.m_in) + size;
+}
+
+std::string JsonOf(const MapPiece& piece)
+{
+    std::string json = std::string("{\"kind\":\"") + NameOf(piece.m_kind) +
+                       "\",\"out\":" + std::to_string(piece.m_out) +
+                       ",\"size\":" + std::to_string(piece.m_size) + "," + Place(piece.m_place);
+    if (piece.m_from.IsKnown())
+        json += ",\"from\":{" + Place(piece.m_from) + "}";
+    if (piece.m_chain != s_none)
+        json += ",\"chain\":" + std::to_string(piece.m_chain);
+    return json + "}";
+}
+
+std::string JsonOf(const MapChain& chain)
+{
+    std::string json = "{\"kind\":" + JsonString(ViewOf(chain.m_kind)) +
+                       ",\"name\":" + JsonString(ViewOf(chain.m_name)) + "," + Place(chain.m_place);
+    if (chain.m_round != s_none)
+        json += ",\"round\":" + std::to_string(chain.m_round);
+    return json + ",\"parent\":" +
+           (chain.m_parent == s_none ? "null" : std::to_string(chain.m_parent)) + "}";
+}
+
+/// Passes the pieces of an output on, joined where that is wanted.
+class PieceJoiner
 {
 public:
-    PieceWriter(ByteSink& sink, const MappedOutput& output) : m_sink(sink), m_output(output) {}
+    PieceJoiner(bool join, std::function<void(const MapPiece&)> take)
+        : m_join(join), m_take(std::move(take))
+    {
+    }
 
-    void WriteAll();
+    void Add(const WrittenPiece& written)
+    {
+        if (m_pending && Continues(written))
+        {
+            m_pending->m_size += written.m_piece.m_size;
+            m_pending->m_place.m_inSize += written.m_piece.m_place.m_inSize;
+        }
+        else
+        {
+            Finish();
+            m_pending = written.m_piece;
+        }
+        m_inEnd = written.m_in.end();
+    }
+
+    void Finish()
+    {
+        if (m_pending)
+            m_take(*m_pending);
+        m_pending.reset();
+    }
 
 private:
-    void WritePart(const OutputPiece& piece, ssize_t from, ssize_t to);
-    void WriteSource(const OutputPiece& piece, SubString in);
-    std::string Place(const Source& source, SubString in) const;
+    bool Continues(const WrittenPiece& written) const
+    {
+        const MapPiece& piece = written.m_piece;
+        return m_join && piece.m_kind == EPieceKind::Source && m_pending->m_kind == piece.m_kind &&
+               written.m_in.begin() == m_inEnd &&
+               m_pending->m_place.m_source == piece.m_place.m_source &&
+               m_pending->m_from == piece.m_from && m_pending->m_chain == piece.m_chain;
+    }
 
+    bool m_join;
+    std::function<void(const MapPiece&)> m_take;
+    std::optional<MapPiece> m_pending;
+    const char* m_inEnd = nullptr; ///< Where the source of the pending piece ends.
+};
+
+void ForEachMapPiece(const WrittenOutput& output, bool join,
+                     const std::function<void(const MapPiece&)>& take)
+{
+    PieceJoiner joiner(join, take);
+    ForEachWrittenPiece(output, [&](const WrittenPiece& piece) { joiner.Add(piece); });
+    joiner.Finish();
+}
+
+/// Writes the items of a list, each on a line of its own.
+class ListWriter
+{
+public:
+    ListWriter(ByteSink& sink, const char* name) : m_sink(sink)
+    {
+        m_sink.Write(std::string(",\n \"") + name + "\":[");
+    }
+    void Add(const std::string& json)
+    {
+        m_sink.Write((m_first ? "\n   " : ",\n   ") + json);
+        m_first = false;
+    }
+    void End() { m_sink.Write("]"); }
+
+private:
     ByteSink& m_sink;
-    const MappedOutput& m_output;
-    ssize_t m_written = 0;
     bool m_first = true;
 };
 
-void PieceWriter::WriteAll()
+std::string NamesOf(const Sources& sources)
 {
-    auto removed = m_output.m_removed.begin();
-    const auto lastRemoved = m_output.m_removed.end();
-    ssize_t offset = 0;
-    for (const OutputPiece& piece : m_output.m_pieces.m_pieces)
-    {
-        const ssize_t end = offset + piece.size();
-        ssize_t from = offset;
-        while (removed != lastRemoved && removed->m_begin < end)
-        {
-            if (removed->m_begin > from)
-                WritePart(piece, from - offset, removed->m_begin - offset);
-            from = std::max(from, std::min(removed->m_end, end));
-            if (removed->m_end > end)
-                break;
-            ++removed;
-        }
-        if (from < end)
-            WritePart(piece, from - offset, end - offset);
-        offset = end;
-    }
-}
-
-std::string PieceWriter::Place(const Source& source, SubString in) const
-{
-    return "\"source\":" + std::to_string(source.Index()) +
-           ",\"in\":" + std::to_string(source.OffsetInFile(in.begin())) +
-           ",\"inSize\":" + std::to_string(in.size());
-}
-
-void PieceWriter::WriteSource(const OutputPiece& piece, SubString in)
-{
-    const Source* const found = m_output.m_sources.Find(in.begin());
-    if (found != nullptr && !found->IsMade())
-        return m_sink.Write(Place(*found, in));
-    m_sink.Write("\"source\":null,\"in\":null,\"inSize\":" + std::to_string(in.size()));
-    if (found != nullptr) // Rows of data: the place in their file.
-        return m_sink.Write(",\"from\":{" + Place(*found, SubString(in.begin(), in.begin())) + "}");
-    SubString origin;
-    if (piece.out != 0 || !m_output.m_run.FindOrigin(in.begin(), origin))
-        return;
-    if (const Source* source = m_output.m_sources.Find(origin.begin()))
-        m_sink.Write(",\"from\":{" + Place(*source, origin) + "}");
-}
-
-/// Writes the characters [from, to) of the piece's output.
-void PieceWriter::WritePart(const OutputPiece& piece, ssize_t from, ssize_t to)
-{
-    const bool isSource = piece.out == 0;
-    const char* kind = "indentation";
-    if (isSource)
-        kind = "source";
-    else if (piece.in.begin() != nullptr)
-        kind = "calculated";
-    m_sink.Write(std::string(m_first ? "\n" : ",\n") + "   {\"kind\":\"" + kind + "\",\"out\":" +
-                 std::to_string(m_written) + ",\"size\":" + std::to_string(to - from) + ",");
-    WriteSource(piece,
-                isSource ? SubString(piece.in.begin() + from, piece.in.begin() + to) : piece.in);
-    m_sink.Write("}");
-    m_written += to - from;
-    m_first = false;
+    std::string json;
+    for (size_t i = 0; i < sources.Count(); ++i)
+        json += (i == 0 ? "" : ",") + JsonString(ViewOf(sources[i].Name()));
+    return json;
 }
 
 } // namespace
 
-void WriteMap(ByteSink& sink, const MappedOutput& output)
+void WriteMap(ByteSink& sink, const WrittenOutput& output, const MapStyle& style)
 {
-    sink.Write("{\"version\":1,\n \"sources\":[");
-    for (size_t i = 0; i < output.m_sources.Count(); ++i)
+    sink.Write("{\"version\":" + std::to_string(OutputMap::s_version));
+    if (style.m_output)
+        sink.Write(",\n \"output\":" + JsonString(ViewOf(*style.m_output)) +
+                   ",\n \"directory\":" + JsonString(ViewOf(style.m_directory)));
+    sink.Write(",\n \"sources\":[" + NamesOf(output.m_sources) + "]");
+    sink.Write(",\n \"size\":" + std::to_string(WrittenSize(output)));
+    if (!output.m_chains.m_chains.empty())
     {
-        sink.Write(i == 0 ? "" : ",");
-        sink.Write(JsonString(ViewOf(output.m_sources[i].Name())));
+        ListWriter chains(sink, "chains");
+        for (const MapChain& chain : output.m_chains.m_chains)
+            chains.Add(JsonOf(chain));
+        chains.End();
     }
-    ssize_t size = output.m_pieces.size();
-    for (const OutputRange& range : output.m_removed)
-        size -= range.m_end - range.m_begin;
-    sink.Write("],\n \"size\":" + std::to_string(size) + ",\n \"pieces\":[");
-    PieceWriter(sink, output).WriteAll();
-    sink.Write("]}\n");
+    ListWriter pieces(sink, "pieces");
+    ForEachMapPiece(output, style.m_joinRuns,
+                    [&](const MapPiece& piece) { pieces.Add(JsonOf(piece)); });
+    pieces.End();
+    sink.Write("}\n");
+}
+
+OutputMap MakeOutputMap(const WrittenOutput& output, const MapStyle& style)
+{
+    OutputMap map;
+    map.m_output = style.m_output;
+    map.m_directory = style.m_directory;
+    for (size_t i = 0; i < output.m_sources.Count(); ++i)
+        map.m_sources.push_back(output.m_sources[i].Name());
+    map.m_size = WrittenSize(output);
+    map.m_chains = output.m_chains.m_chains;
+    ForEachMapPiece(output, style.m_joinRuns,
+                    [&](const MapPiece& piece) { map.m_pieces.push_back(piece); });
+    return map;
 }
 
 } // namespace telv::tool

@@ -1,25 +1,27 @@
 // The output map: for each stretch of what was written, the source that it came from, as JSON.
+// docs/map-format.md describes the format.
 #pragma once
 
-#include "input/Sources.h"
 #include "output/OutputFile.h"
-#include "output/TextStream.h"
-#include "tlMacroExpander/ExpandedOutput.h"
-#include "tlMacroExpander/ExpansionRun.h"
+#include "output/WrittenPieces.h"
 
 namespace telv::tool
 {
 
-/// What the map describes.
-struct MappedOutput
+/// How a map is written.
+struct MapStyle
 {
-    const Sources& m_sources;
-    const ExpansionRun& m_run; ///< Knows where text came from that was made while expanding.
-    const OutputPieces& m_pieces;
-    const std::vector<OutputRange>& m_removed; ///< Parts of the output that were not written.
+    /// The output's name as it was given; nothing for standard output, whose map names none.
+    std::optional<std::string> m_output;
+    /// From the directory of the map to the one that names are relative to; written with the name.
+    std::string m_directory;
+    bool m_joinRuns = false; ///< Copied neighbours that continue each other are one piece.
 };
 
-/// Writes the map piece by piece. Linear in the pieces, but for a look-up of each one's source.
-void WriteMap(ByteSink& sink, const MappedOutput& output);
+/// Writes the map piece by piece.
+void WriteMap(ByteSink& sink, const WrittenOutput& output, const MapStyle& style);
+
+/// The same map as data.
+OutputMap MakeOutputMap(const WrittenOutput& output, const MapStyle& style);
 
 } // namespace telv::tool

@@ -50,8 +50,8 @@ const char* EndOfSendable(SubString text, bool& endsInText)
 
 } // namespace
 
-TextStream::TextStream(OutputFile* file)
-    : m_file(file != nullptr && file->IsDirect() ? nullptr : file)
+TextStream::TextStream(OutputFile* file, xstring* whole)
+    : m_file(file != nullptr && file->IsDirect() ? nullptr : file), m_whole(whole)
 {
     m_buffer.reserve(s_firstBuffer);
     OfferRoom(m_buffer.begin(), nullptr);
@@ -61,7 +61,8 @@ TextStream::TextStream(OutputFile* file)
 /// Offers the rest of the buffer when text may go there as it comes.
 void TextStream::OfferBuffer()
 {
-    const bool isPlain = m_nextSource == m_sources.size() && !m_isLineToGo;
+    const bool isPlain =
+        m_nextSource == m_sources.size() && !m_isLineToGo && m_whole == nullptr;
     OfferRoom(Room(), isPlain ? m_buffer.begin() + m_buffer.capacity() : Room());
 }
 
@@ -139,6 +140,8 @@ void TextStream::Finish()
 void TextStream::Write(const char* text, ssize_t length)
 {
     SubString rest(text, text + length);
+    if (m_whole != nullptr)
+        m_whole->append(rest);
     while (rest && m_nextSource != m_sources.size())
         rest = PassSource(rest, m_sources[m_nextSource]);
     Take(rest);

@@ -27,7 +27,8 @@ class TextStream final : public IndentingStream
 public:
     /// @param file  Gets the text as it comes. Null, or what is written directly: all is kept until
     ///              `WriteRest`.
-    explicit TextStream(OutputFile* file);
+    /// @param whole  Gets all that comes, what is removed included; borrowed. Null: nobody wants it.
+    explicit TextStream(OutputFile* file, xstring* whole = nullptr);
 
     /// What came so far, a byte order mark, stands before the first line.
     void StartText();
@@ -76,6 +77,7 @@ private:
     void RemoveLine();
 
     OutputFile* m_file;          ///< Null: all is kept.
+    xstring* m_whole;            ///< Or null.
     xstring m_buffer;            ///< Room for what is held.
     ssize_t m_textBegin = 0;     ///< Of the first line, in what is held.
     bool m_beginsInText = false; ///< What is held begins in a line that is not blank before.

@@ -16,17 +16,6 @@ namespace
 constexpr size_t s_longestMessage = 64 * 1024;
 constexpr size_t s_endOfMessage = 16 * 1024;
 
-bool WantsColour(Colour colour)
-{
-    if (colour != Colour::Auto)
-        return colour == Colour::Always;
-    const char* const terminal = std::getenv("TERM");
-    const char* const refusal = std::getenv("NO_COLOR");
-    const bool refused = refusal != nullptr && *refusal != '\0';
-    return isatty(STDERR_FILENO) == 1 && !refused && terminal != nullptr &&
-           std::strcmp(terminal, "dumb") != 0;
-}
-
 /// `message`, or its two ends when it would be too long behind `used` characters.
 std::string Shorten(SubString message, size_t used)
 {
@@ -51,10 +40,21 @@ void WriteToStandardError(const std::string& text)
 
 } // namespace
 
+bool WantsColour(Colour colour, int descriptor)
+{
+    if (colour != Colour::Auto)
+        return colour == Colour::Always;
+    const char* const terminal = std::getenv("TERM");
+    const char* const refusal = std::getenv("NO_COLOR");
+    const bool refused = refusal != nullptr && *refusal != '\0';
+    return isatty(descriptor) == 1 && !refused && terminal != nullptr &&
+           std::strcmp(terminal, "dumb") != 0;
+}
+
 Diagnostics::Diagnostics(const Sources& sources, Colour colour) : m_sources(sources)
 {
     m_style.m_escape = isatty(STDERR_FILENO) == 1;
-    m_style.m_colour = WantsColour(colour);
+    m_style.m_colour = WantsColour(colour, STDERR_FILENO);
 }
 
 void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* run) const

@@ -34,6 +34,9 @@ private:
     ExcerptStyle m_style;
 };
 
+/// Whether text for `descriptor` is coloured.
+bool WantsColour(Colour colour, int descriptor);
+
 /// Writes "tlexpand: MESSAGE" to standard error.
 void ReportToolError(const std::string& message);
 

@@ -1,0 +1,91 @@
+// Every language case: each byte of its output leads back to a byte that is equal, or to what made
+// it.
+#include "map/MappedFiles.h"
+#include "support/Files.h"
+#include "support/RunProgram.h"
+#include "support/TempDir.h"
+#include "support/TestCase.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace telv::test
+{
+namespace
+{
+
+/// Runs the case with a map; false when it is one that fails.
+bool ExpandWithMap(const TestCase& testCase, const TempDir& temp)
+{
+    std::vector<std::string> argv{TELV_TLEXPAND_PATH, "--verify-map", "--map", temp.Path("map")};
+    std::vector<std::string> arguments = ReadArguments(testCase);
+    for (std::string& argument : arguments)
+        if (argument == "{out}")
+            argument = temp.Path("out");
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    if (std::find(argv.begin(), argv.end(), "-o") == argv.end())
+        argv.insert(argv.end(), {"-o", temp.Path("out")});
+    argv.push_back(testCase.name);
+    ProgramOptions options;
+    options.directory = testCase.directory;
+    const ProgramResult result = RunProgram(argv, options);
+    EXPECT_EQ(result.status, 0) << testCase.path << "\n" << result.err;
+    return result.status == 0;
+}
+
+bool CanCalculate(char c)
+{
+    return c == '@' || c == '"' || c == '_' || std::isalpha(static_cast<unsigned char>(c)) != 0 ||
+           static_cast<unsigned char>(c) >= 0x80;
+}
+
+/// What is wrong with the origin of the byte at `out`, or an empty text.
+std::string CheckByte(tool::MappedFiles& files, ssize_t out)
+{
+    const char byte = files.Output().m_text.begin()[out];
+    const std::optional<tool::Origin> origin = files.Map().OriginOf(out);
+    if (!origin)
+        return byte == ' ' ? "" : "a byte without origin that is no indentation";
+    const tool::MappedText* const source = files.SourceText(origin->m_source);
+    if (source == nullptr)
+        return ""; // Text of the command line: there is no file to look into.
+    const char found = source->m_text.begin()[origin->m_offset];
+    if (origin->IsCopied())
+        return found == byte ? "" : "a copied byte that differs";
+    return CanCalculate(found) ? "" : "an origin that is neither directive nor name";
+}
+
+void CheckCase(const TestCase& testCase)
+{
+    const TempDir temp;
+    if (!ExpandWithMap(testCase, temp))
+        return;
+    tool::MappedFiles files(temp.Path("map"), "");
+    const ssize_t size = files.Map().m_size;
+    ASSERT_EQ(files.Output().m_text.size(), size) << testCase.path;
+    // All of what fits into a test; of the large ones, bytes a prime number apart.
+    const ssize_t step = size > 20000 ? 97 : 1;
+    for (ssize_t out = 0; out < size; out += step)
+    {
+        const std::string fault = CheckByte(files, out);
+        ASSERT_EQ(fault, "") << testCase.path << " at byte " << out;
+    }
+}
+
+TEST(RoundTripTest, EveryByteOfEveryCaseLeadsToItsOrigin)
+{
+    size_t count = 0;
+    for (const TestCase& testCase : FindCases(TELV_SOURCE_DIR "/tests/cases"))
+    {
+        if (IsProject(testCase) || !RunsInThisBuild(testCase))
+            continue;
+        if (!ReadExpectation(testCase).out)
+            continue;
+        CheckCase(testCase);
+        ++count;
+    }
+    EXPECT_GT(count, 100u);
+}
+
+} // namespace
+} // namespace telv::test

@@ -1,0 +1,130 @@
+// getopt_long, as for an expansion.
+#include "options/WhereOptions.h"
+#include "options/OptionValues.h"
+#include "options/OptionWalk.h"
+#include <charconv>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+enum ELongOption
+{
+    OPT_SOURCE = 256,
+    OPT_COLOUR,
+    OPT_VERSION,
+    OPT_HELP
+};
+
+// clang-format off
+constexpr option s_table[] = {
+    {"source",  required_argument, nullptr, OPT_SOURCE},
+    {"output",  required_argument, nullptr, 'o'},
+    {"color",   required_argument, nullptr, OPT_COLOUR},
+    {"version", no_argument,       nullptr, OPT_VERSION},
+    {"help",    no_argument,       nullptr, OPT_HELP},
+    {nullptr, 0, nullptr, 0}};
+// clang-format on
+
+/// Takes ":NUMBER" from the end of `text`.
+std::optional<ssize_t> TakeNumber(std::string& text)
+{
+    const size_t colon = text.rfind(':');
+    if (colon == std::string::npos)
+        return std::nullopt;
+    ssize_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, number);
+    if (error != std::errc() || stop != end || number < 1)
+        return std::nullopt;
+    text.resize(colon);
+    return number;
+}
+
+FilePlace ParsePlace(const std::string& text)
+{
+    FilePlace place;
+    place.m_file = text;
+    const std::optional<ssize_t> last = TakeNumber(place.m_file);
+    const std::optional<ssize_t> first = last ? TakeNumber(place.m_file) : std::nullopt;
+    if (!last || place.m_file.empty())
+        throw UsageError("bad place '" + text + "': FILE:LINE or FILE:LINE:COLUMN is wanted");
+    place.m_line = first.value_or(*last);
+    if (first)
+        place.m_column = last;
+    return place;
+}
+
+void SetOperand(WhereOptions& options, const char* operand)
+{
+    if (options.m_map.empty())
+        options.m_map = ParseFileName("MAP", operand);
+    else if (!options.m_place)
+        options.m_place = ParsePlace(operand);
+    else
+        throw UsageError(std::string("one argument too many: '") + operand + "'");
+}
+
+void SetOption(WhereOptions& options, int code, const char* value)
+{
+    switch (code)
+    {
+    case OPT_SOURCE:
+        options.m_source = ParsePlace(value);
+        break;
+    case 'o':
+        options.m_output = ParseFileName("-o", value);
+        break;
+    case OPT_COLOUR:
+        options.m_colour = ParseColour(value);
+        break;
+    case OPT_VERSION:
+        options.m_version = true;
+        break;
+    case OPT_HELP:
+        options.m_help = true;
+        break;
+    default:
+        SetOperand(options, value);
+    }
+}
+
+} // namespace
+
+WhereOptions ParseWhereOptions(int argc, char** argv)
+{
+    WhereOptions options;
+    ForEachOption(argc, argv, "-:o:", s_table,
+                  [&](int code, const char* value) { SetOption(options, code, value); });
+    if (options.m_help || options.m_version)
+        return options;
+    if (options.m_map.empty())
+        throw UsageError("the map is missing");
+    if (options.m_place.has_value() == options.m_source.has_value())
+        throw UsageError("either OUTPUT:LINE[:COLUMN] or --source FILE:LINE is wanted");
+    if (options.m_place && options.m_output.empty())
+        options.m_output = options.m_place->m_file;
+    return options;
+}
+
+const char* const s_whereHelp =
+    R"(Usage: tlexpand where [OPTIONS] MAP OUTPUT:LINE[:COLUMN]
+       tlexpand where [OPTIONS] MAP --source FILE:LINE
+
+Says where a place of an output came from, or what came of a line of a source. MAP is what
+--map has written.
+
+Options:
+      --source FILE:LINE   list all ranges of the output that come from this line
+  -o, --output FILE        the output, where MAP does not name it or it lies elsewhere
+      --color WHEN         colour the excerpt: auto, always or never
+      --version            print the version
+      --help               print this
+
+Exit status: 0 found, 1 nothing comes from there, 2 usage error, or a file that cannot be
+read or does not fit the map.
+)";
+
+} // namespace telv::tool

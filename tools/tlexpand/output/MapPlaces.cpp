@@ -1,0 +1,62 @@
+// Names are relative to the directory of the start; the way there from the map's directory does not
+// change when both move together.
+#include "output/MapPlaces.h"
+#include "Files.h"
+#include <cstdlib>
+#include <memory>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// The path without symbolic links; `path` itself when it leads nowhere.
+std::string RealPath(const std::string& path)
+{
+    const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+    return real ? real.get() : path;
+}
+
+std::string RelativePath(const std::string& from, const std::string& to)
+{
+    xstring path;
+    CalcRelativePath(ViewOf(from), ViewOf(to), path);
+    return ToStdString(path);
+}
+
+/// From the directory of the map at `path` to the one of the start. Names of a map that goes to
+/// standard output are meant from where they are read.
+std::string DirectoryFrom(const std::optional<std::string>& path)
+{
+    if (!path || *path == s_standardStream)
+        return ".";
+    const std::string directory = DirectoryOf(*path);
+    return RelativePath(RealPath(directory.empty() ? "." : directory), RealPath("."));
+}
+
+} // namespace
+
+MapStyle MakeMapStyle(const ExpandOptions& options)
+{
+    MapStyle style;
+    style.m_joinRuns = options.m_mapRuns;
+    style.m_directory = DirectoryFrom(options.m_map);
+    if (options.m_output != s_standardStream)
+        style.m_output = options.m_output;
+    return style;
+}
+
+SourceMapStyle MakeSourceMapStyle(const ExpandOptions& options)
+{
+    SourceMapStyle style;
+    style.m_contents = options.m_sourceMapContents;
+    style.m_directory = DirectoryFrom(options.m_sourceMap);
+    if (options.m_output != s_standardStream)
+        style.m_file = options.m_output.starts_with('/') || style.m_directory == "."
+                           ? options.m_output
+                           : JoinPath(style.m_directory, options.m_output);
+    return style;
+}
+
+} // namespace telv::tool
