@@ -92,7 +92,7 @@ TEST_F(MapTest, NamesTheOutputAndTheWayToIt)
 {
     Write("sub/deep/main.tl", "a");
     Expand({"--map", "sub/deep/map", "-o", "sub/out", "sub/deep/main.tl"});
-    EXPECT_EQ(Read("sub/deep/map").substr(0, 83),
+    EXPECT_EQ(Read("sub/deep/map").substr(0, 84),
               "{\"version\":1,\n \"output\":\"sub/out\",\n \"directory\":\"../..\",\n"
               " \"sources\":[\"sub/deep/main.");
 }
@@ -108,7 +108,7 @@ TEST_F(MapTest, RunsAreJoinedWhereTheyContinueEachOther)
     Expand({"--map", "map", "--map-runs", "--dst-indent", "1"}, "a b@@c d\ne @(1) f");
     EXPECT_EQ(
         Read("map"),
-        "{\"version\":1,\n \"sources\":[\"<stdin>\"],\n \"size\":15,\n \"pieces\":[\n"
+        "{\"version\":1,\n \"sources\":[\"<stdin>\"],\n \"size\":14,\n \"pieces\":[\n"
         "   {\"kind\":\"indentation\",\"out\":0,\"size\":1,\"source\":null,\"in\":null,\"inSize\":0},\n"
         "   {\"kind\":\"source\",\"out\":1,\"size\":3,\"source\":0,\"in\":0,\"inSize\":3},\n"
         "   {\"kind\":\"source\",\"out\":4,\"size\":4,\"source\":0,\"in\":5,\"inSize\":4},\n"

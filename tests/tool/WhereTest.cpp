@@ -124,7 +124,7 @@ TEST_F(WhereTest, AMapThatDoesNotFitIsRefused)
                   "tlexpand: can't read 'main.tl': No such file or directory\n");
     Write("out.c", Read("out.c") + "x");
     ExpectFailure(Run({"where", "out.map", "out.c:1"}), 2,
-                  "tlexpand: 'out.map' does not fit 'out.c': the file has 27 bytes, the map 26\n");
+                  "tlexpand: 'out.map' does not fit 'out.c': the file has 31 bytes, the map 30\n");
 }
 
 TEST_F(WhereTest, ABadMapIsRefused)

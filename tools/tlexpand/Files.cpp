@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <poll.h>
 #include <system_error>
@@ -218,9 +220,7 @@ std::string RealPath(int fd, const std::string& path)
         return normalised;
     if (isAbsolute)
         return name;
-    xstring relative;
-    CalcRelativePath(ViewOf(start), ViewOf(name), relative);
-    return ToStdString(relative);
+    return RelativePath(start, name);
 }
 
 bool IsRegularFile(const std::string& path)
@@ -259,6 +259,19 @@ std::string JoinPath(const std::string& directory, const std::string& name)
     xstring joined(ViewOf(directory.empty() ? name : directory + "/" + name));
     NormalisePath(joined);
     return ToStdString(joined);
+}
+
+std::string ResolvedPath(const std::string& path)
+{
+    const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+    return real ? real.get() : path;
+}
+
+std::string RelativePath(const std::string& from, const std::string& to)
+{
+    xstring path;
+    CalcRelativePath(ViewOf(from), ViewOf(to), path);
+    return ToStdString(path);
 }
 
 } // namespace telv::tool

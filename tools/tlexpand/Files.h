@@ -110,6 +110,12 @@ std::string AbsolutePath(const std::string& path);
 /// `name` in `directory`, normalised; without a leading "./".
 std::string JoinPath(const std::string& directory, const std::string& name);
 
+/// The path without symbolic links; `path` itself when it leads nowhere.
+std::string ResolvedPath(const std::string& path);
+
+/// From the directory `from` to `to`; `to` itself when there is no way between their names.
+std::string RelativePath(const std::string& from, const std::string& to);
+
 inline std::string ToStdString(SubString s)
 {
     return s.empty() ? std::string() : std::string(s.begin(), static_cast<size_t>(s.size()));

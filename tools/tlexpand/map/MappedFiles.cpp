@@ -39,7 +39,12 @@ std::string MappedFiles::PathFromHere(const std::string& name) const
 {
     if (name.starts_with('/') || m_base.empty() || m_base == ".")
         return name;
-    return JoinPath(m_base, name);
+    const std::string path = JoinPath(m_base, name);
+    if (!path.starts_with("../"))
+        return path;
+    // Out of this directory and back into it is no way.
+    const std::string here = ResolvedPath(".");
+    return RelativePath(here, JoinPath(here, path));
 }
 
 std::string MappedFiles::SourcePath(size_t source) const

@@ -2,28 +2,12 @@
 // change when both move together.
 #include "output/MapPlaces.h"
 #include "Files.h"
-#include <cstdlib>
-#include <memory>
 
 namespace telv::tool
 {
 
 namespace
 {
-
-/// The path without symbolic links; `path` itself when it leads nowhere.
-std::string RealPath(const std::string& path)
-{
-    const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
-    return real ? real.get() : path;
-}
-
-std::string RelativePath(const std::string& from, const std::string& to)
-{
-    xstring path;
-    CalcRelativePath(ViewOf(from), ViewOf(to), path);
-    return ToStdString(path);
-}
 
 /// From the directory of the map at `path` to the one of the start. Names of a map that goes to
 /// standard output are meant from where they are read.
@@ -32,7 +16,7 @@ std::string DirectoryFrom(const std::optional<std::string>& path)
     if (!path || *path == s_standardStream)
         return ".";
     const std::string directory = DirectoryOf(*path);
-    return RelativePath(RealPath(directory.empty() ? "." : directory), RealPath("."));
+    return RelativePath(ResolvedPath(directory.empty() ? "." : directory), ResolvedPath("."));
 }
 
 } // namespace
