@@ -34,6 +34,7 @@ find_missing() {
     need_command meson meson
     need_command localedef libc-bin
     need_file /usr/include/gtest/gtest.h libgtest-dev
+    python3 -c 'import jsonschema' 2>/dev/null || missing+=(python3-jsonschema)
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     need_file /usr/include/benchmark/benchmark.h libbenchmark-dev
     need_file /usr/include/csv.h libcsv-dev

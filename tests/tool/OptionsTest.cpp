@@ -38,7 +38,7 @@ TEST_F(OptionsTest, RefusesWhatMakesNoSense)
         {{"-q"}, "unknown option or needless value: '-q'"},
         {{"--nonsense"}, "unknown option or needless value: '--nonsense'"},
         {{"--line-directive-s"}, "unknown option or needless value: '--line-directive-s'"},
-        {{"--source-mop=x"}, "unknown option or needless value: '--source-map'"},
+        {{"--source-mop=x"}, "unknown option or needless value: '--source-mop'"},
         {{"--no-python=1"}, "unknown option or needless value: '--no-python'"},
         {{"-D", "A"}, "bad value 'A' for -D: NAME=VALUE is wanted"},
         {{"-D", "1=2"}, "bad value '1=2' for -D: the name before '=' must be an identifier"},

@@ -7,6 +7,7 @@ namespace telv::tool
 const char* const s_expandHelp =
     R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
        tlexpand project [OPTIONS] [FILE]  read a project file and print it as JSON
+       tlexpand where [OPTIONS] MAP PLACE say where a place of an output came from
 
 Options of an expansion:
   -o, --output FILE        write the expansion to FILE (default: standard output)
