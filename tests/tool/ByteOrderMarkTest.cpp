@@ -42,7 +42,8 @@ TEST_F(ByteOrderMarkTest, StandsInTheMapAndCountsInPositions)
     Write("a.tl", s_mark + "a\n");
     Expand({"-o", "out", "--map", "map", "a.tl"});
     EXPECT_EQ(Read("map"),
-              "{\"version\":1,\n \"sources\":[\"a.tl\"],\n \"size\":5,\n \"pieces\":[\n"
+              "{\"version\":1,\n \"output\":\"out\",\n \"directory\":\".\",\n"
+              " \"sources\":[\"a.tl\"],\n \"size\":5,\n \"pieces\":[\n"
               "   {\"kind\":\"source\",\"out\":0,\"size\":3,\"source\":0,\"in\":0,"
               "\"inSize\":3},\n"
               "   {\"kind\":\"source\",\"out\":3,\"size\":1,\"source\":0,\"in\":3,"
