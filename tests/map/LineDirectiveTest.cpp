@@ -130,7 +130,8 @@ struct Place
     std::string Name() const
     {
         std::string name = "planted_" + m_file + "_" + std::to_string(m_line);
-        std::replace_if(name.begin(), name.end(), [](char c) { return c == '.' || c == '/'; }, '_');
+        std::replace_if(
+            name.begin(), name.end(), [](char c) { return c == '.' || c == '/'; }, '_');
         return name;
     }
 };
@@ -161,9 +162,9 @@ protected:
             size_t from = 0;
             for (const Place& place : FindPlaces({{file, text}}))
             {
-                const bool isPlanted =
-                    std::any_of(planted.begin(), planted.end(), [&](const Place& p)
-                                { return p.m_file == file && p.m_pos == place.m_pos; });
+                const bool isPlanted = std::any_of(
+                    planted.begin(), planted.end(),
+                    [&](const Place& p) { return p.m_file == file && p.m_pos == place.m_pos; });
                 changed += text.substr(from, place.m_pos - from);
                 changed += isPlanted ? place.Name() : "0";
                 from = place.m_pos + s_plant.size();
@@ -178,7 +179,8 @@ protected:
         const ProgramResult result =
             RunShell(compiler + " -std=c++20 -fsyntax-only -Wno-everything -w out.cpp");
         std::map<std::string, std::set<std::string>> reported;
-        static const std::regex s_message("^([^:\n]+:[0-9]+):[0-9]+: error: .*(planted_[a-z_]*[0-9]+)");
+        static const std::regex s_message(
+            "^([^:\n]+:[0-9]+):[0-9]+: error: .*(planted_[a-z_]*[0-9]+)");
         std::istringstream lines(result.err);
         for (std::string line; std::getline(lines, line);)
             if (std::smatch match; std::regex_search(line, match, s_message))

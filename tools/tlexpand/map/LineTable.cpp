@@ -87,7 +87,8 @@ ssize_t Utf16Counter::Before(ssize_t offset) const
     if (m_isAscii)
         return offset;
     // A mark can lie a little behind its multiple, inside a character that begins before it.
-    auto mark = m_marks.begin() + std::min(offset / s_stride, static_cast<ssize_t>(m_marks.size()) - 1);
+    auto mark =
+        m_marks.begin() + std::min(offset / s_stride, static_cast<ssize_t>(m_marks.size()) - 1);
     if (mark->m_offset > offset && mark != m_marks.begin())
         --mark;
     ssize_t units = mark->m_units;

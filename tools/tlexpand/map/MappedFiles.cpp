@@ -27,8 +27,7 @@ MappedFiles::MappedFiles(const std::string& mapPath, const std::string& output)
     if (!m_map.m_directory.empty())
     {
         const bool isAbsolute = m_map.m_directory.starts_with('/');
-        m_base = isAbsolute ? m_map.m_directory
-                            : JoinPath(DirectoryOf(mapPath), m_map.m_directory);
+        m_base = isAbsolute ? m_map.m_directory : JoinPath(DirectoryOf(mapPath), m_map.m_directory);
     }
     if (m_outputPath.empty() && m_map.m_output)
         m_outputPath = PathFromHere(*m_map.m_output);
@@ -75,11 +74,13 @@ void MappedFiles::CheckCopies(size_t source, SubString text)
         const SourceRange& place = piece.m_place.IsKnown() ? piece.m_place : piece.m_from;
         if (place.m_source != static_cast<ssize_t>(source))
             continue;
-        const bool isInside = place.m_in <= text.size() && place.m_inSize <= text.size() - place.m_in;
+        const bool isInside =
+            place.m_in <= text.size() && place.m_inSize <= text.size() - place.m_in;
         const bool isCopy = piece.m_kind == EPieceKind::Source && piece.m_place.IsKnown();
-        const bool fits = isInside && (!isCopy || std::memcmp(text.begin() + place.m_in,
-                                                              output.begin() + piece.m_out,
-                                                              static_cast<size_t>(piece.m_size)) == 0);
+        const bool fits =
+            isInside &&
+            (!isCopy || std::memcmp(text.begin() + place.m_in, output.begin() + piece.m_out,
+                                    static_cast<size_t>(piece.m_size)) == 0);
         if (!fits)
             throw MapError("'" + m_mapPath + "' does not fit '" + m_outputPath + "' and '" +
                            SourcePath(source) + "': one of them has changed since it was written");

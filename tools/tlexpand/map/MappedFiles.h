@@ -44,8 +44,8 @@ public:
     /// @throws FileError
     /// @throws MapError  It does not fit.
     const MappedText& Output();
-    /// A source, which is long enough for what the map says about it, and from which what was copied
-    /// is as it is in the output; null for one that is no file.
+    /// A source, which is long enough for what the map says about it, and from which what was
+    /// copied is as it is in the output; null for one that is no file.
     ///
     /// @throws FileError
     /// @throws MapError  It does not fit.

@@ -25,8 +25,12 @@ std::optional<Origin> OriginIn(const MapPiece& piece, ssize_t offset)
     const SourceRange& range = isMade ? piece.m_from : piece.m_place;
     if (!range.IsKnown())
         return std::nullopt;
-    Origin origin{static_cast<size_t>(range.m_source), range.m_in, range.m_inSize,
-                  piece.m_kind, isMade, piece.m_chain};
+    Origin origin{static_cast<size_t>(range.m_source),
+                  range.m_in,
+                  range.m_inSize,
+                  piece.m_kind,
+                  isMade,
+                  piece.m_chain};
     if (origin.IsCopied())
     {
         origin.m_offset += offset;

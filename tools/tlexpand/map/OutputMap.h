@@ -53,9 +53,9 @@ struct MapChain
 {
     std::string m_kind; ///< "macro", "loop", "directive", "import", ...
     std::string m_name;
-    SourceRange m_place;        ///< Where the step was taken.
-    ssize_t m_round = s_none;   ///< Of a loop, from 1.
-    ssize_t m_parent = s_none;  ///< The step around it: an earlier one of the list.
+    SourceRange m_place;       ///< Where the step was taken.
+    ssize_t m_round = s_none;  ///< Of a loop, from 1.
+    ssize_t m_parent = s_none; ///< The step around it: an earlier one of the list.
 };
 
 /// Where one byte of output came from.
@@ -63,7 +63,8 @@ struct Origin
 {
     size_t m_source = 0;
     ssize_t m_offset = 0;
-    ssize_t m_size = 1; ///< Of what made the byte: 1 for a copied one, else of the directive or name.
+    ssize_t m_size =
+        1; ///< Of what made the byte: 1 for a copied one, else of the directive or name.
     EPieceKind m_kind = EPieceKind::Source;
     bool m_isMade = false; ///< Copied, but from text made while expanding: this is its maker.
     ssize_t m_chain = s_none;

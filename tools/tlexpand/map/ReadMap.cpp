@@ -1,4 +1,5 @@
-// The pieces of a large map are many; each is taken out of the document as soon as it has been read.
+// The pieces of a large map are many; each is taken out of the document as soon as it has been
+// read.
 #include "map/ReadMap.h"
 #include <nlohmann/json.hpp>
 

@@ -16,7 +16,8 @@ public:
 };
 
 /// The map that `json` holds. Everything that the format demands is checked, so that the map's own
-/// functions can rely on it: pieces tile the output, indexes exist, a chain's parent comes before it.
+/// functions can rely on it: pieces tile the output, indexes exist, a chain's parent comes before
+/// it.
 ///
 /// @param name  Of the file, for errors.
 /// @throws MapError

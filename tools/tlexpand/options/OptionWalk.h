@@ -11,8 +11,8 @@ namespace telv::tool
 /// The code that stands for an operand.
 constexpr int s_operandCode = 1;
 
-/// Calls `take` with the code and the value of each option, and with `s_operandCode` and the operand
-/// for each operand.
+/// Calls `take` with the code and the value of each option, and with `s_operandCode` and the
+/// operand for each operand.
 ///
 /// @param letters  As getopt takes them, beginning with "-:".
 /// @throws UsageError  An option that is not in the table, or without the value that it needs.

@@ -37,8 +37,7 @@ void CLineScan::Read(char c)
     switch (m_state)
     {
     case EState::Slash:
-        m_state = c == '*' ? EState::BlockComment
-                           : (c == '/' ? EState::LineComment : EState::Code);
+        m_state = c == '*' ? EState::BlockComment : (c == '/' ? EState::LineComment : EState::Code);
         if (m_state == EState::Code)
             ReadCode(c);
         break;

@@ -15,21 +15,18 @@ public:
     void Read(char c);
 
     /// Whether what was read last is the end of a line, or nothing, and a directive can follow.
-    bool CanStartDirective() const
-    {
-        return m_state == EState::Code && !m_isContinued;
-    }
+    bool CanStartDirective() const { return m_state == EState::Code && !m_isContinued; }
 
 private:
     enum class EState
     {
         Code,
-        Slash,        ///< Behind a slash.
+        Slash, ///< Behind a slash.
         LineComment,
         BlockComment,
-        Star,         ///< Behind a star of a block comment.
-        Quote,        ///< Inside quotes of either kind.
-        RawPrefix,    ///< Between `R"` and `(`.
+        Star,      ///< Behind a star of a block comment.
+        Quote,     ///< Inside quotes of either kind.
+        RawPrefix, ///< Between `R"` and `(`.
         RawString
     };
 

@@ -57,13 +57,10 @@ struct LineShare
 {
     size_t m_source = 0;
     ssize_t m_line = 0;
-    Origin m_first;       ///< Of its first character there.
-    ssize_t m_count = 0;  ///< Characters that are no white space.
+    Origin m_first;      ///< Of its first character there.
+    ssize_t m_count = 0; ///< Characters that are no white space.
 
-    bool IsLine(size_t source, ssize_t line) const
-    {
-        return m_source == source && m_line == line;
-    }
+    bool IsLine(size_t source, ssize_t line) const { return m_source == source && m_line == line; }
 };
 
 class DirectivePlacer
@@ -95,8 +92,8 @@ private:
     std::vector<LineShare> m_shares;   ///< Of this line, in the order of their first characters.
     ssize_t m_nextSource = s_none;     ///< The source line that follows the last line feed there.
     ssize_t m_nextLine = 0;
-    bool m_canInsert = true;           ///< At the start of this line.
-    ssize_t m_source = s_none;         ///< What the compiler takes this line for.
+    bool m_canInsert = true;   ///< At the start of this line.
+    ssize_t m_source = s_none; ///< What the compiler takes this line for.
     ssize_t m_line = 0;
     // The source line that was looked up last: most characters lie beside the one before.
     size_t m_knownSource = 0;
@@ -215,8 +212,7 @@ ssize_t DirectivePlacer::LineOf(const Origin& origin)
 
 } // namespace
 
-std::vector<TextEdit> AddLineDirectives(const WrittenOutput& output,
-                                        const std::string& format)
+std::vector<TextEdit> AddLineDirectives(const WrittenOutput& output, const std::string& format)
 {
     return DirectivePlacer(output, format).Place();
 }

@@ -34,8 +34,8 @@ const char* FindPieceError(const WrittenPiece& written)
     case EPieceKind::Indentation:
         break;
     }
-    const bool isBlank = std::all_of(written.m_text.begin(), written.m_text.end(),
-                                     [](char c) { return c == ' '; });
+    const bool isBlank =
+        std::all_of(written.m_text.begin(), written.m_text.end(), [](char c) { return c == ' '; });
     return isBlank ? nullptr : "is indentation that is not blank";
 }
 
@@ -51,8 +51,9 @@ std::string FindMapError(const WrittenOutput& output)
     ssize_t offset = 0;
     const auto check = [&](const WrittenPiece& written)
     {
-        const char* const fault = written.m_piece.m_out == offset ? FindPieceError(written)
-                                                                  : "does not begin where the last one ends";
+        const char* const fault = written.m_piece.m_out == offset
+                                      ? FindPieceError(written)
+                                      : "does not begin where the last one ends";
         if (fault != nullptr && error.empty())
             error = "the piece at " + std::to_string(written.m_piece.m_out) + " " + fault;
         offset += written.m_piece.m_size;

@@ -6,8 +6,9 @@
 namespace telv::tool
 {
 
-/// What is wrong with the map of `output`; empty when nothing is. The pieces must tile the text that
-/// is written, copied ones must equal their source, and each calculated one must have an origin.
+/// What is wrong with the map of `output`; empty when nothing is. The pieces must tile the text
+/// that is written, copied ones must equal their source, and each calculated one must have an
+/// origin.
 std::string FindMapError(const WrittenOutput& output);
 
 } // namespace telv::tool

@@ -8,7 +8,8 @@
 namespace telv::tool
 {
 
-/// The styles of the maps, as far as the options want them. The map names its output when that has a name.
+/// The styles of the maps, as far as the options want them. The map names its output when that has
+/// a name.
 MapStyle MakeMapStyle(const ExpandOptions& options);
 SourceMapStyle MakeSourceMapStyle(const ExpandOptions& options);
 

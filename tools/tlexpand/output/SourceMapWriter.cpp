@@ -1,11 +1,12 @@
 // "mappings" holds, for each line of output, the segments that begin on it. A segment is four
-// numbers, each the difference to the one before, in base 64 with the sign in the lowest bit: output
-// column, source, source line, source column. A segment of one number begins what has no source.
+// numbers, each the difference to the one before, in base 64 with the sign in the lowest bit:
+// output column, source, source line, source column. A segment of one number begins what has no
+// source.
 #include "output/SourceMapWriter.h"
 #include "Files.h"
+#include "Utf8.h"
 #include "map/LineTable.h"
 #include "output/JsonText.h"
-#include "Utf8.h"
 #include <memory>
 
 namespace telv::tool
@@ -65,8 +66,8 @@ private:
     const WrittenOutput& m_output;
     std::vector<std::unique_ptr<SourcePositions>> m_positions;
     std::string m_text;
-    ssize_t m_column = 0;       ///< Of the output, in units.
-    bool m_lineIsEmpty = true;  ///< Of segments.
+    ssize_t m_column = 0;      ///< Of the output, in units.
+    bool m_lineIsEmpty = true; ///< Of segments.
     bool m_lastIsMapped = false;
     ssize_t m_lastColumn = 0, m_lastSource = 0, m_lastSourceLine = 0, m_lastSourceColumn = 0;
 };
@@ -93,8 +94,8 @@ void MappingsWriter::AddSegment(const MapPiece& piece, ssize_t offset)
         return;
     const SourcePositions& positions = PositionsOf(origin->m_source);
     const ssize_t line = positions.m_lines.At(origin->m_offset).m_line;
-    const ssize_t start = line <= positions.m_lines.Count() ? positions.m_lines.Start(line)
-                                                            : origin->m_offset;
+    const ssize_t start =
+        line <= positions.m_lines.Count() ? positions.m_lines.Start(line) : origin->m_offset;
     AddDelta(static_cast<ssize_t>(origin->m_source), m_lastSource);
     AddDelta(line - 1, m_lastSourceLine);
     AddDelta(positions.m_units.Before(origin->m_offset) - positions.m_units.Before(start),

@@ -93,11 +93,11 @@ void PieceWalk::Visit(const OutputPiece& piece, ssize_t from, ssize_t to)
     written.m_text = SubString(m_output.m_text.begin() + from, m_output.m_text.begin() + to);
     written.m_in = piece.in;
     if (piece.out == 0)
-        written.m_in = SubString(piece.in.begin() + (from - m_offset),
-                                 piece.in.begin() + (to - m_offset));
+        written.m_in =
+            SubString(piece.in.begin() + (from - m_offset), piece.in.begin() + (to - m_offset));
     else
-        written.m_piece.m_kind = piece.in.begin() == nullptr ? EPieceKind::Indentation
-                                                             : EPieceKind::Calculated;
+        written.m_piece.m_kind =
+            piece.in.begin() == nullptr ? EPieceKind::Indentation : EPieceKind::Calculated;
     SetPlace(written.m_piece, written.m_in);
     if (m_index < m_output.m_chains.m_chainOfPiece.size())
         written.m_piece.m_chain = m_output.m_chains.m_chainOfPiece[m_index];
@@ -142,7 +142,7 @@ std::vector<TextEdit> MakeRemovals(const std::vector<OutputRange>& ranges)
 {
     std::vector<TextEdit> edits;
     for (const OutputRange& range : ranges)
-        edits.push_back({range.m_begin, range.m_end, "", SubString()});
+        edits.push_back({range.m_begin, range.m_end, "", SourceRange()});
     return edits;
 }
 

@@ -1,6 +1,6 @@
 // What is written, piece by piece: the pieces of the expansion, less what is taken out of it (the
-// text of imports), with what is put into it (line directives). Every map is made from this walk, so
-// all of them describe the same text.
+// text of imports), with what is put into it (line directives). Every map is made from this walk,
+// so all of them describe the same text.
 #pragma once
 
 #include "input/Sources.h"
@@ -36,8 +36,8 @@ struct OutputChains
 struct WrittenOutput
 {
     const Sources& m_sources;
-    const ExpansionRun& m_run; ///< Knows where text came from that was made while expanding.
-    SubString m_text;          ///< The whole expansion,
+    const ExpansionRun& m_run;    ///< Knows where text came from that was made while expanding.
+    SubString m_text;             ///< The whole expansion,
     const OutputPieces& m_pieces; ///< and its pieces.
     const std::vector<TextEdit>& m_edits; ///< Sorted, disjoint.
     const OutputChains& m_chains;
@@ -47,8 +47,8 @@ struct WrittenOutput
 struct WrittenPiece
 {
     MapPiece m_piece;
-    SubString m_text; ///< What is written; of the expansion or of an edit.
-    SubString m_in;   ///< The place, also in text that was made while expanding.
+    SubString m_text;                 ///< What is written; of the expansion or of an edit.
+    SubString m_in;                   ///< The place, also in text that was made while expanding.
     const TextEdit* m_edit = nullptr; ///< The edit that the text is of, if it is of one.
 };
 
