@@ -27,7 +27,8 @@ def make_locale(directory):
 
 
 def expand_all(tool, cases, out, environment):
-    """Runs the tool in the folder of each case; the exit statuses by name."""
+    """Runs the tool in the folder of each case; the exit statuses by name. The outputs are named by the way to
+    them, which is the same in both runs and part of the map."""
     statuses = {}
     for case in sorted(cases.rglob("*.tl")):
         name = case.relative_to(cases)
@@ -36,8 +37,9 @@ def expand_all(tool, cases, out, environment):
             continue
         target = out / name
         target.parent.mkdir(parents=True, exist_ok=True)
+        way = os.path.relpath(target, case.parent)
         done = subprocess.run(
-            [tool, "--no-python", "--max-steps", "10000", "-o", str(target), "--map", f"{target}.map", case.name],
+            [tool, "--no-python", "--max-steps", "10000", "-o", way, "--map", f"{way}.map", case.name],
             cwd=case.parent, env=environment, capture_output=True, stdin=subprocess.DEVNULL)
         statuses[str(name)] = (done.returncode, done.stdout, done.stderr)
     return statuses
@@ -50,19 +52,21 @@ def main():
     with tempfile.TemporaryDirectory() as temporary:
         root = pathlib.Path(temporary)
         (root / "locale").mkdir()
-        elsewhere = root / "some where" / "else" / "cases"
-        shutil.copytree(CASES, elsewhere)
+        here = root / "here"
+        elsewhere = root / "some where" / "else"
+        for place in (here, elsewhere):
+            shutil.copytree(CASES, place / "cases")
         plain = {"PATH": os.environ["PATH"], "LC_ALL": "C", "TZ": "UTC"}
         other = {"PATH": "/nowhere", "TZ": "Pacific/Kiritimati", "HOME": "/nowhere", "TERM": "dumb",
                  "COLUMNS": "20", "POSIXLY_CORRECT": "1", "TMPDIR": "/nowhere",
                  **make_locale(root / "locale")}
-        first = expand_all(tool, CASES, root / "first", plain)
+        first = expand_all(tool, here / "cases", here / "out", plain)
         os.umask(0o077)
-        second = expand_all(tool, elsewhere, root / "second", other)
+        second = expand_all(tool, elsewhere / "cases", elsewhere / "out", other)
         differ = [name for name in first if first[name] != second[name]]
-        for made in sorted((root / "first").rglob("*")):
+        for made in sorted((here / "out").rglob("*")):
             if made.is_file():
-                twin = root / "second" / made.relative_to(root / "first")
+                twin = elsewhere / "out" / made.relative_to(here / "out")
                 if not twin.exists() or made.read_bytes() != twin.read_bytes():
                     differ.append(str(made.relative_to(root)))
         if differ:
