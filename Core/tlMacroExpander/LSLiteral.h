@@ -45,6 +45,11 @@ enum ELiteral : int
 /// an assertion failure.
 TLEXPANDER_API const char* TypeToString(ELiteral type);
 
+// Made, caught and destroyed by its own type: the table of virtual operations, a part of the binary
+// interface, has no destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 /// A value of the wrong kind or out of range. Thrown by value; the complete message is in
 /// `m_description`.
 class TLEXPANDER_API LiteralException : public IException
@@ -57,6 +62,8 @@ public:
 
     xstring m_description;
 };
+
+#pragma GCC diagnostic pop
 
 /// A value of one of the seven kinds. Owns its text; copies are deep.
 ///

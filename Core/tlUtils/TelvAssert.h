@@ -19,7 +19,7 @@ namespace telv
 /// Tests an internal assumption on behalf of the area `path`. The stringised condition is what
 /// users see, so renaming a variable inside it changes a message.
 #define TELV_ASSERT_IN(path, condition)                                                            \
-    (__builtin_expect(static_cast<bool>(condition), 1)                                             \
+    (__builtin_expect((condition) ? 1 : 0, 1)                                                      \
          ? static_cast<void>(0)                                                                    \
          : ::telv::ThrowTelvAssertionError(#condition, path, __LINE__))
 

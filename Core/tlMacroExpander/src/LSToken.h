@@ -123,6 +123,11 @@ public:
     double GetLiteralDouble() const;
 };
 
+// Made, caught and destroyed by their own type: the table of virtual operations, a part of the binary
+// interface, has no destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 /// What is wrong in a text, and where. Caught by reference; handlers on the way out append context
 /// lines to `m_description` and throw on.
 class TLEXPANDER_API LexScannerException : public IException
@@ -155,6 +160,8 @@ public:
 
     ExpansionLimitException(const xstring& description, const char* pos);
 };
+
+#pragma GCC diagnostic pop
 
 // Scanning. All functions advance the view over what they read. After an exception the view stands
 // where the scan had got to. Time is linear in what is read.

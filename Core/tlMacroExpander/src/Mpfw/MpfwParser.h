@@ -39,6 +39,11 @@ public:
     explicit MpfwFrame(MpfwSourceFileList& srcFileList);
 };
 
+// Made and destroyed by its own type: the table of virtual operations, a part of the binary
+// interface, has no destructor.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 /// Parses the statements of a project. Errors of the text are LexScannerExceptions at the current
 /// token unless said otherwise.
 class TLEXPANDER_API MpfwParser : public ExpressionParser, public ImportHandler
@@ -135,6 +140,8 @@ private:
     [[noreturn]] void ThrowCycle(const MpfwSourceFile& again, const char* pos) const;
     void ParseStringSettingHelper(const xstring& name, xstring& value);
 };
+
+#pragma GCC diagnostic pop
 
 static_assert(sizeof(MpfwFrame) == 272, "no other fields");
 static_assert(sizeof(MpfwParser) == 104, "no other fields");
