@@ -37,6 +37,9 @@ class TLEXPANDER_API OutputPieces
 public:
     xvector<OutputPiece> m_pieces;
 
+    const OutputPiece* begin() const { return m_pieces.begin(); }
+    const OutputPiece* end() const { return m_pieces.end(); }
+
     /// Characters of output in all. Linear.
     ssize_t size() const;
 

@@ -9,6 +9,8 @@
 #include "tlUtils/TelvAssert.h"
 #include "tlUtils/safe_bool.h"
 #include <cstring>
+#include <iosfwd>
+#include <string_view>
 
 namespace telv
 {
@@ -31,6 +33,18 @@ public:
     BasicSubString(const C* text TELV_LIFETIMEBOUND)
         : m_p1(text), m_p2(text == nullptr ? nullptr : text + std::strlen(text))
     {
+    }
+
+    /// Views what `text` views. A template, so that only a string_view itself converts.
+    template <class Traits>
+    BasicSubString(std::basic_string_view<C, Traits> text)
+        : m_p1(text.data()), m_p2(text.data() + text.size())
+    {
+    }
+
+    operator std::basic_string_view<C>() const
+    {
+        return std::basic_string_view<C>(m_p1, static_cast<size_t>(size()));
     }
 
     const C* begin() const { return m_p1; }
@@ -83,6 +97,31 @@ inline bool operator==(SubString a, SubString b)
 inline bool operator!=(SubString a, SubString b)
 {
     return !(a == b);
+}
+
+// For C++17, which doesn't try operators the other way round, in both orders.
+inline bool operator==(SubString a, std::string_view b)
+{
+    return a == SubString(b);
+}
+inline bool operator==(std::string_view a, SubString b)
+{
+    return SubString(a) == b;
+}
+inline bool operator!=(SubString a, std::string_view b)
+{
+    return !(a == b);
+}
+inline bool operator!=(std::string_view a, SubString b)
+{
+    return !(a == b);
+}
+
+/// Writes the characters as a string_view is written: width and alignment count. Include <ostream>.
+template <class Traits>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os, SubString s)
+{
+    return os << std::basic_string_view<char, Traits>(s.data(), static_cast<size_t>(s.size()));
 }
 
 /// True when `[inner.begin(), inner.end()]` lies within `[outer.begin(), outer.end()]`. The end of

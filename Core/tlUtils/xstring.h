@@ -17,6 +17,12 @@ public:
     basic_xstring(const C* text) { append(SubString(text)); }
     /// Copies the viewed characters.
     basic_xstring(BasicSubString<C> s) { append(s); }
+    /// Copies the viewed characters. A template, so that only a string_view itself converts.
+    template <class Traits>
+    basic_xstring(std::basic_string_view<C, Traits> text)
+    {
+        append(BasicSubString<C>(text));
+    }
     /// Copies [r1, r2); a reversed range is an assertion failure.
     basic_xstring(const C* r1, const C* r2)
     {
@@ -42,6 +48,11 @@ public:
     operator BasicSubString<C>() const TELV_LIFETIMEBOUND
     {
         return BasicSubString<C>(this->begin(), this->end());
+    }
+
+    operator std::basic_string_view<C>() const TELV_LIFETIMEBOUND
+    {
+        return BasicSubString<C>(*this);
     }
 
     basic_xstring& operator+=(const C* text) { return append(BasicSubString<C>(text)); }
@@ -106,6 +117,31 @@ inline bool operator==(SubString a, const char* b)
 inline bool operator!=(SubString a, const char* b)
 {
     return !(a == SubString(b));
+}
+
+inline bool operator==(const xstring& a, std::string_view b)
+{
+    return SubString(a) == SubString(b);
+}
+inline bool operator==(std::string_view a, const xstring& b)
+{
+    return b == a;
+}
+inline bool operator!=(const xstring& a, std::string_view b)
+{
+    return !(a == b);
+}
+inline bool operator!=(std::string_view a, const xstring& b)
+{
+    return !(b == a);
+}
+
+/// As for the view. Include <ostream>.
+template <class Traits>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os,
+                                             const xstring& s)
+{
+    return os << SubString(s);
 }
 
 /// Byte-wise order, a proper prefix first.
