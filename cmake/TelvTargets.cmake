@@ -148,14 +148,29 @@ function(telv_add_library name)
     telv_optimise_linking(${name})
     target_compile_features(${name} INTERFACE cxx_std_17)
     set_target_properties(${name} PROPERTIES
+        DEFINE_SYMBOL ""
+        VISIBILITY_INLINES_HIDDEN OFF # InlineDefinitions.cpp, whose names every file must leave visible
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR})
     telv_find_libraries_at(${name} "$ORIGIN")
-    # A symbol that no library defines is an error here and not at the user's. Sanitized code takes
-    # the run time's symbols from the program.
+    telv_emit_inline_definitions(${name})
+    # A symbol that no library defines is an error here and not at the user's, and what is not in the
+    # list is not exported. Sanitized code takes the run time's symbols from the program, and some of
+    # its own from other libraries.
     if(NOT TELV_SANITIZE)
-        target_link_options(${name} PRIVATE LINKER:--no-undefined)
+        set(exports ${PROJECT_SOURCE_DIR}/Core/${name}/exports.map)
+        target_link_options(${name} PRIVATE
+            LINKER:--no-undefined LINKER:--version-script=${exports})
+        set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports})
     endif()
+endfunction()
+
+# InlineDefinitions.cpp must not be optimised: see there.
+function(telv_emit_inline_definitions library)
+    get_target_property(sources ${library} SOURCES)
+    list(FILTER sources INCLUDE REGEX "/InlineDefinitions\\.cpp$")
+    set_source_files_properties(${sources} PROPERTIES
+        COMPILE_OPTIONS "-O0;-fno-lto;-U_FORTIFY_SOURCE")
 endfunction()
 
 # telv_public_headers(LIBRARY PATTERN... [EXCEPT HEADER...]) makes headers below Core/ part of the

@@ -175,7 +175,7 @@ public:
     bool CoercibleToString() const;
 
     /// Always throws: a value cannot be assigned to. Variables are assigned by their own layer.
-    void Assign(const LSLiteral& rhs) const;
+    void Assign(const LSLiteral& rhs);
 
     /// Length of a text in bytes; throws for every other kind.
     ssize_t GetLength() const;

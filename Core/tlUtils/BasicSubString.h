@@ -88,7 +88,7 @@ public:
 using SubString = BasicSubString<char>;
 
 /// True when the characters are equal.
-inline bool operator==(SubString a, SubString b)
+TLUTILS_API inline bool operator==(SubString a, SubString b)
 {
     return a.size() == b.size() &&
            (a.empty() || std::memcmp(a.m_p1, b.m_p1, static_cast<size_t>(a.size())) == 0);

@@ -93,12 +93,12 @@ public:
 /// may point `m_os` elsewhere.
 extern TLUTILS_API xostream xcout;
 
-inline xostream& operator<<(xostream& os, SubString s)
+TLUTILS_API inline xostream& operator<<(xostream& os, SubString s)
 {
     os.put(s.begin(), s.size());
     return os;
 }
-inline xostream& operator<<(xostream& os, const xstring& s)
+TLUTILS_API inline xostream& operator<<(xostream& os, const xstring& s)
 {
     os.put(s.begin(), s.size());
     return os;

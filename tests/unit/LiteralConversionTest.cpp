@@ -518,9 +518,10 @@ TEST(LiteralMembers, AssignAlwaysThrows)
     };
     for (const auto& [literal, message] : rows)
     {
+        LSLiteral target(literal);
         try
         {
-            literal.Assign(Int(2));
+            target.Assign(Int(2));
             ADD_FAILURE() << message;
         }
         catch (const LiteralException& e)

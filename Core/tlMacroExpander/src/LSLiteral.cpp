@@ -99,7 +99,7 @@ void ThrowIncompatibleTypeException(const LSLiteral& x, const char* opName)
     ThrowComposed(message);
 }
 
-void LSLiteral::Assign(const LSLiteral&) const
+void LSLiteral::Assign(const LSLiteral&)
 {
     StringStream message(4096);
     message << "Can't assign to " << TypeToString(m_type);
