@@ -516,7 +516,7 @@ TEST(LiteralMembers, AssignAlwaysThrows)
         {Char('a'), "Can't assign to char r-value"},
         {String(""), "Can't assign to string r-value"},
     };
-    for (const auto& [literal, message] : rows)
+    for (auto [literal, message] : rows)
     {
         LSLiteral target(literal);
         try

@@ -256,4 +256,20 @@ TEST(MacroExpand, AmbiguousNameStandsBehindItsUse)
     EXPECT_EQ(session.Expand("a y b"), "a y b");
 }
 
+/// Whether a text handed over like this can be expanded.
+template <class Text>
+concept CanBeExpanded = requires(Text&& text, FileScopeVarFrame& frame, xstring& out,
+                                 ExpandedOutput& output, OutputPieces& pieces)
+{
+    MacroExpand(nullptr, &frame, static_cast<Text&&>(text), 0, 0, out);
+    MacroExpand(nullptr, &frame, static_cast<Text&&>(text), 0, 0, output);
+    MacroExpand(nullptr, &frame, static_cast<Text&&>(text), 0, 0, out, pieces);
+};
+
+/// A text that ends with the call would leave its definitions viewing nothing.
+static_assert(CanBeExpanded<xstring&> && CanBeExpanded<const xstring&>);
+static_assert(CanBeExpanded<SubString> && CanBeExpanded<const char*>);
+static_assert(CanBeExpanded<const char (&)[5]>);
+static_assert(!CanBeExpanded<xstring> && !CanBeExpanded<const xstring>);
+
 } // namespace telv::expander

@@ -130,6 +130,8 @@ public:
 
 /// What is wrong in a text, and where. Caught by reference; handlers on the way out append context
 /// lines to `m_description` and throw on.
+///
+/// It is no std::exception, although it has a `what`: catch it by its name or as IException.
 class TLEXPANDER_API LexScannerException : public IException
 {
 public:
@@ -152,7 +154,8 @@ public:
 };
 
 /// Thrown when something runs out: stack, steps, output or the patience with dollar macros that
-/// contain each other. No construct of the language may swallow it.
+/// contain each other; stack and dollar macros without an ExpansionRun too. No construct of the
+/// language may swallow it.
 class TLEXPANDER_API ExpansionLimitException : public LexScannerException
 {
 public:
