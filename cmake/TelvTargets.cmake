@@ -165,6 +165,14 @@ function(telv_add_library name)
     endif()
 endfunction()
 
+# Makes the libraries a part of the program `target`, which then sees what they do not export.
+function(telv_carry_libraries target)
+    target_sources(${target} PRIVATE
+        $<TARGET_OBJECTS:tlUtils> $<TARGET_OBJECTS:tlMacroExpander>)
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/Core)
+    target_link_libraries(${target} PRIVATE Threads::Threads ${CMAKE_DL_LIBS})
+endfunction()
+
 # InlineDefinitions.cpp must not be optimised: see there.
 function(telv_emit_inline_definitions library)
     get_target_property(sources ${library} SOURCES)

@@ -17,7 +17,6 @@
 #include "tlMacroExpander/ExpandedOutput.h"
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/LSToken.h" // what is thrown
-#include <concepts>
 #include <type_traits>
 
 namespace telv
@@ -94,12 +93,12 @@ TLEXPANDER_API void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, 
 
 /// A text that ends with the call: what it defines would view nothing. Keep it in a variable that
 /// outlives the frame. (A literal in quotes lives as long as the program.)
-template <class Text, class Output>
-    requires std::same_as<std::remove_const_t<Text>, xstring>
+template <class Text, class Output,
+          class = std::enable_if_t<std::is_same_v<std::remove_const_t<Text>, xstring>>>
 void MacroExpand(ImportHandler* ih, VarFrame* vf, Text&& str, ssize_t srcIndent, ssize_t dstIndent,
                  Output& output) = delete;
-template <class Text>
-    requires std::same_as<std::remove_const_t<Text>, xstring>
+template <class Text,
+          class = std::enable_if_t<std::is_same_v<std::remove_const_t<Text>, xstring>>>
 void MacroExpand(ImportHandler* ih, VarFrame* vf, Text&& str, ssize_t srcIndent, ssize_t dstIndent,
                  xstring& output, OutputPieces& pieces) = delete;
 
