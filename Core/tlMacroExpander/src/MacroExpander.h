@@ -9,6 +9,7 @@
 
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -18,10 +19,16 @@ namespace telv
 class ExpansionLevel;
 class ExpansionRun;
 class NameTable;
+class MacroExpander;
+class Plan;
+class PlanReader;
 class ScannedText;
+class TextScope;
 struct Cut;
 struct ScanItem;
 struct LevelText;
+struct PlannedBlock;
+using PlannedAction = std::function<void(MacroExpander&)>;
 enum ECut : unsigned char;
 
 /// How a string literal is written.
@@ -162,6 +169,18 @@ public:
     /// `@runpython {code}`: runs Python statements; writes nothing.
     void ProcessRunPythonDirective();
 
+    // What directives of a scanned text ask for, read once (Texts/Plan.h).
+
+    static PlannedAction PlanIf(PlanReader& reader);
+    static PlannedAction PlanWhile(PlanReader& reader);
+    static PlannedAction PlanFor(PlanReader& reader);
+    static PlannedAction PlanLet(PlanReader& reader);
+    static PlannedAction PlanRndBracket(PlanReader& reader);
+    static PlannedAction PlanSqrBracket(PlanReader& reader);
+    static PlannedAction PlanScope(PlanReader& reader);
+    template <bool splitLines, EStrLiteralMode mode>
+    static PlannedAction PlanStr(PlanReader& reader);
+
 private:
     friend void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent,
                                  xstring& output);
@@ -186,9 +205,13 @@ private:
     void ExpandInStretches();
     void ExpandScanned(ExpansionLevel& level);
     void ExpandItem(ExpansionLevel& level, ScanItem& item, const char* resumed);
+    bool FollowPlan(ExpansionLevel& level, ScanItem& item, const char* resumed);
+    static const Plan* PlanOf(ScannedText& scanned, ScanItem& item, SubString rest);
+    const Plan* PlanOfCall(const LSMacroVariable& macroVar) const;
     void EndLine(const char* start);
     bool MoveToNextItem(ScannedText& scanned, uint32& index, uint32& resumed);
     bool WriteInertText(const LevelText& text, VarFrame& frame, ssize_t srcIndent);
+    bool WriteWord(const LSMacroVariable& macroVar, VarFrame& frame);
     static bool MayMatter(NameTable& names, VarFrame& frame, SubString name);
     const char* StartOfBlanks(const char* resumed, const char* token) const;
     void PassOverLineStarts();
@@ -244,19 +267,31 @@ private:
     void NoteRound(ssize_t round) const;
     xstring ComposeCall(const LSMacroVariable& macroVar, const LevelText& section);
 
-    bool WriteValueDirectly(SubString expression);
+    bool WriteValueDirectly(const LevelText& expression);
+    void WriteExpression(const LevelText& section);
+    void ExpandTwice(const LevelText& section);
     bool TakeDirectiveWord(const char* word);
     bool EvaluateCondition(const LevelText& condition, SubString directiveName);
-    void ReadForHead(ForHead& head);
+    void ExpandChosen(const LevelText& block, ssize_t indent);
+    void LoopWhile(const LevelText& condition, const LevelText& block, ssize_t indent);
+    template <class Next>
+    static void ReadForHead(ForHead& head, const Next& next);
+    void LoopFor(const ForHead& head, const TextScope& list, const LevelText& block, ssize_t indent);
     void ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent, ssize_t round);
     LevelText ScanLoopBlock(ssize_t& indent, const char* context);
 
+    LSValueVariable* FindAssigned(SubString name);
     void AssignVariable(const LSToken& nameToken);
     void DefineVariable(ELSVariable type);
-    bool ReadValueText(ELSVariable type, SubString name, LevelText& text);
+    void Assign(LSValueVariable& var, const LevelText& text, bool verbatim);
+    void CheckNotDefined(SubString name);
+    void Define(ELSVariable type, SubString name, const LevelText& text, bool verbatim);
+    static void CheckVerbatim(ELSVariable type, SubString name, bool verbatim);
+    LevelText ReadValueText(ELSVariable type, SubString name, bool& verbatim);
     void EvaluateValueText(ELSVariable type, const LevelText& text, bool verbatim, xstring& value);
     xstring EvaluateText(const LevelText& text, SubString directiveName);
 
+    void WriteStr(const LevelText& text, ssize_t indent, bool splitLines, EStrLiteralMode mode);
     void WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode);
     bool FailsToExpand(const LevelText& text);
     bool Import(const xstring& path, const char* pos);

@@ -1,6 +1,7 @@
 // @quote and @scope: text as it stands, and text with a scope of its own.
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include <cstring>
 #include <utility>
 
@@ -30,6 +31,15 @@ void MacroExpander::ProcessScopeDirective()
     const LevelText block = CutBlock(indent);
     AdvanceWritePos(m_str.begin(), false);
     ExpandBlock(block, indent, GetOutputPos());
+}
+
+PlannedAction MacroExpander::PlanScope(PlanReader& reader)
+{
+    return [block = reader.Block()](MacroExpander& expander)
+    {
+        expander.AdvanceWritePos(expander.m_str.begin(), false);
+        expander.ExpandBlock(block.m_text, block.m_indent, expander.GetOutputPos());
+    };
 }
 
 } // namespace telv

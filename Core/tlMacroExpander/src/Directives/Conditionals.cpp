@@ -5,6 +5,8 @@
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
+#include <optional>
 
 namespace telv
 {
@@ -72,9 +74,44 @@ void MacroExpander::ProcessIfDirective()
         block = CutBlock(indent);
         chosen.Offer(true, block, indent);
     }
+    ExpandChosen(chosen.m_text, chosen.m_indent);
+}
+
+PlannedAction MacroExpander::PlanIf(PlanReader& reader)
+{
+    struct Branch
+    {
+        LevelText m_condition;
+        PlannedBlock m_block;
+    };
+    std::vector<Branch> branches;
+    do
+        branches.push_back({reader.Condition(/*readOpen=*/true), reader.Block()});
+    while (reader.TakeDirectiveWord("elseif"));
+    std::optional<PlannedBlock> last;
+    if (reader.TakeDirectiveWord("else"))
+        last = reader.Block();
+    return [branches = std::move(branches), last](MacroExpander& expander)
+    {
+        ChosenBlock chosen;
+        const char* word = "@if";
+        for (const Branch& branch : branches)
+        {
+            chosen.Offer(expander.EvaluateCondition(branch.m_condition, word),
+                         branch.m_block.m_text, branch.m_block.m_indent);
+            word = "@elseif";
+        }
+        if (last)
+            chosen.Offer(true, last->m_text, last->m_indent);
+        expander.ExpandChosen(chosen.m_text, chosen.m_indent);
+    };
+}
+
+void MacroExpander::ExpandChosen(const LevelText& block, ssize_t indent)
+{
     AdvanceWritePos(m_str.begin(), false);
-    if (!chosen.m_text.m_text.empty())
-        ExpandBlock(chosen.m_text, chosen.m_indent, GetOutputPos());
+    if (!block.m_text.empty())
+        ExpandBlock(block, indent, GetOutputPos());
 }
 
 /// Reads an `@` and this word, if they are next.
@@ -98,7 +135,7 @@ bool MacroExpander::ParseBoolExpressionInBrackets(SubString directiveName)
 bool MacroExpander::EvaluateCondition(const LevelText& condition, SubString directiveName)
 {
     bool value = false;
-    if (EvaluateDirectly(*m_vf, condition.m_text, value))
+    if (EvaluateDirectly(*m_vf, {condition.m_text, condition.m_program}, value))
         return value;
     xstring text;
     try

@@ -14,6 +14,8 @@ struct Directive
     bool m_flush;  ///< Pending text is written first, so that blanks before the `@` are kept.
     /// Called with the token behind the `@`.
     void (*m_process)(MacroExpander& expander, const LSToken& word);
+    /// Reads it for a plan, or null.
+    PlannedAction (*m_plan)(PlanReader& reader) = nullptr;
 };
 
 /// The directive that `token` names, or null.

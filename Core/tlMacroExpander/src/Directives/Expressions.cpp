@@ -11,6 +11,7 @@
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 
 namespace telv
 {
@@ -63,7 +64,7 @@ void ReadVariableValueByParsingExpression(VarFrame* frame, SubString text, ELSVa
 void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
                           const char* origin)
 {
-    if (EvaluateDirectly(*frame, text.m_text, type, value))
+    if (EvaluateDirectly(*frame, {text.m_text, text.m_program}, type, value))
         return;
     xstring expanded;
     {
@@ -94,23 +95,70 @@ void MacroExpander::ProcessLetDirective()
     ScanOverWhiteSpaceAfterDirective();
 }
 
+PlannedAction MacroExpander::PlanLet(PlanReader& reader)
+{
+    LSToken token = reader.Token();
+    const ELSVariable type = CheckVariableType(token.m_str);
+    const bool isAssigned = type == LSV_MACRO;
+    if (!isAssigned)
+        token = reader.Token();
+    LSToken equals = reader.Token();
+    const bool verbatim = equals.m_type == TOKEN_COLON;
+    if (verbatim)
+        equals = reader.Token();
+    const SubString name = token.m_str;
+    const LevelText text = reader.ValueBlock();
+    if (token.m_type != TOKEN_IDENTIFIER || equals.m_type != TOKEN_EQUAL ||
+        (!isAssigned && verbatim && type != LSV_STRING))
+        return PlannedAction();
+    return [=](MacroExpander& expander)
+    {
+        if (isAssigned)
+        {
+            LSValueVariable* const var = expander.FindAssigned(name);
+            CheckVerbatim(var->GetType(), name, verbatim);
+            expander.Assign(*var, text, verbatim);
+        }
+        else
+        {
+            expander.CheckNotDefined(name);
+            expander.Define(type, name, text, verbatim);
+        }
+        expander.ScanOverWhiteSpaceAfterDirective();
+    };
+}
+
 void MacroExpander::AssignVariable(const LSToken& nameToken)
 {
     const SubString name = nameToken.m_str;
     if (nameToken.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Identifier expected after @let when read "}, nameToken);
-    LSVariable* const var = FindVariable(name);
+    LSValueVariable* const var = FindAssigned(name);
+    bool verbatim = false;
+    const LevelText text = ReadValueText(var->GetType(), name, verbatim);
+    Assign(*var, text, verbatim);
+}
+
+/// The variable that is to be given another value.
+LSValueVariable* MacroExpander::FindAssigned(SubString name)
+{
+    LSVariable* const var = m_vf->Find(name, name.end());
     if (var == nullptr)
         ThrowAt(name.begin(), {"@let directive failed : there is no variable named ", name});
     if (var->GetType() == LSV_MACRO)
         ThrowAt(name.begin(),
                 {"@let directive failed : ", name, " is a macro declared using @def"});
-    LevelText text;
-    const bool verbatim = ReadValueText(var->GetType(), name, text);
+    return static_cast<LSValueVariable*>(var);
+}
+
+void MacroExpander::Assign(LSValueVariable& var, const LevelText& text, bool verbatim)
+{
+    if (!verbatim && EvaluateDirectly(*m_vf, {text.m_text, text.m_program}, var.m_type, var.m_value))
+        return;
     xstring value;
     try
     {
-        EvaluateValueText(var->GetType(), text, verbatim, value);
+        EvaluateValueText(var.m_type, text, verbatim, value);
     }
     catch (LexScannerException& e)
     {
@@ -119,19 +167,24 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
         throw;
     }
     // The new value may have been made from the old one.
-    static_cast<LSValueVariable*>(var)->m_value.swap(value);
+    var.m_value.swap(value);
 }
 
-/// Reads `=` or `:=` and cuts the text of the value; true when it is taken as it expands.
-bool MacroExpander::ReadValueText(ELSVariable type, SubString name, LevelText& text)
+/// Reads `=` or `:=` and cuts the text of the value, which with `:=` is taken as it expands.
+LevelText MacroExpander::ReadValueText(ELSVariable type, SubString name, bool& verbatim)
 {
-    const bool verbatim = ReadEqualsForVariableDefn2(name);
+    verbatim = ReadEqualsForVariableDefn2(name);
     ssize_t indent = 0;
-    text = CutBlock(indent);
+    const LevelText text = CutBlock(indent);
+    CheckVerbatim(type, name, verbatim);
+    return text;
+}
+
+void MacroExpander::CheckVerbatim(ELSVariable type, SubString name, bool verbatim)
+{
     if (verbatim && type != LSV_STRING)
         ThrowAt(name.begin(),
                 {"@let directive failed: ", name, " := may only be used for string type"});
-    return verbatim;
 }
 
 void MacroExpander::EvaluateValueText(ELSVariable type, const LevelText& text, bool verbatim,
@@ -149,11 +202,21 @@ void MacroExpander::DefineVariable(ELSVariable type)
     const SubString name = token.m_str;
     if (token.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Identifier expected for macro name when read "}, token);
+    CheckNotDefined(name);
+    bool verbatim = false;
+    const LevelText text = ReadValueText(type, name, verbatim);
+    Define(type, name, text, verbatim);
+}
+
+void MacroExpander::CheckNotDefined(SubString name)
+{
     if (m_vf->FindLocal(name, name.begin()) != nullptr)
         ThrowAt(name.begin(), {"Redefinition of variable ", name, " in this scope"});
+}
+
+void MacroExpander::Define(ELSVariable type, SubString name, const LevelText& text, bool verbatim)
+{
     auto var = MakeValueVariable(type, name, ExpansionLevel::CurrentOwner());
-    LevelText text;
-    const bool verbatim = ReadValueText(type, name, text);
     EvaluateValueText(type, text, verbatim, var->m_value);
     AddVariable(var.release());
 }
@@ -189,9 +252,19 @@ xstring MacroExpander::ParseStringExpressionInBrackets(SubString directiveName,
 
 void MacroExpander::ProcessRndBracketDirective()
 {
-    const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    WriteExpression(CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
+}
+
+PlannedAction MacroExpander::PlanRndBracket(PlanReader& reader)
+{
+    return [section = reader.Condition(/*readOpen=*/false)](MacroExpander& expander)
+    { expander.WriteExpression(section); };
+}
+
+void MacroExpander::WriteExpression(const LevelText& section)
+{
     AdvanceWritePos(m_str.begin(), false);
-    if (WriteValueDirectly(section.m_text))
+    if (WriteValueDirectly(section))
         return;
     xstring text;
     try
@@ -209,14 +282,14 @@ void MacroExpander::ProcessRndBracketDirective()
 }
 
 /// Out of line: the scratch of an expression is large.
-[[gnu::noinline]] bool MacroExpander::WriteValueDirectly(SubString expression)
+[[gnu::noinline]] bool MacroExpander::WriteValueDirectly(const LevelText& expression)
 {
     ExpansionRun* const run = RunState::CurrentRun();
     if (run == nullptr)
         return false;
-    DirectExpression direct(*run, *m_vf, expression);
+    DirectExpression direct(*run, *m_vf);
     SubString text;
-    if (!direct.GetText(text))
+    if (!direct.GetText({expression.m_text, expression.m_program}, text))
         return false;
     WriteCalculatedSubString(text);
     return true;
@@ -224,7 +297,17 @@ void MacroExpander::ProcessRndBracketDirective()
 
 void MacroExpander::ProcessSqrBracketDirective()
 {
-    const LevelText section = CutSection(false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE);
+    ExpandTwice(CutSection(false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE));
+}
+
+PlannedAction MacroExpander::PlanSqrBracket(PlanReader& reader)
+{
+    return [section = reader.Section(/*readOpen=*/false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE)](
+               MacroExpander& expander) { expander.ExpandTwice(section); };
+}
+
+void MacroExpander::ExpandTwice(const LevelText& section)
+{
     AdvanceWritePos(m_str.begin(), false);
     xstring first;
     ExpandToString(section, 0, first);

@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/UsePython.h"
 
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include <optional>
 #include <vector>
 
@@ -24,20 +25,27 @@ namespace telv
 class MacroExpander::ActualArgs
 {
 public:
-    explicit ActualArgs(ssize_t count)
+    /// Makes room for arguments that are read.
+    LevelText* MakeRoom(ssize_t count)
     {
+        LevelText* room = m_few;
         if (count > s_few)
+        {
             m_many.resize(static_cast<size_t>(count));
+            room = m_many.data();
+        }
+        m_args = room;
+        return room;
     }
+    /// Takes those that have been read before.
+    void Use(const LevelText* args) { m_args = args; }
 
-    LevelText& operator[](ssize_t index)
-    {
-        return m_many.empty() ? m_few[index] : m_many[static_cast<size_t>(index)];
-    }
+    const LevelText& operator[](ssize_t index) const { return m_args[index]; }
 
 private:
     static constexpr ssize_t s_few = 4;
 
+    const LevelText* m_args = nullptr;
     LevelText m_few[s_few];
     std::vector<LevelText> m_many;
 };
@@ -150,16 +158,18 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
 {
     VarFrame* const context = macroVar.m_context != nullptr ? macroVar.m_context : m_vf;
     const bool hasArgs = macroVar.GetNumArgs() > 0;
-    const LevelText body = BodyOf(macroVar);
+    const bool isPlainText = !hasArgs && !macroVar.m_isPython && macroVar.m_returnType == LSV_MACRO;
     if (!hasArgs)
     {
         if (macroVar.m_isPython)
             CheckPythonAllowed(m_startDirectivePos);
         AdvanceWritePos(m_str.begin(), false);
-        if (!macroVar.m_isPython && macroVar.m_returnType == LSV_MACRO &&
-            WriteInertText(body, *context, macroVar.m_indentation))
+        if (isPlainText && WriteWord(macroVar, *context))
             return;
     }
+    const LevelText body = BodyOf(macroVar);
+    if (isPlainText && WriteInertText(body, *context, macroVar.m_indentation))
+        return;
     std::optional<VarFrame> frame;
     const LSVariable* const lastArg =
         hasArgs ? PassArgs(macroVar, *context, frame) : (frame.emplace(context), nullptr);
@@ -183,7 +193,7 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
                                                             VarFrame& context,
                                                             std::optional<VarFrame>& frame)
 {
-    ActualArgs args(macroVar.GetNumArgs());
+    ActualArgs args;
     ReadActualArgs(macroVar, args);
     if (macroVar.m_isPython)
         CheckPythonAllowed(m_startDirectivePos);
@@ -194,14 +204,20 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
 
 void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& args)
 {
+    if (const Plan* const plan = PlanOfCall(macroVar))
+    {
+        m_str.m_p1 = plan->m_behind;
+        return args.Use(plan->m_args.data());
+    }
     const LSToken open = NextToken();
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowNoArgumentList(macroVar, open);
     const ssize_t n = macroVar.GetNumArgs();
+    LevelText* const room = args.MakeRoom(n);
     for (ssize_t i = 0; i < n; ++i)
     {
         LSToken end;
-        args[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
+        room[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
         CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
     }
 }

@@ -8,6 +8,7 @@
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/RepeatedText.h"
 
 namespace telv
@@ -53,7 +54,7 @@ private:
 void MacroExpander::ProcessForDirective()
 {
     ForHead head;
-    ReadForHead(head);
+    ReadForHead(head, [this] { return NextToken(); });
     head.m_listPos = m_str.begin();
     const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     xstring listString;
@@ -61,27 +62,50 @@ void MacroExpander::ProcessForDirective()
     const TextScope list(listString, DirectiveRange());
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
+    LoopFor(head, list, block, indent);
+}
+
+PlannedAction MacroExpander::PlanFor(PlanReader& reader)
+{
+    auto head = std::make_shared<ForHead>();
+    ReadForHead(*head, [&] { return reader.Token(); });
+    head->m_listPos = reader.m_rest.begin();
+    const LevelText section = reader.Section(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const PlannedBlock block = reader.Block();
+    return [=](MacroExpander& expander)
+    {
+        xstring listString;
+        expander.ExpandToString(section, 0, listString);
+        const TextScope list(listString, expander.DirectiveRange());
+        expander.LoopFor(*head, list, block.m_text, block.m_indent);
+    };
+}
+
+void MacroExpander::LoopFor(const ForHead& head, const TextScope& list, const LevelText& block,
+                            ssize_t indent)
+{
     AdvanceWritePos(m_str.begin(), false);
     ForLoop(*this, head, list, block, indent).Run();
 }
 
 /// Reads `(`, the names and the word `in`.
-void MacroExpander::ReadForHead(ForHead& head)
+template <class Next>
+void MacroExpander::ReadForHead(ForHead& head, const Next& next)
 {
-    LSToken token = NextToken();
+    LSToken token = next();
     if (token.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected after @for when read "}, token);
-    token = NextToken();
+    token = next();
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
         head.m_isSingle = false;
         do
         {
-            token = NextToken();
+            token = next();
             if (token.m_type != TOKEN_IDENTIFIER)
                 ThrowAtToken({"Identifier expected when read "}, token);
             head.m_names.push_back(token.m_str);
-            token = NextToken();
+            token = next();
             if (token.m_type != TOKEN_RIGHT_PAREN && token.m_type != TOKEN_COMMA)
                 ThrowAtToken({", or ) expected when read "}, token);
         } while (token.m_type == TOKEN_COMMA);
@@ -90,7 +114,7 @@ void MacroExpander::ReadForHead(ForHead& head)
         head.m_names.push_back(token.m_str);
     else
         ThrowAtToken({"Identifier expected after @for( when read "}, token);
-    token = NextToken();
+    token = next();
     if (token.m_str != "in")
         ThrowAtToken({"'in' expected when read "}, token);
 }
@@ -195,13 +219,27 @@ void MacroExpander::ForLoop::Bind(VarFrame& frame, SubString name, SubString val
 
 void MacroExpander::ProcessWhileDirective()
 {
-    RepeatedText condition(CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
+    const LevelText condition = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @while directive");
+    LoopWhile(condition, block, indent);
+}
+
+PlannedAction MacroExpander::PlanWhile(PlanReader& reader)
+{
+    const LevelText condition = reader.Condition(/*readOpen=*/true);
+    const PlannedBlock block = reader.Block();
+    return [=](MacroExpander& expander)
+    { expander.LoopWhile(condition, block.m_text, block.m_indent); };
+}
+
+void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block, ssize_t indent)
+{
+    RepeatedText conditions(condition, /*isExpression=*/true);
     RepeatedText rounds(block);
     AdvanceWritePos(m_str.begin(), false);
     const ssize_t outputPos = GetOutputPos();
-    for (ssize_t round = 1; EvaluateCondition(condition.Next(), "@while"); ++round)
+    for (ssize_t round = 1; EvaluateCondition(conditions.Next(), "@while"); ++round)
     {
         CountStep();
         if (!block.m_text.empty())

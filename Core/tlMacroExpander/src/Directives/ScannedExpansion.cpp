@@ -6,7 +6,9 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include <algorithm>
 
@@ -80,7 +82,7 @@ void MacroExpander::ExpandScanned(ExpansionLevel& level)
             level.Enter(nullptr);
             return ExpandUnscanned(level);
         }
-        else
+        else if (!FollowPlan(level, item, base + resumed))
             ExpandItem(level, item, base + resumed);
         scanned.ResolveNames(names); // it may have been expanded in another tree of frames
         if (!MoveToNextItem(scanned, index, resumed))
@@ -121,6 +123,114 @@ void MacroExpander::ExpandItem(ExpansionLevel& level, ScanItem& item, const char
         ProcessDirective();
 }
 
+/// Does what a directive asks for, if that has been read before; false, with nothing done, if not.
+bool MacroExpander::FollowPlan(ExpansionLevel& level, ScanItem& item, const char* resumed)
+{
+    if (item.m_kind != ITEM_DIRECTIVE)
+        return false;
+    ScannedText& scanned = *level.Scanned();
+    const char* const base = scanned.Begin();
+    const Plan* const plan = PlanOf(scanned, item, SubString(base + item.m_end, m_str.end()));
+    if (plan == nullptr || plan->m_limit != m_str.end())
+        return false;
+    m_startDirectivePos = base + item.m_begin;
+    m_endDirectivePos = base + item.m_end;
+    const char* const pending =
+        plan->m_keepsBlanks ? m_startDirectivePos : StartOfBlanks(resumed, m_startDirectivePos);
+    if (pending > m_writePos)
+        AdvanceWritePos(pending, true);
+    level.Enter(nullptr);
+    m_str.m_p1 = plan->m_behind;
+    plan->m_action(*this);
+    return true;
+}
+
+namespace
+{
+
+/// Reads a directive; null where that has to be done each time.
+std::unique_ptr<Plan> MakePlan(ScannedText& scanned, SubString rest)
+{
+    auto plan = std::make_unique<Plan>();
+    plan->m_limit = rest.end();
+    try
+    {
+        PlanReader reader(*plan, scanned, rest);
+        const Directive* const directive = FindDirective(reader.Token());
+        if (directive == nullptr || directive->m_plan == nullptr)
+            return nullptr;
+        plan->m_keepsBlanks = directive->m_flush;
+        plan->m_action = directive->m_plan(reader);
+        plan->m_behind = reader.m_rest.begin();
+    }
+    catch (const LexScannerException&)
+    {
+        return nullptr; // reading it again finds the error
+    }
+    return plan->m_action ? std::move(plan) : nullptr;
+}
+
+/// Reads the arguments of a call; null where that has to be done each time.
+std::unique_ptr<Plan> MakePlanOfCall(const LSMacroVariable& macroVar, ScannedText& scanned, SubString rest)
+{
+    auto plan = std::make_unique<Plan>();
+    plan->m_limit = rest.end();
+    try
+    {
+        PlanReader reader(*plan, scanned, rest);
+        LSToken end = reader.Token();
+        if (end.m_type != TOKEN_LEFT_PAREN)
+            return nullptr;
+        const ssize_t n = macroVar.GetNumArgs();
+        for (ssize_t i = 0; i < n; ++i)
+        {
+            plan->m_args.push_back(reader.Argument(end, macroVar.m_argNames[i].m_type != LSV_MACRO));
+            if (end.m_type != (i == n - 1 ? TOKEN_RIGHT_PAREN : TOKEN_COMMA))
+                return nullptr;
+        }
+        plan->m_behind = reader.m_rest.begin();
+    }
+    catch (const LexScannerException&)
+    {
+        return nullptr;
+    }
+    return plan;
+}
+
+} // namespace
+
+/// The plan of a directive, made if need be; or null. `rest`: the text behind the `@`.
+const Plan* MacroExpander::PlanOf(ScannedText& scanned, ScanItem& item, SubString rest)
+{
+    if (!item.m_isPlanned)
+    {
+        item.m_isPlanned = true;
+        if (FastPaths::IsOn(FastPaths::PLANS))
+            item.m_plan = MakePlan(scanned, rest);
+    }
+    return item.m_plan.get();
+}
+
+/// The plan of the call that the current name is, with as many arguments as `macroVar` takes; or
+/// null.
+const Plan* MacroExpander::PlanOfCall(const LSMacroVariable& macroVar) const
+{
+    ExpansionLevel* const level = OwnLevel();
+    ScanItem* const item = level == nullptr ? nullptr : level->Item();
+    if (item == nullptr)
+        return nullptr;
+    if (!item->m_isPlanned)
+    {
+        item->m_isPlanned = true;
+        if (FastPaths::IsOn(FastPaths::PLANS))
+            item->m_plan = MakePlanOfCall(macroVar, *level->Scanned(), m_str);
+    }
+    const Plan* const plan = item->m_plan.get();
+    const bool suits = plan != nullptr && plan->m_limit == m_str.end() &&
+                       static_cast<ssize_t>(plan->m_args.size()) == macroVar.GetNumArgs();
+    return suits ? plan : nullptr;
+}
+
 /// Finds the item where the text goes on behind the one at `index`; false when that is not known.
 bool MacroExpander::MoveToNextItem(ScannedText& scanned, uint32& index, uint32& resumed)
 {
@@ -133,6 +243,54 @@ bool MacroExpander::MoveToNextItem(ScannedText& scanned, uint32& index, uint32& 
     }
     index = item.m_resumedIndex;
     return index != ScannedText::s_unknown;
+}
+
+/// Writes what a macro comes to whose text is one word, in a child of `frame`: the word, the value
+/// of the variable of that name, or what such a macro in its turn comes to. False, with nothing
+/// done, when it is anything else.
+bool MacroExpander::WriteWord(const LSMacroVariable& macroVar, VarFrame& frame)
+{
+    constexpr ssize_t longest = 64;
+    constexpr int mostMacros = 8;
+    ExpansionLevel* const level = OwnLevel();
+    if (!FastPaths::IsOn(FastPaths::WORDS) || level == nullptr || level->IsRecorded() ||
+        !level->AllowsFastPaths())
+        return false;
+    const LSMacroVariable* macro = &macroVar;
+    VarFrame* context = &frame;
+    for (int n = 1; n <= mostMacros; ++n)
+    {
+        const SubString word = macro->GetSubstitutionString();
+        if (word.empty() || word.size() > longest || ClassOf(*word.m_p1) > CHAR_RAW_PREFIX ||
+            SkipNameCharacters(word.m_p1, word.m_p2) != word.m_p2 || context->m_fileScopeFrame == nullptr)
+            return false;
+        const LSVariable* var = nullptr;
+        try
+        {
+            var = FrameTree::Names(*context).Find(context, word, HashName(word), word.end());
+        }
+        catch (const LexScannerException&)
+        {
+            return false; // expanding it finds the error
+        }
+        const bool isMacro = var != nullptr && var->GetType() == LSV_MACRO;
+        if (!isMacro)
+        {
+            const ssize_t steps = var == nullptr ? 2 * n - 1 : 2 * n;
+            if (!level->CountNested(n, steps))
+                return false;
+            const SubString text =
+                var == nullptr ? word : SubString(static_cast<const LSValueVariable*>(var)->m_value);
+            WriteUnrecorded(m_output, text, GetOutputPos());
+            return true;
+        }
+        macro = static_cast<const LSMacroVariable*>(var);
+        if (macro->m_isPython || macro->m_isFnArg || macro->m_returnType != LSV_MACRO || macro->GetNumArgs() != 0)
+            return false;
+        if (macro->m_context != nullptr)
+            context = macro->m_context;
+    }
+    return false;
 }
 
 /// Writes a text in which nothing can matter, as expanding it in a child of `frame` would; false,

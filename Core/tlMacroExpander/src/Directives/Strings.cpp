@@ -3,6 +3,7 @@
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include <utility>
 
 namespace telv
@@ -29,6 +30,24 @@ void MacroExpander::ProcessStrDirective(bool splitLines, EStrLiteralMode mode)
 {
     ssize_t indent = 0;
     const LevelText text = CutRoundBlock(indent);
+    WriteStr(text, indent, splitLines, mode);
+}
+
+template <bool splitLines, EStrLiteralMode mode>
+PlannedAction MacroExpander::PlanStr(PlanReader& reader)
+{
+    return [block = reader.RoundBlock()](MacroExpander& expander)
+    { expander.WriteStr(block.m_text, block.m_indent, splitLines, mode); };
+}
+
+template PlannedAction MacroExpander::PlanStr<false, SLM_ASCII>(PlanReader& reader);
+template PlannedAction MacroExpander::PlanStr<true, SLM_ASCII>(PlanReader& reader);
+template PlannedAction MacroExpander::PlanStr<false, SLM_WIDE>(PlanReader& reader);
+template PlannedAction MacroExpander::PlanStr<true, SLM_WIDE>(PlanReader& reader);
+
+void MacroExpander::WriteStr(const LevelText& text, ssize_t indent, bool splitLines,
+                             EStrLiteralMode mode)
+{
     AdvanceWritePos(m_str.begin(), false);
     xstring expanded;
     ExpandToString(text, indent, expanded);

@@ -1,14 +1,15 @@
-// Expressions without text: a parser of the same grammar as ExpressionParser's on plain values.
+// Takes the steps of an expression. What the operators do is in DirectOperators.cpp.
 //
 // Every function is false as soon as something is met that it does not know; only the caller of the
-// whole goes back and does it the other way. What the operators do is in DirectOperators.cpp.
+// whole goes back and does it the other way.
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
-#include "tlMacroExpander/src/Expressions/ExpressionOperators.h"
+#include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
-#include "tlMacroExpander/src/Scan/TokenScan.h"
+#include "tlMacroExpander/src/Texts/ScannedText.h"
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -29,41 +30,47 @@ namespace
 
 constexpr int s_mostAliases = 8;
 
-bool IsDecimal(SubString text)
+/// The value of a text that is nothing but digits, few enough not to overflow.
+bool ReadDecimal(SubString text, int64& value)
 {
-    constexpr ssize_t most = 18; // cannot overflow
+    constexpr ssize_t most = 18;
     if (text.empty() || text.size() > most)
         return false;
+    value = 0;
     for (const char c : text)
+    {
         if (c < '0' || c > '9')
             return false;
+        value = value * 10 + (c - '0');
+    }
     return true;
 }
 
-int64 DecimalValue(SubString digits)
+/// Whether a literal of these characters shows them as they are.
+bool IsWrittenAsItIs(SubString text)
 {
-    int64 value = 0;
-    for (const char c : digits)
-        value = value * 10 + (c - '0');
-    return value;
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return c >= ' ' && c < 0x7f && c != '"' && c != '\\'; });
 }
 
 } // namespace
 
-DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame, SubString text)
-    : m_run(run), m_frame(frame), m_whole(text), m_rest(text), m_kind(TOKEN_UNDEF)
+DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame)
+    : m_run(run), m_frame(frame), m_names(FrameTree::Names(frame))
 {
 }
 
-bool DirectExpression::Evaluate()
+bool DirectExpression::Evaluate(const ExpressionText& text)
 {
-    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || s_started || m_whole.empty() ||
+    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || s_started || text.m_text.empty() ||
         m_frame.m_fileScopeFrame == nullptr)
         return false;
     try
     {
-        Advance();
-        return ParseExpression(m_result) && m_kind == TOKEN_END;
+        if (ExpressionProgram* const program = text.m_program)
+            return !program->empty() && Take(program->begin(), program->end(), program->Items(m_names));
+        const ExpressionSteps steps(text.m_text);
+        return !steps.empty() && Take(steps.begin(), steps.end(), nullptr);
     }
     catch (const LexScannerException&)
     {
@@ -83,189 +90,112 @@ bool DirectExpression::CountSteps()
     return true;
 }
 
-void DirectExpression::Advance()
+bool DirectExpression::Take(const ExpressionStep* step, const ExpressionStep* end, const ScanItem* items)
 {
-    const LSToken token = LsScanToken(m_rest, /*returnComments=*/false);
-    m_kind = token.m_type;
-    m_token = token.m_str;
-}
-
-bool DirectExpression::Take(EToken kind)
-{
-    if (m_kind != kind)
-        return false;
-    Advance();
+    DirectValue values[ExpressionSteps::s_mostValues];
+    DirectValue* top = values; // behind the last one
+    for (; step != end; ++step)
+    {
+        switch (step->m_kind)
+        {
+        case STEP_CONSTANT:
+            *top++ = step->m_value;
+            break;
+        case STEP_NAME:
+            if (!PushName(*step, items, *top++))
+                return false;
+            break;
+        case STEP_STR:
+            if (!PushStr(*step, items, *top++))
+                return false;
+            break;
+        case STEP_LITERAL:
+            if (!PushLiteral(*step, *top++))
+                return false;
+            break;
+        case STEP_UNBOUND:
+            if (Find(*step, items) != nullptr)
+                return false;
+            break;
+        case STEP_BINARY:
+            --top;
+            if (!Combine(step->m_op, top[-1], *top))
+                return false;
+            break;
+        default:
+            if (!TakeOther(*step, top))
+                return false;
+        }
+    }
+    m_result = values[0];
     return true;
 }
 
-bool DirectExpression::ParseExpression(DirectValue& value)
+bool DirectExpression::TakeOther(const ExpressionStep& step, DirectValue*& top)
 {
-    if (++m_nesting > s_mostNesting)
-        return false;
-    const bool known = ParseConditional(value);
-    --m_nesting;
-    return known; // an assignment, which is an error, is left as the current token
-}
-
-bool DirectExpression::ParseConditional(DirectValue& value)
-{
-    if (!ParseBinary(value, LEVEL_LOGICAL_OR))
-        return false;
-    if (m_kind != TOKEN_QUESTION)
+    switch (step.m_kind)
+    {
+    case STEP_UNARY:
+        return ApplyPrefix(step.m_op, top[-1]);
+    case STEP_INDEX:
+        --top;
+        return ApplyIndex(top[-1], *top);
+    case STEP_CHOOSE:
+        top -= 2;
+        if (top[-1].m_type != LITERAL_BOOL)
+            return false;
+        top[-1] = top[top[-1].m_bool ? 0 : 1];
         return true;
-    Advance();
-    DirectValue middle;
-    DirectValue last;
-    if (!ParseExpression(middle) || !Take(TOKEN_COLON) || ++m_nesting > s_mostNesting ||
-        !ParseConditional(last) || value.m_type != LITERAL_BOOL)
-        return false;
-    --m_nesting;
-    value = value.m_bool ? middle : last;
-    return true;
-}
-
-bool DirectExpression::ParseBinary(DirectValue& value, int level)
-{
-    if (!ParseUnary(value))
-        return false;
-    while (m_kind != TOKEN_END)
-    {
-        const BinaryOperator* const op = FindBinaryOperator(m_kind);
-        if (op == nullptr || op->m_level < level)
-            return true;
-        Advance();
-        DirectValue right;
-        if (!ParseBinary(right, op->m_level + 1) || !Combine(op->m_token, value, right))
-            return false;
-    }
-    return true;
-}
-
-TELV_WRAPS bool DirectExpression::ParseUnary(DirectValue& value)
-{
-    const EToken prefix = m_kind;
-    if (prefix != TOKEN_PLUS && prefix != TOKEN_MINUS && prefix != TOKEN_EXCLAM && prefix != TOKEN_TILDE)
-        return ParsePostFix(value);
-    Advance();
-    if (++m_nesting > s_mostNesting || !ParseUnary(value))
-        return false;
-    --m_nesting;
-    const bool isInt = value.m_type == LITERAL_INT64;
-    switch (prefix)
-    {
-    case TOKEN_PLUS:
-        return isInt || value.m_type == LITERAL_FLOAT64;
-    case TOKEN_MINUS:
-        if (isInt)
-            value.m_int64 = static_cast<int64>(0 - static_cast<uint64>(value.m_int64));
-        else if (value.m_type == LITERAL_FLOAT64)
-            value.m_float64 = -value.m_float64;
-        else
-            return false;
-        return true;
-    case TOKEN_EXCLAM:
-        value.m_bool = !value.m_bool;
-        return value.m_type == LITERAL_BOOL;
     default:
-        value.m_int64 = ~value.m_int64;
-        return isInt;
+        return Call(step.m_function, top[-1]);
     }
 }
 
-bool DirectExpression::ParsePostFix(DirectValue& value)
+/// What the name of a step means, or null.
+const LSVariable* DirectExpression::Find(const ExpressionStep& step, const ScanItem* items)
 {
-    if (!ParsePrimary(value))
-        return false;
-    while (m_kind == TOKEN_LEFT_SQUARE)
-    {
-        Advance();
-        DirectValue index;
-        if (!ParseExpression(index) || !Take(TOKEN_RIGHT_SQUARE) || value.m_type != LITERAL_STRING ||
-            index.m_type != LITERAL_INT64 || index.m_int64 < 0 || index.m_int64 >= value.m_text.size())
-            return false;
-        const char c = value.m_text.m_p1[index.m_int64];
-        value = DirectValue();
-        value.m_type = LITERAL_CHAR;
-        value.m_char = c;
-    }
-    return m_kind != TOKEN_DOT && m_kind != TOKEN_LEFT_PAREN;
+    const SubString name = step.m_name;
+    if (items == nullptr)
+        return m_frame.Find(name, name.end());
+    NameEntry& entry = *items[step.m_item].m_name;
+    return m_names.MayBeBound(entry) ? m_names.Find(&m_frame, entry, name.end()) : nullptr;
 }
 
-bool DirectExpression::ParsePrimary(DirectValue& value)
+bool DirectExpression::PushName(const ExpressionStep& step, const ScanItem* items, DirectValue& value)
 {
-    switch (m_kind)
-    {
-    case TOKEN_IDENTIFIER:
-        return ParseName(value);
-    case TOKEN_LEFT_PAREN:
-        Advance();
-        return ParseExpression(value) && Take(TOKEN_RIGHT_PAREN);
-    case TOKEN_INTEGER:
-    case TOKEN_HEX_INTEGER:
-    case TOKEN_FLOAT:
-        return ParseNumber(value);
-    case TOKEN_SINGLE_QUOTED_STRING:
-    case TOKEN_DOUBLE_QUOTED_STRING:
-        return ParseString(value);
-    default:
-        return false;
-    }
-}
-
-bool DirectExpression::ParseNumber(DirectValue& value)
-{
-    const LSToken token(m_kind, m_token);
-    value.m_type = LITERAL_INT64;
-    if (m_kind == TOKEN_FLOAT)
-    {
-        value.m_type = LITERAL_FLOAT64;
-        value.m_float64 = token.GetLiteralDouble();
-    }
-    else if (m_kind == TOKEN_HEX_INTEGER)
-        value.m_int64 = token.GetLiteralHexInt64();
-    else
-        value.m_int64 = IsDecimal(m_token) ? DecimalValue(m_token) : token.GetLiteralInt64();
-    Advance();
-    return true;
-}
-
-/// A string whose characters stand for themselves; dollar macros and escapes are not looked at.
-bool DirectExpression::ParseString(DirectValue& value)
-{
-    if (*m_token.m_p1 == 'r' || *m_token.m_p1 == 'R')
-        return false;
-    value.m_type = LITERAL_STRING;
-    value.m_text = SubString(m_token.m_p1 + 1, m_token.m_p2 - 1);
-    for (const char c : value.m_text)
-        if (c == '$' || c == '\\')
-            return false;
-    Advance();
-    return true;
-}
-
-bool DirectExpression::ParseName(DirectValue& value)
-{
-    const SubString name = m_token;
-    const LSVariable* const variable = m_frame.Find(name, name.end());
+    const LSVariable* const variable = Find(step, items);
     if (variable == nullptr)
-        return ParseBuiltIn(name, value);
+        return false;
     Substitute found;
     ++m_steps;
-    if (!Substituted(*variable, m_frame, 0, found) || !StandsAlone(name.begin(), name.end(), found))
+    if (!Substituted(*variable, m_frame, 0, found) || (step.m_isBehindMinus && found.m_isNegative) ||
+        (step.m_isBeforeDot && found.m_isNumber))
         return false;
     value = found.m_value;
-    Advance();
     return true;
 }
 
-/// Whether what stands in the place of the name would be read as a token of its own.
-bool DirectExpression::StandsAlone(const char* begin, const char* end, const Substitute& found) const
+/// The text of a value, written as a literal and read again.
+bool DirectExpression::PushStr(const ExpressionStep& step, const ScanItem* items, DirectValue& value)
 {
-    const char before = begin == m_whole.begin() ? ' ' : begin[-1];
-    const char behind = end == m_whole.end() ? ' ' : *end;
-    if (IsNameCharacter(before) || (before == '-' && found.m_isNegative))
+    const LSVariable* const variable = Find(step, items);
+    if (variable == nullptr || variable->GetType() == LSV_MACRO)
         return false;
-    return behind != '.' || !found.m_isNumber;
+    const SubString text = static_cast<const LSValueVariable*>(variable)->m_value;
+    if (!IsWrittenAsItIs(text))
+        return false;
+    m_steps += 2; // the expansion of what stands in the brackets, and the name
+    m_deepest = std::max<ssize_t>(m_deepest, 2);
+    value.SetText(text);
+    return true;
+}
+
+bool DirectExpression::PushLiteral(const ExpressionStep& step, DirectValue& value)
+{
+    xstring text;
+    LSToken(step.m_op, step.m_value.m_text).GetLiteralString(text);
+    value.m_type = LITERAL_STRING;
+    return Keep(text, value.m_text);
 }
 
 /// What the name of `variable`, used in `frame`, is read as.
@@ -326,10 +256,9 @@ bool DirectExpression::SubstitutedNumber(SubString text, Substitute& found)
     found.m_isNegative = text && *text.m_p1 == '-';
     if (found.m_isNegative)
         ++text.m_p1;
-    if (IsDecimal(text))
+    if (int64 decimal = 0; ReadDecimal(text, decimal))
     {
-        value.m_type = LITERAL_INT64;
-        value.m_int64 = found.m_isNegative ? -DecimalValue(text) : DecimalValue(text);
+        value.SetInt64(found.m_isNegative ? -decimal : decimal);
         return true;
     }
     SubString rest = text;
@@ -342,42 +271,47 @@ bool DirectExpression::SubstitutedNumber(SubString text, Substitute& found)
     return true;
 }
 
-bool DirectExpression::GetBool(bool& value)
+bool DirectExpression::GetBool(const ExpressionText& text, bool& value)
 {
-    if (!Evaluate() || m_result.m_type != LITERAL_BOOL || !CountSteps())
+    if (!Evaluate(text) || m_result.m_type != LITERAL_BOOL || !CountSteps())
         return false;
     value = m_result.m_bool;
     return true;
 }
 
-bool DirectExpression::GetText(SubString& text)
+bool DirectExpression::GetText(const ExpressionText& text, SubString& value)
 {
-    return Evaluate() && WriteText(m_result, text) && CountSteps();
+    return Evaluate(text) && WriteText(m_result, value) && CountSteps();
 }
 
-bool DirectExpression::GetWrittenForm(ELSVariable type, xstring& value)
+bool DirectExpression::GetWrittenForm(const ExpressionText& text, ELSVariable type, SubString& value)
 {
-    SubString text;
-    if (!Evaluate() || !WriteAs(type, text) || !CountSteps())
-        return false;
-    value.clear();
-    value += text;
-    return true;
+    return Evaluate(text) && WriteAs(type, value) && CountSteps();
 }
 
 // Out of line: the scratch of an expression is large, and callers nest.
 
-[[gnu::noinline]] bool EvaluateDirectly(VarFrame& frame, SubString text, bool& value)
+[[gnu::noinline]] bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text, bool& value)
 {
     ExpansionRun* const run = RunState::CurrentRun();
-    return run != nullptr && DirectExpression(*run, frame, text).GetBool(value);
+    return run != nullptr && DirectExpression(*run, frame).GetBool(text, value);
 }
 
-[[gnu::noinline]] bool EvaluateDirectly(VarFrame& frame, SubString text, ELSVariable type,
+[[gnu::noinline]] bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text, ELSVariable type,
                                         xstring& value)
 {
     ExpansionRun* const run = RunState::CurrentRun();
-    return run != nullptr && DirectExpression(*run, frame, text).GetWrittenForm(type, value);
+    if (run == nullptr)
+        return false;
+    DirectExpression expression(*run, frame);
+    SubString written;
+    if (!expression.GetWrittenForm(text, type, written))
+        return false;
+    if (written.begin() == value.begin() && written.size() == value.size())
+        return true; // the text of a variable, which it keeps
+    value.clear();
+    value += written;
+    return true;
 }
 
 /// The result in the written form of a value of `type`, unless it is of another kind.
@@ -430,9 +364,13 @@ bool DirectExpression::WriteText(const DirectValue& value, SubString& text)
         return TextOf(value, text);
     if (value.m_type == LITERAL_FLOAT64)
         return Keep(ToString(value.m_float64), text);
-    char digits[24];
-    char* const end = std::to_chars(digits, std::end(digits), value.m_int64).ptr;
-    return Keep(SubString(digits, end), text);
+    const std::to_chars_result written =
+        std::to_chars(m_scratch + m_used, std::end(m_scratch), value.m_int64);
+    if (written.ec != std::errc())
+        return false;
+    text = SubString(m_scratch + m_used, written.ptr);
+    m_used = written.ptr - m_scratch;
+    return true;
 }
 
 /// Copies `text` into the scratch, behind what is there.

@@ -29,24 +29,6 @@ double Float(const DirectValue& value)
     return value.m_type == LITERAL_INT64 ? static_cast<double>(value.m_int64) : value.m_float64;
 }
 
-void SetBool(DirectValue& value, bool v)
-{
-    value.m_type = LITERAL_BOOL;
-    value.m_bool = v;
-}
-
-void SetInt64(DirectValue& value, int64 v)
-{
-    value.m_type = LITERAL_INT64;
-    value.m_int64 = v;
-}
-
-void SetFloat64(DirectValue& value, double v)
-{
-    value.m_type = LITERAL_FLOAT64;
-    value.m_float64 = v;
-}
-
 /// Operators on two integers; `op` is none of the comparisons.
 TELV_WRAPS bool CombineInts(EToken op, DirectValue& x, int64 y)
 {
@@ -98,16 +80,16 @@ bool CombineFloats(EToken op, DirectValue& value, double x, double y)
     switch (op)
     {
     case TOKEN_PLUS:
-        SetFloat64(value, x + y);
+        value.SetFloat64(x + y);
         return true;
     case TOKEN_MINUS:
-        SetFloat64(value, x - y);
+        value.SetFloat64(x - y);
         return true;
     case TOKEN_ASTERISK:
-        SetFloat64(value, x * y);
+        value.SetFloat64(x * y);
         return true;
     case TOKEN_FORWARD_SLASH:
-        SetFloat64(value, y == 0.0 ? 0.0 : x / y);
+        value.SetFloat64(y == 0.0 ? 0.0 : x / y);
         return y != 0.0;
     default:
         return false;
@@ -123,9 +105,9 @@ bool Power(DirectValue& x, const DirectValue& y)
         return false;
     const LSLiteral power(std::pow(base, exponent));
     if (kind == LITERAL_INT64)
-        SetInt64(x, power.AsInt64(/*allowDataLoss=*/true));
+        x.SetInt64(power.AsInt64(/*allowDataLoss=*/true));
     else
-        SetFloat64(x, power.m_float64);
+        x.SetFloat64(power.m_float64);
     return true;
 }
 
@@ -136,22 +118,22 @@ bool Compare(EToken op, DirectValue& value, const T& x, const T& y)
     switch (op)
     {
     case TOKEN_LESS:
-        SetBool(value, x < y);
+        value.SetBool(x < y);
         return true;
     case TOKEN_GREATER:
-        SetBool(value, x > y);
+        value.SetBool(x > y);
         return true;
     case TOKEN_LESS_EQUAL:
-        SetBool(value, x <= y);
+        value.SetBool(x <= y);
         return true;
     case TOKEN_GREATER_EQUAL:
-        SetBool(value, x >= y);
+        value.SetBool(x >= y);
         return true;
     case TOKEN_DBL_EQUAL:
-        SetBool(value, x == y);
+        value.SetBool(x == y);
         return true;
     case TOKEN_EXCLAM_EQUAL:
-        SetBool(value, x != y);
+        value.SetBool(x != y);
         return true;
     default:
         return false;
@@ -178,42 +160,6 @@ bool CharOf(const DirectValue& value, int& c)
 bool IsText(const DirectValue& value)
 {
     return value.m_type == LITERAL_STRING || value.m_type == LITERAL_CHAR;
-}
-
-enum EBuiltIn
-{
-    BUILT_IN_FALSE,
-    BUILT_IN_TRUE,
-    BUILT_IN_LEN,
-    BUILT_IN_IS_BOOL,
-    BUILT_IN_IS_CHAR,
-    BUILT_IN_IS_INT,
-    BUILT_IN_IS_DOUBLE,
-    BUILT_IN_IS_STRING,
-    BUILT_IN_BOOL,
-    BUILT_IN_CHAR,
-    BUILT_IN_INT,
-    BUILT_IN_DOUBLE,
-    BUILT_IN_STRING,
-    BUILT_IN_SIN,
-    BUILT_IN_COS,
-    BUILT_IN_TAN,
-    BUILT_IN_EXP,
-    BUILT_IN_LOG,
-    BUILT_IN_NONE
-};
-
-constexpr const char* s_builtIns[] = {"false",   "true",   "len",       "is_bool",   "is_char",
-                                      "is_int",  "is_double", "is_string", "bool",   "char",
-                                      "int",     "double", "string",    "sin",       "cos",
-                                      "tan",     "exp",    "log"};
-
-EBuiltIn FindBuiltIn(SubString name)
-{
-    for (int i = 0; i < BUILT_IN_NONE; ++i)
-        if (name == s_builtIns[i])
-            return static_cast<EBuiltIn>(i);
-    return BUILT_IN_NONE;
 }
 
 /// `value` as a literal; false for a string.
@@ -253,24 +199,22 @@ bool Convert(EBuiltIn target, DirectValue& value)
     case BUILT_IN_BOOL:
         if (!literal.AsBool(isTrue, /*allowDataLoss=*/true, /*throwExceptions=*/false))
             return false;
-        SetBool(value, isTrue);
+        value.SetBool(isTrue);
         return true;
     case BUILT_IN_CHAR:
         if (!literal.AsChar(c, /*allowDataLoss=*/true, /*throwExceptions=*/false))
             return false;
-        value = DirectValue();
-        value.m_type = LITERAL_CHAR;
-        value.m_char = c;
+        value.SetChar(c);
         return true;
     case BUILT_IN_INT:
         if (!literal.AsInt64(integer, /*allowDataLoss=*/true, /*throwExceptions=*/false))
             return false;
-        SetInt64(value, integer);
+        value.SetInt64(integer);
         return true;
     default:
         if (!literal.AsFloat64(number, /*allowDataLoss=*/true, /*throwExceptions=*/false))
             return false;
-        SetFloat64(value, number);
+        value.SetFloat64(number);
         return true;
     }
 }
@@ -283,26 +227,62 @@ bool Calculate(EBuiltIn function, DirectValue& value)
     switch (function)
     {
     case BUILT_IN_SIN:
-        SetFloat64(value, std::sin(x));
+        value.SetFloat64(std::sin(x));
         return true;
     case BUILT_IN_COS:
-        SetFloat64(value, std::cos(x));
+        value.SetFloat64(std::cos(x));
         return true;
     case BUILT_IN_TAN:
-        SetFloat64(value, std::tan(x));
+        value.SetFloat64(std::tan(x));
         return true;
     case BUILT_IN_EXP:
-        SetFloat64(value, std::exp(x));
+        value.SetFloat64(std::exp(x));
         return true;
     default:
         if (x <= 0.0)
             return false;
-        SetFloat64(value, std::log(x));
+        value.SetFloat64(std::log(x));
         return true;
     }
 }
 
 } // namespace
+
+TELV_WRAPS bool ApplyPrefix(EToken op, DirectValue& value)
+{
+    const bool isInt = value.m_type == LITERAL_INT64;
+    switch (op)
+    {
+    case TOKEN_PLUS:
+        return isInt || value.m_type == LITERAL_FLOAT64;
+    case TOKEN_MINUS:
+        if (isInt)
+            value.m_int64 = static_cast<int64>(0 - static_cast<uint64>(value.m_int64));
+        else if (value.m_type == LITERAL_FLOAT64)
+            value.m_float64 = -value.m_float64;
+        else
+            return false;
+        return true;
+    case TOKEN_EXCLAM:
+        if (value.m_type != LITERAL_BOOL)
+            return false;
+        value.m_bool = !value.m_bool;
+        return true;
+    default:
+        if (isInt)
+            value.m_int64 = ~value.m_int64;
+        return isInt;
+    }
+}
+
+bool ApplyIndex(DirectValue& value, const DirectValue& index)
+{
+    if (value.m_type != LITERAL_STRING || index.m_type != LITERAL_INT64 || index.m_int64 < 0 ||
+        index.m_int64 >= value.m_text.size())
+        return false;
+    value.SetChar(value.m_text.m_p1[index.m_int64]);
+    return true;
+}
 
 bool DirectExpression::Combine(EToken op, DirectValue& x, const DirectValue& y)
 {
@@ -366,54 +346,42 @@ bool DirectExpression::Join(DirectValue& value, SubString left, SubString right)
     return true;
 }
 
-/// A constant or a function, with its name as the current token.
-bool DirectExpression::ParseBuiltIn(SubString name, DirectValue& value)
+bool DirectExpression::Call(EBuiltIn function, DirectValue& value)
 {
-    const EBuiltIn builtIn = FindBuiltIn(name);
-    if (builtIn == BUILT_IN_NONE)
-        return false;
-    Advance();
-    if (builtIn <= BUILT_IN_TRUE)
-    {
-        SetBool(value, builtIn == BUILT_IN_TRUE);
-        return true;
-    }
-    if (!Take(TOKEN_LEFT_PAREN) || !ParseExpression(value) || !Take(TOKEN_RIGHT_PAREN))
-        return false;
-    switch (builtIn)
+    switch (function)
     {
     case BUILT_IN_LEN:
         if (value.m_type != LITERAL_STRING)
             return false;
-        SetInt64(value, value.m_text.size());
+        value.SetInt64(value.m_text.size());
         return true;
     case BUILT_IN_IS_BOOL:
-        SetBool(value, value.m_type == LITERAL_BOOL);
+        value.SetBool(value.m_type == LITERAL_BOOL);
         return true;
     case BUILT_IN_IS_CHAR:
-        SetBool(value, value.m_type == LITERAL_CHAR);
+        value.SetBool(value.m_type == LITERAL_CHAR);
         return true;
     case BUILT_IN_IS_INT:
-        SetBool(value, value.m_type == LITERAL_INT64);
+        value.SetBool(value.m_type == LITERAL_INT64);
         return true;
     case BUILT_IN_IS_DOUBLE:
-        SetBool(value, value.m_type == LITERAL_FLOAT64);
+        value.SetBool(value.m_type == LITERAL_FLOAT64);
         return true;
     case BUILT_IN_IS_STRING:
-        SetBool(value, value.m_type == LITERAL_STRING);
+        value.SetBool(value.m_type == LITERAL_STRING);
         return true;
     case BUILT_IN_BOOL:
     case BUILT_IN_CHAR:
     case BUILT_IN_INT:
     case BUILT_IN_DOUBLE:
-        return Convert(builtIn, value);
+        return Convert(function, value);
     case BUILT_IN_STRING:
         if (!WriteText(value, value.m_text))
             return false;
         value.m_type = LITERAL_STRING;
         return true;
     default:
-        return Calculate(builtIn, value);
+        return Calculate(function, value);
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
@@ -18,20 +19,6 @@ namespace telv
 class ExpandedOutput;
 class ScannedText;
 struct ScanItem;
-
-/// What an expansion is given besides frame and output.
-struct LevelText
-{
-    SubString m_text;
-    /// Who keeps the text alive; null when the application does, or whoever owns the text of the
-    /// expansion around it.
-    TemporaryText* m_owner = nullptr;
-    /// The application may have called: what leaves this level must not point into dead text.
-    bool m_isOfApplication = false;
-    /// What is known of the text, or null; lives as long as the expansion.
-    ScannedText* m_scanned = nullptr;
-    unsigned m_first = 0; ///< The first item of the text in it.
-};
 
 /// Lives as long as one `MacroExpander::Expand`.
 class ExpansionLevel
@@ -120,6 +107,16 @@ public:
     {
         if (++m_state.m_steps > m_limits.m_maxSteps) [[unlikely]]
             ThrowTooManySteps(pos);
+    }
+
+    /// Counts the steps of `depth` expansions inside one another; false, with nothing counted, when
+    /// a limit would be met.
+    bool CountNested(ssize_t depth, ssize_t steps)
+    {
+        if (depth > m_limits.m_maxDepth - m_state.m_depth || steps > m_limits.m_maxSteps - m_state.m_steps)
+            return false;
+        m_state.m_steps += steps;
+        return true;
     }
 
     bool HasStepLeft() const { return m_state.m_steps < m_limits.m_maxSteps; }

@@ -15,7 +15,9 @@ enum : unsigned
 {
     DIRECT_EXPRESSIONS = 1, ///< Expressions are evaluated without being expanded into a string.
     PLAIN_STRETCHES = 2,    ///< Text that means nothing is passed over in stretches.
-    SCANNED_TEXTS = 4       ///< What a scan of a text found is kept for the next expansion.
+    SCANNED_TEXTS = 4,      ///< What a scan of a text found is kept for the next expansion.
+    PLANS = 8,              ///< What a directive or a call in such a text asks for is kept too.
+    WORDS = 16              ///< A macro that is one word is written without expanding it.
 };
 
 /// Whether a way is taken in this build.

@@ -4,8 +4,10 @@
 // not gain from it.
 #pragma once
 
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
+#include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
+#include <optional>
 
 namespace telv
 {
@@ -14,7 +16,10 @@ namespace telv
 class RepeatedText
 {
 public:
-    explicit RepeatedText(const LevelText& text) : m_text(text) {}
+    explicit RepeatedText(const LevelText& text, bool isExpression = false)
+        : m_text(text), m_isExpression(isExpression)
+    {
+    }
 
     /// The text for the next expansion.
     const LevelText& Next()
@@ -24,6 +29,8 @@ public:
             m_scanned = ScannedText::Make(m_text.m_text);
             m_text.m_scanned = m_scanned.Get();
             m_text.m_first = 0;
+            if (m_isExpression && m_scanned)
+                m_text.m_program = &m_program.emplace(m_text.m_text, *m_scanned);
         }
         return m_text;
     }
@@ -31,7 +38,9 @@ public:
 private:
     LevelText m_text;
     CountedRef<ScannedText> m_scanned;
+    std::optional<ExpressionProgram> m_program;
     int m_times = 0;
+    bool m_isExpression;
 };
 
 } // namespace telv

@@ -2,11 +2,16 @@
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include <algorithm>
 #include <cstring>
 
 namespace telv
 {
+
+ScanItem::ScanItem() = default;
+ScanItem::~ScanItem() = default;
+ScanItem::ScanItem(ScanItem&&) noexcept = default;
 
 CountedRef<ScannedText> ScannedText::Make(SubString text)
 {
@@ -126,6 +131,16 @@ uint32 ScannedText::IndexAt(const char* pos, uint32 from) const
     const auto found = std::partition_point(m_items.begin() + from, m_items.end() - 1,
                                             [=](const ScanItem& item) { return item.m_begin < offset; });
     return static_cast<uint32>(found - m_items.begin());
+}
+
+LevelText ScannedText::Part(SubString text)
+{
+    LevelText part{text};
+    if (!EndsBetweenTokens(text.end()))
+        return part;
+    part.m_first = IndexAt(text.begin(), 0);
+    part.m_scanned = part.m_first == s_unknown ? nullptr : this;
+    return part;
 }
 
 /// A block whose closing bracket does not stand on a line of its own loses a character, which can

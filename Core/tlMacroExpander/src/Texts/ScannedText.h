@@ -15,6 +15,7 @@
 
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Texts/Counted.h"
 #include <memory>
@@ -23,7 +24,7 @@
 namespace telv
 {
 
-struct Directive;
+class Plan;
 
 /// What can be cut out of a text.
 enum ECut : uint8
@@ -62,17 +63,22 @@ enum EScanItem : uint8
 
 struct ScanItem
 {
-    uint32 m_begin; ///< Offset in the text.
-    uint32 m_end;
-    EScanItem m_kind;
+    uint32 m_begin = 0; ///< Offset in the text.
+    uint32 m_end = 0;
+    EScanItem m_kind = ITEM_END;
     /// Of a line feed: behind the last carriage return or the like in the white space before it. An
     /// expansion that comes from before that does not take it for the end of a line. 0: none.
     uint32 m_breaker = 0;
     uint32 m_resumed = 0;      ///< Where the expansion went on behind this item the last time,
     uint32 m_resumedIndex = 0; ///< and the item there; 0: not known.
     NameEntry* m_name = nullptr;
-    const Directive* m_directive = nullptr; ///< Once it has been looked up.
+    std::unique_ptr<Plan> m_plan; ///< Of a directive or a call.
     std::unique_ptr<std::vector<Cut>> m_cuts;
+    bool m_isPlanned = false; ///< A plan has been made, or there is none.
+
+    ScanItem();
+    ~ScanItem();
+    ScanItem(ScanItem&&) noexcept;
 };
 
 /// Views the text, which must neither move nor change; what is read after the text has died are
@@ -104,6 +110,13 @@ public:
     /// The first item that does not begin before `pos`; `s_unknown` when `pos` lies inside a token
     /// or behind what is known. `from`: an item that begins before it.
     uint32 IndexAt(const char* pos, uint32 from) const;
+    /// Whether the item is this name.
+    bool IsName(uint32 item, SubString name) const
+    {
+        return m_items[item].m_kind == ITEM_NAME && Begin() + m_items[item].m_begin == name.begin();
+    }
+    /// What was cut out of the text, as a part of it.
+    LevelText Part(SubString text);
     /// Whether the text was scanned as this thread's run would now.
     bool SuitsRun() const { return m_isLenient == RunState::IsLenient(); }
     /// Whether `first` is the first item of `part`.

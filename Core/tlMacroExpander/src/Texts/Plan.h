@@ -1,0 +1,73 @@
+// What a directive or a call in a scanned text asks for, read once.
+//
+// Reading depends on nothing but the characters, as long as the text is taken to end at the same
+// place; what is read is then done again and again. There is a plan only where reading succeeded:
+// an error is found, at its place, by reading again.
+#pragma once
+
+#include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
+#include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/LevelText.h"
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace telv
+{
+
+class MacroExpander;
+
+/// Does what was read, with the text of `behind` taken as read.
+using PlannedAction = std::function<void(MacroExpander&)>;
+
+/// Belongs to an item of a scanned text and views that text.
+class Plan
+{
+public:
+    PlannedAction m_action;        ///< Of a directive.
+    std::vector<LevelText> m_args; ///< Of a call.
+    bool m_keepsBlanks = false;    ///< Blanks before the directive are written.
+    const char* m_limit = nullptr; ///< Where the text was taken to end,
+    const char* m_behind = nullptr; ///< and where it goes on.
+    std::vector<std::unique_ptr<ExpressionProgram>> m_programs; ///< Of the expressions in it.
+};
+
+/// A block as it was cut out, with the columns of its indentation.
+struct PlannedBlock
+{
+    LevelText m_text;
+    ssize_t m_indent = 0;
+};
+
+/// Reads a directive or a call for its plan: each function throws where there is nothing to plan.
+class PlanReader
+{
+public:
+    /// `rest`: the text behind the item.
+    PlanReader(Plan& plan, ScannedText& scanned, SubString rest);
+
+    /// The text not read yet.
+    SubString m_rest;
+
+    LSToken Token();
+    /// The text in the brackets that follow.
+    LevelText Section(bool readOpen, EToken open, EToken close);
+    /// The same between round brackets, as an expression.
+    LevelText Condition(bool readOpen);
+    PlannedBlock Block();
+    PlannedBlock RoundBlock();
+    /// A block as an expression.
+    LevelText ValueBlock();
+    /// An argument of a call, and the token behind it.
+    LevelText Argument(LSToken& end, bool isExpression);
+    /// Reads a word after `@`, if both are next.
+    bool TakeDirectiveWord(const char* word);
+
+private:
+    void Compile(LevelText& text);
+
+    Plan& m_plan;
+    ScannedText& m_scanned;
+};
+
+} // namespace telv
