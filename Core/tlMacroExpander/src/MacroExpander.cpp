@@ -12,6 +12,7 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
+#include "tlMacroExpander/src/Values/Words.h"
 
 namespace telv
 {
@@ -384,6 +385,13 @@ void MacroExpander::ExpandBlock(const LevelText& block, ssize_t indent, ssize_t 
 
 void MacroExpander::ExpandToString(const LevelText& text, ssize_t srcIndent, xstring& output) const
 {
+    ExpansionLevel* const level = OwnLevel();
+    SubString word;
+    if (level != nullptr && FindWord(*level, text, *m_vf, word))
+    {
+        xstring(word).swap(output);
+        return;
+    }
     VarFrame frame(m_vf);
     ExpandIntoString(frame, text, srcIndent, output);
 }

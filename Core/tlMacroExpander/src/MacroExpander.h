@@ -193,6 +193,7 @@ private:
     class FormalNames;
     class ForLoop;
     struct ForHead;
+    struct KnownList;
 
     void ExpandText(const LevelText& text, bool isRecorded);
     void ExpandNested(const LevelText& text, bool isRecorded);
@@ -276,7 +277,8 @@ private:
     void LoopWhile(const LevelText& condition, const LevelText& block, ssize_t indent);
     template <class Next>
     static void ReadForHead(ForHead& head, const Next& next);
-    void LoopFor(const ForHead& head, const TextScope& list, const LevelText& block, ssize_t indent);
+    void LoopFor(const ForHead& head, const TextScope& list, const LevelText& block, ssize_t indent,
+                 std::shared_ptr<KnownList>* known);
     void ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent, ssize_t round);
     LevelText ScanLoopBlock(ssize_t& indent, const char* context);
 

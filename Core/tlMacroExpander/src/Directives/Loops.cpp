@@ -2,6 +2,8 @@
 //
 // The list of @for exists only while the loop runs; its elements are bound by name, and what they
 // define may outlive it, so it is a temporary text.
+#include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
@@ -22,6 +24,36 @@ struct MacroExpander::ForHead
     const char* m_listPos = nullptr; ///< Where the list stands in the source.
 };
 
+/// The list of a loop that is gone through again and again, as it was cut the last time. The same
+/// text has the same elements.
+struct MacroExpander::KnownList
+{
+    static constexpr ssize_t s_longest = ssize_t(1) << 16;
+
+    struct Round
+    {
+        SubString m_element;
+        size_t m_firstValue;
+    };
+
+    /// Before the second time. Words are then known as names.
+    void Scan()
+    {
+        if (m_scanned)
+            return;
+        m_scanned = ScannedText::Make(m_text->Text());
+        if (!m_scanned)
+            return;
+        for (LevelText& value : m_values)
+            value = m_scanned->Part(value.m_text);
+    }
+
+    std::shared_ptr<TemporaryText> m_text;
+    std::vector<Round> m_rounds;
+    std::vector<LevelText> m_values; ///< What is bound, round after round.
+    CountedRef<ScannedText> m_scanned;
+};
+
 /// A loop over a list that has been expanded.
 class MacroExpander::ForLoop
 {
@@ -31,15 +63,23 @@ public:
         : m_expander(expander), m_head(head), m_list(list), m_rest(list.Text()), m_block(block),
           m_indent(indent), m_outputPos(expander.GetOutputPos())
     {
+        m_names.Hold(FrameTree::Names(*expander.m_vf), static_cast<size_t>(head.m_names.size()),
+                     [&](size_t i) { return head.m_names[static_cast<ssize_t>(i)]; });
     }
 
     void Run();
+    /// Goes through a list that has been cut before.
+    void Run(const KnownList& list);
+    /// What `Run` cut is written down there.
+    void Note(KnownList& list) { m_noted = &list; }
 
 private:
     LSToken CutElement(SubString& s, SubString& element, EToken close) const;
+    void BeginRound();
     void ExpandElement(SubString element);
+    void ExpandRound(VarFrame& frame, SubString element);
     void BindValues(VarFrame& frame, SubString element) const;
-    void Bind(VarFrame& frame, SubString name, SubString value) const;
+    void Bind(VarFrame& frame, ssize_t name, const LevelText& value) const;
 
     MacroExpander& m_expander;
     const ForHead& m_head;
@@ -48,6 +88,8 @@ private:
     RepeatedText m_block;
     ssize_t m_indent;
     ssize_t m_outputPos;
+    HeldNames m_names;
+    KnownList* m_noted = nullptr;
     ssize_t m_round = 0; ///< Counted from 1.
 };
 
@@ -62,7 +104,7 @@ void MacroExpander::ProcessForDirective()
     const TextScope list(listString, DirectiveRange());
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
-    LoopFor(head, list, block, indent);
+    LoopFor(head, list, block, indent, nullptr);
 }
 
 PlannedAction MacroExpander::PlanFor(PlanReader& reader)
@@ -72,20 +114,40 @@ PlannedAction MacroExpander::PlanFor(PlanReader& reader)
     head->m_listPos = reader.m_rest.begin();
     const LevelText section = reader.Section(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     const PlannedBlock block = reader.Block();
+    const auto known = std::make_shared<std::shared_ptr<KnownList>>();
     return [=](MacroExpander& expander)
     {
         xstring listString;
         expander.ExpandToString(section, 0, listString);
+        const KnownList* const last = known->get();
+        if (last != nullptr && last->m_text->IsOfCurrentRun() && last->m_text->Text() == listString)
+            return expander.LoopFor(*head, TextScope(last->m_text), block.m_text, block.m_indent,
+                                    known.get());
+        known->reset();
         const TextScope list(listString, expander.DirectiveRange());
-        expander.LoopFor(*head, list, block.m_text, block.m_indent);
+        expander.LoopFor(*head, list, block.m_text, block.m_indent, known.get());
     };
 }
 
+/// `known`: what is known of the list, if anything; filled in when it is empty. Null: that is not
+/// wanted.
 void MacroExpander::LoopFor(const ForHead& head, const TextScope& list, const LevelText& block,
-                            ssize_t indent)
+                            ssize_t indent, std::shared_ptr<KnownList>* known)
 {
     AdvanceWritePos(m_str.begin(), false);
-    ForLoop(*this, head, list, block, indent).Run();
+    ForLoop loop(*this, head, list, block, indent);
+    if (known == nullptr || list.Text().size() > KnownList::s_longest)
+        return loop.Run();
+    if (const std::shared_ptr<KnownList> last = *known)
+    {
+        last->Scan();
+        return loop.Run(*last);
+    }
+    const auto noted = std::make_shared<KnownList>();
+    noted->m_text = list.Share();
+    loop.Note(*noted);
+    loop.Run();
+    *known = noted;
 }
 
 /// Reads `(`, the names and the word `in`.
@@ -168,15 +230,40 @@ LSToken MacroExpander::ForLoop::CutElement(SubString& s, SubString& element, ETo
     }
 }
 
-void MacroExpander::ForLoop::ExpandElement(SubString element)
+void MacroExpander::ForLoop::Run(const KnownList& list)
+{
+    const ssize_t n = m_head.m_names.size();
+    for (const KnownList::Round& round : list.m_rounds)
+    {
+        BeginRound();
+        VarFrame frame(m_expander.m_vf);
+        for (ssize_t i = 0; i < n; ++i)
+            Bind(frame, i, list.m_values[round.m_firstValue + static_cast<size_t>(i)]);
+        ExpandRound(frame, round.m_element);
+    }
+}
+
+void MacroExpander::ForLoop::BeginRound()
 {
     m_expander.CountStep();
     ++m_round;
+}
+
+void MacroExpander::ForLoop::ExpandElement(SubString element)
+{
+    BeginRound();
+    if (m_noted != nullptr)
+        m_noted->m_rounds.push_back({element, m_noted->m_values.size()});
     VarFrame frame(m_expander.m_vf);
     if (m_head.m_isSingle)
-        Bind(frame, m_head.m_names[0], element);
+        Bind(frame, 0, LevelText{element});
     else
         BindValues(frame, element);
+    ExpandRound(frame, element);
+}
+
+void MacroExpander::ForLoop::ExpandRound(VarFrame& frame, SubString element)
+{
     try
     {
         m_expander.ExpandHere(frame, m_block.Next(), m_indent, m_outputPos);
@@ -201,7 +288,7 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
     {
         SubString value;
         const LSToken end = CutElement(element, value, TOKEN_RIGHT_PAREN);
-        Bind(frame, m_head.m_names[i], value);
+        Bind(frame, i, LevelText{value});
         if (i < n - 1 && end.m_type != TOKEN_COMMA)
             ThrowAtToken({", expected when read "}, end);
         if (i == n - 1 && end.m_type != TOKEN_RIGHT_PAREN)
@@ -209,12 +296,12 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
     }
 }
 
-void MacroExpander::ForLoop::Bind(VarFrame& frame, SubString name, SubString value) const
+void MacroExpander::ForLoop::Bind(VarFrame& frame, ssize_t name, const LevelText& value) const
 {
-    auto bound = MakeMacroVariable(LSV_MACRO, name, m_expander.m_vf, ExpansionLevel::CurrentOwner(),
-                                   m_list.Owner());
-    bound->SetSubstitutionString(value, false, 0);
-    frame.m_localVariables.Add(bound.release());
+    if (m_noted != nullptr)
+        m_noted->m_values.push_back(value);
+    auto bound = MakeLoopVariable(m_head.m_names[name], m_expander.m_vf, m_list.Owner(), value);
+    frame.m_localVariables.AddBound(bound.release(), m_names[static_cast<size_t>(name)]);
 }
 
 void MacroExpander::ProcessWhileDirective()

@@ -6,10 +6,11 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Values/Words.h"
 #include <algorithm>
 
 namespace telv
@@ -156,11 +157,19 @@ std::unique_ptr<Plan> MakePlan(ScannedText& scanned, SubString rest)
     try
     {
         PlanReader reader(*plan, scanned, rest);
-        const Directive* const directive = FindDirective(reader.Token());
-        if (directive == nullptr || directive->m_plan == nullptr)
-            return nullptr;
-        plan->m_keepsBlanks = directive->m_flush;
-        plan->m_action = directive->m_plan(reader);
+        const LSToken word = reader.Token();
+        const Directive* const directive = FindDirective(word);
+        if (word.m_type == TOKEN_AT)
+        {
+            plan->m_keepsBlanks = true;
+            plan->m_action = [](MacroExpander& expander)
+            { expander.AdvanceWritePos(expander.m_str.begin(), false); };
+        }
+        else if (directive != nullptr && directive->m_plan != nullptr)
+        {
+            plan->m_keepsBlanks = directive->m_flush;
+            plan->m_action = directive->m_plan(reader);
+        }
         plan->m_behind = reader.m_rest.begin();
     }
     catch (const LexScannerException&)
@@ -245,52 +254,17 @@ bool MacroExpander::MoveToNextItem(ScannedText& scanned, uint32& index, uint32& 
     return index != ScannedText::s_unknown;
 }
 
-/// Writes what a macro comes to whose text is one word, in a child of `frame`: the word, the value
-/// of the variable of that name, or what such a macro in its turn comes to. False, with nothing
-/// done, when it is anything else.
+/// Writes what a macro comes to whose text is one word, in a child of `frame`; false, with nothing
+/// done, when it is not, or comes to something else than a word or a value.
 bool MacroExpander::WriteWord(const LSMacroVariable& macroVar, VarFrame& frame)
 {
-    constexpr ssize_t longest = 64;
-    constexpr int mostMacros = 8;
     ExpansionLevel* const level = OwnLevel();
-    if (!FastPaths::IsOn(FastPaths::WORDS) || level == nullptr || level->IsRecorded() ||
-        !level->AllowsFastPaths())
+    SubString found;
+    if (level == nullptr || level->IsRecorded() ||
+        !FindWord(*level, KnownBodyOf(macroVar), frame, found))
         return false;
-    const LSMacroVariable* macro = &macroVar;
-    VarFrame* context = &frame;
-    for (int n = 1; n <= mostMacros; ++n)
-    {
-        const SubString word = macro->GetSubstitutionString();
-        if (word.empty() || word.size() > longest || ClassOf(*word.m_p1) > CHAR_RAW_PREFIX ||
-            SkipNameCharacters(word.m_p1, word.m_p2) != word.m_p2 || context->m_fileScopeFrame == nullptr)
-            return false;
-        const LSVariable* var = nullptr;
-        try
-        {
-            var = FrameTree::Names(*context).Find(context, word, HashName(word), word.end());
-        }
-        catch (const LexScannerException&)
-        {
-            return false; // expanding it finds the error
-        }
-        const bool isMacro = var != nullptr && var->GetType() == LSV_MACRO;
-        if (!isMacro)
-        {
-            const ssize_t steps = var == nullptr ? 2 * n - 1 : 2 * n;
-            if (!level->CountNested(n, steps))
-                return false;
-            const SubString text =
-                var == nullptr ? word : SubString(static_cast<const LSValueVariable*>(var)->m_value);
-            WriteUnrecorded(m_output, text, GetOutputPos());
-            return true;
-        }
-        macro = static_cast<const LSMacroVariable*>(var);
-        if (macro->m_isPython || macro->m_isFnArg || macro->m_returnType != LSV_MACRO || macro->GetNumArgs() != 0)
-            return false;
-        if (macro->m_context != nullptr)
-            context = macro->m_context;
-    }
-    return false;
+    WriteUnrecorded(m_output, found, GetOutputPos());
+    return true;
 }
 
 /// Writes a text in which nothing can matter, as expanding it in a child of `frame` would; false,

@@ -14,6 +14,13 @@ namespace
 
 constexpr ssize_t s_emptyLiteral = 2;
 
+xstring Wide(const xstring& literal)
+{
+    xstring wide("L");
+    wide += literal;
+    return wide;
+}
+
 } // namespace
 
 void WritePrefix(xostream& os, EStrLiteralMode mode)
@@ -59,12 +66,20 @@ void MacroExpander::WriteStr(const LevelText& text, ssize_t indent, bool splitLi
 /// Writes `text` as one literal, or as one for each line.
 void MacroExpander::WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode)
 {
+    if (!splitLines)
+    {
+        xstring literal;
+        MakeDoubleQuotedString(text, literal);
+        if (mode == SLM_WIDE)
+            return WriteCalculatedSubString(Wide(literal));
+        return WriteCalculatedSubString(literal);
+    }
     StringStream os(4096);
     bool isSplit = false;
     WritePrefix(os, mode);
     for (const char c : text)
     {
-        if (!splitLines || c != '\n')
+        if (c != '\n')
         {
             WriteCharForCStyleLiteralConstants(os, c);
             continue;

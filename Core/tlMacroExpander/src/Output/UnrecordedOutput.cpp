@@ -4,6 +4,9 @@
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Output/Columns.h"
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace telv
 {
@@ -13,6 +16,51 @@ namespace
 
 /// Up to here a loop over the characters is cheaper than calls that search and count.
 constexpr ssize_t s_few = 32;
+
+#if defined(__SSE2__)
+
+__m128i Load16(const char* p)
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+__m128i Load8(const char* p)
+{
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+}
+
+bool HoldsTabOrFeed(__m128i text)
+{
+    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('\t')),
+                                          _mm_cmpeq_epi8(text, _mm_set1_epi8('\n')))) != 0;
+}
+
+/// Whether each character of `s`, few in number, takes a column of the same line. Looks at both
+/// ends, which overlap.
+bool IsOneLineWithoutTab(SubString s)
+{
+    const ssize_t n = s.size();
+    if (n > s_few)
+        return false;
+    const char* const p = s.begin();
+    if (n >= 16)
+        return !HoldsTabOrFeed(Load16(p)) && !HoldsTabOrFeed(Load16(s.end() - 16));
+    if (n >= 8)
+        return !HoldsTabOrFeed(_mm_unpacklo_epi64(Load8(p), Load8(s.end() - 8)));
+    for (const char c : s)
+        if (c == '\t' || c == '\n')
+            return false;
+    return true;
+}
+
+#else
+
+bool IsOneLineWithoutTab(SubString)
+{
+    return false;
+}
+
+#endif
 
 /// The column behind `s`, which begins at `column` (not -1) and is not empty, when every line of it
 /// begins at column 0.
@@ -25,6 +73,8 @@ ssize_t ColumnBehindFew(SubString s, ssize_t column)
 
 ssize_t ColumnBehind(SubString s, ssize_t column)
 {
+    if (IsOneLineWithoutTab(s))
+        return column + s.size();
     if (s.size() <= s_few)
         return ColumnBehindFew(s, column);
     if (s.m_p2[-1] == '\n')

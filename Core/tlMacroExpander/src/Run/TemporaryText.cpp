@@ -53,6 +53,12 @@ TemporaryText::TemporaryText(xstring& text, SubString origin)
     m_liveTexts->emplace(m_origin->m_begin, m_origin.get()); // last: nothing may fail after it
 }
 
+bool TemporaryText::IsOfCurrentRun() const
+{
+    const RunState* const state = RunState::Current();
+    return m_liveTexts != nullptr && state != nullptr && m_liveTexts == state->m_liveTexts;
+}
+
 TemporaryText::~TemporaryText()
 {
     m_origin->m_alive = false;

@@ -47,6 +47,8 @@ public:
     TemporaryText& operator=(const TemporaryText&) = delete;
 
     SubString Text() const { return m_text.View(); }
+    /// Whether it was made in the current run, and is not empty.
+    bool IsOfCurrentRun() const;
     const TextOrigin& Origin() const { return *m_origin; }
 
     bool m_isViewedByMap = false; ///< The run keeps it, for a piece of the mapped output.
@@ -63,11 +65,14 @@ class TextScope
 {
 public:
     TextScope(xstring& text, SubString origin);
+    /// Holds one that was made before.
+    explicit TextScope(std::shared_ptr<TemporaryText> text) : m_text(std::move(text)) {}
     TextScope(const TextScope&) = delete;
     TextScope& operator=(const TextScope&) = delete;
 
     SubString Text() const { return m_text->Text(); }
     TemporaryText* Owner() const { return m_text.get(); }
+    const std::shared_ptr<TemporaryText>& Share() const { return m_text; }
 
 private:
     std::shared_ptr<TemporaryText> m_text;

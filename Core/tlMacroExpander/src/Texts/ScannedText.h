@@ -115,6 +115,11 @@ public:
     {
         return m_items[item].m_kind == ITEM_NAME && Begin() + m_items[item].m_begin == name.begin();
     }
+    /// Whether the item is a name, and the name is all of `text`.
+    bool IsWord(uint32 item, SubString text) const
+    {
+        return IsName(item, text) && Begin() + m_items[item].m_end == text.end();
+    }
     /// What was cut out of the text, as a part of it.
     LevelText Part(SubString text);
     /// Whether the text was scanned as this thread's run would now.

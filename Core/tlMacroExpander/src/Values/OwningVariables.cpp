@@ -2,6 +2,7 @@
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include <typeinfo>
+#include <utility>
 
 namespace telv
 {
@@ -14,12 +15,21 @@ std::shared_ptr<TemporaryText> Share(TemporaryText* text)
     return text == nullptr ? nullptr : text->shared_from_this();
 }
 
+/// A short text is not worth being scanned for so few uses; a longer one for one.
+constexpr ssize_t s_short = 64;
+constexpr uint32 s_fewUses = 3;
+
 /// Null for a macro that an application made.
-OwningMacroVariable* AsOwning(LSMacroVariable& macroVar)
+const OwningMacroVariable* AsOwning(const LSMacroVariable& macroVar)
 {
     return typeid(macroVar) == typeid(OwningMacroVariable)
-               ? static_cast<OwningMacroVariable*>(&macroVar)
+               ? static_cast<const OwningMacroVariable*>(&macroVar)
                : nullptr;
+}
+
+OwningMacroVariable* AsOwning(LSMacroVariable& macroVar)
+{
+    return const_cast<OwningMacroVariable*>(AsOwning(std::as_const(macroVar)));
 }
 
 /// A variable in the memory of the tree of `frame`; in its own when that is null.
@@ -46,11 +56,22 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
 {
     auto owning =
         MakeFor<OwningMacroVariable>(context, returnType, name, context, false, false, false);
+    owning->m_owner = bodyOwner;
     if (nameOwner != nullptr || bodyOwner != nullptr)
     {
         owning->Extras().m_nameOwner = Share(nameOwner);
         owning->Extras().m_bodyOwner = Share(bodyOwner);
     }
+    return owning;
+}
+
+std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
+                                                  TemporaryText* bodyOwner, const LevelText& value)
+{
+    auto owning = MakeFor<OwningMacroVariable>(context, LSV_MACRO, name, context, false, false, false);
+    owning->m_owner = bodyOwner;
+    owning->SetSubstitutionString(value.m_text, false, 0);
+    KeepScanned(*owning, value);
     return owning;
 }
 
@@ -73,16 +94,26 @@ LevelText BodyOf(LSMacroVariable& macroVar)
     // An application may have given the macro another body.
     if (owning->m_scanned && !owning->m_scanned->Begins(text.m_text, owning->m_first))
         owning->m_scanned = CountedRef<ScannedText>();
-    if (!owning->m_scanned && owning->m_isUsed)
+    if (!owning->m_scanned && ++owning->m_uses > (text.m_text.size() <= s_short ? s_fewUses : 1))
     {
         owning->m_scanned = ScannedText::Make(text.m_text);
         owning->m_first = 0;
     }
-    owning->m_isUsed = true;
     text.m_scanned = owning->m_scanned.Get();
     text.m_first = owning->m_first;
-    if (const MacroExtras* const extras = owning->KnownExtras())
-        text.m_owner = extras->m_bodyOwner.get();
+    text.m_owner = owning->m_owner;
+    return text;
+}
+
+LevelText KnownBodyOf(const LSMacroVariable& macroVar)
+{
+    LevelText text{macroVar.GetSubstitutionString()};
+    if (const OwningMacroVariable* const owning = AsOwning(macroVar))
+    {
+        text.m_scanned = owning->m_scanned.Get();
+        text.m_first = owning->m_first;
+        text.m_owner = owning->m_owner;
+    }
     return text;
 }
 
@@ -90,7 +121,7 @@ NameEntry& FormalName(LSMacroVariable& macroVar, ssize_t index, NameTable& table
 {
     const xvector<LSFormalArg>& formals = macroVar.m_argNames;
     OwningMacroVariable* const owning = AsOwning(macroVar);
-    if (owning == nullptr || !owning->m_isUsed)
+    if (owning == nullptr || (owning->m_uses <= 1 && !owning->m_scanned))
     {
         const SubString name = formals[index].m_name;
         return *table.Intern(name, HashName(name));
@@ -113,11 +144,8 @@ void KeepScanned(LSMacroVariable& macroVar, const LevelText& body)
 
 TemporaryText* BodyOwner(const LSMacroVariable& macroVar)
 {
-    if (typeid(macroVar) != typeid(OwningMacroVariable))
-        return nullptr;
-    const MacroExtras* const extras =
-        static_cast<const OwningMacroVariable&>(macroVar).KnownExtras();
-    return extras == nullptr ? nullptr : extras->m_bodyOwner.get();
+    const OwningMacroVariable* const owning = AsOwning(macroVar);
+    return owning == nullptr ? nullptr : owning->m_owner;
 }
 
 } // namespace telv

@@ -21,7 +21,7 @@ class TemporaryText;
 struct MacroExtras
 {
     std::shared_ptr<TemporaryText> m_nameOwner; ///< Null when the application owns the text.
-    std::shared_ptr<TemporaryText> m_bodyOwner; ///< Of the body and the formal names; or null.
+    std::shared_ptr<TemporaryText> m_bodyOwner; ///< Keeps alive `m_owner` of the macro; or null.
     HeldNames m_formalNames;                    ///< Of the formal arguments, once they have been bound.
 };
 
@@ -37,8 +37,9 @@ public:
     MacroExtras* KnownExtras() const { return m_extras.get(); }
 
     CountedRef<ScannedText> m_scanned; ///< Once it is known; of the body or a larger text.
+    TemporaryText* m_owner = nullptr;  ///< Of the body and the formal names; or null.
     uint32 m_first = 0;                ///< The body's first item in it.
-    bool m_isUsed = false;             ///< The body has been expanded.
+    uint32 m_uses = 0;                 ///< How often the body has been expanded, as far as it matters.
 
 private:
     std::unique_ptr<MacroExtras> m_extras;
@@ -59,6 +60,11 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner);
 
+/// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the text
+/// of the name alive, and `bodyOwner`, if there is one.
+std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
+                                                  TemporaryText* bodyOwner, const LevelText& value);
+
 /// A value that shares the text of its name; `nameOwner` may be null. With `frame`, it goes to a
 /// frame of that tree and takes its memory from there.
 std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString name,
@@ -68,6 +74,9 @@ std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString n
 /// The body of a macro for the next expansion: with its owner and with what is known of it. It is
 /// scanned before it is expanded the second time.
 LevelText BodyOf(LSMacroVariable& macroVar);
+
+/// The same, without expanding it.
+LevelText KnownBodyOf(const LSMacroVariable& macroVar);
 
 /// The entry of the name of a formal argument in `table`; held by the macro where the library made
 /// it.
