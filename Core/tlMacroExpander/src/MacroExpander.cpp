@@ -101,11 +101,11 @@ void MacroExpander::ExpandTokens(ExpansionLevel& level)
         ExpandUnscanned(level);
 }
 
-void MacroExpander::ExpandUnscanned(const ExpansionLevel& level)
+void MacroExpander::ExpandUnscanned(ExpansionLevel& level)
 {
     if (FastPaths::IsOn(FastPaths::PLAIN_STRETCHES) && !level.IsRecorded() && m_srcIndent == 0 &&
         level.AllowsFastPaths())
-        ExpandInStretches();
+        ExpandInStretches(level);
     else
         ExpandTokenByToken();
 }
@@ -128,7 +128,7 @@ void MacroExpander::ExpandTokenByToken()
 
 /// Looks only at tokens that may mean something. The others stay pending, so what a directive
 /// would find written has to be written before it.
-void MacroExpander::ExpandInStretches()
+void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 {
     NameTable& names = FrameTree::Names(*m_vf);
     const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name); };
@@ -142,8 +142,15 @@ void MacroExpander::ExpandInStretches()
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
         if (token.m_type == TOKEN_AT || token.m_type == TOKEN_PREPROC_COMMENT)
-            AdvanceWritePos(StartOfBlanks(resumed, token.m_str.begin()), true);
-        ProcessToken(token);
+            Flush(StartOfBlanks(resumed, token.m_str.begin()));
+        if (token.m_type != TOKEN_IDENTIFIER)
+            ProcessToken(token);
+        else if (LSVariable* const var = FindVariable(token.m_str))
+        {
+            Flush(token.m_str.begin());
+            if (!WriteFollowed(level, *var))
+                InvokeVariable(var);
+        }
     }
     AdvanceWritePos(m_str.begin(), true);
 }

@@ -83,7 +83,8 @@ const Directive* FindDirective(const LSToken& token)
     {
         if (directive.m_type != token.m_type)
             continue;
-        if (token.m_type != TOKEN_IDENTIFIER || token.m_str == directive.m_word)
+        if (token.m_type != TOKEN_IDENTIFIER ||
+            (*token.m_str.m_p1 == *directive.m_word && token.m_str == directive.m_word))
             return &directive;
     }
     return nullptr;

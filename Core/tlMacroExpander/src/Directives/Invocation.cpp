@@ -142,7 +142,7 @@ void MacroExpander::InvokeVariable(LSVariable* var)
 
 void MacroExpander::WriteValueOf(const LSVariable& var)
 {
-    if (const auto* value = dynamic_cast<const LSValueVariable*>(&var))
+    if (const LSValueVariable* const value = AsValue(var))
     {
         WriteCalculatedSubString(value->m_value);
         return;
@@ -164,8 +164,6 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
         if (macroVar.m_isPython)
             CheckPythonAllowed(m_startDirectivePos);
         AdvanceWritePos(m_str.begin(), false);
-        if (isPlainText && WriteWord(macroVar, *context))
-            return;
     }
     const LevelText body = BodyOf(macroVar);
     if (isPlainText && WriteInertText(body, *context, macroVar.m_indentation))

@@ -66,7 +66,13 @@ void MacroExpander::ExpandScanned(ExpansionLevel& level)
                 ++index;
                 continue;
             }
-            AdvanceWritePos(begin, true);
+            Flush(begin);
+            if (WriteFollowed(level, *var))
+            {
+                resumed = item.m_end;
+                ++index;
+                continue;
+            }
             level.Enter(&item);
             InvokeVariable(var);
         }
@@ -96,10 +102,30 @@ void MacroExpander::ExpandScanned(ExpansionLevel& level)
     AdvanceWritePos(m_str.begin(), true);
 }
 
+/// Writes what the name that has been read comes to, if that can be said at once; false, with
+/// nothing done, if not. Where nothing is recorded or limited.
+bool MacroExpander::WriteFollowed(ExpansionLevel& level, const LSVariable& var)
+{
+    SubString found;
+    if (!FollowVariable(level, var, *m_vf, found))
+        return false;
+    m_writePos = m_str.begin();
+    WriteUnrecorded(m_output, found, var.GetType() == LSV_MACRO ? GetOutputPos() : m_dstIndent);
+    return true;
+}
+
+/// Writes what is pending before `pos`; where nothing is recorded or limited.
+void MacroExpander::Flush(const char* pos)
+{
+    if (m_writePos != pos)
+        WriteUnrecorded(m_output, SubString(m_writePos, pos), m_dstIndent);
+    m_writePos = pos;
+}
+
 /// A line feed before `start`: what is pending is written, and the indentation behind it discarded.
 void MacroExpander::EndLine(const char* start)
 {
-    AdvanceWritePos(start, true);
+    Flush(start);
     SubString rest(start, m_str.end());
     ScanIndentation(rest, m_srcIndent, s_tabWidth);
     AdvanceWritePos(rest.begin(), false);
@@ -139,7 +165,7 @@ bool MacroExpander::FollowPlan(ExpansionLevel& level, ScanItem& item, const char
     const char* const pending =
         plan->m_keepsBlanks ? m_startDirectivePos : StartOfBlanks(resumed, m_startDirectivePos);
     if (pending > m_writePos)
-        AdvanceWritePos(pending, true);
+        Flush(pending);
     level.Enter(nullptr);
     m_str.m_p1 = plan->m_behind;
     plan->m_action(*this);
@@ -252,19 +278,6 @@ bool MacroExpander::MoveToNextItem(ScannedText& scanned, uint32& index, uint32& 
     }
     index = item.m_resumedIndex;
     return index != ScannedText::s_unknown;
-}
-
-/// Writes what a macro comes to whose text is one word, in a child of `frame`; false, with nothing
-/// done, when it is not, or comes to something else than a word or a value.
-bool MacroExpander::WriteWord(const LSMacroVariable& macroVar, VarFrame& frame)
-{
-    ExpansionLevel* const level = OwnLevel();
-    SubString found;
-    if (level == nullptr || level->IsRecorded() ||
-        !FindWord(*level, KnownBodyOf(macroVar), frame, found))
-        return false;
-    WriteUnrecorded(m_output, found, GetOutputPos());
-    return true;
 }
 
 /// Writes a text in which nothing can matter, as expanding it in a child of `frame` would; false,

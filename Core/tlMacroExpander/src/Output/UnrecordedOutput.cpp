@@ -5,6 +5,7 @@
 #include "tlMacroExpander/src/Output/Columns.h"
 #include <cstring>
 #if defined(__SSE2__)
+#include <bit>
 #include <emmintrin.h>
 #endif
 
@@ -19,6 +20,25 @@ constexpr ssize_t s_few = 32;
 
 #if defined(__SSE2__)
 
+/// Line feeds and tabs among characters: a bit for each, the first character's the lowest.
+struct Marks
+{
+    uint32 m_feeds = 0;
+    uint32 m_tabs = 0;
+
+    void Add(__m128i text, ssize_t offset)
+    {
+        m_feeds |= BitsOf(text, '\n') << offset;
+        m_tabs |= BitsOf(text, '\t') << offset;
+    }
+
+private:
+    static uint32 BitsOf(__m128i text, char c)
+    {
+        return static_cast<uint32>(_mm_movemask_epi8(_mm_cmpeq_epi8(text, _mm_set1_epi8(c))));
+    }
+};
+
 __m128i Load16(const char* p)
 {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -29,35 +49,35 @@ __m128i Load8(const char* p)
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
 }
 
-bool HoldsTabOrFeed(__m128i text)
+__m128i Load4(const char* p)
 {
-    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('\t')),
-                                          _mm_cmpeq_epi8(text, _mm_set1_epi8('\n')))) != 0;
+    int32 text = 0;
+    std::memcpy(&text, p, sizeof text);
+    return _mm_cvtsi32_si128(text);
 }
 
-/// Whether each character of `s`, few in number, takes a column of the same line. Looks at both
-/// ends, which overlap.
-bool IsOneLineWithoutTab(SubString s)
+/// Of 4 to 32 characters. Looks at both ends, which overlap; a zero behind the text marks nothing.
+Marks MarksOf(SubString s)
 {
     const ssize_t n = s.size();
-    if (n > s_few)
-        return false;
-    const char* const p = s.begin();
-    if (n >= 16)
-        return !HoldsTabOrFeed(Load16(p)) && !HoldsTabOrFeed(Load16(s.end() - 16));
-    if (n >= 8)
-        return !HoldsTabOrFeed(_mm_unpacklo_epi64(Load8(p), Load8(s.end() - 8)));
-    for (const char c : s)
-        if (c == '\t' || c == '\n')
-            return false;
-    return true;
+    const auto load = n >= 16 ? Load16 : n >= 8 ? Load8 : Load4;
+    const ssize_t width = n >= 16 ? 16 : n >= 8 ? 8 : 4;
+    Marks marks;
+    marks.Add(load(s.begin()), 0);
+    marks.Add(load(s.end() - width), n - width);
+    return marks;
 }
 
-#else
-
-bool IsOneLineWithoutTab(SubString)
+/// As ColumnBehind, for 4 to 32 characters.
+ssize_t ColumnBehindMarks(SubString s, ssize_t column)
 {
-    return false;
+    const Marks marks = MarksOf(s);
+    if (marks.m_feeds == 0)
+        return column + s.size() + (s_columnsOfTab - 1) * std::popcount(marks.m_tabs);
+    const ssize_t behind = std::bit_width(marks.m_feeds); // the last line feed
+    if (behind == s.size())
+        return -1;
+    return s.size() - behind + (s_columnsOfTab - 1) * std::popcount(static_cast<uint64>(marks.m_tabs) >> behind);
 }
 
 #endif
@@ -73,8 +93,10 @@ ssize_t ColumnBehindFew(SubString s, ssize_t column)
 
 ssize_t ColumnBehind(SubString s, ssize_t column)
 {
-    if (IsOneLineWithoutTab(s))
-        return column + s.size();
+#if defined(__SSE2__)
+    if (s.size() >= 4 && s.size() <= s_few)
+        return ColumnBehindMarks(s, column);
+#endif
     if (s.size() <= s_few)
         return ColumnBehindFew(s, column);
     if (s.m_p2[-1] == '\n')

@@ -2,6 +2,7 @@
 //
 // Everything that counts brackets goes through SkipToMatchingBracket.
 #include "tlMacroExpander/src/Scan/ScanSection.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include <cstring>
 
@@ -92,9 +93,34 @@ ssize_t ScanBackwardsThroughSpacesAndTabs(SubString& s)
     return width;
 }
 
+namespace
+{
+
+/// Reads an argument that is a single name, as most are; false, with nothing read, when it is not.
+bool ScanOneName(SubString& s, SubString& arg, EToken close, LSToken& end)
+{
+    if (ClassOf(*s) > CHAR_RAW_PREFIX)
+        return false;
+    const char* const nameEnd = SkipNameCharacters(s.begin(), s.end());
+    const char* const p = SkipBlanks(nameEnd, s.end());
+    if (p == s.end())
+        return false;
+    const bool isComma = *p == ',';
+    if (!isComma && !(*p == ')' && close == TOKEN_RIGHT_PAREN) && !(*p == ']' && close == TOKEN_RIGHT_SQUARE))
+        return false;
+    arg = SubString(s.begin(), nameEnd);
+    end = LSToken(isComma ? TOKEN_COMMA : close, SubString(p, p + 1));
+    s.m_p1 = p + 1;
+    return true;
+}
+
+} // namespace
+
 LSToken ScanArgument(SubString& s, SubString& arg, EToken close)
 {
-    ScanWhiteSpace(s);
+    s.m_p1 = SkipBlanks(s.begin(), s.end());
+    if (LSToken end; s && ScanOneName(s, arg, close, end))
+        return end;
     if (s && *s == '`')
         return ScanBackQuotedArgument(s, arg);
     const SubString whole(s);

@@ -19,10 +19,10 @@ std::shared_ptr<TemporaryText> Share(TemporaryText* text)
 constexpr ssize_t s_short = 64;
 constexpr uint32 s_fewUses = 3;
 
-/// Null for a macro that an application made.
+/// Null for a macro that an application made. The class is made in this library only.
 const OwningMacroVariable* AsOwning(const LSMacroVariable& macroVar)
 {
-    return typeid(macroVar) == typeid(OwningMacroVariable)
+    return &typeid(macroVar) == &typeid(OwningMacroVariable)
                ? static_cast<const OwningMacroVariable*>(&macroVar)
                : nullptr;
 }
@@ -140,6 +140,14 @@ void KeepScanned(LSMacroVariable& macroVar, const LevelText& body)
         return;
     owning->m_scanned = CountedRef<ScannedText>(body.m_scanned);
     owning->m_first = body.m_first;
+}
+
+const LSValueVariable* AsValue(const LSVariable& var)
+{
+    const std::type_info* const type = &typeid(var);
+    if (type == &typeid(OwningValueVariable) || type == &typeid(LSValueVariable))
+        return static_cast<const LSValueVariable*>(&var);
+    return dynamic_cast<const LSValueVariable*>(&var);
 }
 
 TemporaryText* BodyOwner(const LSMacroVariable& macroVar)

@@ -85,6 +85,9 @@ NameEntry& FormalName(LSMacroVariable& macroVar, ssize_t index, NameTable& table
 /// Keeps what is known of the body of a macro that the library made.
 void KeepScanned(LSMacroVariable& macroVar, const LevelText& body);
 
+/// The variable as a value; null when it is something else.
+const LSValueVariable* AsValue(const LSVariable& var);
+
 /// Who owns the body and the formal names of a macro; null when the application does.
 TemporaryText* BodyOwner(const LSMacroVariable& macroVar);
 

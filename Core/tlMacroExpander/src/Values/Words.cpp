@@ -44,43 +44,66 @@ bool IsPlainText(const LSMacroVariable& macro)
            macro.GetNumArgs() == 0;
 }
 
-} // namespace
-
-bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found)
+/// Goes from `var`, or from `word` when that is null, to what is not a word. `depth` expansions have
+/// been entered so far, and `steps` counted.
+bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFrame* context,
+            ssize_t depth, ssize_t steps, SubString& found)
 {
-    if (!FastPaths::IsOn(FastPaths::WORDS) || !level.AllowsFastPaths())
-        return false;
-    LevelText body = text;
-    VarFrame* context = &frame;
-    for (int depth = 1; depth <= s_mostMacros && context->m_fileScopeFrame != nullptr; ++depth)
+    for (; var != nullptr; ++depth)
     {
-        const LSVariable* var = nullptr;
-        try
+        ++steps;
+        if (var->GetType() != LSV_MACRO)
         {
-            if (!FindVariable(body, *context, var))
+            const LSValueVariable* const value = AsValue(*var);
+            if (value == nullptr || !level.CountNested(depth, steps))
                 return false;
-        }
-        catch (const LexScannerException&)
-        {
-            return false; // expanding it finds the error
-        }
-        if (var == nullptr || var->GetType() != LSV_MACRO)
-        {
-            // Each expansion counts, and each use of a name.
-            if (!level.CountNested(depth, var == nullptr ? 2 * depth - 1 : 2 * depth))
-                return false;
-            found = var == nullptr ? body.m_text
-                                   : SubString(static_cast<const LSValueVariable*>(var)->m_value);
+            found = value->m_value;
             return true;
         }
         const auto& macro = static_cast<const LSMacroVariable&>(*var);
-        if (!IsPlainText(macro))
-            return false;
-        body = KnownBodyOf(macro);
         if (macro.m_context != nullptr)
             context = macro.m_context;
+        if (!IsPlainText(macro) || depth == s_mostMacros || context->m_fileScopeFrame == nullptr)
+            return false;
+        const LevelText body = KnownBodyOf(macro);
+        word = body.m_text;
+        ++steps;
+        if (!FindVariable(body, *context, var))
+            return false;
     }
-    return false;
+    found = word;
+    return level.CountNested(depth, steps);
+}
+
+} // namespace
+
+bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& frame, SubString& found)
+{
+    if (!FastPaths::IsOn(FastPaths::WORDS))
+        return false;
+    try
+    {
+        return Follow(level, &var, SubString(), &frame, 0, 0, found);
+    }
+    catch (const LexScannerException&)
+    {
+        return false; // expanding finds the error
+    }
+}
+
+bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found)
+{
+    if (!FastPaths::IsOn(FastPaths::WORDS) || !level.AllowsFastPaths() || frame.m_fileScopeFrame == nullptr)
+        return false;
+    try
+    {
+        const LSVariable* var = nullptr;
+        return FindVariable(text, frame, var) && Follow(level, var, text.m_text, &frame, 1, 1, found);
+    }
+    catch (const LexScannerException&)
+    {
+        return false;
+    }
 }
 
 } // namespace telv

@@ -10,10 +10,13 @@ namespace telv
 
 class ExpansionLevel;
 
-/// What `text`, expanded in a child of `frame`, comes to: the word itself when it stands for nothing,
-/// the value of a variable, or what a macro comes to whose text is a word in its turn. Counts what
-/// expanding counts. False, with nothing done, when it is anything else, or the plain way is to be
-/// taken. `found` views the text or a variable.
+/// What `var`, named in `frame`, comes to when it is used: its value, or what a macro comes to whose
+/// text is one word, expanded in a child of `frame`: the word itself when it stands for nothing, or
+/// what the variable of that name comes to. Counts what using it counts. False, with nothing done,
+/// when it is anything else, or the plain way is to be taken. `found` views a text or a variable.
+bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& frame, SubString& found);
+
+/// The same for a text that is expanded in a child of `frame`.
 bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found);
 
 } // namespace telv
