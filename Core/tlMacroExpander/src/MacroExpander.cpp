@@ -158,6 +158,8 @@ void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 /// Whether a name may stand for something here.
 bool MacroExpander::MayMatter(NameTable& names, VarFrame& frame, SubString name)
 {
+    if (!names.MayBeBound(name))
+        return false;
     const uint64 hash = HashName(name);
     const NameEntry* const entry = names.Lookup(name, hash);
     if (entry != nullptr)

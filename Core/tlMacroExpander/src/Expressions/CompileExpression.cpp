@@ -72,6 +72,7 @@ private:
         if (m_steps.m_count == s_most || m_values > s_mostValues)
             return nullptr;
         ExpressionStep& step = m_steps.m_steps[m_steps.m_count++];
+        step = ExpressionStep{};
         step.m_kind = kind;
         return &step;
     }
@@ -249,7 +250,7 @@ bool ExpressionSteps::Compiler::Name()
     ExpressionStep* const step = Add(STEP_NAME, 1);
     if (step == nullptr)
         return false;
-    step->m_name = name;
+    step->SetName(name);
     step->m_isBehindMinus = before == '-';
     step->m_isBeforeDot = name.end() != m_whole.end() && *name.end() == '.';
     Advance();
@@ -261,7 +262,7 @@ bool ExpressionSteps::Compiler::BuiltIn(EBuiltIn builtIn, SubString name)
     ExpressionStep* step = Add(STEP_UNBOUND, 0);
     if (step == nullptr)
         return false;
-    step->m_name = name;
+    step->SetName(name);
     Advance();
     if (builtIn <= BUILT_IN_TRUE)
     {
@@ -299,7 +300,7 @@ bool ExpressionSteps::Compiler::Str()
     ExpressionStep* const step = Add(STEP_STR, 1);
     if (step == nullptr)
         return false;
-    step->m_name = name;
+    step->SetName(name);
     Advance();
     return true;
 }

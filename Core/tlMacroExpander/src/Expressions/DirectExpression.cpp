@@ -20,7 +20,7 @@ namespace telv
 /// A name's text when it is one token, with or without a minus before it.
 struct DirectExpression::Substitute
 {
-    DirectValue m_value;
+    DirectValue m_value = {};
     bool m_isNegative = false; ///< Begins with a minus sign.
     bool m_isNumber = false;   ///< Ends with a digit.
 };
@@ -92,7 +92,7 @@ bool DirectExpression::CountSteps()
 
 bool DirectExpression::Take(const ExpressionStep* step, const ExpressionStep* end, const ScanItem* items)
 {
-    DirectValue values[ExpressionSteps::s_mostValues];
+    DirectValue values[ExpressionSteps::s_mostValues]; // each is written before it is read
     DirectValue* top = values; // behind the last one
     for (; step != end; ++step)
     {
@@ -154,7 +154,7 @@ bool DirectExpression::TakeOther(const ExpressionStep& step, DirectValue*& top)
 /// What the name of a step means, or null.
 const LSVariable* DirectExpression::Find(const ExpressionStep& step, const ScanItem* items)
 {
-    const SubString name = step.m_name;
+    const SubString name = step.Name();
     if (items == nullptr)
         return m_frame.Find(name, name.end());
     NameEntry& entry = *items[step.m_item].m_name;
@@ -193,9 +193,12 @@ bool DirectExpression::PushStr(const ExpressionStep& step, const ScanItem* items
 bool DirectExpression::PushLiteral(const ExpressionStep& step, DirectValue& value)
 {
     xstring text;
-    LSToken(step.m_op, step.m_value.m_text).GetLiteralString(text);
-    value.m_type = LITERAL_STRING;
-    return Keep(text, value.m_text);
+    LSToken(step.m_op, step.m_value.Text()).GetLiteralString(text);
+    SubString kept;
+    if (!Keep(text, kept))
+        return false;
+    value.SetText(kept);
+    return true;
 }
 
 /// What the name of `variable`, used in `frame`, is read as.
@@ -344,7 +347,7 @@ bool DirectExpression::TextOf(const DirectValue& value, SubString& text)
 {
     if (value.m_type == LITERAL_STRING)
     {
-        text = value.m_text;
+        text = value.Text();
         return true;
     }
     if (value.m_type != LITERAL_CHAR)

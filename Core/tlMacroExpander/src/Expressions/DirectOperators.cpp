@@ -278,9 +278,9 @@ TELV_WRAPS bool ApplyPrefix(EToken op, DirectValue& value)
 bool ApplyIndex(DirectValue& value, const DirectValue& index)
 {
     if (value.m_type != LITERAL_STRING || index.m_type != LITERAL_INT64 || index.m_int64 < 0 ||
-        index.m_int64 >= value.m_text.size())
+        index.m_int64 >= value.Text().size())
         return false;
-    value.SetChar(value.m_text.m_p1[index.m_int64]);
+    value.SetChar(value.m_text.m_begin[index.m_int64]);
     return true;
 }
 
@@ -338,11 +338,11 @@ bool DirectExpression::Join(DirectValue& value, SubString left, SubString right)
 {
     if (left.size() + right.size() > s_scratch - m_used)
         return false;
-    SubString kept;
-    Keep(left, value.m_text);
-    Keep(right, kept);
-    value.m_text.m_p2 = kept.m_p2;
-    value.m_type = LITERAL_STRING;
+    SubString first;
+    SubString second;
+    Keep(left, first);
+    Keep(right, second);
+    value.SetText(SubString(first.begin(), second.end()));
     return true;
 }
 
@@ -353,7 +353,7 @@ bool DirectExpression::Call(EBuiltIn function, DirectValue& value)
     case BUILT_IN_LEN:
         if (value.m_type != LITERAL_STRING)
             return false;
-        value.SetInt64(value.m_text.size());
+        value.SetInt64(value.Text().size());
         return true;
     case BUILT_IN_IS_BOOL:
         value.SetBool(value.m_type == LITERAL_BOOL);
@@ -376,10 +376,13 @@ bool DirectExpression::Call(EBuiltIn function, DirectValue& value)
     case BUILT_IN_DOUBLE:
         return Convert(function, value);
     case BUILT_IN_STRING:
-        if (!WriteText(value, value.m_text))
+    {
+        SubString text;
+        if (!WriteText(value, text))
             return false;
-        value.m_type = LITERAL_STRING;
+        value.SetText(text);
         return true;
+    }
     default:
         return Calculate(function, value);
     }

@@ -9,15 +9,21 @@ namespace telv
 /// Text is viewed where it stands.
 struct DirectValue
 {
-    ELiteral m_type = LITERAL_UNDEF;
+    ELiteral m_type;
     union
     {
         bool m_bool;
-        int64 m_int64 = 0;
+        int64 m_int64;
         double m_float64;
         char m_char;
+        struct
+        {
+            const char* m_begin;
+            const char* m_end;
+        } m_text; ///< Of a string: in the source, or in the scratch of the evaluation.
     };
-    SubString m_text; ///< Of a string: views the source, or the scratch of the evaluation.
+
+    SubString Text() const { return SubString(m_text.m_begin, m_text.m_end); }
 
     void SetBool(bool value)
     {
@@ -42,7 +48,7 @@ struct DirectValue
     void SetText(SubString value)
     {
         m_type = LITERAL_STRING;
-        m_text = value;
+        m_text = {value.begin(), value.end()};
     }
 };
 

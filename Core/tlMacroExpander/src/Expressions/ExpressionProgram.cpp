@@ -25,14 +25,14 @@ bool ExpressionProgram::Keep(ExpressionStep& step)
     if (step.m_kind == STEP_LITERAL)
     {
         xstring& text = m_texts.emplace_back();
-        LSToken(step.m_op, step.m_value.m_text).GetLiteralString(text);
+        LSToken(step.m_op, step.m_value.Text()).GetLiteralString(text);
         step.m_kind = STEP_CONSTANT;
-        step.m_value.m_text = text;
+        step.m_value.SetText(text);
     }
-    if (step.m_name.empty())
+    if (step.m_nameBegin == nullptr)
         return true;
-    step.m_item = m_scanned.IndexAt(step.m_name.begin(), 0);
-    return step.m_item != ScannedText::s_unknown && m_scanned.IsName(step.m_item, step.m_name);
+    step.m_item = m_scanned.IndexAt(step.m_nameBegin, 0);
+    return step.m_item != ScannedText::s_unknown && m_scanned.IsName(step.m_item, step.Name());
 }
 
 const ScanItem* ExpressionProgram::Items(NameTable& names)

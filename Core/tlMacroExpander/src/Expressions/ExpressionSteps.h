@@ -51,14 +51,22 @@ enum EBuiltIn : uint8
 
 struct ExpressionStep
 {
-    EStep m_kind = STEP_CONSTANT;
-    EBuiltIn m_function = BUILT_IN_NONE;
-    bool m_isBehindMinus = false; ///< A negative value in the place of the name would merge.
-    bool m_isBeforeDot = false;   ///< A number would.
-    EToken m_op = TOKEN_UNDEF;    ///< The operator.
-    uint32 m_item = 0;            ///< Of the name in the scanned text, if there is one.
+    EStep m_kind;
+    EBuiltIn m_function;
+    bool m_isBehindMinus; ///< A negative value in the place of the name would merge.
+    bool m_isBeforeDot;   ///< A number would.
+    EToken m_op;          ///< The operator.
+    uint32 m_item;        ///< Of the name in the scanned text, if there is one.
     DirectValue m_value;
-    SubString m_name; ///< Views the source.
+    const char* m_nameBegin; ///< In the source; null where there is no name.
+    const char* m_nameEnd;
+
+    SubString Name() const { return SubString(m_nameBegin, m_nameEnd); }
+    void SetName(SubString name)
+    {
+        m_nameBegin = name.begin();
+        m_nameEnd = name.end();
+    }
 };
 
 /// Steps of an expression, in memory of fixed size.
@@ -70,6 +78,8 @@ public:
 
     /// Makes the steps of `text`; none where it has to be expanded and parsed.
     explicit ExpressionSteps(SubString text);
+    ExpressionSteps(const ExpressionSteps&) = delete;
+    ExpressionSteps& operator=(const ExpressionSteps&) = delete;
 
     bool empty() const { return m_count == 0; }
     const ExpressionStep* begin() const { return m_steps; }
@@ -78,7 +88,7 @@ public:
 private:
     class Compiler;
 
-    ExpressionStep m_steps[s_most];
+    ExpressionStep m_steps[s_most]; // beyond `m_count` without a value
     int m_count = 0;
 };
 

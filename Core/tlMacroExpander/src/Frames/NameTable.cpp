@@ -101,6 +101,7 @@ NameEntry* NameTable::MakeEntry(SubString name, uint64 hash, uint32& index)
         far = std::make_unique<char[]>(length);
     index = m_entries.Take();
     NameEntry& entry = m_entries[index];
+    Mark(name);
     entry.m_hash = hash;
     entry.m_length = static_cast<uint32>(length);
     std::memcpy(far == nullptr ? entry.m_chars : far.get(), name.begin(), length);
@@ -130,13 +131,16 @@ void NameTable::MakeRoom(size_t n)
     m_entries.MakeRoomToGive(m_size - used);
     FreeUnused();
     slots.swap(m_slots);
+    std::fill(std::begin(m_marks), std::end(m_marks), 0);
     for (const Slot slot : slots)
     {
         if (slot.m_index == 0)
             continue;
         const NameEntry& entry = m_entries[slot.m_index];
-        if (entry.m_length != 0)
-            m_slots[Probe(entry.Name(), entry.m_hash)] = slot;
+        if (entry.m_length == 0)
+            continue;
+        m_slots[Probe(entry.Name(), entry.m_hash)] = slot;
+        Mark(entry.Name());
     }
     m_size = used;
 }

@@ -98,6 +98,15 @@ public:
     /// it (`FindUnknown`).
     TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash) const;
 
+    /// False only for names that no frame of the tree binds and no import provides. Needs no hash.
+    bool MayBeBound(SubString name) const
+    {
+        if (m_imports != nullptr || m_importers.m_newest != nullptr || s_started)
+            return true;
+        const uint32 mark = MarkOf(name);
+        return (m_marks[mark / 64] >> (mark % 64) & 1) != 0;
+    }
+
     /// After this, `n` new names find room in the table of slots.
     void MakeRoom(size_t n);
 
@@ -232,12 +241,27 @@ private:
     TLEXPANDER_API LSVariable* FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name,
                                                   uint64 hash, const char* pos);
 
+    /// A number that few names have in common: their ends and their length.
+    static uint32 MarkOf(SubString name)
+    {
+        const auto bits = [](ssize_t value, uint32 mask) { return static_cast<uint32>(value) & mask; };
+        return bits(name.m_p1[0], 31) | bits(name.m_p2[-1], 7) << 5 | bits(name.size(), 7) << 8;
+    }
+    void Mark(SubString name)
+    {
+        const uint32 mark = MarkOf(name);
+        m_marks[mark / 64] |= uint64{1} << (mark % 64);
+    }
+
     void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
     NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
     void FreeUnused();
     static bool IsUnused(const NameEntry& entry);
 
+    static constexpr uint32 s_marks = 2048;
+
+    uint64 m_marks[s_marks / 64] = {}; ///< Of the names that have entries.
     std::vector<Slot> m_slots; ///< Open addressing, a power of two.
     size_t m_size = 0;
     IndexedPool<NameEntry> m_entries;

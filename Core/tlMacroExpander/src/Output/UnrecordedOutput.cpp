@@ -5,7 +5,6 @@
 #include "tlMacroExpander/src/Output/Columns.h"
 #include <cstring>
 #if defined(__SSE2__)
-#include <bit>
 #include <emmintrin.h>
 #endif
 
@@ -20,25 +19,6 @@ constexpr ssize_t s_few = 32;
 
 #if defined(__SSE2__)
 
-/// Line feeds and tabs among characters: a bit for each, the first character's the lowest.
-struct Marks
-{
-    uint32 m_feeds = 0;
-    uint32 m_tabs = 0;
-
-    void Add(__m128i text, ssize_t offset)
-    {
-        m_feeds |= BitsOf(text, '\n') << offset;
-        m_tabs |= BitsOf(text, '\t') << offset;
-    }
-
-private:
-    static uint32 BitsOf(__m128i text, char c)
-    {
-        return static_cast<uint32>(_mm_movemask_epi8(_mm_cmpeq_epi8(text, _mm_set1_epi8(c))));
-    }
-};
-
 __m128i Load16(const char* p)
 {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -49,58 +29,39 @@ __m128i Load8(const char* p)
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
 }
 
-__m128i Load4(const char* p)
+bool HoldsTabOrFeed(__m128i text)
 {
-    int32 text = 0;
-    std::memcpy(&text, p, sizeof text);
-    return _mm_cvtsi32_si128(text);
+    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('\t')),
+                                          _mm_cmpeq_epi8(text, _mm_set1_epi8('\n')))) != 0;
 }
 
-/// Of 4 to 32 characters. Looks at both ends, which overlap; a zero behind the text marks nothing.
-Marks MarksOf(SubString s)
+/// Whether each character of `s`, 8 to 32 of them, takes a column of the same line. Looks at both
+/// ends, which overlap.
+bool IsOneLineWithoutTab(SubString s)
 {
-    const ssize_t n = s.size();
-    const auto load = n >= 16 ? Load16 : n >= 8 ? Load8 : Load4;
-    const ssize_t width = n >= 16 ? 16 : n >= 8 ? 8 : 4;
-    Marks marks;
-    marks.Add(load(s.begin()), 0);
-    marks.Add(load(s.end() - width), n - width);
-    return marks;
-}
-
-/// As ColumnBehind, for 4 to 32 characters.
-ssize_t ColumnBehindMarks(SubString s, ssize_t column)
-{
-    const Marks marks = MarksOf(s);
-    if (marks.m_feeds == 0)
-        return column + s.size() + (s_columnsOfTab - 1) * std::popcount(marks.m_tabs);
-    const ssize_t behind = std::bit_width(marks.m_feeds); // the last line feed
-    if (behind == s.size())
-        return -1;
-    return s.size() - behind + (s_columnsOfTab - 1) * std::popcount(static_cast<uint64>(marks.m_tabs) >> behind);
+    if (s.size() >= 16)
+        return !HoldsTabOrFeed(Load16(s.begin())) && !HoldsTabOrFeed(Load16(s.end() - 16));
+    return !HoldsTabOrFeed(_mm_unpacklo_epi64(Load8(s.begin()), Load8(s.end() - 8)));
 }
 
 #endif
 
 /// The column behind `s`, which begins at `column` (not -1) and is not empty, when every line of it
 /// begins at column 0.
-ssize_t ColumnBehindFew(SubString s, ssize_t column)
-{
-    for (const char c : s)
-        column = c == '\n' ? 0 : column + (c == '\t' ? s_columnsOfTab : 1);
-    return s.m_p2[-1] == '\n' ? -1 : column;
-}
-
 ssize_t ColumnBehind(SubString s, ssize_t column)
 {
-#if defined(__SSE2__)
-    if (s.size() >= 4 && s.size() <= s_few)
-        return ColumnBehindMarks(s, column);
-#endif
-    if (s.size() <= s_few)
-        return ColumnBehindFew(s, column);
     if (s.m_p2[-1] == '\n')
         return -1;
+#if defined(__SSE2__)
+    if (s.size() >= 8 && s.size() <= s_few && IsOneLineWithoutTab(s))
+        return column + s.size();
+#endif
+    if (s.size() <= s_few)
+    {
+        for (const char c : s)
+            column = c == '\n' ? 0 : column + (c == '\t' ? s_columnsOfTab : 1);
+        return column;
+    }
     const void* const feed = memrchr(s.begin(), '\n', static_cast<size_t>(s.size()));
     return feed == nullptr ? column + Columns(s)
                            : Columns(SubString(static_cast<const char*>(feed) + 1, s.end()));

@@ -34,7 +34,7 @@ bool FindVariable(const LevelText& text, VarFrame& frame, const LSVariable*& var
     }
     if (!IsWord(word))
         return false;
-    var = names.Find(&frame, word, HashName(word), word.end());
+    var = names.MayBeBound(word) ? names.Find(&frame, word, HashName(word), word.end()) : nullptr;
     return true;
 }
 
