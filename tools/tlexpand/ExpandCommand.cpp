@@ -11,7 +11,9 @@
 #include "output/OutputSet.h"
 #include "output/SourceMapWriter.h"
 #include "output/TextStream.h"
+#include "output/UnifiedDiff.h"
 #include "report/GuardedRun.h"
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace telv::tool
@@ -55,7 +57,7 @@ public:
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths),
-          m_text(options.m_lineFormat ? nullptr : m_outputs.m_text,
+          m_text(options.m_lineFormat || options.m_check ? nullptr : m_outputs.m_text,
                  options.NeedsPieces() ? &m_whole : nullptr)
     {
         m_run.m_recordPieces = options.NeedsPieces();
@@ -73,6 +75,9 @@ private:
     WrittenOutput Written() const;
     void AddDirectives();
     bool MapIsSound() const;
+    int CompareWithOutput() const;
+    template <class Visitor>
+    void ForEachPart(Visitor visit) const;
     void WriteText(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
@@ -108,6 +113,8 @@ try
     AddDirectives();
     if (!MapIsSound())
         return 1;
+    if (m_options.m_check)
+        return CompareWithOutput();
     SetContents();
     m_outputs.m_set.Commit();
     return 0;
@@ -178,13 +185,41 @@ void ExpandCommand::RefuseInputs() const
     OutputSet::RefuseStandardOutput(imports);
 }
 
-/// Writes what is not in the file yet.
-void ExpandCommand::WriteText(ByteSink& sink) const
+/// Calls `visit` with what is not in the file yet, in order; of a file that is not written, that is
+/// all.
+template <class Visitor>
+void ExpandCommand::ForEachPart(Visitor visit) const
 {
     if (m_options.m_lineFormat)
-        ForEachStretch(m_whole, m_edits, [&](SubString stretch) { sink.Write(stretch); });
+        ForEachStretch(m_whole, m_edits, visit);
     else
-        m_text.WriteRest(sink);
+        visit(m_text.Rest());
+}
+
+void ExpandCommand::WriteText(ByteSink& sink) const
+{
+    ForEachPart([&](SubString part) { sink.Write(part); });
+}
+
+/// 0 when the output is what the run would write, else 1 after the difference has been printed.
+int ExpandCommand::CompareWithOutput() const
+{
+    xstring text;
+    ForEachPart([&](SubString part) { text += part; });
+    const std::string& path = m_options.m_output;
+    xstring there;
+    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
+    const bool isThere = file.IsOpen();
+    if (isThere)
+        there = ReadAll(file.Get(), path);
+    else if (errno != ENOENT)
+        throw MakeFileError("read", path, errno);
+    if (isThere && there == text)
+        return 0;
+    const std::string difference =
+        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path + "\t(expanded)", text);
+    WriteStandardOutput([&](ByteSink& sink) { sink.Write(difference); });
+    return 1;
 }
 
 /// Null is standard output.

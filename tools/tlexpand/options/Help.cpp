@@ -21,6 +21,8 @@ Options of an expansion:
       --lenient            take quotes, numbers and comments of other languages as text
       --keep-imports       keep the text of import directives in the output
       --keep-unchanged     leave an output file alone whose bytes would be the same
+      --check              write nothing: compare the FILE of -o with the expansion and
+                           print the difference, exit status 1, when there is one
       --map FILE           write the map from the output to the sources as JSON
       --map-runs           join what continues each other in the map
       --source-map FILE    write a source map, version 3

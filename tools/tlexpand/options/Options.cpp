@@ -19,6 +19,7 @@ enum ELongOption
     OPT_KEEP_IMPORTS,
     OPT_LENIENT,
     OPT_KEEP_UNCHANGED,
+    OPT_CHECK,
     OPT_MAP,
     OPT_MAP_RUNS,
     OPT_VERIFY_MAP,
@@ -51,6 +52,7 @@ constexpr option s_expandTable[] = {
     {"lenient",      no_argument,       nullptr, OPT_LENIENT},
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
     {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
+    {"check",        no_argument,       nullptr, OPT_CHECK},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"map-runs",     no_argument,       nullptr, OPT_MAP_RUNS},
     {"verify-map",   no_argument,       nullptr, OPT_VERIFY_MAP},
@@ -170,6 +172,9 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
     case OPT_KEEP_UNCHANGED:
         options.m_keepUnchanged = true;
         break;
+    case OPT_CHECK:
+        options.m_check = true;
+        break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", value);
         break;
@@ -233,6 +238,10 @@ void CheckOutputs(const ExpandOptions& options)
         throw UsageError("--depend needs --depfile");
     if (!options.m_depfile && options.m_depfileTarget)
         throw UsageError("--depfile-target needs --depfile");
+    if (options.m_check && options.m_output == s_standardStream)
+        throw UsageError("--check needs -o: the file that is compared with the expansion");
+    if (options.m_check && (options.m_map || options.m_sourceMap || options.m_depfile))
+        throw UsageError("--check writes nothing: leave out --map, --source-map and --depfile");
     if (options.m_mapRuns && !options.m_map)
         throw UsageError("--map-runs needs --map");
     if (options.m_sourceMapContents && !options.m_sourceMap)

@@ -81,10 +81,11 @@ struct ExpandOptions : CommonOptions
     bool m_keepImports = false;
     bool m_lenient = false; ///< What is no token is text.
     bool m_keepUnchanged = false;
+    bool m_check = false; ///< Compare with the output that is there; write nothing.
 
     bool UsesStandardOutput() const
     {
-        return m_output == s_standardStream || m_map == s_standardStream ||
+        return m_check || m_output == s_standardStream || m_map == s_standardStream ||
                m_sourceMap == s_standardStream || m_depfile == s_standardStream;
     }
     /// Whether it must be known where each byte of output came from.

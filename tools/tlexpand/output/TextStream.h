@@ -26,7 +26,7 @@ class TextStream final : public IndentingStream
 {
 public:
     /// @param file  Gets the text as it comes. Null, or what is written directly: all is kept until
-    ///              `WriteRest`.
+    ///              `Rest`.
     /// @param whole  Gets all that comes, what is removed included; borrowed. Null: nobody wants it.
     explicit TextStream(OutputFile* file, xstring* whole = nullptr);
 
@@ -44,7 +44,7 @@ public:
     /// The text is complete.
     void Finish();
     /// What the file has not got yet.
-    void WriteRest(ByteSink& sink) const { sink.Write(Held()); }
+    SubString Rest() const { return Held(); }
     /// What was removed of all that came: sorted, disjoint, not empty.
     const std::vector<OutputRange>& Removed() const { return m_removed; }
 

@@ -1,0 +1,106 @@
+// --check: the output is compared, and nothing is written.
+#include "ToolTest.h"
+
+namespace telv::test
+{
+
+using CheckTest = ToolTest;
+
+TEST_F(CheckTest, AnOutputThatIsRightIsSilent)
+{
+    Write("main.tl", "@import \"lib.tl\"\nx\n");
+    Write("lib.tl", "@def x = {text}");
+    Expand({"-o", "out", "main.tl"});
+    EXPECT_EQ(Expand({"--check", "-o", "out", "main.tl"}), "");
+    EXPECT_EQ(Expand({"-o", "out", "main.tl", "--check"}), "");
+}
+
+TEST_F(CheckTest, TheDifferenceIsPrintedAndNothingIsWritten)
+{
+    Write("main.tl", "1\n2\n3\n4\n5\n6\n7\n8\n9\nten\n");
+    Write("out", "1\n2\n3\n4\n5\nsix\n7\n8\n9\nten");
+    const ProgramResult result = Run({"--check", "-o", "out", "main.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "--- out\n+++ out\t(expanded)\n@@ -3,8 +3,8 @@\n 3\n 4\n 5\n-six\n+6\n 7\n 8\n 9\n"
+                          "-ten\n\\ No newline at end of file\n+ten\n");
+    EXPECT_EQ(Read("out"), "1\n2\n3\n4\n5\nsix\n7\n8\n9\nten");
+    EXPECT_EQ(Names(), " main.tl out");
+}
+
+TEST_F(CheckTest, ChangesFarApartStandInHunksOfTheirOwn)
+{
+    std::string there;
+    std::string made;
+    for (int i = 1; i <= 20; ++i)
+    {
+        there += std::to_string(i) + "\n";
+        made += i == 2 ? "" : std::to_string(i) + "\n";
+        if (i == 17)
+            made += "new\n";
+    }
+    Write("main.tl", made);
+    Write("out", there);
+    EXPECT_EQ(Run({"--check", "-o", "out", "main.tl"}).out,
+              "--- out\n+++ out\t(expanded)\n@@ -1,5 +1,4 @@\n 1\n-2\n 3\n 4\n 5\n"
+              "@@ -15,6 +14,7 @@\n 15\n 16\n 17\n+new\n 18\n 19\n 20\n");
+}
+
+TEST_F(CheckTest, AnOutputThatIsNotThereIsAllNew)
+{
+    Write("main.tl", "one\ntwo\n");
+    const ProgramResult result = Run({"--check", "-o", "out", "main.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "--- /dev/null\n+++ out\t(expanded)\n@@ -0,0 +1,2 @@\n+one\n+two\n");
+    EXPECT_EQ(Names(), " main.tl");
+}
+
+TEST_F(CheckTest, AnEmptyExpansionTakesAllLines)
+{
+    Write("main.tl", "");
+    Write("out", "one\n");
+    EXPECT_EQ(Run({"--check", "-o", "out", "main.tl"}).out,
+              "--- out\n+++ out\t(expanded)\n@@ -1 +0,0 @@\n-one\n");
+}
+
+TEST_F(CheckTest, PatchMakesTheOutput)
+{
+    std::string text;
+    for (int i = 0; i < 200; ++i)
+        text += "line " + std::to_string(i * i % 17) + "\n";
+    Write("out", text);
+    Write("main.tl", "first\n" + text.substr(300, 700) + "between\n" + text.substr(200) + "last");
+    const ProgramResult result = RunShell("$TLEXPAND --check -o out main.tl > difference\n"
+                                          "patch -s out difference && cmp out main.tl");
+    EXPECT_EQ(result.status, 0) << result.out << result.err;
+}
+
+TEST_F(CheckTest, WhatTheTextPrintsIsNotPartOfTheDifference)
+{
+    Write("main.tl", "@println(seen)x\n");
+    Write("out", "y\n");
+    const ProgramResult result = Run({"--check", "-o", "out", "main.tl"});
+    EXPECT_EQ(result.err, "seen\n");
+    EXPECT_EQ(result.out, "--- out\n+++ out\t(expanded)\n@@ -1 +1 @@\n-y\n+x\n");
+}
+
+TEST_F(CheckTest, ErrorsAreThoseOfAnExpansion)
+{
+    Write("main.tl", "@fail(stop)");
+    Write("out", "y\n");
+    const ProgramResult result = Run({"--check", "-o", "out", "main.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("main.tl(1) : error : "), std::string::npos);
+    EXPECT_EQ(Read("out"), "y\n");
+}
+
+TEST_F(CheckTest, NeedsAnOutputAndNoOther)
+{
+    ExpectFailure(Run({"--check"}, "x"), 2,
+                  "tlexpand: --check needs -o: the file that is compared with the expansion" + s_hint);
+    ExpectFailure(Run({"--check", "-o", "out", "--map", "map"}, "x"), 2,
+                  "tlexpand: --check writes nothing: leave out --map, --source-map and --depfile" + s_hint);
+}
+
+} // namespace telv::test
