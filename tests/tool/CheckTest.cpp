@@ -22,8 +22,9 @@ TEST_F(CheckTest, TheDifferenceIsPrintedAndNothingIsWritten)
     const ProgramResult result = Run({"--check", "-o", "out", "main.tl"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, "--- out\n+++ out\t(expanded)\n@@ -3,8 +3,8 @@\n 3\n 4\n 5\n-six\n+6\n 7\n 8\n 9\n"
-                          "-ten\n\\ No newline at end of file\n+ten\n");
+    EXPECT_EQ(result.out,
+              "--- out\n+++ out\t(expanded)\n@@ -3,8 +3,8 @@\n 3\n 4\n 5\n-six\n+6\n 7\n 8\n 9\n"
+              "-ten\n\\ No newline at end of file\n+ten\n");
     EXPECT_EQ(Read("out"), "1\n2\n3\n4\n5\nsix\n7\n8\n9\nten");
     EXPECT_EQ(Names(), " main.tl out");
 }
@@ -98,9 +99,11 @@ TEST_F(CheckTest, ErrorsAreThoseOfAnExpansion)
 TEST_F(CheckTest, NeedsAnOutputAndNoOther)
 {
     ExpectFailure(Run({"--check"}, "x"), 2,
-                  "tlexpand: --check needs -o: the file that is compared with the expansion" + s_hint);
+                  "tlexpand: --check needs -o: the file that is compared with the expansion" +
+                      s_hint);
     ExpectFailure(Run({"--check", "-o", "out", "--map", "map"}, "x"), 2,
-                  "tlexpand: --check writes nothing: leave out --map, --source-map and --depfile" + s_hint);
+                  "tlexpand: --check writes nothing: leave out --map, --source-map and --depfile" +
+                      s_hint);
 }
 
 } // namespace telv::test

@@ -51,12 +51,12 @@ private:
 class ExpandCommand
 {
 public:
-    explicit ExpandCommand(const ExpandOptions& options)
+    ExpandCommand(const ExpandOptions& options, ImportTexts& texts)
         : m_options(options), m_outputs(options), m_mapStyle(MakeMapStyle(options)),
           m_sourceMapStyle(MakeSourceMapStyle(options)),
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
-          m_handler(m_sources, m_run, options.m_importPaths),
+          m_handler(m_sources, m_run, options.m_importPaths, texts),
           m_text(options.m_lineFormat || options.m_check ? nullptr : m_outputs.m_text,
                  options.NeedsPieces() ? &m_whole : nullptr)
     {
@@ -236,14 +236,10 @@ void ExpandCommand::SetContents()
     SetContent(m_outputs.m_text, [this](ByteSink& sink) { WriteText(sink); });
     if (m_options.m_map)
         SetContent(m_outputs.m_map,
-                   [this](ByteSink& sink) {
-                       WriteMap(sink, Written(), m_mapStyle);
-                   });
+                   [this](ByteSink& sink) { WriteMap(sink, Written(), m_mapStyle); });
     if (m_options.m_sourceMap)
         SetContent(m_outputs.m_sourceMap,
-                   [this](ByteSink& sink) {
-                       WriteSourceMap(sink, Written(), m_sourceMapStyle);
-                   });
+                   [this](ByteSink& sink) { WriteSourceMap(sink, Written(), m_sourceMapStyle); });
     if (m_options.m_depfile)
         SetContent(m_outputs.m_depfile,
                    [this](ByteSink& sink)
@@ -265,9 +261,9 @@ std::vector<std::string> ExpandCommand::Dependencies() const
 
 } // namespace
 
-int RunExpandCommand(const ExpandOptions& options)
+int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts)
 {
-    return ExpandCommand(options).Run();
+    return ExpandCommand(options, texts).Run();
 }
 
 } // namespace telv::tool

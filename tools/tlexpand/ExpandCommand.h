@@ -1,16 +1,17 @@
 // The command `tlexpand [OPTIONS] [FILE]`.
 #pragma once
 
+#include "input/ImportTexts.h"
 #include "options/Options.h"
 
 namespace telv::tool
 {
 
-/// Expands as the options say; the exit status 0, or 1 after an error in the source text, which has
-/// been reported.
+/// Expands as the options say, with the imports' texts of earlier runs; the exit status 0, or 1
+/// after an error in the source text, which has been reported.
 ///
 /// @throws UsageError  Outputs that are one file, or a file that is read.
 /// @throws FileError
-int RunExpandCommand(const ExpandOptions& options);
+int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts);
 
 } // namespace telv::tool

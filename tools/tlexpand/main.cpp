@@ -2,15 +2,16 @@
 //
 // Here is what comes before and after the work: the environment that a caller may have left in any
 // state, the choice of the command, and the exit status.
+#include "BatchCommand.h"
 #include "Cleanup.h"
-#include "report/Diagnostics.h"
 #include "ExpandCommand.h"
 #include "Files.h"
 #include "LargeStack.h"
-#include "options/Options.h"
-#include "output/OutputFile.h"
 #include "ProjectCommand.h"
 #include "WhereCommand.h"
+#include "options/Options.h"
+#include "output/OutputFile.h"
+#include "report/Diagnostics.h"
 #include <cstring>
 #include <new>
 
@@ -35,7 +36,10 @@ int RunExpand(int argc, char** argv)
         return PrintAndSucceed(s_expandHelp);
     if (options.m_version)
         return PrintAndSucceed(s_version);
-    return RunExpandCommand(options);
+    if (IsBatch(options))
+        return RunBatchCommand(options);
+    ImportTexts texts;
+    return RunExpandCommand(options, texts);
 }
 
 int RunProject(int argc, char** argv)

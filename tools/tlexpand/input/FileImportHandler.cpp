@@ -68,8 +68,9 @@ private:
 };
 
 FileImportHandler::FileImportHandler(Sources& sources, ExpansionRun& run,
-                                     const std::vector<std::string>& importPaths)
-    : m_sources(sources), m_run(run), m_importPaths(importPaths)
+                                     const std::vector<std::string>& importPaths,
+                                     ImportTexts& texts)
+    : m_sources(sources), m_run(run), m_importPaths(importPaths), m_texts(texts)
 {
 }
 
@@ -81,15 +82,16 @@ FileImportHandler::~FileImportHandler()
         (*input)->m_frame.reset();
 }
 
-FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name, InputText text,
+FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
+                                                      std::shared_ptr<const InputText> text,
                                                       const char* importPos)
 {
     Input& input = *m_inputs.emplace_back(std::make_unique<Input>());
     input.m_name = name;
     input.m_path = name;
     input.m_text = std::move(text);
-    m_sources.Add(name, input.m_text.Text(), importPos);
-    RunState::Of(m_run).AddText({ViewOf(input.m_name), input.m_text.Text(), nullptr});
+    m_sources.Add(name, input.m_text->Text(), importPos);
+    RunState::Of(m_run).AddText({ViewOf(input.m_name), input.m_text->Text(), nullptr});
     return input;
 }
 
@@ -110,7 +112,8 @@ void FileImportHandler::ReadMain(const std::string& path)
     std::optional<FileStamp> stamp;
     if (isRegular)
         stamp = FileStamp(status);
-    Input& input = AddInput(name, InputText::Read(fd, name), nullptr);
+    Input& input =
+        AddInput(name, std::make_shared<const InputText>(InputText::Read(fd, name)), nullptr);
     if (stamp)
         Know(input, *stamp);
 }
@@ -149,12 +152,13 @@ void FileImportHandler::Evaluate(const std::string& text)
     std::string name = "<command line";
     if (m_countOfTexts > 1)
         name.append(" ").append(std::to_string(m_countOfTexts));
-    const Input& input = AddInput(name.append(">"), InputText(xstring(ViewOf(text))), nullptr);
+    const Input& input = AddInput(
+        name.append(">"), std::make_shared<const InputText>(xstring(ViewOf(text))), nullptr);
     // The directives are the words `import` and `importpath` at the outer level of the text.
     FileScopeVarFrame& frame =
         m_prelude.StartText(/*mayImport=*/text.find("import") != std::string::npos);
     const ActiveScope scope(*this, input, frame);
-    ExpandForDefinitions(*this, frame, input.m_text.Text());
+    ExpandForDefinitions(*this, frame, input.m_text->Text());
     m_prelude.FinishText();
 }
 
@@ -167,7 +171,7 @@ void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, Expande
     m_mainText = text;
     m_mainIndent = dstIndent;
     const ActiveScope scope(*this, input, *m_mainFrame);
-    const SubString whole = input.m_text.Text();
+    const SubString whole = input.m_text->Text();
     const SubString source = WithoutByteOrderMark(whole);
     if (source.begin() != whole.begin())
     {
@@ -245,7 +249,19 @@ FileImportHandler::Input* FileImportHandler::FindKnown(const std::string& path, 
     const xstring text = ReadAll(fd, path);
     if (lseek(fd, 0, SEEK_SET) != 0)
         return nullptr;
-    return SubString(text) == input.m_text.Text() ? &input : nullptr;
+    return SubString(text) == input.m_text->Text() ? &input : nullptr;
+}
+
+/// The text of an open file, read unless an earlier run has read it.
+std::shared_ptr<const InputText> FileImportHandler::ReadImport(const std::string& path, int fd,
+                                                               const struct stat& status)
+{
+    if (auto known = m_texts.Find(status))
+        return known;
+    const FileStamp stamp(status);
+    auto text = std::make_shared<const InputText>(InputText::Read(fd, path));
+    m_texts.Keep(stamp, text);
+    return text;
 }
 
 /// The file at `path`, read unless it was read before; null when it can't be read.
@@ -264,7 +280,7 @@ try
     }
     const FileStamp stamp(status);
     const std::string name = path.starts_with('/') ? path : JoinPath("", path);
-    Input& input = AddInput(name, InputText::Read(fd.Get(), path), importPos);
+    Input& input = AddInput(name, ReadImport(path, fd.Get(), status), importPos);
     input.m_path = path;
     Know(input, stamp);
     NotePath(input, fd.Get(), path);
@@ -295,7 +311,7 @@ void FileImportHandler::ExpandImport(Input& input)
     input.m_frame = std::make_unique<FileScopeVarFrame>();
     m_prelude.MakeVisibleIn(*input.m_frame);
     const ActiveScope scope(*this, input, *input.m_frame);
-    ExpandForDefinitions(*this, *input.m_frame, WithoutByteOrderMark(input.m_text.Text()));
+    ExpandForDefinitions(*this, *input.m_frame, WithoutByteOrderMark(input.m_text->Text()));
     m_expanded.push_back(&input);
 }
 
@@ -314,7 +330,7 @@ bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
 /// when the name is too long.
 bool FileImportHandler::RemoveImport(const xstring& path, const char* pos)
 {
-    SubString rest(pos, m_active.back().m_input->m_text.Text().end());
+    SubString rest(pos, m_active.back().m_input->m_text->Text().end());
     const LSToken token = LsScanToken(rest, false);
     if (token.m_type != TOKEN_LEFT_PAREN)
     {
@@ -347,7 +363,7 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
 void FileImportHandler::CheckUnchanged() const
 {
     for (const auto& input : m_inputs)
-        if (input->m_text.HasChanged(input->m_path))
+        if (input->m_text != nullptr && input->m_text->HasChanged(input->m_path))
             throw FileError("can't read '" + input->m_name + "': it changed while it was read");
 }
 

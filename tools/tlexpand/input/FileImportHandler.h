@@ -8,6 +8,7 @@
 
 #include "Files.h"
 #include "input/FileStamp.h"
+#include "input/ImportTexts.h"
 #include "input/InputText.h"
 #include "input/Prelude.h"
 #include "input/Sources.h"
@@ -39,8 +40,10 @@ class FileImportHandler final : public ImportHandler
 {
 public:
     /// Everything is borrowed and must outlive this object. Files are made known to both.
+    ///
+    /// @param texts  Of imports that were read before; those that are read now are kept there too.
     FileImportHandler(Sources& sources, ExpansionRun& run,
-                      const std::vector<std::string>& importPaths);
+                      const std::vector<std::string>& importPaths, ImportTexts& texts);
     ~FileImportHandler();
 
     /// Reads the main file; "-" is standard input. To be called first.
@@ -82,10 +85,10 @@ private:
     /// A text that was read, and its frame.
     struct Input
     {
-        InputText m_text;
-        std::optional<FileIdentity> m_identity; ///< Of a regular file.
-        std::optional<FileStamp> m_stamp;       ///< The same, as it was read.
-        std::string m_name;                     ///< As it is shown.
+        std::shared_ptr<const InputText> m_text; ///< Null for a list.
+        std::optional<FileIdentity> m_identity;  ///< Of a regular file.
+        std::optional<FileStamp> m_stamp;        ///< The same, as it was read.
+        std::string m_name;                      ///< As it is shown.
         std::string m_path; ///< As it was opened: its directory is that of its imports.
         std::vector<std::string>
             m_paths; ///< By which it was reached as an import; see ImportedPaths.
@@ -103,7 +106,10 @@ private:
 
     class ActiveScope;
 
-    Input& AddInput(const std::string& name, InputText text, const char* importPos);
+    Input& AddInput(const std::string& name, std::shared_ptr<const InputText> text,
+                    const char* importPos);
+    std::shared_ptr<const InputText> ReadImport(const std::string& path, int fd,
+                                                const struct stat& status);
     std::string ExpandName(const xstring& name, const char* pos) const;
     std::optional<std::string> FindPath(const std::string& name) const;
     void Know(Input& input, const FileStamp& stamp);
@@ -121,6 +127,7 @@ private:
     Sources& m_sources;
     ExpansionRun& m_run;
     const std::vector<std::string>& m_importPaths;
+    ImportTexts& m_texts;
     std::vector<std::unique_ptr<Input>> m_inputs; ///< The main file first.
     Prelude m_prelude;                            ///< Views inputs.
     std::vector<Input*> m_expanded;               ///< Imports, in the order of being finished.

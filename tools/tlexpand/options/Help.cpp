@@ -6,6 +6,7 @@ namespace telv::tool
 
 const char* const s_expandHelp =
     R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
+       tlexpand [OPTIONS] --out-dir DIR [--batch LIST] [FILE...]
        tlexpand project [OPTIONS] [FILE]  read a project file and print it as JSON
        tlexpand where [OPTIONS] MAP PLACE say where a place of an output came from
 
@@ -23,6 +24,11 @@ Options of an expansion:
       --keep-unchanged     leave an output file alone whose bytes would be the same
       --check              write nothing: compare the FILE of -o with the expansion and
                            print the difference, exit status 1, when there is one
+      --batch LIST         expand the files that LIST names, one a line, each with its own
+                           outcome; a tab and the name of its output may stand behind it
+      --out-dir DIR        where the outputs of several FILEs or of a LIST go, without '.tl'
+  -j, --jobs N             expand them in N processes (default: 1)
+      --keep-going         go on after one that failed
       --map FILE           write the map from the output to the sources as JSON
       --map-runs           join what continues each other in the map
       --source-map FILE    write a source map, version 3

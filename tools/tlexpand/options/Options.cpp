@@ -1,7 +1,7 @@
 // Tables of the options, and what each of them sets.
 #include "options/Options.h"
-#include "options/OptionValues.h"
 #include "Files.h"
+#include "options/OptionValues.h"
 #include "options/OptionWalk.h"
 
 namespace telv::tool
@@ -20,6 +20,9 @@ enum ELongOption
     OPT_LENIENT,
     OPT_KEEP_UNCHANGED,
     OPT_CHECK,
+    OPT_BATCH,
+    OPT_OUT_DIR,
+    OPT_KEEP_GOING,
     OPT_MAP,
     OPT_MAP_RUNS,
     OPT_VERIFY_MAP,
@@ -53,6 +56,10 @@ constexpr option s_expandTable[] = {
     {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
     {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
     {"check",        no_argument,       nullptr, OPT_CHECK},
+    {"batch",        required_argument, nullptr, OPT_BATCH},
+    {"out-dir",      required_argument, nullptr, OPT_OUT_DIR},
+    {"jobs",         required_argument, nullptr, 'j'},
+    {"keep-going",   no_argument,       nullptr, OPT_KEEP_GOING},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"map-runs",     no_argument,       nullptr, OPT_MAP_RUNS},
     {"verify-map",   no_argument,       nullptr, OPT_VERIFY_MAP},
@@ -89,16 +96,22 @@ constexpr option s_projectTable[] = {
     {nullptr, 0, nullptr, 0}};
 // clang-format on
 
-constexpr const char* s_expandLetters = "-:o:I:D:E:Vh";
+constexpr const char* s_expandLetters = "-:o:I:D:E:j:Vh";
 constexpr const char* s_projectLetters = "-:I:D:Vh";
 
 void SetFile(CommonOptions& options, const char* file)
 {
-    if (!options.m_file.empty())
-        throw UsageError("more than one file: '" + options.m_file + "' and '" + file + "'");
     if (*file == '\0')
         throw UsageError("the name of the file is empty");
-    options.m_file = file;
+    options.m_files.emplace_back(file);
+    options.m_file = options.m_files.front();
+}
+
+void RefuseMoreFiles(const CommonOptions& options)
+{
+    if (options.m_files.size() > 1)
+        throw UsageError("more than one file: '" + options.m_files[0] + "' and '" +
+                         options.m_files[1] + "'");
 }
 
 /// Handles what both commands understand; false for another code.
@@ -175,6 +188,18 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
     case OPT_CHECK:
         options.m_check = true;
         break;
+    case OPT_BATCH:
+        options.m_batch = ParseFileName("--batch", value);
+        break;
+    case OPT_OUT_DIR:
+        options.m_outDirectory = ParseFileName("--out-dir", value);
+        break;
+    case 'j':
+        options.m_jobs = ParseCount("-j", value);
+        break;
+    case OPT_KEEP_GOING:
+        options.m_keepGoing = true;
+        break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", value);
         break;
@@ -230,8 +255,32 @@ Options ParseArguments(int argc, char** argv, const char* letters, const option*
     return options;
 }
 
+/// Whether many files are asked for; then what concerns one output makes no sense.
+bool CheckBatch(const ExpandOptions& options)
+{
+    if (!options.m_batch && !options.m_outDirectory)
+    {
+        if (options.m_jobs != 1 || options.m_keepGoing)
+            throw UsageError("-j and --keep-going are for many files: give --batch or --out-dir");
+        RefuseMoreFiles(options);
+        return false;
+    }
+    if (options.m_output != s_standardStream || options.m_map || options.m_depfile ||
+        options.m_check || options.m_sourceMap)
+        throw UsageError(
+            "-o, --map, --source-map, --depfile and --check are for one file; with many, "
+            "outputs are named by --out-dir or by the list");
+    if (options.m_jobs < 1)
+        throw UsageError("-j wants at least one process");
+    if (options.m_files.empty() && !options.m_batch)
+        throw UsageError("there is no file for --out-dir");
+    return true;
+}
+
 void CheckOutputs(const ExpandOptions& options)
 {
+    if (CheckBatch(options))
+        return;
     if (options.m_depfile && options.m_output == s_standardStream)
         throw UsageError("--depfile needs -o: a dependency file says what the output depends on");
     if (!options.m_depfile && !options.m_dependencies.empty())
@@ -283,6 +332,7 @@ ProjectOptions ParseProjectOptions(int argc, char** argv)
         ParseArguments(argc, argv, s_projectLetters, s_projectTable, SetProjectOption);
     if (options.m_file.empty())
         options.m_file = s_standardStream;
+    RefuseMoreFiles(options);
     return options;
 }
 

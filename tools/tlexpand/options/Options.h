@@ -45,7 +45,8 @@ struct Definition
 /// What both commands understand.
 struct CommonOptions
 {
-    std::string m_file; ///< "-" is standard input.
+    std::string m_file; ///< "-" is standard input. The first one, when there are more.
+    std::vector<std::string> m_files; ///< All of them.
     std::vector<std::string> m_importPaths;
     std::vector<Definition> m_definitions; ///< In the order of the command line.
     Colour m_colour = Colour::Auto;
@@ -68,8 +69,8 @@ struct ExpandOptions : CommonOptions
 {
     std::string m_output = s_standardStream;
     std::optional<std::string> m_map;
-    bool m_mapRuns = false;   ///< Join what continues each other.
-    bool m_verifyMap = false; ///< Check the laws of the map.
+    bool m_mapRuns = false;                  ///< Join what continues each other.
+    bool m_verifyMap = false;                ///< Check the laws of the map.
     std::optional<std::string> m_lineFormat; ///< Of line directives; without it there are none.
     std::optional<std::string> m_sourceMap;
     bool m_sourceMapContents = false;
@@ -81,6 +82,10 @@ struct ExpandOptions : CommonOptions
     bool m_keepImports = false;
     bool m_lenient = false; ///< What is no token is text.
     bool m_keepUnchanged = false;
+    std::optional<std::string> m_batch;        ///< A list of files.
+    std::optional<std::string> m_outDirectory; ///< For the outputs of many files.
+    ssize_t m_jobs = 1;                        ///< Processes that expand them.
+    bool m_keepGoing = false;                  ///< After a file that failed.
     bool m_check = false; ///< Compare with the output that is there; write nothing.
 
     bool UsesStandardOutput() const

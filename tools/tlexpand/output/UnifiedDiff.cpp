@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Lines that both texts begin or end with are put aside. Between them the greedy algorithm of Myers finds
-// a shortest way: after d changes it knows, for each diagonal k (lines of the first text less lines of the
-// second), how far one can get; the states of all rounds lead back from the end.
+// Lines that both texts begin or end with are put aside. Between them the greedy algorithm of Myers
+// finds a shortest way: after d changes it knows, for each diagonal k (lines of the first text less
+// lines of the second), how far one can get; the states of all rounds lead back from the end.
 #include "output/UnifiedDiff.h"
 #include <algorithm>
 #include <vector>
@@ -23,10 +23,8 @@ Lines CutLines(SubString text)
     Lines lines;
     while (!text.empty())
     {
-        const void* const feed =
-            std::memchr(text.m_p1, '\n', static_cast<size_t>(text.size()));
-        const char* const end =
-            feed == nullptr ? text.m_p2 : static_cast<const char*>(feed) + 1;
+        const void* const feed = std::memchr(text.m_p1, '\n', static_cast<size_t>(text.size()));
+        const char* const end = feed == nullptr ? text.m_p2 : static_cast<const char*>(feed) + 1;
         lines.emplace_back(text.m_p1, end);
         text.m_p1 = end;
     }

@@ -15,6 +15,8 @@ namespace telv::tool
 namespace
 {
 
+bool s_pythonHasRun = false;
+
 /// What an exception said, and where.
 struct Failure
 {
@@ -88,6 +90,7 @@ bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sour
     const char* lastPython = nullptr;
     run.m_pythonBegins = [&]
     {
+        s_pythonHasRun = true;
         printed.Flush();
         if (const char* const pos = run.CurrentPosition())
             lastPython = pos;
@@ -110,6 +113,11 @@ bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sour
     error.m_description.swap(failure->m_description);
     diagnostics.Report(error, &run);
     return false;
+}
+
+bool PythonHasRun()
+{
+    return s_pythonHasRun;
 }
 
 } // namespace telv::tool

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+// Many files in one run: each is expanded as by a run of its own.
+#include "ToolTest.h"
+
+namespace telv::test
+{
+
+using BatchTest = ToolTest;
+
+TEST_F(BatchTest, OutputsLieBelowTheDirectoryWithoutTheSuffix)
+{
+    Write("a.txt.tl", "a @(1 + 1)");
+    Write("sub/b.txt", "b");
+    Write("sub/c.tl", "c");
+    Expand({"--out-dir", "out", "a.txt.tl", "./sub/b.txt", Path("sub/c.tl")});
+    EXPECT_EQ(Read("out/a.txt"), "a 2");
+    EXPECT_EQ(Read("out/sub/b.txt"), "b");
+    EXPECT_EQ(Read("out/c"), "c");
+}
+
+TEST_F(BatchTest, AListNamesInputsAndOutputs)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "b");
+    Write("c d.tl", "c");
+    Write("list", "# inputs\n\na.tl\tplace/x\r\nb.tl\nc d.tl");
+    Expand({"--batch", "list", "--out-dir", "out"});
+    EXPECT_EQ(Read("place/x"), "a");
+    EXPECT_EQ(Read("out/b"), "b");
+    EXPECT_EQ(Read("out/c d"), "c");
+    Expand({"--batch", "-"}, "a.tl\tfrom input\n");
+    EXPECT_EQ(Read("from input"), "a");
+}
+
+TEST_F(BatchTest, FilesDoNotSeeEachOther)
+{
+    Write("lib.tl", "@def shared = {library _V_}");
+    Write("a.tl", "@import \"lib.tl\"\n@def own = {defined}\nshared own");
+    Write("b.tl", "shared own");
+    Write("c.tl", "@import \"lib.tl\"\nshared own");
+    Expand({"--out-dir", "out", "-D", "V=1", "a.tl", "b.tl", "c.tl"});
+    EXPECT_EQ(Read("out/a"), "library 1 defined");
+    EXPECT_EQ(Read("out/b"), "shared own");
+    EXPECT_EQ(Read("out/c"), "library 1 own");
+}
+
+#if TELV_HAS_PYTHON
+TEST_F(BatchTest, PythonStartsAnewForEachFile)
+{
+    Write("a.tl", "@runpython{x = 1}@defpython v = {x}v");
+    Write("c.tl", "@defpython v = {str('x' in globals())}v");
+    Expand({"--out-dir", "out", "a.tl", "c.tl"});
+    EXPECT_EQ(Read("out/a"), "1");
+    EXPECT_EQ(Read("out/c"), "False");
+}
+#endif
+
+TEST_F(BatchTest, SeveralProcessesMakeTheSame)
+{
+    std::string list;
+    for (int i = 0; i < 60; ++i)
+    {
+        const std::string name = "f" + std::to_string(i);
+        Write(name + ".tl",
+              "@for(x in [a, b]){x" + std::to_string(i) + " }@(" + std::to_string(i) + " * 2)");
+        list += name + ".tl\n";
+    }
+    Write("list", list);
+    Expand({"--batch", "list", "--out-dir", "one"});
+    Expand({"--batch", "list", "--out-dir", "four", "-j", "4"});
+    for (int i = 0; i < 60; ++i)
+    {
+        const std::string name = "/f" + std::to_string(i);
+        EXPECT_NE(Read("one" + name), "(none)");
+        EXPECT_EQ(Read("one" + name), Read("four" + name));
+    }
+}
+
+TEST_F(BatchTest, StopsAtTheFirstFailure)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "@fail(stop)");
+    Write("c.tl", "c");
+    const ProgramResult result = Run({"--out-dir", "out", "a.tl", "b.tl", "c.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.substr(result.err.find("tlexpand:")),
+              "tlexpand: 1 of 3 files failed, 1 not tried (--keep-going tries them):\n  b.tl\n");
+    EXPECT_EQ(Read("out/a"), "a");
+    EXPECT_EQ(Read("out/b"), "(none)");
+    EXPECT_EQ(Read("out/c"), "(none)");
+}
+
+TEST_F(BatchTest, KeepsGoing)
+{
+    Write("a.tl", "@fail(stop)");
+    Write("b.tl", "b");
+    Write("c.tl", "@(1 / 0)");
+    Write("out/a", "earlier");
+    const ProgramResult result = Run({"--out-dir", "out", "--keep-going", "a.tl", "b.tl", "c.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("a.tl(1) : error : "), std::string::npos);
+    EXPECT_NE(result.err.find("c.tl(1) : error : Division by zero"), std::string::npos);
+    EXPECT_NE(result.err.find("tlexpand: 2 of 3 files failed:\n  a.tl\n  c.tl\n"),
+              std::string::npos);
+    EXPECT_EQ(Read("out/a"), "earlier");
+    EXPECT_EQ(Read("out/b"), "b");
+}
+
+TEST_F(BatchTest, MistakesInTheListCostNothing)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "b");
+    Write("missing", "a.tl\tx\nnone.tl\ty\nnever.tl\tz\n");
+    ExpectFailure(Run({"--batch", "missing"}), 2,
+                  "tlexpand: missing(2): can't read 'none.tl': No such file or directory\n"
+                  "missing(3): can't read 'never.tl': No such file or directory\n");
+    Write("same", "a.tl\tx\nb.tl\t./x\n");
+    ExpectFailure(Run({"--batch", "same"}), 2,
+                  "tlexpand: same(2): 'a.tl' and 'b.tl' have the same output './x'" + s_hint);
+    Write("over", "a.tl\tb.tl\nb.tl\tx\n");
+    ExpectFailure(Run({"--batch", "over"}), 2,
+                  "tlexpand: over(2): 'b.tl' is the output of 'a.tl'" + s_hint);
+    Write("bare", "a.tl\n");
+    ExpectFailure(
+        Run({"--batch", "bare"}), 2,
+        "tlexpand: bare(1): no output for 'a.tl': give --out-dir, or name the output behind a "
+        "tab in the list" +
+            s_hint);
+    EXPECT_EQ(Names(), " a.tl b.tl bare missing over same");
+}
+
+TEST_F(BatchTest, AnEmptyListIsDone)
+{
+    Write("list", "# nothing\n");
+    Expand({"--batch", "list"});
+}
+
+TEST_F(BatchTest, OptionsForOneFileAreRefused)
+{
+    Write("a.tl", "a");
+    const std::string one =
+        "tlexpand: -o, --map, --source-map, --depfile and --check are for one file; with many, "
+        "outputs are named by --out-dir or by the list" +
+        s_hint;
+    ExpectFailure(Run({"--out-dir", "out", "-o", "x", "a.tl"}), 2, one);
+    ExpectFailure(Run({"--out-dir", "out", "--map", "x", "a.tl"}), 2, one);
+    ExpectFailure(Run({"-j", "2", "a.tl"}), 2,
+                  "tlexpand: -j and --keep-going are for many files: give --batch or --out-dir" +
+                      s_hint);
+    ExpectFailure(Run({"--out-dir", "out", "-"}), 2,
+                  "tlexpand: standard input can't be one of many files" + s_hint);
+    ExpectFailure(Run({"--out-dir", "out"}), 2,
+                  "tlexpand: there is no file for --out-dir" + s_hint);
+}
+
+} // namespace telv::test

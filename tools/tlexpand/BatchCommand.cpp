@@ -1,0 +1,268 @@
+// A supervisor that expands nothing itself, and workers that take the next file as long as there is
+// one. What they tell each other stands in shared memory: the next file, and what became of each.
+//
+// A worker keeps nothing from one file to the next but the texts of imports. Python code can leave
+// traces that later files would see: after a file that used it the worker ends, and another takes
+// its place, as for one that died.
+#include "BatchCommand.h"
+#include "Cleanup.h"
+#include "ExpandCommand.h"
+#include "Files.h"
+#include "input/FileList.h"
+#include "report/Diagnostics.h"
+#include "report/GuardedRun.h"
+#include <atomic>
+#include <new>
+#include <set>
+#include <string>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// What became of a file: its exit status, or this, or the negative process id of the worker that
+/// has it.
+constexpr pid_t s_waits = -1;
+
+constexpr size_t s_mostNames = 20;
+constexpr useconds_t s_progressMicroseconds = 100'000;
+
+using State = std::atomic<pid_t>;
+static_assert(State::is_always_lock_free && std::atomic<size_t>::is_always_lock_free);
+
+/// Lies in memory that the processes share.
+struct SharedState
+{
+    std::atomic<size_t> m_next = 0;
+    std::atomic<size_t> m_done = 0;
+    std::atomic<bool> m_stop = false;
+};
+
+class Batch
+{
+public:
+    Batch(const ExpandOptions& options, const std::vector<BatchJob>& jobs);
+    ~Batch() { munmap(m_memory, m_size); }
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+
+    int Run();
+
+private:
+    bool HasMore() const { return !m_shared->m_stop && m_shared->m_next < m_jobs.size(); }
+    void StartWorker();
+    [[noreturn]] void Work();
+    int RunJob(const BatchJob& job);
+    void WaitForWorkers();
+    void NoteEnd(pid_t worker, int status);
+    void NoteResult(size_t index, int status);
+    void ShowProgress(bool isLast) const;
+    int Report() const;
+
+    ExpandOptions m_options; ///< Of the file at hand, in a worker.
+    ImportTexts m_texts;
+    const std::vector<BatchJob>& m_jobs;
+    size_t m_size;
+    void* m_memory;
+    SharedState* m_shared;
+    State* m_states;
+    std::set<pid_t> m_workers;
+    bool m_showsProgress;
+};
+
+Batch::Batch(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
+    : m_options(options), m_jobs(jobs), m_size(sizeof(SharedState) + jobs.size() * sizeof(State)),
+      m_memory(mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
+      m_showsProgress(isatty(STDERR_FILENO) == 1)
+{
+    if (m_memory == MAP_FAILED)
+        throw std::bad_alloc();
+    m_options.m_files.clear();
+    m_shared = ::new (m_memory) SharedState;
+    m_states = reinterpret_cast<State*>(m_shared + 1);
+    for (size_t i = 0; i < jobs.size(); ++i)
+        ::new (m_states + i) State(s_waits);
+}
+
+void Batch::StartWorker()
+{
+    const pid_t supervisor = getpid();
+    const pid_t pid = fork();
+    if (pid < 0)
+    {
+        if (m_workers.empty())
+            throw MakeFileError("start", "a process", errno);
+        return;
+    }
+    if (pid > 0)
+    {
+        m_workers.insert(pid);
+        return;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != supervisor)
+        _exit(2);
+    Work();
+}
+
+void Batch::Work()
+{
+    InstallSignalHandlers(); // Temporary files are this process's own.
+    HandleSignalsHere();
+    while (!m_shared->m_stop && !PythonHasRun())
+    {
+        const size_t index = m_shared->m_next++;
+        if (index >= m_jobs.size())
+            break;
+        m_states[index] = -getpid();
+        NoteResult(index, RunJob(m_jobs[index]));
+    }
+    _exit(0);
+}
+
+void Batch::NoteResult(size_t index, int status)
+{
+    m_states[index] = status;
+    ++m_shared->m_done;
+    if (status != 0 && !m_options.m_keepGoing)
+        m_shared->m_stop = true;
+}
+
+int Batch::RunJob(const BatchJob& job)
+{
+    m_options.m_file = job.m_input;
+    m_options.m_output = job.m_output;
+    try
+    {
+        return RunExpandCommand(m_options, m_texts);
+    }
+    catch (const std::bad_alloc&)
+    {
+        ReportToolError(job.m_place + job.m_input + ": Out of memory");
+        return 1;
+    }
+    catch (const std::exception& e)
+    {
+        ReportToolError(job.m_place + e.what());
+        return 2;
+    }
+}
+
+/// A worker has ended. The file that it had, if any, has failed: the worker was killed, or has
+/// ended itself after a message.
+void Batch::NoteEnd(pid_t worker, int status)
+{
+    if (m_workers.erase(worker) == 0)
+        return; // A child of whoever was this process before it became the tool.
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
+        return;
+    for (size_t i = 0; i < m_jobs.size(); ++i)
+    {
+        if (m_states[i] != -worker)
+            continue;
+        if (WIFSIGNALED(status))
+            ReportToolError(m_jobs[i].m_place + m_jobs[i].m_input +
+                            ": the process that expanded it was ended by signal " +
+                            std::to_string(WTERMSIG(status)));
+        NoteResult(i, WIFEXITED(status) ? WEXITSTATUS(status) : 2);
+    }
+}
+
+void Batch::WaitForWorkers()
+{
+    while (!m_workers.empty())
+    {
+        int status = 0;
+        const pid_t pid = waitpid(-1, &status, m_showsProgress ? WNOHANG : 0);
+        if (pid > 0)
+        {
+            NoteEnd(pid, status);
+            if (HasMore())
+                StartWorker();
+        }
+        else if (pid == 0)
+        {
+            ShowProgress(/*isLast=*/false);
+            usleep(s_progressMicroseconds);
+        }
+        else if (errno != EINTR)
+            break;
+    }
+}
+
+/// One line that is written again and again, and goes at the end.
+void Batch::ShowProgress(bool isLast) const
+{
+    if (!m_showsProgress)
+        return;
+    const std::string line = isLast ? "\r\033[K"
+                                    : "\r[" + std::to_string(m_shared->m_done) + "/" +
+                                          std::to_string(m_jobs.size()) + "]\033[K";
+    WriteAll(STDERR_FILENO, ViewOf(line));
+}
+
+int Batch::Report() const
+{
+    int largest = 0;
+    size_t failed = 0;
+    size_t skipped = 0;
+    std::string names;
+    for (size_t i = 0; i < m_jobs.size(); ++i)
+    {
+        const int status = m_states[i];
+        if (status < 0)
+            ++skipped;
+        else if (status != 0)
+        {
+            largest = std::max(largest, status);
+            if (failed++ < s_mostNames)
+                names += "\n  " + m_jobs[i].m_input;
+        }
+    }
+    if (failed == 0)
+        return 0;
+    if (failed > s_mostNames)
+        names += "\n  ... and " + std::to_string(failed - s_mostNames) + " more";
+    std::string text =
+        std::to_string(failed) + " of " + std::to_string(m_jobs.size()) + " files failed";
+    if (skipped > 0)
+        text += ", " + std::to_string(skipped) + " not tried (--keep-going tries them)";
+    ReportToolError(text + ":" + names);
+    return largest;
+}
+
+int Batch::Run()
+{
+    const size_t wanted = std::min(static_cast<size_t>(m_options.m_jobs), m_jobs.size());
+    while (m_workers.size() < wanted && HasMore())
+    {
+        const size_t before = m_workers.size();
+        StartWorker();
+        if (m_workers.size() == before)
+            break;
+    }
+    WaitForWorkers();
+    ShowProgress(/*isLast=*/true);
+    return Report();
+}
+
+} // namespace
+
+bool IsBatch(const ExpandOptions& options)
+{
+    return options.m_batch || options.m_outDirectory;
+}
+
+int RunBatchCommand(const ExpandOptions& options)
+{
+    const std::vector<BatchJob> jobs = MakeBatch(options);
+    return Batch(options, jobs).Run();
+}
+
+} // namespace telv::tool

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+// A list has one input a line, and behind a tab the output, when that is not in the --out-dir.
+// Everything is looked at before anything is expanded: a mistake in line 9,000 costs nothing.
+#include "input/FileList.h"
+#include "Files.h"
+#include <fcntl.h>
+#include <filesystem>
+#include <map>
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr size_t s_mostMessages = 20;
+
+/// The output of an input below the --out-dir: the same place when the input lies below the
+/// directory of the start, else its name; without the suffix ".tl".
+std::string OutputIn(const std::string& directory, const std::string& input)
+{
+    fs::path place = fs::path(input).lexically_normal();
+    if (place.is_absolute() || *place.begin() == "..")
+        place = place.filename();
+    if (place.extension() == ".tl")
+        place.replace_extension();
+    return (fs::path(directory) / place).string();
+}
+
+BatchJob MakeJob(const ExpandOptions& options, const std::string& input, const std::string& output,
+                 const std::string& place)
+{
+    if (input.find('\0') != std::string::npos || output.find('\0') != std::string::npos)
+        throw UsageError(place + "a name with a NUL byte");
+    if (input == s_standardStream)
+        throw UsageError(place + "standard input can't be one of many files");
+    if (output == s_standardStream)
+        throw UsageError(place + "standard output can't be one of many outputs");
+    if (!output.empty())
+        return {input, output, place, /*outputIsNamed=*/true};
+    if (!options.m_outDirectory)
+        throw UsageError(place + "no output for '" + input +
+                         "': give --out-dir, or name the output behind a tab in the list");
+    return {input, OutputIn(*options.m_outDirectory, input), place, /*outputIsNamed=*/false};
+}
+
+xstring ReadList(const std::string& path)
+{
+    if (path == s_standardStream)
+        return ReadAll(STDIN_FILENO, "<stdin>");
+    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY));
+    if (!file.IsOpen())
+        throw MakeFileError("read", path, errno);
+    return ReadAll(file.Get(), path);
+}
+
+void AddList(const ExpandOptions& options, const std::string& path, std::vector<BatchJob>& jobs)
+{
+    const std::string text = ToStdString(ReadList(path));
+    const std::string name = path == s_standardStream ? "<stdin>" : path;
+    size_t line = 0;
+    for (size_t begin = 0; begin < text.size();)
+    {
+        const size_t end = std::min(text.find('\n', begin), text.size());
+        std::string entry = text.substr(begin, end - begin);
+        begin = end + 1;
+        ++line;
+        if (!entry.empty() && entry.back() == '\r')
+            entry.pop_back();
+        if (entry.empty() || entry[0] == '#')
+            continue;
+        const size_t tab = entry.find('\t');
+        const std::string output = tab == std::string::npos ? "" : entry.substr(tab + 1);
+        jobs.push_back(MakeJob(options, entry.substr(0, tab), output,
+                               name + "(" + std::to_string(line) + "): "));
+    }
+}
+
+/// Messages of many files, one a line, that end with how many more there are.
+class Messages
+{
+public:
+    void Add(const std::string& message)
+    {
+        if (m_count++ < s_mostMessages)
+            m_text += (m_text.empty() ? "" : "\n") + message;
+    }
+    bool Empty() const { return m_count == 0; }
+    std::string Text() const
+    {
+        return m_count <= s_mostMessages
+                   ? m_text
+                   : m_text + "\n... and " + std::to_string(m_count - s_mostMessages) + " more";
+    }
+
+private:
+    std::string m_text;
+    size_t m_count = 0;
+};
+
+/// Why the file can't be an input, as an `errno`; 0 when it can.
+int FindReadError(const std::string& path)
+{
+    struct stat status;
+    if (fstatat(StartDirectory(), path.c_str(), &status, 0) != 0 ||
+        faccessat(StartDirectory(), path.c_str(), R_OK, AT_EACCESS) != 0)
+        return errno;
+    return S_ISDIR(status.st_mode) ? EISDIR : 0;
+}
+
+void CheckInputs(const std::vector<BatchJob>& jobs)
+{
+    Messages missing;
+    for (const BatchJob& job : jobs)
+        if (const int error = FindReadError(job.m_input))
+            missing.Add(job.m_place + MakeFileError("read", job.m_input, error).what());
+    if (!missing.Empty())
+        throw FileError(missing.Text());
+}
+
+/// Tells files apart, those too that are still to be made.
+class FileNames
+{
+public:
+    /// The same text for all names of a file.
+    std::string Key(const std::string& path)
+    {
+        struct stat status;
+        if (fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 && S_ISREG(status.st_mode))
+            return std::to_string(status.st_dev) + " " + std::to_string(status.st_ino);
+        const fs::path name(path);
+        const auto [entry, isNew] = m_directories.try_emplace(name.parent_path().string());
+        if (isNew)
+            entry->second = fs::weakly_canonical(fs::absolute(name.parent_path())).string();
+        return entry->second + "/" + name.filename().string();
+    }
+
+private:
+    std::map<std::string, std::string> m_directories;
+};
+
+void CheckOutputs(const std::vector<BatchJob>& jobs)
+{
+    Messages wrong;
+    FileNames names;
+    std::map<std::string, const BatchJob*> outputs;
+    for (const BatchJob& job : jobs)
+    {
+        const auto [entry, isNew] = outputs.try_emplace(names.Key(job.m_output), &job);
+        if (!isNew)
+            wrong.Add(job.m_place + "'" + entry->second->m_input + "' and '" + job.m_input +
+                      "' have the same output '" + job.m_output + "'");
+    }
+    for (const BatchJob& job : jobs)
+    {
+        const auto entry = outputs.find(names.Key(job.m_input));
+        if (entry == outputs.end())
+            continue;
+        if (entry->second != &job)
+            wrong.Add(job.m_place + "'" + job.m_input + "' is the output of '" +
+                      entry->second->m_input + "'");
+        else if (!job.m_outputIsNamed)
+            wrong.Add(job.m_place + "'" + job.m_input +
+                      "' would be overwritten by its own output: give another --out-dir");
+    }
+    if (!wrong.Empty())
+        throw UsageError(wrong.Text());
+}
+
+void MakeDirectories(const std::vector<BatchJob>& jobs)
+{
+    std::string last;
+    for (const BatchJob& job : jobs)
+    {
+        const std::string directory = fs::path(job.m_output).parent_path().string();
+        if (directory.empty() || directory == last)
+            continue;
+        std::error_code error;
+        fs::create_directories(directory, error);
+        if (error)
+            throw MakeFileError("make", directory, error.value());
+        last = directory;
+    }
+}
+
+} // namespace
+
+std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
+{
+    std::vector<BatchJob> jobs;
+    for (const std::string& file : options.m_files)
+        jobs.push_back(MakeJob(options, file, "", ""));
+    if (options.m_batch)
+        AddList(options, *options.m_batch, jobs);
+    CheckInputs(jobs);
+    CheckOutputs(jobs);
+    MakeDirectories(jobs);
+    return jobs;
+}
+
+} // namespace telv::tool
