@@ -129,6 +129,92 @@ TEST_F(BatchTest, MistakesInTheListCostNothing)
     EXPECT_EQ(Names(), " a.tl b.tl bare missing over same");
 }
 
+TEST_F(BatchTest, OneFileUnderTwoNamesIsOneOutput)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "b");
+    Write("real/x", "earlier");
+    std::filesystem::create_symlink("real", Path("link"));
+    Write("same", "a.tl\treal/x\nb.tl\tlink/x\n");
+    ExpectFailure(Run({"--batch", "same"}), 2,
+                  "tlexpand: same(2): 'a.tl' and 'b.tl' have the same output 'link/x'" + s_hint);
+    Write("new", "a.tl\treal/y\nb.tl\tlink/y\n");
+    ExpectFailure(Run({"--batch", "new"}), 2,
+                  "tlexpand: new(2): 'a.tl' and 'b.tl' have the same output 'link/y'" + s_hint);
+    EXPECT_EQ(Read("real/x"), "earlier");
+}
+
+TEST_F(BatchTest, NoInputIsLost)
+{
+    Write("a.txt", "@(1 + 1)");
+    ExpectFailure(
+        Run({"--out-dir", ".", "a.txt"}), 2,
+        "tlexpand: 'a.txt' would be overwritten by its own output: give another --out-dir" +
+            s_hint);
+    EXPECT_EQ(Read("a.txt"), "@(1 + 1)");
+    Write("list", "a.txt\ta.txt\n");
+    Expand({"--batch", "list"});
+    EXPECT_EQ(Read("a.txt"), "2");
+}
+
+TEST_F(BatchTest, WhatIsNoFileIsRefused)
+{
+    Write("a.tl", "a");
+    Write("sub/b.tl", "b");
+    ExpectFailure(Run({"--out-dir", "out", "sub"}), 2,
+                  "tlexpand: can't read 'sub': Is a directory\n");
+    Write("list", "a.tl\t-\n");
+    ExpectFailure(Run({"--batch", "list"}), 2,
+                  "tlexpand: list(1): standard output can't be one of many outputs" + s_hint);
+    Write("nul", std::string_view("a.tl\0x\tb\n", 10));
+    ExpectFailure(Run({"--batch", "nul"}), 2, "tlexpand: nul(1): a name with a NUL byte" + s_hint);
+    ExpectFailure(Run({"--batch", "none"}), 2,
+                  "tlexpand: can't read 'none': No such file or directory\n");
+    ExpectFailure(Run({"--out-dir", "a.tl", "sub/b.tl"}), 2,
+                  "tlexpand: can't make 'a.tl/sub': Not a directory\n");
+}
+
+TEST_F(BatchTest, AnImportThatAnotherFileMakesIsReadAgain)
+{
+    Write("lib.tl", "@def v = {one}");
+    Write("a.tl", "@import \"lib.tl\"\nv");
+    Write("b.tl", "@import \"lib.tl\"\nv");
+    Write("list", "a.tl\tlib.tl\n");
+    const ProgramResult result = Run({"--batch", "list", "--keep-going"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err.substr(0, result.err.find('\n')),
+              "tlexpand: list(1): the output 'lib.tl' is a file that is read");
+    EXPECT_EQ(Read("lib.tl"), "@def v = {one}");
+    Write("c.tl", "@unstr(\"@def v = {two}\")");
+    Write("list", "a.tl\tout/a\nc.tl\tlib.tl\nb.tl\tout/b\n");
+    Expand({"--batch", "list"});
+    EXPECT_EQ(Read("out/a"), "one");
+    EXPECT_EQ(Read("out/b"), "two");
+}
+
+#if TELV_HAS_PYTHON
+TEST_F(BatchTest, WhatPythonChangesIsNotSeenByOtherFiles)
+{
+    Write("a.tl", "@runpython{import os\nos.chdir('/')\nos.environ['SEEN'] = '1'}a");
+    Write("b.tl", "@defpython v = {str('SEEN' in __import__('os').environ)}v");
+    Expand({"--out-dir", "out", "a.tl", "b.tl"});
+    EXPECT_EQ(Read("out/a"), "a");
+    EXPECT_EQ(Read("out/b"), "False");
+}
+
+TEST_F(BatchTest, AProcessThatDiesTakesItsFileOnly)
+{
+    Write("a.tl", "@runpython{import os, signal\nos.kill(os.getpid(), signal.SIGKILL)}");
+    Write("b.tl", "b");
+    const ProgramResult result = Run({"--out-dir", "out", "--keep-going", "a.tl", "b.tl"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "tlexpand: a.tl: the process that expanded it was ended by signal 9\n"
+                          "tlexpand: 1 of 2 files failed:\n  a.tl\n");
+    EXPECT_EQ(Read("out/b"), "b");
+    EXPECT_EQ(Read("out/a"), "(none)");
+}
+#endif
+
 TEST_F(BatchTest, AnEmptyListIsDone)
 {
     Write("list", "# nothing\n");

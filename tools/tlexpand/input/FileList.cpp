@@ -134,7 +134,7 @@ public:
         const fs::path name(path);
         const auto [entry, isNew] = m_directories.try_emplace(name.parent_path().string());
         if (isNew)
-            entry->second = fs::weakly_canonical(fs::absolute(name.parent_path())).string();
+            entry->second = fs::weakly_canonical(fs::current_path() / name.parent_path()).string();
         return entry->second + "/" + name.filename().string();
     }
 
