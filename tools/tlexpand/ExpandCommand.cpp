@@ -104,6 +104,8 @@ int ExpandCommand::Run()
 try
 {
     const ExpansionRunScope scope(m_run);
+    if (m_options.m_depfile)
+        m_handler.NotePaths();
     m_handler.ReadMain(m_options.m_file);
     const auto work = [this] { Expand(); };
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))

@@ -24,12 +24,10 @@ class Plan;
 class PlanReader;
 class ScannedText;
 class TextScope;
-struct Cut;
 struct ScanItem;
 struct LevelText;
 struct PlannedBlock;
 using PlannedAction = std::function<void(MacroExpander&)>;
-enum ECut : unsigned char;
 
 /// How a string literal is written.
 enum EStrLiteralMode
@@ -237,8 +235,7 @@ private:
 
     // Cutting what a directive or a call needs out of the text that follows; see Cuts.cpp.
 
-    template <class Make>
-    LevelText MakeCut(ECut kind, EToken close, Cut& cut, const Make& make);
+    LevelText Part(SubString text) const;
     LSToken NextToken();
     LevelText CutSection(bool readOpen, EToken open, EToken close);
     LevelText CutBlock(ssize_t& indent);

@@ -259,7 +259,7 @@ std::shared_ptr<const InputText> FileImportHandler::ReadImport(const std::string
     if (auto known = m_texts.Find(status))
         return known;
     const FileStamp stamp(status);
-    auto text = std::make_shared<const InputText>(InputText::Read(fd, path));
+    auto text = std::make_shared<const InputText>(InputText::Read(fd, path, status));
     m_texts.Keep(stamp, text);
     return text;
 }
@@ -376,7 +376,7 @@ std::optional<FileIdentity> FileImportHandler::MainIdentity() const
 /// of the file behind symbolic links.
 void FileImportHandler::NotePath(Input& input, int fd, const std::string& path)
 {
-    if (!m_notedPaths.insert(path).second)
+    if (!m_notesPaths || !m_notedPaths.insert(path).second)
         return;
     const auto leadsToIt = [&](const std::string& name)
     { return LeadsTo(name, *input.m_identity); };

@@ -72,6 +72,8 @@ public:
 
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const;
+    /// Before anything is read: `ImportedPaths` will be asked.
+    void NotePaths() { m_notesPaths = true; }
     /// Names that lead to the files that were imported, in the order of reading: each name by which
     /// a file was reached and, where symbolic links were passed, that of the file itself.
     std::vector<std::string> ImportedPaths() const;
@@ -137,6 +139,7 @@ private:
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
     TextStream* m_mainText = nullptr;   ///< While the main file is expanded. Null: imports stay.
     ssize_t m_mainIndent = 0;           ///< The destination indentation.
+    bool m_notesPaths = false;
     std::set<std::string> m_notedPaths; ///< See NotePath.
     size_t m_countOfTexts = 0;          ///< Of the command line.
 };

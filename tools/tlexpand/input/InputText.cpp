@@ -89,19 +89,25 @@ InputText& InputText::operator=(InputText&& other) noexcept
 
 InputText InputText::Read(int fd, const std::string& path)
 {
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+        return InputText(ReadAll(fd, path, 0));
+    return Read(fd, path, status);
+}
+
+InputText InputText::Read(int fd, const std::string& path, const struct stat& status)
+{
     InputText input;
-    if (!input.Map(fd, path))
-        input = InputText(ReadAll(fd, path));
+    if (!input.Map(fd, path, status))
+        input = InputText(ReadAll(fd, path, static_cast<ssize_t>(status.st_size)));
     return input;
 }
 
 /// False when the file is better read. What was read of it already is not part of the text, so only
 /// one that stands at its begin is mapped.
-bool InputText::Map(int fd, const std::string& path)
+bool InputText::Map(int fd, const std::string& path, const struct stat& status)
 {
-    struct stat status;
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < s_largeFile ||
-        lseek(fd, 0, SEEK_CUR) != 0)
+    if (status.st_size < s_largeFile || lseek(fd, 0, SEEK_CUR) != 0)
         return false;
     const auto size = static_cast<size_t>(status.st_size);
     void* const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);

@@ -91,13 +91,7 @@ public:
     unsigned FirstItem() const { return m_first; }
     /// The item that is being expanded; null while the text is read as if for the first time.
     ScanItem* Item() const { return m_item; }
-    /// Begins with an item, of whose cuts none has been used yet.
-    void Enter(ScanItem* item)
-    {
-        m_item = item;
-        m_usedCuts = 0;
-    }
-    size_t& UsedCuts() { return m_usedCuts; }
+    void Enter(ScanItem* item) { m_item = item; }
 
     /// The current directive or name, or the start of the text before the first.
     const char* Position() const { return m_position == nullptr ? m_text.begin() : m_position; }
@@ -172,7 +166,6 @@ private:
     ScannedText* m_scanned;
     const char* m_noCommentEnd = nullptr; ///< Behind this no comment ends in the text.
     ScanItem* m_item = nullptr;
-    size_t m_usedCuts = 0;
     unsigned m_first;
     bool m_isOfApplication;
     bool m_isRecorded;
