@@ -10,6 +10,7 @@
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
@@ -131,42 +132,43 @@ void MacroExpander::ExpandTokenByToken()
 void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 {
     NameTable& names = FrameTree::Names(*m_vf);
-    const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name); };
+    LSVariable* var = nullptr; // of the name at which a stretch ended
+    const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name, var); };
     for (;;)
     {
         const char* const resumed = m_str.begin();
+        var = nullptr;
         m_str.m_p1 = SkipPlainStretch(m_str, mayMatter);
         if (m_str.empty())
             break;
+        if (var != nullptr)
+        {
+            m_startDirectivePos = m_str.begin();
+            m_endDirectivePos = m_str.m_p1 = SkipNameCharacters(m_str.begin(), m_str.end());
+            Flush(m_startDirectivePos);
+            if (!WriteFollowed(level, *var))
+                InvokeVariable(var);
+            continue;
+        }
         const LSToken token = LsScanToken(m_str, true);
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
         if (token.m_type == TOKEN_AT || token.m_type == TOKEN_PREPROC_COMMENT)
             Flush(StartOfBlanks(resumed, token.m_str.begin()));
-        if (token.m_type != TOKEN_IDENTIFIER)
-            ProcessToken(token);
-        else if (LSVariable* const var = FindVariable(token.m_str))
-        {
-            Flush(token.m_str.begin());
-            if (!WriteFollowed(level, *var))
-                InvokeVariable(var);
-        }
+        ProcessToken(token);
     }
     AdvanceWritePos(m_str.begin(), true);
 }
 
-/// Whether a name may stand for something here.
-bool MacroExpander::MayMatter(NameTable& names, VarFrame& frame, SubString name)
+/// Whether a name may stand for something here: for `var`, which is null where that is an error.
+bool MacroExpander::MayMatter(NameTable& names, VarFrame& frame, SubString name, LSVariable*& var)
 {
     if (!names.MayBeBound(name))
         return false;
-    const uint64 hash = HashName(name);
-    const NameEntry* const entry = names.Lookup(name, hash);
-    if (entry != nullptr)
-        return names.MayBeBound(*entry);
     try
     {
-        return names.FindUnknown(&frame, name, hash, name.end()) != nullptr;
+        var = names.Find(&frame, name, HashName(name), name.end());
+        return var != nullptr;
     }
     catch (const LexScannerException&)
     {

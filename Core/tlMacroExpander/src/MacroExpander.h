@@ -212,7 +212,7 @@ private:
     void EndLine(const char* start);
     bool MoveToNextItem(ScannedText& scanned, uint32& index, uint32& resumed);
     bool WriteInertText(const LevelText& text, VarFrame& frame, ssize_t srcIndent);
-    static bool MayMatter(NameTable& names, VarFrame& frame, SubString name);
+    static bool MayMatter(NameTable& names, VarFrame& frame, SubString name, LSVariable*& var);
     const char* StartOfBlanks(const char* resumed, const char* token) const;
     void PassOverLineStarts();
     void ProcessToken(const LSToken& token);

@@ -300,7 +300,8 @@ bool MacroExpander::WriteInertText(const LevelText& text, VarFrame& frame, ssize
     }
     else
     {
-        const auto mayMatter = [&](SubString name) { return MayMatter(names, frame, name); };
+        LSVariable* var = nullptr;
+        const auto mayMatter = [&](SubString name) { return MayMatter(names, frame, name, var); };
         if (s.size() > few || SkipPlainStretch(s, mayMatter) != s.end())
             return false;
     }
