@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/Python/PythonLock.h"
 #include "tlMacroExpander/src/Python/PythonSignals.h"
 #include "tlMacroExpander/src/Python/PythonStack.h"
+#include "tlMacroExpander/src/Python/SignalModule.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include <algorithm>
@@ -344,6 +345,7 @@ void StartPython()
         const bool bootStrapRanSuccessfully =
             RunSimpleString(s_bootstrapScript) && RunSimpleString(s_flushScript);
         TELV_ASSERT(bootStrapRanSuccessfully);
+        WatchSignalModule();
         MakeSharedModule();
     }
     catch (...)
@@ -393,7 +395,7 @@ PyObject* Compile(const xstring& path, ssize_t linesBefore, const xstring& code)
 /// The value of an expression, or null with `errorString` set.
 PyObject* Evaluate(const xstring& expression, xstring& errorString)
 {
-    const PythonSignals signals;
+    const PythonSignals signals(WhenSignalsChange());
     const xstring code = WithoutLeadingBlanks(expression);
     PyObject* const result = CheckNoNul(code)
                                  ? Python().PyRun_StringFlags(code.c_str(), Py_eval_input,
@@ -419,7 +421,7 @@ void RunCode(const xstring& code, const char* errorPos, const std::function<void
         {
             const RecursionLimitScope recursionLimit;
             ApplyModulePath(ExpansionRun::Current());
-            const PythonSignals signals;
+            const PythonSignals signals(WhenSignalsChange());
             work();
         });
 }
