@@ -138,7 +138,7 @@ void MacroExpander::ExpandInStretches(ExpansionLevel& level)
     {
         const char* const resumed = m_str.begin();
         var = nullptr;
-        m_str.m_p1 = SkipPlainStretch(m_str, mayMatter);
+        m_str.m_p1 = SkipPlainStretch(m_str, names.BindsAny(), mayMatter);
         if (m_str.empty())
             break;
         if (var != nullptr)

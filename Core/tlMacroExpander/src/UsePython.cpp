@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/Python/PythonLock.h"
 #include "tlMacroExpander/src/Python/PythonSignals.h"
 #include "tlMacroExpander/src/Python/PythonStack.h"
+#include "tlMacroExpander/src/Python/RepeatedExpression.h"
 #include "tlMacroExpander/src/Python/SignalModule.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/UsePython.h"
@@ -259,6 +260,7 @@ void CountLinesFrom(PyObject* object, ssize_t linesBefore)
 /// are left, the interpreter stays for them: they hold what it would free.
 void EndPython()
 {
+    ForgetExpressions();
     {
         const PyObjectRef module(s_module);
         s_module = nullptr;
@@ -397,10 +399,10 @@ PyObject* Evaluate(const xstring& expression, xstring& errorString)
 {
     const PythonSignals signals(WhenSignalsChange());
     const xstring code = WithoutLeadingBlanks(expression);
-    PyObject* const result = CheckNoNul(code)
-                                 ? Python().PyRun_StringFlags(code.c_str(), Py_eval_input,
-                                                              s_moduleDict, s_moduleDict, nullptr)
-                                 : nullptr;
+    PyObject* result = EvaluateRepeated(code, s_moduleDict);
+    if (result == nullptr && Python().PyErr_Occurred() == nullptr && CheckNoNul(code))
+        result = Python().PyRun_StringFlags(code.c_str(), Py_eval_input, s_moduleDict, s_moduleDict,
+                                            nullptr);
     if (result == nullptr)
         GetPythonError(errorString);
     return result;

@@ -302,7 +302,7 @@ bool MacroExpander::WriteInertText(const LevelText& text, VarFrame& frame, ssize
     {
         LSVariable* var = nullptr;
         const auto mayMatter = [&](SubString name) { return MayMatter(names, frame, name, var); };
-        if (s.size() > few || SkipPlainStretch(s, mayMatter) != s.end())
+        if (s.size() > few || SkipPlainStretch(s, names.BindsAny(), mayMatter) != s.end())
             return false;
     }
     level->CountStep(s.begin());

@@ -98,6 +98,11 @@ public:
     /// it (`FindUnknown`).
     TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash) const;
 
+    /// False when no name at all is bound or provided.
+    bool BindsAny() const
+    {
+        return m_size != 0 || m_imports != nullptr || m_importers.m_newest != nullptr || s_started;
+    }
     /// False only for names that no frame of the tree binds and no import provides. Needs no hash.
     bool MayBeBound(SubString name) const
     {

@@ -17,7 +17,8 @@ enum : unsigned
     PLAIN_STRETCHES = 2,    ///< Text that means nothing is passed over in stretches.
     SCANNED_TEXTS = 4,      ///< What a scan of a text found is kept for the next expansion.
     PLANS = 8,              ///< What a directive or a call in such a text asks for is kept too.
-    WORDS = 16              ///< A macro that is one word is written without expanding it.
+    WORDS = 16,             ///< A macro that is one word is written without expanding it.
+    WIDE_INSTRUCTIONS = 32  ///< Text is looked at 32 characters at a time.
 };
 
 /// Whether a way is taken in this build.
