@@ -1,4 +1,6 @@
-// Contexts of the C library. Sanitizers are told of each switch.
+// A function is called with the stack pointer elsewhere; there is nothing else to switch. Other
+// processors than the one at hand, and sanitizers, which are told of each switch, get contexts of the
+// C library: these cost system calls.
 #include "tlMacroExpander/src/Run/OwnStack.h"
 #include <cstdint>
 #include <exception>
@@ -13,6 +15,10 @@
 #endif
 #ifdef TELV_THREAD_SANITIZER
 #include <sanitizer/tsan_interface.h>
+#endif
+
+#if defined(__x86_64__) && !defined(TELV_ADDRESS_SANITIZER) && !defined(TELV_THREAD_SANITIZER)
+#define TELV_CALLS_ON_STACK
 #endif
 
 namespace telv
@@ -48,9 +54,11 @@ SwapContext RealSwapContext()
 struct Switch
 {
     const std::function<void()>* m_work;
-    std::exception_ptr m_error;
-    ucontext_t m_caller;
-    ucontext_t m_here;
+    std::exception_ptr m_error = {};
+#ifndef TELV_CALLS_ON_STACK
+    ucontext_t m_caller = {};
+    ucontext_t m_here = {};
+#endif
 #ifdef TELV_ADDRESS_SANITIZER
     void* m_fakeStack = nullptr;
     const void* m_callerLow = nullptr;
@@ -76,6 +84,32 @@ void DoWork(Switch& s)
         s.m_error = std::current_exception();
     }
 }
+
+#ifdef TELV_CALLS_ON_STACK
+
+void Enter(void* s)
+{
+    DoWork(*static_cast<Switch*>(s));
+}
+
+/// What a function may change is named, but for the register that keeps the stack pointer, which it
+/// may not. Nothing is thrown through here.
+void SwitchTo(Switch& s, char* low, size_t size)
+{
+    char* const top = low + size; // of a page
+    void* argument = &s;
+    asm volatile("movq %%rsp, %%rbx\n\t"
+                 "movq %[top], %%rsp\n\t"
+                 "callq *%[enter]\n\t"
+                 "movq %%rbx, %%rsp"
+                 : "+D"(argument)
+                 : [top] "r"(top), [enter] "r"(&Enter)
+                 : "rax", "rbx", "rcx", "rdx", "rsi", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2",
+                   "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", "xmm12",
+                   "xmm13", "xmm14", "xmm15", "st", "cc", "memory");
+}
+
+#else
 
 /// The first function on the stack: it gets its argument in two halves, and never returns.
 void Enter(unsigned high, unsigned low)
@@ -115,6 +149,8 @@ void SwitchTo(Switch& s, char* low, size_t size)
     __tsan_destroy_fiber(s.m_fiber);
 #endif
 }
+
+#endif
 
 } // namespace
 
@@ -166,7 +202,7 @@ void OwnStack::Call(const std::function<void()>& work) const
 {
     if (Holds(__builtin_frame_address(0)))
         return work();
-    Switch s{&work, {}, {}, {}};
+    Switch s{&work};
     SwitchTo(s, m_low, m_size);
     if (s.m_error)
         std::rethrow_exception(s.m_error);
