@@ -18,6 +18,7 @@ namespace telv
 {
 
 class ExpandedOutput;
+class ExpansionObserver;
 class LexScannerException;
 class LSSourceFile;
 class RunState;
@@ -98,6 +99,13 @@ public:
     /// With false, outputs that the run's expansions write to record no pieces: their `size()` is 0,
     /// and what is copied goes out in long stretches.
     bool m_recordPieces = true;
+
+    /// Sets who is told what the run's expansions do (ExpansionObserver.h); borrowed. Null, as at
+    /// first: nobody.
+    ///
+    /// @throws TelvAssertionError  Something is being expanded in the run.
+    void SetObserver(ExpansionObserver* observer);
+    ExpansionObserver* Observer() const;
 
     /// Makes `file` known by name. It must not change and must outlive the run.
     void AddSource(const LSSourceFile& file);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tlMacroExpander/ExpandedOutput.h"
+#include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/LSLiteral.h"
 #include "tlMacroExpander/LSVariable.h"

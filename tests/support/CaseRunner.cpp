@@ -71,6 +71,12 @@ TEST_P(LibraryCase, GivesWhatIsExpected)
         ADD_FAILURE() << Failure(testCase, report);
 }
 
+TEST_P(LibraryCase, IsTheSameObserved)
+{
+    const std::string source = ReadFile(GetParam().File(".tl")).value_or("");
+    EXPECT_EQ(ObservationErrors(source), "") << Failure(GetParam(), "");
+}
+
 std::string NameOf(const testing::TestParamInfo<TestCase>& info)
 {
     return info.param.id;

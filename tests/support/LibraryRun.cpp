@@ -4,6 +4,8 @@
 
 #include "support/VisibleDiff.h"
 #include "tlMacroExpander/ExpandedOutput.h"
+#include "tlMacroExpander/ExpansionObserver.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/LSToken.h"
@@ -52,6 +54,61 @@ void Expand(SubString text, LibraryRun& run)
     run.expansion = ToStd(output);
 }
 
+/// Checks that what begins ends, in reverse order, and that the pieces tile the output.
+class ObservedRun final : public ExpansionObserver
+{
+public:
+    void ExpansionBegins(const ObservedExpansion& expansion) override
+    {
+        if (m_output == nullptr)
+            m_output = &expansion.m_output;
+        Begin('E');
+    }
+    void ExpansionEnds() noexcept override { End('E'); }
+    void InvocationBegins(const ObservedInvocation&) override { Begin('I'); }
+    void InvocationEnds() noexcept override { End('I'); }
+    void RoundBegins(const ObservedRound&) override { Begin('R'); }
+    void RoundEnds() noexcept override { End('R'); }
+    void DirectiveBegins(const ObservedDirective&) override { Begin('D'); }
+    void DirectiveEnds() noexcept override { End('D'); }
+    void ImportBegins(const ObservedImport&) override { Begin('P'); }
+    void ImportEnds() noexcept override { End('P'); }
+    void PieceWritten(const ObservedPiece& piece) override
+    {
+        if (&piece.m_output != m_output)
+            return;
+        if (piece.m_offset != m_size)
+            m_wrong = "a piece does not begin where the one before it ends";
+        m_size += piece.m_piece.size();
+    }
+
+    /// What is wrong with the events; empty when nothing is.
+    std::string Check(const LibraryRun& run) const
+    {
+        if (m_wrong.empty() && !m_begun.empty())
+            return "something has not ended";
+        const auto size = static_cast<ssize_t>(run.expansion.size());
+        if (m_wrong.empty() && !run.message && m_size != size)
+            return "the pieces are not the whole output";
+        return m_wrong;
+    }
+
+private:
+    void Begin(char what) { m_begun.push_back(what); }
+    void End(char what) noexcept
+    {
+        if (m_begun.empty() || m_begun.back() != what)
+            m_wrong = "another thing ends than began";
+        else
+            m_begun.pop_back();
+    }
+
+    const ExpandedOutput* m_output = nullptr; ///< That of the first expansion.
+    ssize_t m_size = 0;
+    std::string m_begun; ///< A letter for each, innermost last.
+    std::string m_wrong;
+};
+
 /// The diagnostic's start that the run stands for, up to the excerpt; "*" for an unknown line.
 std::string DiagnosticStart(const LibraryRun& run, const std::string& name)
 {
@@ -75,6 +132,22 @@ std::string ExpectedStart(const std::string& err, const LibraryRun& run)
 }
 
 } // namespace
+
+std::string ObservationErrors(const std::string& source)
+{
+    ObservedRun observer;
+    ExpansionRun run;
+    const ExpansionRunScope scope(run);
+    const LibraryRun expected = RunLibrary(source);
+    run.SetObserver(&observer);
+    const LibraryRun observed = RunLibrary(source);
+    if (observed.expansion != expected.expansion || observed.message != expected.message ||
+        observed.line != expected.line)
+        return "it comes out differently when it is observed: " +
+               (observed.message ? *observed.message + " in line " + std::to_string(observed.line)
+                                 : observed.expansion);
+    return observer.Check(observed);
+}
 
 LibraryRun RunLibrary(const std::string& source)
 {

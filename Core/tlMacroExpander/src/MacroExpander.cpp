@@ -10,6 +10,7 @@
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
@@ -35,9 +36,9 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
     TELV_ASSERT(dstIndent >= 0);
 }
 
-[[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text, bool isRecorded)
+[[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces)
 {
-    ExpansionLevel level(RunState::Of(run), run.m_limits, text, m_startDirectivePos, isRecorded);
+    ExpansionLevel level(RunState::Of(run), run.m_limits, text, m_startDirectivePos, pieces);
     if (text.m_isOfApplication)
         ExpandForApplication(level);
     else
@@ -46,34 +47,34 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
 }
 
 [[gnu::always_inline]] inline void MacroExpander::ExpandText(const LevelText& text,
-                                                            bool isRecorded)
+                                                            EPieces pieces)
 {
     if (m_str.empty())
         return;
     if (ExpansionRun* const run = RunState::CurrentRun())
-        ExpandIn(*run, text, isRecorded);
+        ExpandIn(*run, text, pieces);
     else
-        ExpandWithOwnRun(text, isRecorded);
+        ExpandWithOwnRun(text, pieces);
 }
 
 void MacroExpander::Expand()
 {
     const ExpansionRun* const run = RunState::CurrentRun();
     ExpandText(LevelText{m_str, nullptr, /*m_isOfApplication=*/true},
-               run == nullptr || run->m_recordPieces);
+               WantedPieces(run == nullptr || run->m_recordPieces));
 }
 
 /// For callers in other sources.
 void MacroExpander::ExpandNested(const LevelText& text, bool isRecorded)
 {
-    ExpandText(text, isRecorded);
+    ExpandText(text, WantedPieces(isRecorded));
 }
 
-[[gnu::noinline]] void MacroExpander::ExpandWithOwnRun(const LevelText& text, bool isRecorded)
+[[gnu::noinline]] void MacroExpander::ExpandWithOwnRun(const LevelText& text, EPieces pieces)
 {
     ExpansionRun run;
     const ExpansionRunScope scope(run);
-    ExpandIn(run, text, isRecorded);
+    ExpandIn(run, text, pieces);
 }
 
 [[gnu::noinline]] void MacroExpander::ExpandForApplication(ExpansionLevel& level)
@@ -106,10 +107,13 @@ void MacroExpander::ExpandUnscanned(ExpansionLevel& level)
     if (FastPaths::IsOn(FastPaths::PLAIN_STRETCHES) && !level.IsRecorded() && m_srcIndent == 0 &&
         level.AllowsFastPaths())
         ExpandInStretches(level);
+    else if (level.IsObserved())
+        ExpandObserved(level);
     else
-        ExpandTokenByToken();
+        ExpandTokenByToken</*isObserved=*/false>();
 }
 
+template <bool isObserved>
 void MacroExpander::ExpandTokenByToken()
 {
     for (;;)
@@ -120,11 +124,16 @@ void MacroExpander::ExpandTokenByToken()
             break;
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
-        ProcessToken(token);
+        if constexpr (isObserved)
+            ProcessObservedToken(token);
+        else
+            ProcessToken(token);
         AdvanceWritePos(m_str.begin(), true);
     }
     AdvanceWritePos(m_str.begin(), true);
 }
+
+template void MacroExpander::ExpandTokenByToken</*isObserved=*/true>();
 
 /// Looks only at tokens that may mean something. The others stay pending, so what a directive
 /// would find written has to be written before it.
@@ -278,6 +287,13 @@ void MacroExpander::ProcessUnknownDirective(const LSToken& name)
         return;
     AdvanceWritePos(m_startDirectivePos, true);
     TELV_ASSERT(var->GetType() == LSV_STRING);
+    std::optional<ObservedSpan> span;
+    if (ExpansionObserver* const observer = RunState::CurrentObserver())
+    {
+        const SubString whole(m_startDirectivePos, name.m_str.end());
+        observer->InvocationBegins({*var, whole, whole, {}});
+        span.emplace(*observer, &ExpansionObserver::InvocationEnds);
+    }
     WriteCalculatedSubString(static_cast<const LSValueVariable*>(var)->m_value);
     AdvanceWritePos(m_str.begin(), false);
 }
@@ -330,6 +346,8 @@ void MacroExpander::WriteSubStringFromSourceFile(SubString s)
     ExpansionLevel* const level = OwnLevel();
     if (level != nullptr && !level->IsRecorded())
         WriteUnrecorded(m_output, s, m_dstIndent);
+    else if (level != nullptr && level->IsObserved()) [[unlikely]]
+        WriteObserved(*level, s, nullptr);
     else
         m_output.WriteSubStringFromSourceFile(s, m_dstIndent);
     CheckOutput(level);
@@ -345,6 +363,8 @@ void MacroExpander::WriteCalculatedSubString(SubString s, SubString src)
     ExpansionLevel* const level = OwnLevel();
     if (level != nullptr && !level->IsRecorded())
         WriteUnrecorded(m_output, s, m_dstIndent);
+    else if (level != nullptr && level->IsObserved()) [[unlikely]]
+        WriteObserved(*level, s, &src);
     else
         m_output.WriteCalculatedSubString(s, src, m_dstIndent);
     CheckOutput(level);
@@ -383,7 +403,7 @@ void MacroExpander::ExpandHere(VarFrame& frame, const LevelText& text, ssize_t s
 {
     const ExpansionLevel* const level = OwnLevel();
     MacroExpander expander(nullptr, &frame, text.m_text, srcIndent, dstIndent, m_output);
-    expander.ExpandText(text, level == nullptr || level->IsRecorded());
+    expander.ExpandText(text, level == nullptr ? WantedPieces(true) : level->Pieces());
 }
 
 void MacroExpander::ExpandBlock(const LevelText& block, ssize_t indent, ssize_t dstIndent)
@@ -396,7 +416,7 @@ void MacroExpander::ExpandToString(const LevelText& text, ssize_t srcIndent, xst
 {
     ExpansionLevel* const level = OwnLevel();
     SubString word;
-    if (level != nullptr && FindWord(*level, text, *m_vf, word))
+    if (level != nullptr && !level->IsObserved() && FindWord(*level, text, *m_vf, word))
     {
         xstring(word).swap(output);
         return;

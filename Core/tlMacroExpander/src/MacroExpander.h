@@ -17,6 +17,7 @@ namespace telv
 {
 
 class ExpansionLevel;
+class ExpansionObserver;
 class ExpansionRun;
 class NameTable;
 class MacroExpander;
@@ -30,6 +31,7 @@ struct LevelText;
 struct PlannedBlock;
 using PlannedAction = std::function<void(MacroExpander&)>;
 enum ECut : unsigned char;
+enum EPieces : unsigned char;
 
 /// How a string literal is written.
 enum EStrLiteralMode
@@ -195,13 +197,14 @@ private:
     struct ForHead;
     struct KnownList;
 
-    void ExpandText(const LevelText& text, bool isRecorded);
+    void ExpandText(const LevelText& text, EPieces pieces);
     void ExpandNested(const LevelText& text, bool isRecorded);
-    void ExpandWithOwnRun(const LevelText& text, bool isRecorded);
-    void ExpandIn(ExpansionRun& run, const LevelText& text, bool isRecorded);
+    void ExpandWithOwnRun(const LevelText& text, EPieces pieces);
+    void ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces);
     void ExpandForApplication(ExpansionLevel& level);
     void ExpandTokens(ExpansionLevel& level);
     void ExpandUnscanned(ExpansionLevel& level);
+    template <bool isObserved>
     void ExpandTokenByToken();
     void ExpandInStretches(ExpansionLevel& level);
     void ExpandScanned(ExpansionLevel& level);
@@ -220,6 +223,14 @@ private:
     void ProcessToken(const LSToken& token);
     void ProcessQuotedString(const LSToken& token);
     void ProcessDirective();
+    // The plain way, with an observer; see ObservedExpansion.cpp.
+    void ExpandObserved(const ExpansionLevel& level);
+    void ProcessObservedToken(const LSToken& token);
+    void ProcessObservedDirective(ExpansionObserver& observer);
+    void InvokeObserved(ExpansionObserver& observer, LSVariable& var);
+    static void TellDefined(int kind, SubString name, SubString value, const LSVariable* var);
+    void WriteObserved(const ExpansionLevel& level, SubString s, const SubString* src);
+
     void ProcessUnknownDirective(const LSToken& name);
     void ProcessPastedTokens();
     void CheckOutput(ExpansionLevel* level) const;
@@ -258,7 +269,10 @@ private:
                              const LevelText& arg);
     LSVariable* MakeValueArg(const LSMacroVariable& macroVar, const LSFormalArg& formal,
                              const LevelText& arg);
+    template <bool isObserved>
     void InvokeMacro(LSMacroVariable& macroVar);
+    template <bool isObserved>
+    class InvocationSpan;
     void ExpandBody(const LSMacroVariable& macroVar, const LevelText& body, VarFrame& frame);
     void WriteValueOf(const LSVariable& var);
     void WriteTypedValue(VarFrame* frame, const LevelText& text, ELSVariable type);
@@ -281,6 +295,8 @@ private:
     void LoopFor(const ForHead& head, const TextScope& list, const LevelText& block, ssize_t indent,
                  std::shared_ptr<KnownList>* known);
     void ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent, ssize_t round);
+    void ExpandObservedRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
+                             ssize_t round);
     LevelText ScanLoopBlock(ssize_t& indent, const char* context);
 
     LSValueVariable* FindAssigned(SubString name);

@@ -6,6 +6,7 @@
 
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
@@ -52,7 +53,11 @@ void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defp
     ReadMacroVariableDefn(token.m_str, macroVar.get());
 
     VarFrame* const target = FindTargetFrame(fileScope, exportdef, token);
+    const LSMacroVariable& added = *macroVar;
     target->m_localVariables.Add(macroVar.release());
+    if (RunState::CurrentObserver() != nullptr) [[unlikely]]
+        TellDefined(ObservedDefinition::DEFINED_MACRO, token.m_str, added.GetSubstitutionString(),
+                    &added);
     ScanOverWhiteSpaceAfterDirective();
 }
 

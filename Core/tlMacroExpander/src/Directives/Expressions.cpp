@@ -6,6 +6,7 @@
 
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
@@ -137,6 +138,8 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
     bool verbatim = false;
     const LevelText text = ReadValueText(var->GetType(), name, verbatim);
     Assign(*var, text, verbatim);
+    if (RunState::CurrentObserver() != nullptr)
+        TellDefined(ObservedDefinition::ASSIGNED_VALUE, name, var->m_value, var);
 }
 
 /// The variable that is to be given another value.
@@ -206,6 +209,11 @@ void MacroExpander::DefineVariable(ELSVariable type)
     bool verbatim = false;
     const LevelText text = ReadValueText(type, name, verbatim);
     Define(type, name, text, verbatim);
+    if (RunState::CurrentObserver() != nullptr)
+    {
+        const auto& added = static_cast<const LSValueVariable&>(*m_vf->m_localVariables.m_first);
+        TellDefined(ObservedDefinition::DEFINED_VALUE, name, added.m_value, &added);
+    }
 }
 
 void MacroExpander::CheckNotDefined(SubString name)

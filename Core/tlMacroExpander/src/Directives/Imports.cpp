@@ -3,7 +3,9 @@
 
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
+#include <optional>
 
 namespace telv
 {
@@ -33,6 +35,12 @@ void MacroExpander::ProcessImportDirective()
     }
     TELV_ASSERT(m_importHandler);
     const char* const pos = token.m_str.begin();
+    std::optional<ObservedSpan> span;
+    if (ExpansionObserver* const observer = RunState::CurrentObserver())
+    {
+        observer->ImportBegins({SubString(pos, m_str.begin()), path});
+        span.emplace(*observer, &ExpansionObserver::ImportEnds);
+    }
     const bool isImported = Import(path, pos);
     ExpansionLevel::ForgetErrors(); // the handler may have swallowed some
     if (!isImported)

@@ -9,12 +9,14 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/UsePython.h"
 
 #include "tlMacroExpander/src/Texts/Plan.h"
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -137,7 +139,7 @@ void MacroExpander::InvokeVariable(LSVariable* var)
     if (macroVar->m_isFnArg)
         InvokeMacroFunction(macroVar);
     else
-        InvokeMacro(*macroVar);
+        InvokeMacro</*isObserved=*/false>(*macroVar);
 }
 
 void MacroExpander::WriteValueOf(const LSVariable& var)
@@ -152,8 +154,56 @@ void MacroExpander::WriteValueOf(const LSVariable& var)
     WriteCalculatedSubString(os.GetString());
 }
 
+/// While nobody observes, an invocation is not told.
+template <>
+class MacroExpander::InvocationSpan</*isObserved=*/false>
+{
+public:
+    InvocationSpan(const MacroExpander&, const LSMacroVariable&, const LSVariable*) {}
+};
+
+/// An invocation whose arguments have been bound; see AddInvocationContext.
+template <>
+class MacroExpander::InvocationSpan</*isObserved=*/true>
+{
+public:
+    InvocationSpan(const MacroExpander& expander, const LSMacroVariable& macroVar,
+                   const LSVariable* lastArg)
+        : m_span(Begin(expander, macroVar, lastArg), &ExpansionObserver::InvocationEnds)
+    {
+    }
+
+private:
+    static ExpansionObserver& Begin(const MacroExpander& expander, const LSMacroVariable& macroVar,
+                                    const LSVariable* lastArg);
+
+    ObservedSpan m_span;
+};
+
+ExpansionObserver& MacroExpander::InvocationSpan<true>::Begin(const MacroExpander& expander,
+                                                              const LSMacroVariable& macroVar,
+                                                              const LSVariable* lastArg)
+{
+    const SubString name = expander.DirectiveRange();
+    ObservedInvocation invocation{macroVar, name, SubString(name.begin(), expander.m_str.begin()), {}};
+    for (ssize_t i = macroVar.GetNumArgs(); i-- > 0 && lastArg != nullptr; lastArg = lastArg->m_next)
+    {
+        const auto* const value = dynamic_cast<const LSValueVariable*>(lastArg);
+        const auto* const text = dynamic_cast<const LSMacroVariable*>(lastArg);
+        invocation.m_args.push_back({lastArg->m_name, lastArg->GetType(),
+                                     value != nullptr  ? SubString(value->m_value)
+                                     : text != nullptr ? text->GetSubstitutionString()
+                                                       : SubString()});
+    }
+    std::reverse(invocation.m_args.begin(), invocation.m_args.end());
+    ExpansionObserver& observer = *RunState::CurrentObserver();
+    observer.InvocationBegins(invocation);
+    return observer;
+}
+
 /// On the stack once per nested call: what is not needed while the body is expanded is done in
 /// functions of its own.
+template <bool isObserved>
 void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
 {
     VarFrame* const context = macroVar.m_context != nullptr ? macroVar.m_context : m_vf;
@@ -172,6 +222,7 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
     const LSVariable* const lastArg =
         hasArgs ? PassArgs(macroVar, *context, frame) : (frame.emplace(context), nullptr);
     VarFrame& workingFrame = macroVar.m_naked ? *m_vf : *frame;
+    [[maybe_unused]] const InvocationSpan<isObserved> span(*this, macroVar, lastArg);
     if (macroVar.m_isPython)
         return WritePythonMacroResult(macroVar, body, workingFrame);
     try
@@ -183,6 +234,23 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
         AddInvocationContext(e, macroVar, lastArg);
         throw;
     }
+}
+
+/// The same when the run is observed; values are told here, macros when their arguments are known.
+void MacroExpander::InvokeObserved(ExpansionObserver& observer, LSVariable& var)
+{
+    if (var.GetType() != LSV_MACRO)
+    {
+        observer.InvocationBegins({var, DirectiveRange(), DirectiveRange(), {}});
+        const ObservedSpan span(observer, &ExpansionObserver::InvocationEnds);
+        InvokeVariable(&var);
+        return;
+    }
+    auto& macroVar = static_cast<LSMacroVariable&>(var);
+    if (macroVar.m_isFnArg)
+        return InvokeVariable(&var);
+    CountStep();
+    InvokeMacro</*isObserved=*/true>(macroVar);
 }
 
 /// Reads the arguments, makes the frame of the invocation and binds them in it, or where the macro
@@ -317,6 +385,9 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
         ThrowNoArgumentList(*macroVar, open);
     const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     AdvanceWritePos(m_str.begin(), false);
+    std::optional<InvocationSpan<true>> span;
+    if (RunState::CurrentObserver() != nullptr) [[unlikely]]
+        span.emplace(*this, *macroVar, nullptr);
     try
     {
         xstring call = ComposeCall(*macroVar, section);

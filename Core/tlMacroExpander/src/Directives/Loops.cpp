@@ -6,6 +6,7 @@
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
@@ -78,6 +79,7 @@ private:
     void BeginRound();
     void ExpandElement(SubString element);
     void ExpandRound(VarFrame& frame, SubString element);
+    void ExpandObservedRound(VarFrame& frame, SubString element);
     void BindValues(VarFrame& frame, SubString element) const;
     void Bind(VarFrame& frame, ssize_t name, const LevelText& value) const;
 
@@ -91,6 +93,7 @@ private:
     HeldNames m_names;
     KnownList* m_noted = nullptr;
     ssize_t m_round = 0; ///< Counted from 1.
+    ExpansionObserver* m_observer = RunState::CurrentObserver(); ///< Or null.
 };
 
 void MacroExpander::ProcessForDirective()
@@ -266,7 +269,10 @@ void MacroExpander::ForLoop::ExpandRound(VarFrame& frame, SubString element)
 {
     try
     {
-        m_expander.ExpandHere(frame, m_block.Next(), m_indent, m_outputPos);
+        if (m_observer == nullptr)
+            m_expander.ExpandHere(frame, m_block.Next(), m_indent, m_outputPos);
+        else
+            ExpandObservedRound(frame, element);
     }
     catch (LexScannerException& e)
     {
@@ -275,6 +281,13 @@ void MacroExpander::ForLoop::ExpandRound(VarFrame& frame, SubString element)
         AddErrorContext(e, {"\n    in @for directive when ", name, " = ", element});
         throw;
     }
+}
+
+void MacroExpander::ForLoop::ExpandObservedRound(VarFrame& frame, SubString element)
+{
+    m_observer->RoundBegins({m_expander.DirectiveRange(), "for", m_round, element});
+    const ObservedSpan span(*m_observer, &ExpansionObserver::RoundEnds);
+    m_expander.ExpandHere(frame, m_block.Next(), m_indent, m_outputPos);
 }
 
 /// Binds the values of an element `(a, b)`. What follows its closing bracket is not looked at.
@@ -326,10 +339,13 @@ void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block
     RepeatedText rounds(block);
     AdvanceWritePos(m_str.begin(), false);
     const ssize_t outputPos = GetOutputPos();
+    const bool isObserved = RunState::CurrentObserver() != nullptr;
     for (ssize_t round = 1; EvaluateCondition(conditions.Next(), "@while"); ++round)
     {
         CountStep();
-        if (!block.m_text.empty())
+        if (isObserved)
+            ExpandObservedRound(rounds.Next(), indent, outputPos, round);
+        else if (!block.m_text.empty())
             ExpandRound(rounds.Next(), indent, outputPos, round);
     }
 }
@@ -346,6 +362,16 @@ void MacroExpander::ExpandRound(const LevelText& block, ssize_t indent, ssize_t 
         NoteRound(round);
         throw;
     }
+}
+
+void MacroExpander::ExpandObservedRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
+                                        ssize_t round)
+{
+    ExpansionObserver& observer = *RunState::CurrentObserver();
+    observer.RoundBegins({DirectiveRange(), "while", round, SubString()});
+    const ObservedSpan span(observer, &ExpansionObserver::RoundEnds);
+    if (!block.m_text.empty())
+        ExpandRound(block, indent, dstIndent, round);
 }
 
 /// An error passes a round of the loop that is the current directive.

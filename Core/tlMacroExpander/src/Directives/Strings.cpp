@@ -2,6 +2,7 @@
 // macro.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include <utility>
@@ -138,6 +139,8 @@ void MacroExpander::ProcessDollarDefDirective()
     if (m_vf->m_fileScopeFrame == nullptr)
         ThrowAt(name.m_str.begin(), {"No filescope frame"});
     m_vf->m_fileScopeFrame->InsertDollarMacro(name.m_str, value);
+    if (RunState::CurrentObserver() != nullptr) [[unlikely]]
+        TellDefined(ObservedDefinition::DEFINED_DOLLAR, name.m_str, value, nullptr);
     AdvanceWritePos(m_str.begin(), false);
 }
 

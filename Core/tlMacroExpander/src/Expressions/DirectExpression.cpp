@@ -63,7 +63,7 @@ DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame)
 bool DirectExpression::Evaluate(const ExpressionText& text)
 {
     if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || s_started || text.m_text.empty() ||
-        m_frame.m_fileScopeFrame == nullptr)
+        m_frame.m_fileScopeFrame == nullptr || RunState::Of(m_run).m_observer != nullptr)
         return false;
     try
     {

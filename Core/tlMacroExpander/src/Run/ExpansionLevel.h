@@ -20,6 +20,22 @@ class ExpandedOutput;
 class ScannedText;
 struct ScanItem;
 
+/// Who wants the pieces of an output.
+enum EPieces : unsigned char
+{
+    PIECES_UNWANTED = 0, ///< Nobody: the text may be written in long stretches.
+    PIECES_RECORDED = 1, ///< Whoever reads the output's map.
+    PIECES_OBSERVED = 2, ///< The run's observer.
+    PIECES_RECORDED_AND_OBSERVED = PIECES_RECORDED | PIECES_OBSERVED
+};
+
+/// Who wants them under the run of this thread.
+inline EPieces WantedPieces(bool isRecorded)
+{
+    const unsigned observed = RunState::CurrentObserver() != nullptr ? PIECES_OBSERVED : 0;
+    return static_cast<EPieces>(observed | (isRecorded ? PIECES_RECORDED : 0));
+}
+
 /// Lives as long as one `MacroExpander::Expand`.
 class ExpansionLevel
 {
@@ -28,11 +44,11 @@ public:
     ///                  points to is null before the first.
     /// @throws ExpansionLimitException  when the run's limits or the stack do not allow another.
     ExpansionLevel(RunState& state, const ExpansionLimits& limits, const LevelText& text,
-                   const char* const& position, bool isRecorded)
+                   const char* const& position, EPieces pieces)
         : m_state(state), m_limits(limits), m_outer(state.m_level), m_text(text.m_text),
           m_position(position), m_owner(text.m_owner), m_scanned(text.m_scanned),
           m_first(text.m_first), m_isOfApplication(text.m_isOfApplication),
-          m_isRecorded(isRecorded)
+          m_pieces(pieces)
     {
         if (m_owner == nullptr && m_outer != nullptr && m_outer->m_owner != nullptr &&
             IsWithin(m_text, m_outer->m_owner->Text()))
@@ -75,8 +91,13 @@ public:
     /// Whether `position` is what the level was made with: whether it is the level of that expander.
     bool IsOf(const char* const& position) const { return &m_position == &position; }
     bool IsOfApplication() const { return m_isOfApplication; }
-    /// Whether the pieces of the output are recorded.
-    bool IsRecorded() const { return m_isRecorded; }
+    EPieces Pieces() const { return m_pieces; }
+    /// Whether the output is written piece by piece.
+    bool IsRecorded() const { return m_pieces != PIECES_UNWANTED; }
+    /// Whether the pieces are kept in the output.
+    bool KeepsPieces() const { return (m_pieces & PIECES_RECORDED) != 0; }
+    /// Whether somebody is told what happens.
+    bool IsObserved() const { return (m_pieces & PIECES_OBSERVED) != 0; }
     const ExpansionLimits& Limits() const { return m_limits; }
 
     /// False where every write is to be checked, or every look-up counted.
@@ -175,7 +196,7 @@ private:
     size_t m_usedCuts = 0;
     unsigned m_first;
     bool m_isOfApplication;
-    bool m_isRecorded;
+    EPieces m_pieces;
     bool m_isFinished = false;
     bool m_errorHasPosition = false; ///< The error that ended it says where it is.
 };

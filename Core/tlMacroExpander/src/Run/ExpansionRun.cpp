@@ -1,4 +1,6 @@
 // The run: which is current, and where positions belong.
+#define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Run/ExpansionRun"
+
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
@@ -30,6 +32,17 @@ ExpansionRunScope::~ExpansionRunScope()
 void ExpansionRun::AddSource(const LSSourceFile& file)
 {
     m_state->AddText({file.m_name, file.m_buffer, &file});
+}
+
+void ExpansionRun::SetObserver(ExpansionObserver* observer)
+{
+    TELV_ASSERT(m_state->m_level == nullptr);
+    m_state->m_observer = observer;
+}
+
+ExpansionObserver* ExpansionRun::Observer() const
+{
+    return m_state->m_observer;
 }
 
 const LSSourceFile* ExpansionRun::FindSource(const char* pos) const

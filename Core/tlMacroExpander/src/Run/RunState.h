@@ -12,6 +12,7 @@ namespace telv
 
 class BracketCache;
 class ExpansionLevel;
+class ExpansionObserver;
 
 /// The private half of an ExpansionRun.
 class RunState
@@ -37,6 +38,13 @@ public:
     {
         const ExpansionRun* const run = CurrentRun();
         return run != nullptr && run->m_lenient;
+    }
+
+    /// Who observes the run of this thread, or null.
+    static ExpansionObserver* CurrentObserver() noexcept
+    {
+        const RunState* const state = Current();
+        return state == nullptr ? nullptr : state->m_observer;
     }
 
     /// A text that died while an exception was passing, and the place that replaces it.
@@ -82,6 +90,7 @@ public:
     /// An error passes the import at `pos`.
     void NoteImport(const char* pos) { m_importPlaces.push_back(ResolvePosition(pos)); }
 
+    ExpansionObserver* m_observer = nullptr; ///< See ExpansionRun::SetObserver.
     ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
     ssize_t m_depth = 0;               ///< Expansions inside one another.
     ssize_t m_steps = 0;
