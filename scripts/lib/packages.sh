@@ -46,6 +46,11 @@ find_missing() {
             need_command doxygen doxygen
             need_command chromium chromium
             ;;
+        page)
+            need_command node nodejs
+            need_command npm npm
+            need_command chromium chromium
+            ;;
         editors)
             need_command vim vim
             need_command node nodejs

@@ -2,6 +2,7 @@
 // The text goes to its temporary file as it comes; everything else is written, and all files take
 // their places, when everything has succeeded.
 #include "ExpandCommand.h"
+#include "explain/PageWriter.h"
 #include "input/FileImportHandler.h"
 #include "output/DepfileWriter.h"
 #include "output/LineDirectives.h"
@@ -57,7 +58,7 @@ public:
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths, texts),
-          m_text(options.m_lineFormat || options.m_check ? nullptr : m_outputs.m_text,
+          m_text(options.IsTextPassedOn() ? m_outputs.m_text : nullptr,
                  options.NeedsPieces() ? &m_whole : nullptr)
     {
         m_run.m_recordPieces = options.NeedsPieces();
@@ -79,6 +80,7 @@ private:
     template <class Visitor>
     void ForEachPart(Visitor visit) const;
     void WriteText(ByteSink& sink) const;
+    void WriteExplanation(ByteSink& sink) const;
     void SetContent(OutputFile* output, Content content);
     void SetContents();
     std::vector<std::string> Dependencies() const;
@@ -222,6 +224,18 @@ int ExpandCommand::CompareWithOutput() const
     return 1;
 }
 
+/// The page shows what would have been written.
+void ExpandCommand::WriteExplanation(ByteSink& sink) const
+{
+    std::string text;
+    ForEachStretch(m_whole, m_edits, [&](SubString stretch) { text += ToStdString(stretch); });
+    const OutputMap map = MakeOutputMap(Written(), m_mapStyle);
+    Page page{{"output", ViewOf(text)}, {}, map};
+    for (size_t i = 0; i < m_sources.Count(); ++i)
+        page.m_sources.push_back({m_sources[i].Name(), m_sources[i].File()});
+    WritePage(sink, page);
+}
+
 /// Null is standard output.
 void ExpandCommand::SetContent(OutputFile* output, Content content)
 {
@@ -233,7 +247,8 @@ void ExpandCommand::SetContent(OutputFile* output, Content content)
 
 void ExpandCommand::SetContents()
 {
-    SetContent(m_outputs.m_text, [this](ByteSink& sink) { WriteText(sink); });
+    SetContent(m_outputs.m_text, [this](ByteSink& sink)
+               { m_options.m_isExplained ? WriteExplanation(sink) : WriteText(sink); });
     if (m_options.m_map)
         SetContent(m_outputs.m_map,
                    [this](ByteSink& sink) { WriteMap(sink, Written(), m_mapStyle); });

@@ -5,9 +5,11 @@
 #include "BatchCommand.h"
 #include "Cleanup.h"
 #include "ExpandCommand.h"
+#include "ExplainCommand.h"
 #include "Files.h"
 #include "LargeStack.h"
 #include "ProjectCommand.h"
+#include "RemapCommand.h"
 #include "WhereCommand.h"
 #include "options/Options.h"
 #include "output/OutputFile.h"
@@ -62,6 +64,29 @@ int RunWhere(int argc, char** argv)
     return RunWhereCommand(options);
 }
 
+int RunRemap(int argc, char** argv)
+{
+    const RemapOptions options = ParseRemapOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_remapHelp);
+    if (options.m_version)
+        return PrintAndSucceed(s_version);
+    return RunRemapCommand(options);
+}
+
+int RunExplain(int argc, char** argv)
+{
+    const ExpandOptions options = ParseExplainOptions(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(s_explainHelp);
+    if (options.m_version)
+        return PrintAndSucceed(s_version);
+    if (options.m_fromMap)
+        return RunExplainMapCommand(options);
+    ImportTexts texts;
+    return RunExpandCommand(options, texts);
+}
+
 /// A command that the first argument chooses.
 struct Subcommand
 {
@@ -72,6 +97,8 @@ struct Subcommand
 constexpr Subcommand s_subcommands[] = {
     {"project", RunProject},
     {"where", RunWhere},
+    {"remap", RunRemap},
+    {"explain", RunExplain},
 };
 
 int RunCommand(int argc, char** argv)

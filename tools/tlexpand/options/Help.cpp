@@ -5,10 +5,12 @@ namespace telv::tool
 {
 
 const char* const s_expandHelp =
-    R"(Usage: tlexpand [OPTIONS] [FILE]          expand FILE ('-' or none: standard input)
+    R"(Usage: tlexpand [OPTIONS] [FILE]            expand FILE ('-' or none: standard input)
        tlexpand [OPTIONS] --out-dir DIR [--batch LIST] [FILE...]
-       tlexpand project [OPTIONS] [FILE]  read a project file and print it as JSON
-       tlexpand where [OPTIONS] MAP PLACE say where a place of an output came from
+       tlexpand project [OPTIONS] [FILE]    read a project file and print it as JSON
+       tlexpand where [OPTIONS] MAP PLACE   say where a place of an output came from
+       tlexpand remap [OPTIONS] MAP...      turn places in outputs into places in sources
+       tlexpand explain [OPTIONS] [FILE]    make a page that shows output and sources
 
 Options of an expansion:
   -o, --output FILE        write the expansion to FILE (default: standard output)
@@ -53,6 +55,36 @@ Options of an expansion:
 FILE of an output may be '-', standard output, for one of them.
 Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file that
 cannot be read or written.
+)";
+
+const char* const s_explainHelp =
+    R"(Usage: tlexpand explain [OPTIONS] [FILE]
+       tlexpand explain [OPTIONS] --from-map MAP
+
+Expands FILE ('-' or none: standard input) and writes a page for a browser that shows the
+sources beside the output: what belongs together lights up. It needs nothing else.
+
+Options:
+  -o, --output PAGE        write the page to PAGE (default: standard output)
+      --from-map MAP       show the output of an earlier expansion, with the map of --map
+  -I, --import-path DIR    search DIR for imported files; repeatable
+  -D, --define NAME=VALUE  define a dollar macro that every file sees
+  -E, --eval TEXT          expand TEXT first; its definitions are seen by every file
+      --list NAME=FILE[:COLUMNS]
+                           define the macro NAME, a list of the rows of FILE (.csv, .json)
+      --src-indent N       indentation of the source's lines that is removed
+      --dst-indent N       indentation that the lines of the output get
+      --lenient            take quotes, numbers and comments of other languages as text
+      --keep-imports       keep the text of import directives in the output
+      --keep-unchanged     leave an output file alone whose bytes would be the same
+      --no-python          refuse Python
+      --python-path DIR    search DIR for Python modules first; repeatable
+      --max-depth N        limit the nesting of expansions
+      --max-steps N        limit the number of expansions, invocations and loop rounds
+      --max-output SIZE    limit the output: bytes, or with K, M or G
+      --color WHEN         colour diagnostics: auto, always or never
+  -V, --version            print the version
+  -h, --help               print this
 )";
 
 const char* const s_projectHelp =

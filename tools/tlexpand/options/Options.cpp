@@ -30,6 +30,7 @@ enum ELongOption
     OPT_LINE_FORMAT,
     OPT_SOURCE_MAP,
     OPT_SOURCE_MAP_CONTENTS,
+    OPT_FROM_MAP,
     OPT_DEPFILE,
     OPT_DEPEND,
     OPT_DEPFILE_TARGET,
@@ -70,6 +71,29 @@ constexpr option s_expandTable[] = {
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
     {"depend",       required_argument, nullptr, OPT_DEPEND},
     {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
+    {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
+    {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
+    {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
+    {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
+    {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
+    {"color",        required_argument, nullptr, OPT_COLOUR},
+    {"version",      no_argument,       nullptr, 'V'},
+    {"help",         no_argument,       nullptr, 'h'},
+    {nullptr, 0, nullptr, 0}};
+
+// What decides about the text, not what else is made of it.
+constexpr option s_explainTable[] = {
+    {"output",       required_argument, nullptr, 'o'},
+    {"import-path",  required_argument, nullptr, 'I'},
+    {"define",       required_argument, nullptr, 'D'},
+    {"eval",         required_argument, nullptr, 'E'},
+    {"list",         required_argument, nullptr, OPT_LIST},
+    {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
+    {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
+    {"lenient",      no_argument,       nullptr, OPT_LENIENT},
+    {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
+    {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
+    {"from-map",     required_argument, nullptr, OPT_FROM_MAP},
     {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
     {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
@@ -222,6 +246,9 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
     case OPT_SOURCE_MAP_CONTENTS:
         options.m_sourceMapContents = true;
         break;
+    case OPT_FROM_MAP:
+        options.m_fromMap = ParseFileName("--from-map", value);
+        break;
     case OPT_DEPFILE:
         options.m_depfile = ParseFileName("--depfile", value);
         break;
@@ -323,6 +350,19 @@ ExpandOptions ParseExpandOptions(int argc, char** argv)
         options.m_file = s_standardStream;
     if (!options.m_help && !options.m_version)
         CheckOutputs(options);
+    return options;
+}
+
+ExpandOptions ParseExplainOptions(int argc, char** argv)
+{
+    ExpandOptions options =
+        ParseArguments(argc, argv, s_expandLetters, s_explainTable, SetExpandOption);
+    options.m_isExplained = true;
+    RefuseMoreFiles(options);
+    if (options.m_fromMap && !options.m_file.empty())
+        throw UsageError("with --from-map there is no file to expand");
+    if (options.m_file.empty())
+        options.m_file = s_standardStream;
     return options;
 }
 

@@ -74,6 +74,8 @@ struct ExpandOptions : CommonOptions
     std::optional<std::string> m_lineFormat; ///< Of line directives; without it there are none.
     std::optional<std::string> m_sourceMap;
     bool m_sourceMapContents = false;
+    bool m_isExplained = false;           ///< The output is a page that shows text and sources.
+    std::optional<std::string> m_fromMap; ///< The page is made for this map, without an expansion.
     std::optional<std::string> m_depfile;
     std::optional<std::string> m_depfileTarget; ///< Else the output.
     std::vector<std::string> m_dependencies;    ///< Besides the files that the run reads.
@@ -93,8 +95,13 @@ struct ExpandOptions : CommonOptions
         return m_check || m_output == s_standardStream || m_map == s_standardStream ||
                m_sourceMap == s_standardStream || m_depfile == s_standardStream;
     }
+    /// Whether what is written is the expansion itself, as it comes.
+    bool IsTextPassedOn() const { return !m_lineFormat && !m_check && !m_isExplained; }
     /// Whether it must be known where each byte of output came from.
-    bool NeedsPieces() const { return m_map || m_sourceMap || m_lineFormat || m_verifyMap; }
+    bool NeedsPieces() const
+    {
+        return m_map || m_sourceMap || m_lineFormat || m_verifyMap || m_isExplained;
+    }
 };
 
 struct ProjectOptions : CommonOptions
@@ -107,11 +114,14 @@ struct ProjectOptions : CommonOptions
 ///
 /// @throws UsageError
 ExpandOptions ParseExpandOptions(int argc, char** argv);
+/// The same for the command that explains an expansion; `argv[0]` is its name.
+ExpandOptions ParseExplainOptions(int argc, char** argv);
 /// The same for the project command, whose name is `argv[0]`.
 ProjectOptions ParseProjectOptions(int argc, char** argv);
 
 /// The texts of `--help`.
 extern const char* const s_expandHelp;
 extern const char* const s_projectHelp;
+extern const char* const s_explainHelp;
 
 } // namespace telv::tool

@@ -13,9 +13,7 @@ namespace
 enum ELongOption
 {
     OPT_SOURCE = 256,
-    OPT_COLOUR,
-    OPT_VERSION,
-    OPT_HELP
+    OPT_COLOUR
 };
 
 // clang-format off
@@ -23,8 +21,8 @@ constexpr option s_table[] = {
     {"source",  required_argument, nullptr, OPT_SOURCE},
     {"output",  required_argument, nullptr, 'o'},
     {"color",   required_argument, nullptr, OPT_COLOUR},
-    {"version", no_argument,       nullptr, OPT_VERSION},
-    {"help",    no_argument,       nullptr, OPT_HELP},
+    {"version", no_argument,       nullptr, 'V'},
+    {"help",    no_argument,       nullptr, 'h'},
     {nullptr, 0, nullptr, 0}};
 // clang-format on
 
@@ -80,10 +78,10 @@ void SetOption(WhereOptions& options, int code, const char* value)
     case OPT_COLOUR:
         options.m_colour = ParseColour(value);
         break;
-    case OPT_VERSION:
+    case 'V':
         options.m_version = true;
         break;
-    case OPT_HELP:
+    case 'h':
         options.m_help = true;
         break;
     default:
@@ -96,7 +94,7 @@ void SetOption(WhereOptions& options, int code, const char* value)
 WhereOptions ParseWhereOptions(int argc, char** argv)
 {
     WhereOptions options;
-    ForEachOption(argc, argv, "-:o:", s_table,
+    ForEachOption(argc, argv, "-:o:Vh", s_table,
                   [&](int code, const char* value) { SetOption(options, code, value); });
     if (options.m_help || options.m_version)
         return options;
@@ -120,8 +118,8 @@ Options:
       --source FILE:LINE   list all ranges of the output that come from this line
   -o, --output FILE        the output, where MAP does not name it or it lies elsewhere
       --color WHEN         colour the excerpt: auto, always or never
-      --version            print the version
-      --help               print this
+  -V, --version            print the version
+  -h, --help               print this
 
 Exit status: 0 found, 1 nothing comes from there, 2 usage error, or a file that cannot be
 read or does not fit the map.

@@ -1,0 +1,188 @@
+// The page of `tlexpand explain` in a browser: pointing, clicking, the keyboard, a large output, and
+// no word on the console. Pictures go to the given folder.
+//
+//     node page_test.js TLEXPAND CHROMIUM FOLDER
+"use strict";
+
+const assert = require("node:assert");
+const {execFileSync} = require("node:child_process");
+const fs = require("node:fs");
+const path = require("node:path");
+const {pathToFileURL} = require("node:url");
+const {chromium} = require("playwright-core");
+
+const [tool, executablePath, folder] = process.argv.slice(2);
+fs.mkdirSync(folder, {recursive: true});
+process.chdir(folder);
+
+const SMALL = {
+  "lib.tl": "@def pair(first, second) =\n{\n    int first = 1; // <b>&amp;</b>\n" +
+            "    int second = @(first_value + 1);\n}\n@let int first_value = {41}\n",
+  "main.tl": "@import \"lib.tl\"\n/* ä 😀 */\nstruct S\n{\n    pair(alpha, beta)\n" +
+             "    @for(name in [x, y])\n    {\n        char name;\n\n    }@//\n};\n",
+};
+
+function explain(name, files, ...options) {
+  for (const [file, text] of Object.entries(files))
+    fs.writeFileSync(file, text);
+  execFileSync(tool, ["explain", ...options, "-o", name]);
+  return pathToFileURL(path.resolve(name)).href;
+}
+
+/// A page whose console must stay silent and that must ask for nothing.
+async function open(browser, url, settings = {}) {
+  const context = await browser.newContext({viewport: {width: 1280, height: 800}, ...settings});
+  const page = await context.newPage();
+  page.faults = [];
+  page.on("console", message => page.faults.push(message.text()));
+  page.on("pageerror", error => page.faults.push(String(error)));
+  page.on("request", request => {
+    if (request.url() !== url && !request.url().startsWith("data:"))
+      page.faults.push(request.url());
+  });
+  await page.goto(url);
+  return page;
+}
+
+const texts = (page, selector) =>
+  page.$$eval(selector, elements => elements.map(element => element.textContent).join("|"));
+const piece = (page, side, text) =>
+  page.locator(`#${side} [data-start]`, {hasText: text}).first();
+
+async function testPointing(page) {
+  await piece(page, "output", "beta").hover();
+  assert.match(await page.textContent("#status"),
+               /^out.*:\d+:\d+: copied from main\.tl:5:17$/);
+  assert.strictEqual(await texts(page, "#sources .hit"), "beta");
+  await piece(page, "output", "42").hover();
+  assert.match(await page.textContent("#status"), /calculated by lib\.tl:4:18$/);
+  assert.strictEqual(await texts(page, "#sources .hit"), "@");
+  await piece(page, "sources", " char").hover();
+  assert.strictEqual((await texts(page, "#output .hit")).trim(), "char|char");
+  assert.match(await page.textContent("#status"), /2 places of the output$/);
+  await page.mouse.move(5, 5);
+  assert.strictEqual(await texts(page, ".hit"), "");
+}
+
+async function testPinning(page) {
+  await piece(page, "output", "beta").click();
+  assert.strictEqual(await texts(page, "#sources .pin"), "beta");
+  assert.match(await page.textContent("#details"), /main\.tl:5:17 copied/);
+  await page.mouse.move(5, 5);
+  assert.strictEqual(await texts(page, "#sources .pin"), "beta");
+  await page.locator("#details button").first().click();
+  assert.strictEqual(await texts(page, "#sources .current"), "beta");
+  await page.keyboard.press("Escape");
+  assert.strictEqual(await texts(page, ".pin"), "");
+  assert.match(await page.textContent("#details"), /^Point at a text/);
+}
+
+async function testKeyboard(page) {
+  await page.locator("#output").focus();
+  await page.keyboard.press("Home");
+  const first = await texts(page, "#output .current");
+  await page.keyboard.press("ArrowDown");
+  await page.keyboard.press("ArrowDown");
+  await page.keyboard.press("ArrowDown");
+  await page.keyboard.press("ArrowRight");
+  assert.notStrictEqual(await texts(page, "#output .current"), first);
+  assert.strictEqual((await texts(page, "#output .current")).length > 0, true);
+  await page.keyboard.press("Enter");
+  assert.notStrictEqual(await texts(page, "#sources .pin"), "");
+  await page.keyboard.press("End");
+  await page.keyboard.press("PageUp");
+  await page.keyboard.press("Escape");
+  await page.keyboard.press("Shift+Tab");
+  const focused = await page.evaluate(() => document.activeElement.id);
+  assert.strictEqual(focused, "sources");
+}
+
+/// What calculated text looks like besides its colour.
+async function testKinds(page) {
+  const decoration = selector => page.locator(selector).first()
+    .evaluate(element => getComputedStyle(element).textDecorationStyle);
+  assert.strictEqual(await decoration("#output .calculated"), "dotted");
+  assert.strictEqual(await decoration("#output .made"), "dashed");
+  assert.match(await page.locator("#output .indentation").first()
+    .evaluate(element => getComputedStyle(element).backgroundImage), /repeating-linear-gradient/);
+}
+
+async function testLarge(browser) {
+  let text = "@def row(i) = {    {i, @(i * 2), \"name\"},}\nint table[][2] = {\n";
+  for (let i = 0; text.length < 1.2e6; ++i)
+    text += `row(${i})\nplain text in line ${i} of the file\n`;
+  const url = explain("large.html", {"large.tl": text + "};\n"}, "large.tl");
+  const begin = Date.now();
+  const page = await open(browser, url);
+  await page.locator("#output [data-start]").first().waitFor();
+  console.log(`a page of ${fs.statSync("large.html").size} bytes is there after ` +
+              `${Date.now() - begin} ms`);
+  assert.ok(await page.locator(".row").count() < 300);
+  await page.locator("#output").focus();
+  await page.keyboard.press("End");
+  await page.keyboard.press("Enter");
+  assert.match(await page.textContent("#status"), /copied from large\.tl:\d{5}:/);
+  const rows = await page.$eval("#output", element => element.scrollTop > 100000);
+  assert.ok(rows);
+  assert.ok(await page.locator("#output .pin").isVisible());
+  const box = await page.locator("#output .pin").boundingBox();
+  const pane = await page.locator("#output").boundingBox();
+  assert.ok(box.y >= pane.y && box.y + box.height <= pane.y + pane.height);
+  await page.screenshot({path: "large.png"});
+  assert.deepStrictEqual(page.faults, []);
+}
+
+async function testChains(browser) {
+  const url = explain("small.html", SMALL, "main.tl");
+  execFileSync(tool, ["-o", "out.c", "--map", "out.map", "main.tl"]);
+  const map = JSON.parse(fs.readFileSync("out.map", "utf8"));
+  const text = fs.readFileSync("main.tl", "utf8");
+  const at = name => ({source: 0, in: Buffer.byteLength(text.slice(0, text.indexOf(name))),
+                       inSize: name.length});
+  map.chains = [{kind: "loop", name: "@for", ...at("@for"), round: 2, parent: null},
+                {kind: "macro", name: "pair", ...at("pair"), parent: 0}];
+  for (const one of map.pieces)
+    if (one.source === 1)
+      one.chain = 1;
+  fs.writeFileSync("chains.map", JSON.stringify(map));
+  const page = await open(browser, explain("chains.html", {}, "--from-map", "chains.map"));
+  await piece(page, "output", "42").click();
+  const details = await page.textContent("#details");
+  assert.match(details, /lib\.tl:4:18 calculated/);
+  assert.match(details, /main\.tl:5:5 in expansion of macro 'pair'/);
+  assert.match(details, /main\.tl:6:5 in round 2 of the loop/);
+  await page.locator("#details button", {hasText: "main.tl:5:5"}).click();
+  assert.ok((await texts(page, "#sources .current")).includes("pair"));
+  await page.screenshot({path: "chains.png"});
+  assert.deepStrictEqual(page.faults, []);
+  return url;
+}
+
+(async () => {
+  const browser = await chromium.launch({executablePath, args: ["--no-sandbox"]});
+  try {
+    const url = await testChains(browser);
+    for (const colorScheme of ["light", "dark"]) {
+      const page = await open(browser, url, {colorScheme});
+      await testPointing(page);
+      await testPinning(page);
+      await testKeyboard(page);
+      await testKinds(page);
+      await piece(page, "output", "beta").click();
+      await piece(page, "output", "42").hover();
+      await page.screenshot({path: `${colorScheme}.png`});
+      assert.deepStrictEqual(page.faults, []);
+    }
+    const narrow = await open(browser, url, {viewport: {width: 420, height: 800}});
+    await narrow.screenshot({path: "narrow.png"});
+    assert.deepStrictEqual(narrow.faults, []);
+    const empty = await open(browser, explain("empty.html", {"empty.tl": ""}, "empty.tl"));
+    await empty.locator("#output").focus();
+    await empty.keyboard.press("ArrowDown");
+    assert.deepStrictEqual(empty.faults, []);
+    await testLarge(browser);
+    console.log("the page does what it should");
+  } finally {
+    await browser.close();
+  }
+})();

@@ -1,0 +1,363 @@
+// tlexpand remap: messages of real programs, and messages of every form.
+#include "ToolTest.h"
+
+#include <nlohmann/json.hpp>
+
+namespace telv::test
+{
+
+class RemapTest : public ToolTest
+{
+protected:
+    /// A generator with errors in copied text, in a macro body, in an argument, in a loop and in
+    /// calculated text.
+    void SetUp() override
+    {
+        Write("lib.tl", "@def pair(a, b) =\n"
+                        "{\n"
+                        "    int a = bad_in_body;\n"
+                        "    int b = 0;\n"
+                        "}\n");
+        Write("main.tl", "@import \"lib.tl\"\n"             // 1
+                         "int ok = bad_in_text;\n"          // 2
+                         "pair(x, y)\n"                     // 3
+                         "pair(p, `q = bad_in_argument`)\n" // 4
+                         "@for(v in [1, 2])\n"              // 5
+                         "{\n"
+                         "    int u@(v) = 0;\n"           // 7
+                         "    int w@(v) = bad_in_loop;\n" // 8
+                         "\n"
+                         "}@//\n"
+                         "int c = @[@quote(bad_calculated)];\n"); // 11
+    }
+
+    static std::string Replace(std::string text, const std::string& from, const std::string& to)
+    {
+        return text.replace(text.find(from), from.size(), to);
+    }
+
+    void Generate(const std::string& output = "gen.cpp") const
+    {
+        Expand({"-o", output, "--map", output + ".map", "main.tl"});
+    }
+
+    /// Where each name is reported, as "FILE:LINE".
+    static std::string PlaceOf(const std::string& messages, const std::string& name)
+    {
+        std::istringstream lines(messages);
+        for (std::string line; std::getline(lines, line);)
+            if (line.find("error: ") != std::string::npos && line.find(name) != std::string::npos)
+                return line.substr(0, line.find(':', line.find(':') + 1));
+        return "(not reported)";
+    }
+
+    static void ExpectPlaces(const std::string& messages)
+    {
+        EXPECT_EQ(PlaceOf(messages, "bad_in_text"), "main.tl:2") << messages;
+        EXPECT_EQ(PlaceOf(messages, "bad_in_body"), "lib.tl:3") << messages;
+        EXPECT_EQ(PlaceOf(messages, "bad_in_argument"), "main.tl:4") << messages;
+        EXPECT_EQ(PlaceOf(messages, "bad_in_loop"), "main.tl:8") << messages;
+        EXPECT_EQ(PlaceOf(messages, "bad_calculated"), "main.tl:11") << messages;
+    }
+
+    /// Runs the filter; nothing may be said on standard error.
+    std::string Filter(const std::string& messages) const
+    {
+        const ProgramResult result = Run({"remap", "gen.cpp.map"}, messages);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.status, 0);
+        return result.out;
+    }
+
+    static bool Has(const std::string& program)
+    {
+        return RunProgram({"/bin/sh", "-c", "command -v " + program}).status == 0;
+    }
+};
+
+TEST_F(RemapTest, MessagesOfGcc)
+{
+    Generate();
+    const ProgramResult result = RunShell("g++ -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map");
+    ExpectPlaces(result.out);
+    EXPECT_EQ(result.err, "");
+}
+
+TEST_F(RemapTest, MessagesOfClang)
+{
+    if (!Has("clang++-14"))
+        return; // clang is there for those who test with it.
+    Generate();
+    const ProgramResult result =
+        RunShell("clang++-14 -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map");
+    ExpectPlaces(result.out);
+}
+
+TEST_F(RemapTest, TheCommandIsRunAndKeepsItsStatusAndStreams)
+{
+    Generate();
+    const ProgramResult gcc = RunShell("\"$TLEXPAND\" remap gen.cpp.map -- g++ -c gen.cpp");
+    ExpectPlaces(gcc.err);
+    EXPECT_EQ(gcc.out, "");
+    EXPECT_EQ(gcc.status, 1);
+    const ProgramResult both = Run({"remap", "gen.cpp.map", "--", "sh", "-c",
+                                    "echo gen.cpp:1: out; echo gen.cpp:1:5: err >&2; exit 7"});
+    EXPECT_EQ(both.out, "main.tl:2: out\n");
+    EXPECT_EQ(both.err, "main.tl:2:5: err\n");
+    EXPECT_EQ(both.status, 7);
+    EXPECT_EQ(Run({"remap", "gen.cpp.map", "--", "sh", "-c", "kill -TERM $$"}).status, 128 + 15);
+    EXPECT_EQ(Run({"remap", "gen.cpp.map", "--", "cat"}, "gen.cpp:1: in").out, "main.tl:2: in");
+    const ProgramResult none = Run({"remap", "gen.cpp.map", "--", "no-such-program", "-x"});
+    EXPECT_EQ(none.status, 127);
+    EXPECT_EQ(none.err, "tlexpand: can't run 'no-such-program': No such file or directory\n");
+}
+
+TEST_F(RemapTest, EveryFormOfAPlace)
+{
+    Generate();
+    const struct
+    {
+        const char* m_message;
+        const char* m_rewritten;
+    } rows[] = {
+        {"gen.cpp:1:10: error: x\n", "main.tl:2:10: error: x\n"},
+        {"gen.cpp:1: warning: x\n", "main.tl:2: warning: x\n"},
+        {"./gen.cpp:1:10: x\n", "main.tl:2:10: x\n"},
+        {"gen.cpp(1): error C2065: x\n", "main.tl(2): error C2065: x\n"},
+        {"gen.cpp(1,10) : error : x\n", "main.tl(2,10) : error : x\n"},
+        {"  File \"gen.cpp\", line 2, in f\n", "  File \"lib.tl\", line 3, in f\n"},
+        {"In file included from gen.cpp:1,\n", "In file included from main.tl:2,\n"},
+        {"                 from gen.cpp:2:3:\n", "                 from lib.tl:3:7:\n"},
+        {"prog: gen.cpp:2: int main(): Assertion `0' failed.\n",
+         "prog: lib.tl:3: int main(): Assertion `0' failed.\n"},
+        {"at gen.cpp:1 and gen.cpp:2\n", "at main.tl:2 and lib.tl:3\n"},
+        {"\x1b[01m\x1b[Kgen.cpp:1:10:\x1b[m\x1b[K x\n",
+         "\x1b[01m\x1b[Kmain.tl:2:10:\x1b[m\x1b[K x\n"},
+        // What is no place of it passes.
+        {"gen.cpp: In function 'f':\n", "gen.cpp: In function 'f':\n"},
+        {"other.cpp:1:1: x\n", "other.cpp:1:1: x\n"},
+        {"mygen.cpp:1:1: x\n", "mygen.cpp:1:1: x\n"},
+        {"sub/gen.cpp:1:1: x\n", "sub/gen.cpp:1:1: x\n"},
+        {"gen.cpp:x:1: y\n", "gen.cpp:x:1: y\n"},
+        {"gen.cpp(x): y\n", "gen.cpp(x): y\n"},
+        {"[ 50%] Building gen.cpp\n", "[ 50%] Building gen.cpp\n"},
+        {"{\n", "{\n"},
+        {"no line feed gen.cpp:1", "no line feed main.tl:2"},
+        {"gen.cpp:1\r\n", "main.tl:2\r\n"},
+        {"", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Filter(row.m_message), row.m_rewritten);
+    const std::string bytes("a\0\xff gen.cpp:1\n", 14);
+    EXPECT_EQ(Filter(bytes), std::string("a\0\xff main.tl:2\n", 14));
+}
+
+TEST_F(RemapTest, ColumnsOfTerminalsAreUnderstood)
+{
+    Write("main.tl", "@def x = {1}\n\tint a = b;\n");
+    Generate();
+    // GCC counts the tab as eight columns.
+    EXPECT_EQ(Filter("gen.cpp:1:17: error: b\n"), "main.tl:2:10: error: b\n");
+    EXPECT_EQ(Filter("gen.cpp:1:10: error: b\n"), "main.tl:2:10: error: b\n");
+}
+
+TEST_F(RemapTest, PathsOfEveryKind)
+{
+    std::filesystem::create_directories(Path("build/deep"));
+    Generate("build/my gen.cpp");
+    const std::string absolute = std::filesystem::canonical(Path("build")).string();
+    const ProgramResult result =
+        RunShell("cd build/deep && printf '%s\\n' '../my gen.cpp:1:1: a' '" + absolute +
+                 "/my gen.cpp:1:1: b' './..//my gen.cpp:1:1: c' 'gen.cpp:1:1: d' "
+                 "\"make[1]: Entering directory '" +
+                 absolute + "'\" 'my gen.cpp:1:1: e' \"make[1]: Leaving directory '" + absolute +
+                 "'\" 'my gen.cpp:1:1: f' | \"$TLEXPAND\" remap '../my gen.cpp.map'");
+    EXPECT_EQ(result.out, "../../main.tl:2:1: a\n../../main.tl:2:1: b\n../../main.tl:2:1: c\n"
+                          "gen.cpp:1:1: d\nmake[1]: Entering directory '" +
+                              absolute + "'\n../../main.tl:2:1: e\nmake[1]: Leaving directory '" +
+                              absolute + "'\nmy gen.cpp:1:1: f\n");
+    EXPECT_EQ(result.err, "");
+}
+
+TEST_F(RemapTest, SeveralMapsAndOneWithoutAName)
+{
+    Generate();
+    Write("other.tl", "\n\nx\n");
+    EXPECT_EQ(RunShell("\"$TLEXPAND\" --map other.map other.tl > other.txt").status, 0);
+    const ProgramResult result = Run({"remap", "gen.cpp.map", "-o", "other.txt", "other.map"},
+                                     "other.txt:3: a\ngen.cpp:1: b\n");
+    EXPECT_EQ(result.out, "other.tl:3: a\nmain.tl:2: b\n");
+    EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(RemapTest, LinesPassAtOnce)
+{
+    Generate();
+    // The reader gets a line before the writer goes on.
+    const ProgramResult result =
+        RunShell("mkfifo go; { echo 'gen.cpp:1: one'; echo '{'; read x < go; echo two; } | "
+                 "\"$TLEXPAND\" remap gen.cpp.map | { read a; read b; echo \"$a\"; echo \"$b\"; "
+                 "echo > go; cat; }");
+    EXPECT_EQ(result.out, "main.tl:2: one\n{\ntwo\n");
+}
+
+TEST_F(RemapTest, TracebacksOfPython)
+{
+    Write("gen.tl", "@def check(x) =\n{\n    assert x > 1\n}\n"
+                    "def f():\n    check(2)\n    check(0)\nf()\n");
+    Expand({"-o", "gen.py", "--map", "gen.map", "gen.tl"});
+    const ProgramResult result = Run({"remap", "gen.map", "--", "python3", "gen.py"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("gen.tl\", line 8, in <module>"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("gen.tl\", line 3, in f"), std::string::npos) << result.err;
+    EXPECT_EQ(result.err.find("gen.py\", line"), std::string::npos) << result.err;
+}
+
+TEST_F(RemapTest, DiagnosticsOfGccInJson)
+{
+    Generate();
+    const ProgramResult result =
+        RunShell("g++ -fdiagnostics-format=json -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map");
+    std::string places;
+    std::istringstream lines(result.out);
+    std::string line;
+    std::getline(lines, line);
+    for (const auto& message : nlohmann::json::parse(line))
+    {
+        const auto& caret = message["locations"][0]["caret"];
+        places +=
+            caret["file"].get<std::string>() + ":" + std::to_string(caret["line"].get<int>()) + " ";
+    }
+    EXPECT_EQ(places, "main.tl:2 lib.tl:3 lib.tl:3 main.tl:4 main.tl:8 main.tl:8 main.tl:11 ");
+    EXPECT_EQ(result.out.find("gen.cpp"), std::string::npos);
+}
+
+TEST_F(RemapTest, Sarif)
+{
+    if (!Has("clang-14"))
+        return; // clang is there for those who test with it.
+    Write("main.tl", "@def deref(p) =\n{\n    if (!p)\n        return *p;\n}\n"
+                     "int f(int* p)\n{\n    deref(p)\n    return 0;\n}\n");
+    Generate("gen.c");
+    const ProgramResult result =
+        RunShell("clang-14 --analyze --analyzer-output sarif -o out.sarif gen.c 2> /dev/null && "
+                 "\"$TLEXPAND\" remap gen.c.map < out.sarif");
+    const auto document = nlohmann::json::parse(result.out);
+    const auto& found = document["runs"][0]["results"][0];
+    const auto& location = found["locations"][0]["physicalLocation"];
+    EXPECT_EQ(location["artifactLocation"]["uri"],
+              "file://" + std::filesystem::canonical(Path("main.tl")).string());
+    EXPECT_EQ(location["region"]["startLine"], 4);
+    EXPECT_EQ(location["region"]["startColumn"], 16);
+    for (const auto& step : found["codeFlows"][0]["threadFlows"][0]["locations"])
+        EXPECT_NE(
+            step["location"]["physicalLocation"]["artifactLocation"]["uri"].get<std::string>().find(
+                "main.tl"),
+            std::string::npos);
+    // What is no document after all comes out as it was.
+    EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\n  \"runs\": [\nend\n").out,
+              "{\n  \"runs\": [\nend\n");
+    EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\"a\": 1}\n{\n").out, "{\"a\": 1}\n{\n");
+}
+
+TEST_F(RemapTest, LongLinesAndDeepDocumentsPass)
+{
+    Generate();
+    std::string line;
+    for (int i = 0; i < 20000; ++i)
+        line += "a/gen.cpp:1 xgen.cpp:2 x:3 ";
+    line += "gen.cpp:1\n";
+    const std::string rewritten = Filter(line);
+    EXPECT_TRUE(rewritten.ends_with(" xgen.cpp:2 x:3 main.tl:2\n"));
+    EXPECT_EQ(rewritten.size(), line.size());
+    const std::string deep =
+        "[{\"a\":" + std::string(300000, '[') + std::string(300000, ']') + "}]\n";
+    EXPECT_TRUE(Filter(deep) == deep);
+    const std::string openOnly = std::string(300000, '[') + "\n";
+    EXPECT_TRUE(Filter(openOnly) == openOnly);
+}
+
+TEST_F(RemapTest, NotesShowTheChain)
+{
+    Generate();
+    std::string map = Read("gen.cpp.map");
+    map.insert(map.find(" \"pieces\":["),
+               " \"chains\":["
+               "{\"kind\":\"loop\",\"name\":\"@for\",\"source\":0,\"in\":17,\"inSize\":1,"
+               "\"round\":2,\"parent\":null},"
+               "{\"kind\":\"macro\",\"name\":\"pair\",\"source\":0,\"in\":39,\"inSize\":4,"
+               "\"parent\":0}],\n");
+    for (size_t pos = map.find("\"source\":1"); pos != std::string::npos;
+         pos = map.find("\"source\":1", pos + 1))
+        map.insert(map.find('}', pos), ",\"chain\":1");
+    Write("gen.cpp.map", map);
+    EXPECT_EQ(Filter("gen.cpp:2:9: error: bad\n    2 | int x = bad_in_body;\n      |         ^~~\n"
+                     "next\n"),
+              "lib.tl:3:13: error: bad\n    2 | int x = bad_in_body;\n      |         ^~~\n"
+              "main.tl:3:1: note: in expansion of macro 'pair'\n"
+              "main.tl:2:1: note: in round 2 of the loop\n"
+              "next\n");
+    EXPECT_EQ(Filter("gen.cpp:2: error: bad\nint x = bad_in_body;\n        ^\n"),
+              "lib.tl:3: error: bad\nint x = bad_in_body;\n        ^\n"
+              "main.tl:3: note: in expansion of macro 'pair'\n"
+              "main.tl:2: note: in round 2 of the loop\n");
+    EXPECT_EQ(Filter("gen.cpp(2) : error : bad\n"),
+              "lib.tl(3) : error : bad\n"
+              "main.tl(3) : note : in expansion of macro 'pair'\n"
+              "main.tl(2) : note : in round 2 of the loop\n");
+    EXPECT_EQ(Filter("  File \"gen.cpp\", line 2, in f\n    x\n"),
+              "  File \"main.tl\", line 2, in round 2 of the loop\n"
+              "  File \"main.tl\", line 3, in expansion of macro 'pair'\n"
+              "  File \"lib.tl\", line 3, in f\n    x\n");
+    const std::string json =
+        Filter("[{\"kind\":\"error\",\"message\":\"bad\",\"children\":[],\"locations\":[{\"caret\":"
+               "{\"file\":\"gen.cpp\",\"line\":2,\"column\":9,\"byte-column\":9}}]}]\n");
+    EXPECT_EQ(
+        json,
+        "[{\"kind\":\"error\",\"message\":\"bad\",\"children\":["
+        "{\"kind\":\"note\",\"message\":\"in expansion of macro 'pair'\",\"locations\":"
+        "[{\"caret\":{\"file\":\"main.tl\",\"line\":3,\"column\":1}}]},"
+        "{\"kind\":\"note\",\"message\":\"in round 2 of the loop\",\"locations\":"
+        "[{\"caret\":{\"file\":\"main.tl\",\"line\":2,\"column\":1}}]}],\"locations\":"
+        "[{\"caret\":{\"file\":\"lib.tl\",\"line\":3,\"column\":13,\"byte-column\":13}}]}]\n");
+}
+
+TEST_F(RemapTest, WhatCannotBeMappedPassesAndIsReported)
+{
+    Generate();
+    const auto expect = [&](const std::string& said)
+    {
+        const ProgramResult result =
+            Run({"remap", "gen.cpp.map"}, "gen.cpp:99:1: x\ngen.cpp:0: y\n");
+        EXPECT_EQ(result.out, "gen.cpp:99:1: x\ngen.cpp:0: y\n");
+        EXPECT_EQ(result.err, said);
+        EXPECT_EQ(result.status, 2);
+    };
+    expect("tlexpand: 'gen.cpp' has no line 99\ntlexpand: 'gen.cpp' has no line 0\n");
+    // Each output that does not fit is reported once.
+    const std::string output = Read("gen.cpp");
+    Write("gen.cpp", output + "more\n");
+    const std::string size = std::to_string(output.size());
+    expect("tlexpand: 'gen.cpp.map' does not fit 'gen.cpp': the file has " +
+           std::to_string(output.size() + 5) + " bytes, the map " + size + "\n");
+    Write("gen.cpp.map", "{\"version\":7}");
+    expect(
+        "tlexpand: 'gen.cpp.map' is no map that can be used: its version is 7, this program reads "
+        "version 1\n");
+    std::filesystem::remove(Path("gen.cpp.map"));
+    expect("tlexpand: can't read 'gen.cpp.map': No such file or directory\n");
+    // With a command, its status counts.
+    EXPECT_EQ(Run({"remap", "gen.cpp.map", "--", "true"}).status, 0);
+}
+
+TEST_F(RemapTest, AMissingSourceIsReported)
+{
+    Generate();
+    std::filesystem::remove(Path("lib.tl"));
+    const ProgramResult result = Run({"remap", "gen.cpp.map"}, "gen.cpp:2: x\n");
+    EXPECT_EQ(result.out, "gen.cpp:2: x\n");
+    EXPECT_EQ(result.err, "tlexpand: can't read 'lib.tl': No such file or directory\n");
+    EXPECT_EQ(result.status, 2);
+}
+
+} // namespace telv::test

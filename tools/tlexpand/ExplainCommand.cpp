@@ -1,0 +1,45 @@
+// A source that can't be read has no text on the page; one that does not fit is an error.
+#include "ExplainCommand.h"
+#include "explain/PageWriter.h"
+#include "map/MappedFiles.h"
+#include "output/OutputSet.h"
+
+namespace telv::tool
+{
+
+namespace
+{
+
+Page MakePage(MappedFiles& files)
+{
+    Page page{{files.OutputPath(), files.Output().m_text}, {}, files.Map()};
+    for (size_t i = 0; i < files.Map().m_sources.size(); ++i)
+    {
+        const MappedText* const text = files.SourceText(i);
+        page.m_sources.push_back(
+            {files.SourcePath(i), text != nullptr ? SubString(text->m_text) : SubString("")});
+    }
+    return page;
+}
+
+} // namespace
+
+int RunExplainMapCommand(const ExpandOptions& options)
+{
+    OutputSet outputs;
+    OutputFile* const file =
+        options.m_output == s_standardStream ? nullptr : &outputs.Add(options.m_output);
+    MappedFiles files(*options.m_fromMap, "");
+    if (files.OutputPath().empty())
+        throw UsageError("'" + *options.m_fromMap + "' does not name its output");
+    const Page page = MakePage(files);
+    const auto content = [&](ByteSink& sink) { WritePage(sink, page); };
+    if (file != nullptr)
+        outputs.SetContent(*file, content);
+    else
+        outputs.SetStandardOutput(content);
+    outputs.Commit();
+    return 0;
+}
+
+} // namespace telv::tool

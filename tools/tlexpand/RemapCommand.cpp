@@ -1,0 +1,51 @@
+// Maps, then messages. A map that can't be used is no reason to lose messages.
+#include "RemapCommand.h"
+#include "Files.h"
+#include "remap/CommandRun.h"
+#include "remap/MessageStream.h"
+#include "report/Diagnostics.h"
+#include <unistd.h>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+void WriteTo(int fd, const std::string& text)
+{
+    if (const int error = WriteAll(fd, ViewOf(text)))
+        throw MakeFileError("write", fd == STDOUT_FILENO ? "standard output" : "standard error",
+                            error);
+}
+
+} // namespace
+
+int RunRemapCommand(const RemapOptions& options)
+{
+    bool failed = false;
+    MappedOutputs outputs(
+        [&](const std::string& message)
+        {
+            failed = true;
+            ReportToolError(message);
+        });
+    for (const MapFile& map : options.m_maps)
+        outputs.Add(map.m_path, map.m_output);
+    MessageStream out(outputs, [](const std::string& text) { WriteTo(STDOUT_FILENO, text); });
+    MessageStream err(outputs, [](const std::string& text) { WriteTo(STDERR_FILENO, text); });
+    const auto takeOut = [&](SubString bytes) { out.Add(bytes); };
+    const auto takeErr = [&](SubString bytes) { err.Add(bytes); };
+    int status = 0;
+    if (options.m_command != nullptr)
+        status = RunAndRead(options.m_command, takeOut, takeErr);
+    else
+        ReadStream(STDIN_FILENO, takeOut);
+    out.Finish();
+    err.Finish();
+    if (options.m_command != nullptr)
+        return status;
+    return failed ? 2 : 0;
+}
+
+} // namespace telv::tool

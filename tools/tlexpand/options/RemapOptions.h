@@ -1,0 +1,31 @@
+// The command line of `tlexpand remap`.
+#pragma once
+
+#include "options/Options.h"
+
+namespace telv::tool
+{
+
+/// A map and where its output is; an empty name: where the map says.
+struct MapFile
+{
+    std::string m_path;
+    std::string m_output;
+};
+
+struct RemapOptions
+{
+    std::vector<MapFile> m_maps;
+    char** m_command = nullptr; ///< The command and its arguments, of `argv`; or null.
+    bool m_help = false;
+    bool m_version = false;
+};
+
+/// Reads the arguments; `argv[0]` is the command's name. What is behind "--" is a command.
+///
+/// @throws UsageError
+RemapOptions ParseRemapOptions(int argc, char** argv);
+
+extern const char* const s_remapHelp;
+
+} // namespace telv::tool

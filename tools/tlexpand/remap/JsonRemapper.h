@@ -1,0 +1,25 @@
+// Rewrites the places in JSON documents: GCC's -fdiagnostics-format=json, and SARIF 2.1.0.
+#pragma once
+
+#include "remap/MappedOutputs.h"
+
+namespace telv::tool
+{
+
+/// What a text is the beginning of.
+enum class EJson
+{
+    Whole,     ///< A document.
+    Beginning, ///< Of one, and more must come.
+    None
+};
+
+/// Whether `text`, whole lines from the beginning of one, is JSON: an object, or a list of objects.
+EJson RecogniseJson(const std::string& text);
+
+/// The document with its places rewritten, as compact or as indented as it was; `text` itself when
+/// it is neither of the two kinds. A fix that a message offers is rewritten only where the text
+/// that it changes was copied.
+std::string RemapJson(const std::string& text, MappedOutputs& outputs);
+
+} // namespace telv::tool

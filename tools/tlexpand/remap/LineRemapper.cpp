@@ -1,0 +1,101 @@
+// An excerpt is what compilers print under a message: lines with a bar, or lines with a caret and
+// the line above. GCC's and clang's can be told from messages by their first characters.
+#include "remap/LineRemapper.h"
+#include <utility>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+/// "   12 | text" and "      |  ^", or a line of blanks and signs.
+bool IsExcerpt(const std::string& line)
+{
+    const size_t bar = line.find('|');
+    if (bar != std::string::npos && line.find_first_not_of(" 0123456789+-") == bar)
+        return true;
+    return line.starts_with(' ') && line.find('^') != std::string::npos &&
+           line.find_first_not_of(" ^~\r\n") == std::string::npos;
+}
+
+/// Of "FILE(LINE) : error : text" and "FILE(LINE): error: text", what stands between.
+std::string Separator(const std::string& line, size_t end)
+{
+    return line.compare(end, 3, " : ") == 0 ? " : " : ": ";
+}
+
+/// Whether the place is that of a message: at the beginning of the line, with text behind it.
+bool IsMessage(const std::string& line, const PlaceInLine& place)
+{
+    const bool isFirst = line.find_first_not_of(" \t") == place.m_begin || line[0] == '\x1b';
+    if (place.m_form == EPlaceForm::Python)
+        return line.find_first_not_of(" \t") == line.find("File \"");
+    return isFirst && line.find(':', place.m_end) != std::string::npos;
+}
+
+} // namespace
+
+std::string LineRemapper::Remap(const std::string& line)
+{
+    m_outputs.NoteDirectory(line);
+    const bool isQuoted = !m_quoted.empty() && line.starts_with(m_quoted);
+    std::string written = isQuoted || IsExcerpt(line) ? "" : Finish();
+    m_quoted.clear();
+    std::string rewritten;
+    size_t from = 0;
+    std::optional<size_t> output;
+    const auto isKnown = [&](const std::string& path)
+    {
+        output = m_outputs.Find(path);
+        return output.has_value();
+    };
+    const KnownFiles files{m_outputs.LastParts(), isKnown};
+    while (const auto place = FindPlace(line, from, files))
+    {
+        const auto origin =
+            m_outputs.Map(*output, place->m_line, place->m_column, EColumnUnit::Guess);
+        rewritten += line.substr(from, place->m_begin - from);
+        if (!origin)
+            rewritten += line.substr(place->m_begin, place->m_end - place->m_begin);
+        else
+        {
+            const MessagePlace& to = origin->m_place;
+            const auto column = place->m_column ? std::optional(to.m_column) : std::nullopt;
+            rewritten += WritePlace(place->m_form, to.m_path, to.m_line, column);
+            if (IsMessage(line, *place))
+                AddNotes(line, *place, *origin);
+        }
+        from = place->m_end;
+    }
+    written += m_before + rewritten + line.substr(from);
+    m_before.clear();
+    return written;
+}
+
+void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
+                            const MessageOrigin& origin)
+{
+    m_quoted = origin.m_line;
+    for (const MessageNote& note : origin.m_notes)
+    {
+        if (note.m_place.m_path.empty())
+            continue;
+        const auto column = place.m_column ? std::optional(note.m_place.m_column) : std::nullopt;
+        const std::string at =
+            WritePlace(place.m_form, note.m_place.m_path, note.m_place.m_line, column);
+        const std::string separator =
+            place.m_form == EPlaceForm::Brackets ? Separator(line, place.m_end) : ": ";
+        if (place.m_form == EPlaceForm::Python)
+            m_before = line.substr(0, place.m_begin) + at + ", " + note.m_text + "\n" + m_before;
+        else
+            m_notes += at + separator + "note" + separator + note.m_text + "\n";
+    }
+}
+
+std::string LineRemapper::Finish()
+{
+    return std::exchange(m_notes, "");
+}
+
+} // namespace telv::tool

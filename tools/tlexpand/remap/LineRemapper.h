@@ -1,0 +1,32 @@
+// Rewrites lines of text, one at a time.
+#pragma once
+
+#include "remap/MappedOutputs.h"
+#include "remap/PlaceScan.h"
+
+namespace telv::tool
+{
+
+class LineRemapper
+{
+public:
+    /// `outputs` must outlive this.
+    explicit LineRemapper(MappedOutputs& outputs) : m_outputs(outputs) {}
+
+    /// What is written for a line (with its end): the line with its places rewritten, and notes.
+    /// Those of a Python traceback, whose outermost line comes first, stand before it. All others
+    /// come behind the excerpt that follows the line, so they may be part of a later answer.
+    std::string Remap(const std::string& line);
+    /// Notes that still wait.
+    std::string Finish();
+
+private:
+    void AddNotes(const std::string& line, const PlaceInLine& place, const MessageOrigin& origin);
+
+    MappedOutputs& m_outputs;
+    std::string m_before; ///< Notes of the line at hand that stand before it.
+    std::string m_notes;  ///< Notes that wait for the end of the excerpt,
+    std::string m_quoted; ///< which can begin with this line of the output.
+};
+
+} // namespace telv::tool

@@ -1,0 +1,205 @@
+// A path is compared by name first; files are looked at only when the last parts are equal.
+#include "remap/MappedOutputs.h"
+#include "Files.h"
+#include "Utf8.h"
+#include "map/ChainText.h"
+#include <algorithm>
+
+namespace telv::tool
+{
+
+namespace
+{
+
+std::string LastPart(const std::string& path)
+{
+    const size_t slash = path.find_last_of("/\\");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string AbsolutePath(const std::string& directory, const std::string& path)
+{
+    return path.starts_with('/') ? JoinPath("", path) : JoinPath(directory, path);
+}
+
+bool IsWordByte(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+           byte >= 0x80;
+}
+
+bool BeginsSomething(SubString line, ssize_t offset)
+{
+    if (offset >= line.size())
+        return false;
+    const char c = line.begin()[offset];
+    const bool isInWord = offset > 0 && IsWordByte(c) && IsWordByte(line.begin()[offset - 1]);
+    return c != ' ' && c != '\t' && !isInWord;
+}
+
+/// GCC counts terminal columns, most others bytes; they differ where a tab stands before.
+ssize_t GuessOffset(SubString line, ssize_t column)
+{
+    constexpr ssize_t s_tabWidth = 8;
+    const ssize_t byte = column - 1;
+    const ssize_t shown = BytesOfColumns(line, column - 1, s_tabWidth);
+    if (byte == shown || BeginsSomething(line, byte))
+        return byte;
+    return byte > line.size() || BeginsSomething(line, shown) ? shown : byte;
+}
+
+ssize_t CharacterOffset(SubString line, ssize_t column, bool utf16)
+{
+    SubString rest = line;
+    for (ssize_t count = 1; count < column && !rest.empty(); ++count)
+        if (TakeUtf8Character(rest).m_bytes.size() == 4 && utf16)
+            ++count;
+    return rest.begin() - line.begin();
+}
+
+} // namespace
+
+ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit)
+{
+    ssize_t offset = column - 1;
+    if (unit == EColumnUnit::Guess)
+        offset = GuessOffset(line, column);
+    else if (unit != EColumnUnit::Bytes)
+        offset = CharacterOffset(line, column, unit == EColumnUnit::Utf16);
+    return std::clamp(offset, ssize_t{0}, line.size());
+}
+
+void MappedOutputs::Add(const std::string& mapPath, const std::string& output)
+try
+{
+    auto added = std::make_unique<Output>(mapPath, output);
+    const std::string& path = added->m_files.OutputPath();
+    if (path.empty())
+        return m_report("'" + mapPath + "' does not name its output: name it with -o");
+    added->m_absolute = AbsolutePath(m_here, path);
+    const std::string name = LastPart(path);
+    if (!m_byName.contains(name))
+        m_lastParts.push_back(name);
+    m_byName.emplace(name, m_outputs.size());
+    m_outputs.push_back(std::move(added));
+}
+catch (const std::runtime_error& e)
+{
+    m_report(e.what());
+}
+
+std::optional<size_t> MappedOutputs::FindAbsolute(const std::string& path) const
+{
+    const auto [first, last] = m_byName.equal_range(LastPart(path));
+    for (auto named = first; named != last; ++named)
+    {
+        const std::string& output = m_outputs[named->second]->m_absolute;
+        if (output == path || IsSameFile(output, path))
+            return named->second;
+    }
+    return std::nullopt;
+}
+
+std::optional<size_t> MappedOutputs::Find(const std::string& path)
+{
+    if (!m_byName.contains(LastPart(path)))
+        return std::nullopt;
+    const std::string& directory = m_directories.empty() ? m_here : m_directories.back();
+    const std::string absolute = AbsolutePath(directory, path);
+    const auto known = m_known.find(absolute);
+    if (known != m_known.end())
+        return known->second;
+    std::optional<size_t> found = FindAbsolute(absolute);
+    if (!found && directory != m_here)
+        found = FindAbsolute(AbsolutePath(m_here, path));
+    m_known[absolute] = found;
+    return found;
+}
+
+std::optional<MessageOrigin> MappedOutputs::Map(size_t index, ssize_t line,
+                                                std::optional<ssize_t> column, EColumnUnit unit)
+{
+    Output& output = *m_outputs[index];
+    if (output.m_isBroken)
+        return std::nullopt;
+    try
+    {
+        return MapIn(output, line, column, unit);
+    }
+    catch (const std::runtime_error& e)
+    {
+        output.m_isBroken = true;
+        m_report(e.what());
+        return std::nullopt;
+    }
+}
+
+std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
+                                                  std::optional<ssize_t> column, EColumnUnit unit)
+{
+    MappedFiles& files = output.m_files;
+    const LineTable& lines = files.Output().m_lines;
+    if (line < 1 || line > lines.Count())
+    {
+        m_report("'" + files.OutputPath() + "' has no line " + std::to_string(line));
+        return std::nullopt;
+    }
+    const SubString text = lines.Line(line);
+    SubString seen = text;
+    ScanWhiteSpace(seen);
+    const ssize_t visible = seen.empty() ? 0 : seen.begin() - text.begin();
+    const ssize_t offset = column ? ColumnOffset(text, *column, unit) : visible;
+    const ssize_t begin = lines.Start(line);
+    auto origin =
+        files.Map().FirstOrigin(std::min(begin + offset, lines.End(line) - 1), lines.End(line));
+    if (!origin)
+        origin = files.Map().FirstOrigin(begin, lines.End(line));
+    if (!origin)
+        return std::nullopt;
+    const auto place =
+        PlaceOf(files, {static_cast<ssize_t>(origin->m_source), origin->m_offset, 1});
+    if (!place)
+        return std::nullopt;
+    MessageOrigin result{*place, origin->IsCopied(), {}, ToStdString(text)};
+    AddNotes(files, *origin, result);
+    return result;
+}
+
+/// Nothing for a source that is no file.
+std::optional<MessagePlace> MappedOutputs::PlaceOf(MappedFiles& files, const SourceRange& range)
+{
+    if (!range.IsKnown())
+        return std::nullopt;
+    const auto source = static_cast<size_t>(range.m_source);
+    const MappedText* const text = files.SourceText(source);
+    if (text == nullptr)
+        return std::nullopt;
+    const LineColumn at = text->m_lines.At(std::min(range.m_in, text->m_text.size()));
+    return MessagePlace{files.SourcePath(source), at.m_line, at.m_column};
+}
+
+void MappedOutputs::AddNotes(MappedFiles& files, const Origin& origin, MessageOrigin& result)
+{
+    for (const MapChain* step : files.Map().StepsOf(origin.m_chain))
+        result.m_notes.push_back(
+            {PlaceOf(files, step->m_place).value_or(MessagePlace()), DescribeStep(*step)});
+}
+
+void MappedOutputs::NoteDirectory(const std::string& line)
+{
+    static const std::string s_entering = "Entering directory ";
+    const size_t entering = line.find(s_entering);
+    if (entering != std::string::npos)
+    {
+        const size_t begin = entering + s_entering.size() + 1; // Behind the quote.
+        const size_t end = line.find_last_of('\'');
+        const std::string here = m_directories.empty() ? m_here : m_directories.back();
+        if (end != std::string::npos && end > begin)
+            m_directories.push_back(AbsolutePath(here, line.substr(begin, end - begin)));
+    }
+    else if (line.find("Leaving directory ") != std::string::npos && !m_directories.empty())
+        m_directories.pop_back();
+}
+
+} // namespace telv::tool

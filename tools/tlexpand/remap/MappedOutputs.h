@@ -1,0 +1,103 @@
+// The outputs whose maps are known, by every name that a message can give them, and the way from a
+// place in one of them to its source.
+#pragma once
+
+#include "Files.h"
+#include "map/MappedFiles.h"
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace telv::tool
+{
+
+/// A place as messages name it; lines and columns from 1, columns in bytes.
+struct MessagePlace
+{
+    std::string m_path;
+    ssize_t m_line = 0;
+    ssize_t m_column = 0;
+};
+
+/// A step of a chain: where, and its sentence. Without a place the path is empty.
+struct MessageNote
+{
+    MessagePlace m_place;
+    std::string m_text;
+};
+
+/// What the place of a message came from.
+struct MessageOrigin
+{
+    MessagePlace m_place;
+    bool m_isCopied = false;
+    std::vector<MessageNote> m_notes; ///< Of the chain, innermost first.
+    std::string m_line;               ///< Of the output, without its end.
+};
+
+/// What a column counts.
+enum class EColumnUnit
+{
+    Guess, ///< Bytes, unless only terminal columns lead to the beginning of something.
+    Bytes,
+    CodePoints,
+    Utf16
+};
+
+class MappedOutputs
+{
+public:
+    /// @param report  Called with what can't be done; the message then stays as it is.
+    explicit MappedOutputs(std::function<void(const std::string&)> report)
+        : m_report(std::move(report))
+    {
+    }
+
+    /// Adds the output of a map. What is wrong with the map is reported.
+    void Add(const std::string& mapPath, const std::string& output);
+
+    /// The last parts of the outputs' paths.
+    const std::vector<std::string>& LastParts() const { return m_lastParts; }
+    /// The number of the output that `path` means in the directory that messages are relative to
+    /// now; nothing when it is none.
+    std::optional<size_t> Find(const std::string& path);
+    /// The origin of a place in the output; nothing when there is none. A line that the output does
+    /// not have, and an output that does not fit its map, are reported.
+    std::optional<MessageOrigin> Map(size_t output, ssize_t line, std::optional<ssize_t> column,
+                                     EColumnUnit unit);
+
+    /// Heeds what make and ninja say about the directory that they work in.
+    void NoteDirectory(const std::string& line);
+
+private:
+    struct Output
+    {
+        explicit Output(const std::string& map, const std::string& name) : m_files(map, name) {}
+
+        MappedFiles m_files;
+        std::string m_absolute; ///< Its name from the root.
+        bool m_isBroken = false;
+    };
+
+    std::optional<size_t> FindAbsolute(const std::string& path) const;
+    std::optional<MessageOrigin> MapIn(Output& output, ssize_t line, std::optional<ssize_t> column,
+                                       EColumnUnit unit);
+    std::optional<MessagePlace> PlaceOf(MappedFiles& files, const SourceRange& range);
+    void AddNotes(MappedFiles& files, const Origin& origin, MessageOrigin& result);
+
+    std::function<void(const std::string&)> m_report;
+    std::string m_here = ResolvedPath(".");
+    std::vector<std::unique_ptr<Output>> m_outputs;
+    std::vector<std::string> m_lastParts;                 ///< Of their paths.
+    std::multimap<std::string, size_t> m_byName;          ///< By the last part of the path.
+    std::map<std::string, std::optional<size_t>> m_known; ///< Answers of `Find`.
+    std::vector<std::string> m_directories;               ///< That were entered, innermost last.
+};
+
+/// The offset of a column of a line, from 0, held within the line.
+ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit);
+
+} // namespace telv::tool
