@@ -30,7 +30,11 @@ struct TLEXPANDER_API ExpansionLimits
 
     ssize_t m_maxDepth = s_none;  ///< Expansions inside one another, the outermost one included.
     ssize_t m_maxSteps = s_none;  ///< Expansions, invocations and loop rounds, in all.
-    ssize_t m_maxOutput = s_none; ///< Bytes of any one output, of intermediate strings too.
+    /// Bytes of any one output, of intermediate strings too, and of all that is printed.
+    ssize_t m_maxOutput = s_none;
+    /// Bytes that the run holds: texts, values, tables, pieces, descriptions of errors, and what its
+    /// thread makes besides with this library's strings. Not what Python code takes.
+    ssize_t m_maxMemory = s_none;
 };
 
 /// A place on the way to where an error stands.

@@ -1,5 +1,6 @@
 // open, read, write and close with their errors looked at.
 #include "Files.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -150,6 +151,10 @@ try
     while (const ssize_t got = ReadSome(fd, text, room, path))
         room = std::max({room - got, chunk, text.size() / 2});
     return text;
+}
+catch (const MemoryLimitReached&)
+{
+    throw;
 }
 catch (const std::bad_alloc&)
 {

@@ -10,6 +10,7 @@
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
@@ -39,10 +40,17 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
 [[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces)
 {
     ExpansionLevel level(RunState::Of(run), run.m_limits, text, m_startDirectivePos, pieces);
-    if (text.m_isOfApplication)
-        ExpandForApplication(level);
-    else
-        ExpandTokens(level); // catching at every level would make deep errors slow
+    try
+    {
+        if (text.m_isOfApplication)
+            ExpandForApplication(level);
+        else
+            ExpandTokens(level); // catching every error at every level would make deep ones slow
+    }
+    catch (const MemoryLimitReached&)
+    {
+        ThrowOutOfMemory(run, level.Position());
+    }
     level.Finish();
 }
 
@@ -77,12 +85,28 @@ void MacroExpander::ExpandNested(const LevelText& text, bool isRecorded)
     ExpandIn(run, text, pieces);
 }
 
+void MacroExpander::ExpandWithinMemory(ExpansionLevel& level)
+{
+    const ExpansionRun& run = *RunState::CurrentRun();
+    const MemoryLimitScope limit(run);
+    try
+    {
+        if (limit.IsPassed())
+            throw MemoryLimitReached();
+        ExpandTokens(level);
+    }
+    catch (const MemoryLimitReached&)
+    {
+        ThrowOutOfMemory(run, level.Position());
+    }
+}
+
 [[gnu::noinline]] void MacroExpander::ExpandForApplication(ExpansionLevel& level)
 {
     level.State().ForgetErrors();
     try
     {
-        ExpandTokens(level);
+        ExpandWithinMemory(level);
     }
     catch (LexScannerException& e)
     {

@@ -202,6 +202,7 @@ private:
     void ExpandWithOwnRun(const LevelText& text, EPieces pieces);
     void ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces);
     void ExpandForApplication(ExpansionLevel& level);
+    void ExpandWithinMemory(ExpansionLevel& level);
     void ExpandTokens(ExpansionLevel& level);
     void ExpandUnscanned(ExpansionLevel& level);
     template <bool isObserved>

@@ -3,6 +3,7 @@
 #include "input/FileImportHandler.h"
 #include "Utf8.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <algorithm>
 #include <cerrno>
@@ -15,6 +16,9 @@ namespace telv::tool
 
 namespace
 {
+
+/// Of a name while it is looked for; none but one that is of no use is long.
+constexpr ssize_t s_mostCopies = 6;
 
 /// The name as the system takes it, not normalised.
 std::string InDirectory(const std::string& directory, const std::string& name)
@@ -95,6 +99,19 @@ FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
     return input;
 }
 
+/// There is no place for the error yet that it is too much.
+std::shared_ptr<const InputText> FileImportHandler::ReadMainText(int fd,
+                                                                const std::string& name) const
+try
+{
+    const MemoryLimitScope limit(m_run);
+    return std::make_shared<const InputText>(InputText::Read(fd, name));
+}
+catch (const MemoryLimitReached&)
+{
+    throw MakeFileError("read", name, ENOMEM);
+}
+
 void FileImportHandler::ReadMain(const std::string& path)
 {
     const bool isStandardInput = path == "-";
@@ -112,8 +129,7 @@ void FileImportHandler::ReadMain(const std::string& path)
     std::optional<FileStamp> stamp;
     if (isRegular)
         stamp = FileStamp(status);
-    Input& input =
-        AddInput(name, std::make_shared<const InputText>(InputText::Read(fd, name)), nullptr);
+    Input& input = AddInput(name, ReadMainText(fd, name), nullptr);
     if (stamp)
         Know(input, *stamp);
 }
@@ -184,6 +200,12 @@ void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, Expande
     m_mainText = nullptr;
 }
 
+/// Counts a string that is kept.
+void FileImportHandler::HoldToEnd(const std::string& kept) const
+{
+    RunState::Of(m_run).HoldToEnd(static_cast<ssize_t>(sizeof kept + kept.size()));
+}
+
 std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) const
 {
     xstring expanded(name);
@@ -196,6 +218,7 @@ std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) 
         e.m_pos = pos;
         throw;
     }
+    const MemoryHold copies(expanded.size() * s_mostCopies);
     return ToStdString(expanded);
 }
 
@@ -318,8 +341,9 @@ void FileImportHandler::ExpandImport(Input& input)
 bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
 {
     const std::string name = ExpandName(path, pos);
-    m_registeredPaths.push_back(name.starts_with('/') ? name
-                                                      : InDirectory(CurrentDirectory(), name));
+    std::string directory = name.starts_with('/') ? name : InDirectory(CurrentDirectory(), name);
+    HoldToEnd(directory);
+    m_registeredPaths.push_back(std::move(directory));
     if (RemovesText())
         m_mainText->RemoveBlankLine();
     return true;
@@ -352,8 +376,12 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
     if (input == nullptr)
         return false;
     CheckCycle(*input, pos);
-    if (RemovesText() && !RemoveImport(path, pos))
-        return false;
+    if (RemovesText())
+    {
+        RunState::Of(m_run).HoldToEnd(2 * sizeof(OutputRange)); // what the text stream keeps
+        if (!RemoveImport(path, pos))
+            return false;
+    }
     if (input->m_frame == nullptr)
         ExpandImport(*input);
     vf->m_fileScopeFrame->AddImport(input->m_frame.get());
@@ -376,8 +404,12 @@ std::optional<FileIdentity> FileImportHandler::MainIdentity() const
 /// of the file behind symbolic links.
 void FileImportHandler::NotePath(Input& input, int fd, const std::string& path)
 {
-    if (!m_notedPaths.insert(path).second)
+    const auto [noted, isNew] = m_notedPaths.insert(path);
+    if (!isNew)
         return;
+    // Here, among the paths of the input, and when these are written.
+    for (int i = 0; i < 3; ++i)
+        HoldToEnd(*noted);
     const auto leadsToIt = [&](const std::string& name)
     { return LeadsTo(name, *input.m_identity); };
     const std::string normalised = path.starts_with('/') ? path : JoinPath("", path);

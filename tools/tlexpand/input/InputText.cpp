@@ -2,6 +2,7 @@
 // mapped texts by a table of addresses, and for the rest does what the signal did before.
 #include "input/InputText.h"
 #include "Cleanup.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <csignal>
 #include <sys/mman.h>
@@ -72,6 +73,7 @@ InputText::~InputText()
     std::erase_if(Mappings(), [this](const Mapping& mapping)
                   { return mapping.m_text.begin() == m_text.begin(); });
     munmap(const_cast<char*>(m_text.begin()), static_cast<size_t>(m_text.size()));
+    ReleaseMemory(m_text.size());
 }
 
 InputText::InputText(InputText&& other) noexcept
@@ -104,9 +106,13 @@ bool InputText::Map(int fd, const std::string& path)
         lseek(fd, 0, SEEK_CUR) != 0)
         return false;
     const auto size = static_cast<size_t>(status.st_size);
+    HoldMemory(status.st_size);
     void* const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
     if (text == MAP_FAILED)
+    {
+        ReleaseMemory(status.st_size);
         return false;
+    }
     m_text = SubString(static_cast<const char*>(text), static_cast<const char*>(text) + size);
     m_mapped = status;
     lseek(fd, 0, SEEK_END); // as if it had been read

@@ -48,6 +48,7 @@ Options of an expansion:
       --max-depth N        limit the nesting of expansions
       --max-steps N        limit the number of expansions, invocations and loop rounds
       --max-output SIZE    limit the output: bytes, or with K, M or G
+      --max-memory SIZE    limit the memory that the run holds
       --color WHEN         colour diagnostics: auto, always or never
   -V, --version            print the version
   -h, --help               print this
@@ -98,7 +99,7 @@ Options:
   -D, --define NAME=VALUE  define a dollar macro
       --no-python          refuse Python
       --python-path DIR    search DIR for Python modules first; repeatable
-      --max-depth N, --max-steps N, --max-output SIZE
+      --max-depth N, --max-steps N, --max-output SIZE, --max-memory SIZE
                            limits, as for an expansion
       --color WHEN         colour diagnostics: auto, always or never
   -V, --version            print the version

@@ -39,6 +39,7 @@ enum ELongOption
     OPT_MAX_DEPTH,
     OPT_MAX_STEPS,
     OPT_MAX_OUTPUT,
+    OPT_MAX_MEMORY,
     OPT_COLOUR,
     OPT_SETTING,
     OPT_PATH_SETTING
@@ -76,6 +77,7 @@ constexpr option s_expandTable[] = {
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
+    {"max-memory",   required_argument, nullptr, OPT_MAX_MEMORY},
     {"color",        required_argument, nullptr, OPT_COLOUR},
     {"version",      no_argument,       nullptr, 'V'},
     {"help",         no_argument,       nullptr, 'h'},
@@ -114,6 +116,7 @@ constexpr option s_projectTable[] = {
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
+    {"max-memory",   required_argument, nullptr, OPT_MAX_MEMORY},
     {"color",        required_argument, nullptr, OPT_COLOUR},
     {"version",      no_argument,       nullptr, 'V'},
     {"help",         no_argument,       nullptr, 'h'},
@@ -166,6 +169,9 @@ bool SetCommonOption(CommonOptions& options, int code, const char* value)
         return true;
     case OPT_MAX_OUTPUT:
         options.m_limits.m_maxOutput = ParseSize("--max-output", value);
+        return true;
+    case OPT_MAX_MEMORY:
+        options.m_limits.m_maxMemory = ParseSize("--max-memory", optarg);
         return true;
     case OPT_COLOUR:
         options.m_colour = ParseColour(value);

@@ -12,24 +12,16 @@ namespace telv::tool
 namespace
 {
 
-/// A message can quote whole expanded texts; of a longer one, the two ends are shown.
+/// A message can quote whole expanded texts; of a longer one, the beginning is shown.
 constexpr size_t s_longestMessage = 64 * 1024;
-constexpr size_t s_endOfMessage = 16 * 1024;
 
-/// `message`, or its two ends when it would be too long behind `used` characters.
-std::string Shorten(SubString message, size_t used)
+std::string Shorten(SubString message)
 {
     const size_t length = static_cast<size_t>(message.size());
-    const size_t size = length + used;
-    if (size <= s_longestMessage)
+    if (length <= s_longestMessage)
         return ToStdString(message);
-    const size_t head = s_longestMessage - s_endOfMessage;
-    const size_t begin = std::min(head - std::min(head, used), length);
-    const size_t end = std::min(s_endOfMessage, length);
-    const size_t left = size - s_longestMessage;
-    return ToStdString(SubString(message.begin(), message.begin() + begin)) + "\n... (" +
-           std::to_string(left) + " bytes left out) ...\n" +
-           ToStdString(SubString(message.end() - end, message.end()));
+    return ToStdString(SubString(message.begin(), message.begin() + s_longestMessage)) + "\n... (" +
+           std::to_string(length - s_longestMessage) + " bytes left out)";
 }
 
 void WriteToStandardError(const std::string& text)
@@ -113,8 +105,7 @@ std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const 
     const std::string place = source.Name() + "(" + std::to_string(source.Line(pos)) + ") : ";
     const std::string word = "error";
     // Before anything is composed: the message may be most of what there is memory for.
-    const std::string message =
-        Shorten(error.m_description, place.size() + word.size() + std::strlen(" : "));
+    const std::string message = Shorten(error.m_description);
     LexScannerException located(ViewOf(message), pos);
     located.m_path = xstring(ViewOf(source.Name()));
     located.m_lineNumber = source.Line(pos);

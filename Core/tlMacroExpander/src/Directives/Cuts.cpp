@@ -17,7 +17,7 @@ namespace
 /// The next remembered cut, if it is this one; `str` is moved behind it then.
 const Cut* UseCut(ExpansionLevel& level, SubString& str, ECut kind, EToken close)
 {
-    std::vector<Cut>* const cuts = level.Item()->m_cuts.get();
+    Cuts* const cuts = level.Item()->m_cuts.get();
     size_t& used = level.UsedCuts();
     if (cuts == nullptr || used >= cuts->size())
         return nullptr;
@@ -36,9 +36,9 @@ const Cut* UseCut(ExpansionLevel& level, SubString& str, ECut kind, EToken close
 /// Remembers a cut that has been made, unless another expansion of the item is ahead.
 void RememberCut(ExpansionLevel& level, Cut cut)
 {
-    std::unique_ptr<std::vector<Cut>>& cuts = level.Item()->m_cuts;
+    std::unique_ptr<Cuts>& cuts = level.Item()->m_cuts;
     if (cuts == nullptr)
-        cuts = std::make_unique<std::vector<Cut>>();
+        cuts = std::make_unique<Cuts>();
     if (cuts->size() != level.UsedCuts())
         return;
     const ScannedText& scanned = *level.Scanned();

@@ -10,7 +10,6 @@
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
-#include <unordered_set>
 
 namespace telv
 {
@@ -121,7 +120,7 @@ private:
     };
 
     const LSMacroVariable& m_macroVar;
-    std::unordered_set<SubString, Hash> m_names;
+    HeldHashSet<SubString, Hash> m_names;
 };
 
 void MacroExpander::ReadFormalArgs(SubString name, LSMacroVariable& macroVar)

@@ -34,7 +34,9 @@ void MacroExpander::ProcessPrintDirective(bool newline)
     AdvanceWritePos(m_str.begin(), false);
     xstring text;
     ExpandToString(section, 0, text);
-    xostream& os = PrintStreamOf(ExpansionRun::Current());
+    ExpansionRun* const run = ExpansionRun::Current();
+    ExpansionLevel::CountPrinted(run, text.size() + (newline ? 1 : 0), m_startDirectivePos);
+    xostream& os = PrintStreamOf(run);
     os << text;
     if (newline)
         os << '\n';

@@ -49,7 +49,7 @@ private:
 
     const LevelText* m_args = nullptr;
     LevelText m_few[s_few];
-    std::vector<LevelText> m_many;
+    HeldVector<LevelText> m_many;
 };
 
 namespace

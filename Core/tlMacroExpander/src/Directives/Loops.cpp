@@ -50,8 +50,8 @@ struct MacroExpander::KnownList
     }
 
     std::shared_ptr<TemporaryText> m_text;
-    std::vector<Round> m_rounds;
-    std::vector<LevelText> m_values; ///< What is bound, round after round.
+    HeldVector<Round> m_rounds;
+    HeldVector<LevelText> m_values; ///< What is bound, round after round.
     CountedRef<ScannedText> m_scanned;
 };
 

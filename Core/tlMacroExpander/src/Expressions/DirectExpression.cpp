@@ -8,6 +8,7 @@
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
+#include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include <algorithm>
@@ -62,7 +63,7 @@ DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame)
 
 bool DirectExpression::Evaluate(const ExpressionText& text)
 {
-    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || s_started || text.m_text.empty() ||
+    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || IsCountingLookups() || text.m_text.empty() ||
         m_frame.m_fileScopeFrame == nullptr || RunState::Of(m_run).m_observer != nullptr)
         return false;
     try

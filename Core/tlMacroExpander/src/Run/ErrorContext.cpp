@@ -1,6 +1,7 @@
 // Composing errors and their context lines.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <cstring>
 
@@ -83,14 +84,31 @@ bool TakesContext(const LexScannerException& e)
                             : limit->m_contextLines < s_mostLinesOfLimit;
 }
 
+/// A line that there is no memory for is left out, and so are those further out.
+static void AppendToLimit(ExpansionLimitException& e, std::initializer_list<SubString> parts)
+{
+    const ssize_t size = e.m_description.size();
+    try
+    {
+        Append(e.m_description, parts);
+        ++e.m_contextLines;
+    }
+    catch (const MemoryLimitReached&)
+    {
+        e.m_description.resize(size);
+        e.m_contextLines = s_mostLinesOfLimit;
+    }
+}
+
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts)
 {
     ExpansionLevel::MoveOutOfDeadTexts(e);
     if (!TakesContext(e))
         return;
     if (auto* const limit = dynamic_cast<ExpansionLimitException*>(&e))
-        ++limit->m_contextLines;
-    Append(e.m_description, parts);
+        AppendToLimit(*limit, parts);
+    else
+        Append(e.m_description, parts);
 }
 
 void AddExpressionErrorContext(LexScannerException& e, const char* bracket, const char* pos,

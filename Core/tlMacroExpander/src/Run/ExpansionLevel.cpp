@@ -81,6 +81,16 @@ void ExpansionLevel::CheckSize(ssize_t size)
         ThrowOutputTooLarge(nullptr);
 }
 
+void ExpansionLevel::CountPrinted(ExpansionRun* run, ssize_t size, const char* pos)
+{
+    if (run == nullptr)
+        return;
+    ssize_t& printed = RunState::Of(*run).m_printed;
+    if (size > run->m_limits.m_maxOutput - printed)
+        ThrowOutputTooLarge(pos);
+    printed += size;
+}
+
 void ExpansionLevel::ForgetErrors() noexcept
 {
     if (RunState* const state = RunState::Current())

@@ -9,6 +9,7 @@
 #include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
+#include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include <memory>
 #include <utility>
@@ -103,7 +104,7 @@ public:
     /// False where every write is to be checked, or every look-up counted.
     bool AllowsFastPaths() const
     {
-        return m_limits.m_maxOutput == ExpansionLimits::s_none && !s_started &&
+        return m_limits.m_maxOutput == ExpansionLimits::s_none && !IsCountingLookups() &&
                m_state.m_depth < m_limits.m_maxDepth;
     }
 
@@ -170,6 +171,10 @@ public:
     /// @throws ExpansionLimitException  `size` bytes are more than the current run allows; without
     ///     a position.
     static void CheckSize(ssize_t size);
+
+    /// Counts text that is about to be printed in `run`, which may be null.
+    /// @throws ExpansionLimitException  It is more than the run allows, in all; at `pos`.
+    static void CountPrinted(ExpansionRun* run, ssize_t size, const char* pos);
 
     /// To be called where an error has been swallowed.
     static void ForgetErrors() noexcept;

@@ -4,6 +4,7 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlUtils/HeldMemory.h"
 #include <utility>
 
 namespace telv
@@ -22,11 +23,36 @@ ExpansionRun* ExpansionRun::Current() noexcept
 ExpansionRunScope::ExpansionRunScope(ExpansionRun& run) noexcept
     : m_previous(std::exchange(detail::t_currentRun, &run))
 {
+    RunState::Of(run).Install();
 }
 
 ExpansionRunScope::~ExpansionRunScope()
 {
+    RunState::Of(*detail::t_currentRun).Uninstall();
     detail::t_currentRun = m_previous;
+}
+
+void RunState::HoldToEnd(ssize_t bytes)
+{
+    HoldMemory(bytes);
+    m_heldToEnd += BlockSize(bytes);
+}
+
+RunState::~RunState()
+{
+    ThreadMemory().m_bytes -= m_heldToEnd;
+}
+
+void RunState::Install() noexcept
+{
+    if (m_scopes++ == 0)
+        m_heldBefore = ThreadMemory().m_bytes - m_held;
+}
+
+void RunState::Uninstall() noexcept
+{
+    if (--m_scopes == 0)
+        m_held = ThreadMemory().m_bytes - m_heldBefore;
 }
 
 void ExpansionRun::AddSource(const LSSourceFile& file)

@@ -19,6 +19,7 @@ class RunState
 {
 public:
     RunState() = default;
+    ~RunState();
     RunState(const RunState&) = delete;
     RunState& operator=(const RunState&) = delete;
 
@@ -74,6 +75,13 @@ public:
     /// Called from destructors: room was made when the text was.
     void NoteDeath(const TextOrigin& text) noexcept;
 
+    /// A scope begins and ends in which the run is that of the thread.
+    void Install() noexcept;
+    void Uninstall() noexcept;
+
+    /// Counts memory that is not given back before the run has ended.
+    void HoldToEnd(ssize_t bytes);
+
     /// To be called when no error is passing any more.
     void ForgetErrors() noexcept
     {
@@ -83,6 +91,7 @@ public:
         m_callPlaces.clear();
         m_moreCallPlaces = 0;
         m_importPlaces.clear();
+        m_overdraft = 0;
     }
 
     /// An error passes the invocation of a macro, or a round of a loop, at `pos`.
@@ -94,17 +103,24 @@ public:
     ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
     ssize_t m_depth = 0;               ///< Expansions inside one another.
     ssize_t m_steps = 0;
+    ssize_t m_printed = 0;              ///< Bytes.
+    bool m_printsTooMuch = false;       ///< Python code has.
+    int m_scopes = 0;                   ///< That have installed the run.
+    ssize_t m_held = 0;                 ///< Bytes, while none has.
+    ssize_t m_heldToEnd = 0;            ///< Of that, what nobody else gives back.
+    ssize_t m_heldBefore = 0;           ///< By others of the thread, while one has.
+    ssize_t m_overdraft = 0;            ///< What the passing error may take beyond the limit.
     const char* m_failurePos = nullptr; ///< See ExpansionRun::FailurePosition.
-    std::vector<DeadText> m_deadTexts;
+    HeldVector<DeadText> m_deadTexts;
     std::vector<CallPlace> m_callPlaces; ///< See ExpansionRun, as the next two.
     ssize_t m_moreCallPlaces = 0;
     std::vector<const char*> m_importPlaces;
     ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
     bool m_errorsAreSwallowed = false; ///< See SwallowedErrors.
-    std::vector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
+    HeldVector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
     std::shared_ptr<LiveTexts> m_liveTexts;                  ///< Null while none was made.
-    std::map<const char*, KnownText> m_knownTexts;           ///< By where they begin.
-    std::map<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
+    HeldMap<const char*, KnownText> m_knownTexts;           ///< By where they begin.
+    HeldMap<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
 };
 
 namespace detail

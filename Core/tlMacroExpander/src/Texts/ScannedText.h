@@ -18,6 +18,7 @@
 #include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Texts/Counted.h"
+#include "tlUtils/HeldContainers.h"
 #include <memory>
 #include <vector>
 
@@ -61,6 +62,11 @@ enum EScanItem : uint8
     ITEM_END        ///< Behind the last; nothing is known from here on.
 };
 
+/// What was cut out behind an item, in order.
+class Cuts final : public HeldVector<Cut>, public HeldObject
+{
+};
+
 struct ScanItem
 {
     uint32 m_begin = 0; ///< Offset in the text.
@@ -73,7 +79,7 @@ struct ScanItem
     uint32 m_resumedIndex = 0; ///< and the item there; 0: not known.
     NameEntry* m_name = nullptr;
     std::unique_ptr<Plan> m_plan; ///< Of a directive or a call.
-    std::unique_ptr<std::vector<Cut>> m_cuts;
+    std::unique_ptr<Cuts> m_cuts;
     bool m_isPlanned = false; ///< A plan has been made, or there is none.
 
     ScanItem();
@@ -83,7 +89,7 @@ struct ScanItem
 
 /// Views the text, which must neither move nor change; what is read after the text has died are
 /// addresses only.
-class ScannedText : public Counted
+class ScannedText : public Counted, public HeldObject
 {
 public:
     /// Longer texts are not worth what the items take.
@@ -154,8 +160,8 @@ private:
     void ResolveNamesAnew(NameTable& table);
 
     SubString m_text;
-    std::vector<ScanItem> m_items;
-    std::vector<Span> m_solid; ///< Strings and comments.
+    HeldVector<ScanItem> m_items;
+    HeldVector<Span> m_solid; ///< Strings and comments.
     HeldNames m_names; ///< Of the items that are names, in order.
     size_t m_nameCount = 0;
     bool m_isLenient = RunState::IsLenient();
