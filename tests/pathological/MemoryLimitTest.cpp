@@ -63,7 +63,7 @@ std::vector<Row> Rows()
         {"long names of imports", Long("s", 21) + "@import (@str(s))"},
         {"a list", Long("s", 21) + "@for(a in [s,s,s,s]){a}"},
         {"frames", Long("s", 16) + "@def f(string a) = {f(@str(a))}\nf(@str(s))", {"--max-depth", "10000"}},
-        {"brackets", Long("s", 10) + "@let string t := {(}\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t)"},
+        {"brackets", Long("s", 10) + "@let string t := {(}\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t)", {}, true},
         {"a long expression", "@let string t := {1 + }\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t 1)"},
         {"strings in strings", Repeat("@str(", 60) + "\"" + "\"" + Repeat(")", 60)},
     };

@@ -99,12 +99,16 @@ FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
     return input;
 }
 
-/// There is no place for the error yet that it is too much.
+/// A file is only looked at for its size when it is expanded, so that the error has a place; what
+/// is no file may have no end.
 std::shared_ptr<const InputText> FileImportHandler::ReadMainText(int fd,
-                                                                const std::string& name) const
+                                                                const std::string& name,
+                                                                bool isFile) const
 try
 {
-    const MemoryLimitScope limit(m_run);
+    std::optional<MemoryLimitScope> limit;
+    if (!isFile)
+        limit.emplace(m_run);
     return std::make_shared<const InputText>(InputText::Read(fd, name));
 }
 catch (const MemoryLimitReached&)
@@ -129,7 +133,7 @@ void FileImportHandler::ReadMain(const std::string& path)
     std::optional<FileStamp> stamp;
     if (isRegular)
         stamp = FileStamp(status);
-    Input& input = AddInput(name, ReadMainText(fd, name), nullptr);
+    Input& input = AddInput(name, ReadMainText(fd, name, isRegular), nullptr);
     if (stamp)
         Know(input, *stamp);
 }

@@ -106,7 +106,8 @@ private:
 
     class ActiveScope;
 
-    std::shared_ptr<const InputText> ReadMainText(int fd, const std::string& name) const;
+    std::shared_ptr<const InputText> ReadMainText(int fd, const std::string& name,
+                                                  bool isFile) const;
     void HoldToEnd(const std::string& kept) const;
     Input& AddInput(const std::string& name, std::shared_ptr<const InputText> text,
                     const char* importPos);

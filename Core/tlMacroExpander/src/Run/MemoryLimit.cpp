@@ -2,6 +2,7 @@
 #include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/RunState.h"
+#include <algorithm>
 #include <utility>
 
 namespace telv
@@ -38,8 +39,13 @@ MemoryLimitScope::~MemoryLimitScope()
 
 void ThrowOutOfMemory(const ExpansionRun& run, const char* pos)
 {
-    RunState::Of(run).m_overdraft = s_overdraft;
-    ThreadMemory().m_most = MostOf(run);
+    // More than the limit may be held already: a text that was given, say.
+    HeldMemory& memory = ThreadMemory();
+    ssize_t& overdraft = RunState::Of(run).m_overdraft;
+    overdraft = 0;
+    overdraft = std::max<ssize_t>(memory.m_bytes - MostOf(run), 0) + s_overdraft;
+    if (memory.m_most != HeldMemory::s_unlimited) // within a scope
+        memory.m_most = MostOf(run);
     throw ExpansionLimitException("Out of memory", pos);
 }
 
