@@ -109,6 +109,10 @@ ExpressionSteps::ExpressionSteps(SubString text)
     {
         // expanding will find the error again, at its place
     }
+    catch (const TelvAssertionError&)
+    {
+        // A literal's: what is expanded before it may have an error of its own.
+    }
     if (!isKnown)
         m_count = 0;
 }

@@ -77,6 +77,10 @@ bool DirectExpression::Evaluate(const ExpressionText& text)
     {
         return false; // expanding will find the error again, at its place
     }
+    catch (const TelvAssertionError&)
+    {
+        return false; // a literal's, and what is expanded before it may have an error of its own
+    }
 }
 
 /// Counts what expanding would have counted, unless a limit might have been met.
