@@ -44,7 +44,7 @@ struct TLEXPANDER_API CallPlace
 
     EKind m_kind;
     xstring m_name;    ///< Of the macro; empty for a loop.
-    const char* m_pos; ///< In a text that the application gave.
+    const char* m_pos; ///< In a text that the application gave: `ExpansionRun::FindSource` knows it.
     ssize_t m_round;   ///< Counted from 1; 0 for a macro.
 };
 
@@ -131,8 +131,8 @@ public:
     /// How many call places of an error are remembered.
     static constexpr ssize_t s_mostCallPlaces = 10;
 
-    /// Where the macros and loops stand through which the last error that left an expansion came,
-    /// innermost first; the first ten. Valid until the next expansion.
+    /// Where the macros and loops stand through which the last exception that left an expansion
+    /// came, of whatever type, innermost first; the first ten. Valid until the next expansion.
     const std::vector<CallPlace>& CallPlaces() const;
     /// How many there were besides.
     ssize_t MoreCallPlaces() const;

@@ -33,12 +33,14 @@ Options of an expansion:
       --keep-going         go on after one that failed
       --map FILE           write the map from the output to the sources as JSON
       --map-runs           join what continues each other in the map
+      --chains             put the macros and loops that led to each piece into it
       --source-map FILE    write a source map, version 3
       --source-map-contents
                            put the texts of the sources into it
       --line-directives    put lines '#line N "FILE"' into the output
       --line-format TEXT   the same in another form: '%l' is the line, '%f' the file
       --verify-map         check that pieces tile the output and equal their sources
+      --trace FILE         write a line for each call, round, definition and import
       --depfile FILE       write a dependency file for make and ninja (needs -o)
       --depfile-target NAME
                            the target in it (default: the output)

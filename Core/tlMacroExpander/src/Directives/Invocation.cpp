@@ -93,7 +93,8 @@ void CheckEndOfArg(const LSToken& token, const LSMacroVariable& macroVar, bool i
                                                            const LSMacroVariable& macroVar,
                                                            const LSVariable* lastArg) const
 {
-    NoteCall(macroVar);
+    if (!IsSwallowed(e))
+        NoteCall(macroVar);
     if (!TakesContext(e))
     {
         AddErrorContext(e, {});
@@ -234,6 +235,11 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
         AddInvocationContext(e, macroVar, lastArg);
         throw;
     }
+    catch (...)
+    {
+        NoteCall(macroVar);
+        throw;
+    }
 }
 
 /// The same when the run is observed; values are told here, macros when their arguments are known.
@@ -368,8 +374,14 @@ void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText&
     }
     catch (LexScannerException& e)
     {
-        NoteCall(macroVar);
+        if (!IsSwallowed(e))
+            NoteCall(macroVar);
         AddErrorContext(e, {"\n    invoking python macro ", macroVar.m_name});
+        throw;
+    }
+    catch (...)
+    {
+        NoteCall(macroVar);
         throw;
     }
 }
@@ -402,6 +414,11 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
     catch (LexScannerException& e)
     {
         AddInvocationContext(e, *macroVar, nullptr);
+        throw;
+    }
+    catch (...)
+    {
+        NoteCall(*macroVar);
         throw;
     }
 }

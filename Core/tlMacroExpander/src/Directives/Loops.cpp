@@ -276,9 +276,15 @@ void MacroExpander::ForLoop::ExpandRound(VarFrame& frame, SubString element)
     }
     catch (LexScannerException& e)
     {
-        m_expander.NoteRound(m_round);
+        if (!IsSwallowed(e))
+            m_expander.NoteRound(m_round);
         const SubString name = m_head.m_isSingle ? m_head.m_names[0] : SubString();
         AddErrorContext(e, {"\n    in @for directive when ", name, " = ", element});
+        throw;
+    }
+    catch (...)
+    {
+        m_expander.NoteRound(m_round);
         throw;
     }
 }
@@ -357,7 +363,13 @@ void MacroExpander::ExpandRound(const LevelText& block, ssize_t indent, ssize_t 
     {
         ExpandBlock(block, indent, dstIndent);
     }
-    catch (const LexScannerException&)
+    catch (const LexScannerException& e)
+    {
+        if (!IsSwallowed(e))
+            NoteRound(round);
+        throw;
+    }
+    catch (...)
     {
         NoteRound(round);
         throw;

@@ -76,6 +76,11 @@ void ThrowAt(const char* pos, std::initializer_list<SubString> parts)
     throw LexScannerException(SwallowedErrors::AreExpected() ? xstring() : Join(parts), pos);
 }
 
+bool IsSwallowed(const LexScannerException& e)
+{
+    return SwallowedErrors::AreExpected() && dynamic_cast<const ExpansionLimitException*>(&e) == nullptr;
+}
+
 bool TakesContext(const LexScannerException& e)
 {
     const auto* const limit = dynamic_cast<const ExpansionLimitException*>(&e);

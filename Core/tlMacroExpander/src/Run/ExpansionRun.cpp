@@ -98,8 +98,6 @@ const std::vector<const char*>& ExpansionRun::ImportPlaces() const
 
 void RunState::NoteCall(CallPlace::EKind kind, SubString name, const char* pos, ssize_t round)
 {
-    if (m_errorsAreSwallowed)
-        return;
     if (static_cast<ssize_t>(m_callPlaces.size()) < ExpansionRun::s_mostCallPlaces)
         m_callPlaces.push_back(CallPlace{kind, xstring(name), ResolvePosition(pos), round});
     else
