@@ -26,7 +26,11 @@
 # binary directory, which becomes a source of the target; headers are found from its other sources.
 include_guard(GLOBAL)
 
-set(_tlExpandLists DEFINES LISTS EVALS IMPORT_PATHS OPTIONS DEPENDS)
+# Keywords that a list follows. A macro, since a variable would not be seen outside of the directory that
+# has included this file.
+macro(_tl_list_keywords result)
+    set(${result} DEFINES LISTS EVALS IMPORT_PATHS OPTIONS DEPENDS)
+endmacro()
 
 # Stops unless all arguments were understood. A macro: it looks at the variables of its caller.
 macro(_tl_check_arguments function)
@@ -126,7 +130,8 @@ function(_tl_add_expansion function output input)
 endfunction()
 
 function(tl_expand)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "OUTPUT;INPUT;MAP" "${_tlExpandLists}")
+    _tl_list_keywords(lists)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "OUTPUT;INPUT;MAP" "${lists}")
     _tl_check_arguments(tl_expand)
     foreach(needed IN ITEMS OUTPUT INPUT)
         if(NOT arg_${needed})
@@ -137,7 +142,8 @@ function(tl_expand)
 endfunction()
 
 function(tl_expand_sources)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "TARGET" "SOURCES;${_tlExpandLists}")
+    _tl_list_keywords(lists)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "TARGET" "SOURCES;${lists}")
     _tl_check_arguments(tl_expand_sources)
     if(NOT arg_TARGET OR NOT arg_SOURCES)
         message(FATAL_ERROR "tl_expand_sources: wants TARGET and SOURCES: tl_expand_sources(TARGET target SOURCES FILE...)")

@@ -5,12 +5,16 @@
 file(REMOVE_RECURSE ${WORK})
 file(WRITE ${WORK}/value.tl "_SEMICOLON_|_DOLLAR_|_QUOTES_|_EMPTY_|eval|two\n")
 file(COPY_FILE ${WORK}/value.tl ${WORK}/value.c.tl)
+# As in a project that has this one in a subdirectory, whose variables it does not see.
+file(WRITE ${WORK}/expander/CMakeLists.txt "
+add_executable(telv::tlexpand IMPORTED GLOBAL)
+set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION [[${TOOL}]])
+include(${SOURCE}/cmake/TelvExpand.cmake)
+")
 file(WRITE ${WORK}/CMakeLists.txt "
 cmake_minimum_required(VERSION 3.25)
 project(values LANGUAGES NONE)
-add_executable(telv::tlexpand IMPORTED)
-set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION [[${TOOL}]])
-include(${SOURCE}/cmake/TelvExpand.cmake)
+add_subdirectory(expander)
 " [=[
 tl_expand(OUTPUT one.txt INPUT value.tl
     DEFINES "SEMICOLON=a;b" "DOLLAR=$HOME $$ \${x}" [[QUOTES='a' "b" c]] EMPTY=
