@@ -13,6 +13,7 @@
 #include "output/TextStream.h"
 #include "output/UnifiedDiff.h"
 #include "report/GuardedRun.h"
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -65,12 +66,15 @@ public:
         m_run.m_pythonAllowed = options.m_python;
         m_run.m_lenient = options.m_lenient;
         m_run.m_pythonPath = options.m_pythonPath;
+        m_run.m_warnings = options.m_warnings;
+        m_run.m_warningSink = [this](const ExpansionWarning& warning) { Warn(warning); };
     }
 
     int Run();
 
 private:
     void Expand();
+    void Warn(const ExpansionWarning& warning);
     void RefuseInputs() const;
     WrittenOutput Written() const;
     void AddDirectives();
@@ -98,6 +102,7 @@ private:
     OutputPieces m_pieces;
     std::vector<TextEdit> m_edits; ///< How what is written differs from `m_whole`.
     OutputChains m_chains;
+    size_t m_warningCount = 0;
 };
 
 int ExpandCommand::Run()
@@ -108,6 +113,13 @@ try
     const auto work = [this] { Expand(); };
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
+    if (m_options.m_warningsAreErrors && m_warningCount > 0)
+    {
+        ReportToolError(std::to_string(m_warningCount) +
+                        (m_warningCount == 1 ? " warning is an error" : " warnings are errors") +
+                        " because of --werror");
+        return 1;
+    }
     m_handler.CheckUnchanged();
     RefuseInputs();
     AddDirectives();
@@ -149,6 +161,8 @@ void ExpandCommand::Expand()
         m_run.m_mappedOutput = &output;
     m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output,
                          m_options.m_keepImports ? nullptr : &m_text);
+    if ((m_options.m_warnings & WARN_UNUSED) != 0)
+        std::ranges::for_each(m_handler.FindUnused(), m_run.m_warningSink);
     m_text.Finish();
     m_pieces.m_pieces.swap(output.m_pieces.m_pieces);
     m_run.m_mappedOutput = nullptr;
@@ -173,6 +187,13 @@ bool ExpandCommand::MapIsSound() const
     if (!error.empty())
         ReportToolError("the map is wrong: " + error);
     return error.empty();
+}
+
+void ExpandCommand::Warn(const ExpansionWarning& warning)
+{
+    ++m_warningCount;
+    m_printed.Flush();
+    m_diagnostics.Warn(warning);
 }
 
 void ExpandCommand::RefuseInputs() const

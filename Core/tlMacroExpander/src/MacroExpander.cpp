@@ -6,6 +6,7 @@
 
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
@@ -112,6 +113,9 @@ void MacroExpander::ExpandUnscanned(ExpansionLevel& level)
 
 void MacroExpander::ExpandTokenByToken()
 {
+    const bool isWatched = Warns(s_watchingWarnings);
+    if (isWatched)
+        WatchIndentation(*this);
     for (;;)
     {
         PassOverLineStarts();
@@ -120,6 +124,8 @@ void MacroExpander::ExpandTokenByToken()
             break;
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
+        if (isWatched)
+            WatchToken(*this, token);
         ProcessToken(token);
         AdvanceWritePos(m_str.begin(), true);
     }
@@ -275,7 +281,11 @@ void MacroExpander::ProcessUnknownDirective(const LSToken& name)
     variableName += name.m_str;
     const LSVariable* const var = m_vf->Find2(variableName);
     if (var == nullptr)
+    {
+        if (Warns(WARN_UNKNOWN_DIRECTIVE))
+            WarnOfUnknownDirective(*this, name.m_str);
         return;
+    }
     AdvanceWritePos(m_startDirectivePos, true);
     TELV_ASSERT(var->GetType() == LSV_STRING);
     WriteCalculatedSubString(static_cast<const LSValueVariable*>(var)->m_value);

@@ -267,6 +267,7 @@ private:
                               const LSVariable* lastArg) const;
     void NoteCall(const LSMacroVariable& macroVar) const;
     void NoteRound(ssize_t round) const;
+    void BeginRound(ssize_t round) const;
     xstring ComposeCall(const LSMacroVariable& macroVar, const LevelText& section);
 
     bool WriteValueDirectly(const LevelText& expression);

@@ -357,7 +357,56 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
     if (input->m_frame == nullptr)
         ExpandImport(*input);
     vf->m_fileScopeFrame->AddImport(input->m_frame.get());
+    if ((m_run.m_warnings & WARN_UNUSED) != 0 &&
+        m_active.front().m_input == m_inputs.front().get() && m_active.size() == 1)
+        m_mainImports.push_back({input, pos});
     return true;
+}
+
+/// The texts that the imported file brings: its own and those of its imports.
+std::vector<SubString> FileImportHandler::TextsOf(const Input& import) const
+{
+    std::vector<SubString> texts = {import.m_text.Text()};
+    for (const Input* input : m_expanded)
+        if (import.m_frame->m_setOfFrames.contains(input->m_frame.get()))
+            texts.push_back(input->m_text.Text());
+    return texts;
+}
+
+std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
+{
+    const SubString main = m_inputs.front()->m_text.Text();
+    std::vector<SubString> all;
+    for (const auto& input : m_inputs)
+        all.push_back(input->m_text.Text());
+    std::vector<ExpansionWarning> unused = m_run.FindUnused(main, all);
+    for (const MainImport& import : m_mainImports)
+    {
+        const std::vector<SubString> own = TextsOf(*import.m_input);
+        std::vector<SubString> others = all;
+        std::erase_if(others,
+                      [&](SubString text) {
+                          return std::ranges::any_of(own, [&](SubString s)
+                                                     { return s.begin() == text.begin(); });
+                      });
+        const bool hasDollarMacros = std::ranges::any_of(
+            own,
+            [](SubString text)
+            {
+                return std::string_view(text.begin(), static_cast<size_t>(text.size()))
+                           .find("@$") != std::string_view::npos;
+            });
+        if (hasDollarMacros || !m_run.DefinesInVain(own, others))
+            continue;
+        ExpansionWarning& warning = unused.emplace_back();
+        warning.m_kind = WARN_UNUSED;
+        warning.m_pos = import.m_pos;
+        warning.m_text = "nothing of the imported file '";
+        warning.m_text += ViewOf(import.m_input->m_name);
+        warning.m_text += "' is used";
+    }
+    std::ranges::sort(unused, {}, &ExpansionWarning::m_pos);
+    return unused;
 }
 
 void FileImportHandler::CheckUnchanged() const

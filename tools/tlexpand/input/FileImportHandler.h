@@ -70,6 +70,11 @@ public:
     /// @throws FileError  An input was written to while it was used.
     void CheckUnchanged() const;
 
+    /// The definitions and imports of the main file that nothing uses, in their order. An import
+    /// that defines nothing, or dollar macros, counts as used: it may be read for what it does. To
+    /// be asked while WARN_UNUSED is in the run's warnings.
+    std::vector<ExpansionWarning> FindUnused() const;
+
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const;
     /// Names that lead to the files that were imported, in the order of reading: each name by which
@@ -97,6 +102,13 @@ private:
         std::unique_ptr<FileScopeVarFrame> m_frame; ///< Null until it is expanded as an import.
     };
 
+    /// An import directive of the main file.
+    struct MainImport
+    {
+        const Input* m_input;
+        const char* m_pos;
+    };
+
     /// A text that is being expanded.
     struct Active
     {
@@ -116,6 +128,7 @@ private:
     bool IsActive(const Input& input) const;
     Input* FindKnown(const std::string& path, int fd, const struct stat& status);
     Input* Open(const std::string& path, const char* importPos);
+    std::vector<SubString> TextsOf(const Input& import) const;
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
     void NotePath(Input& input, int fd, const std::string& path);
@@ -134,6 +147,7 @@ private:
     std::map<FileIdentity, Input*> m_byIdentity;
     std::vector<std::string> m_registeredPaths; ///< By `@importpath`.
     std::vector<Active> m_active;               ///< Innermost last.
+    std::vector<MainImport> m_mainImports;      ///< Noted where unused ones are warned of.
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
     TextStream* m_mainText = nullptr;   ///< While the main file is expanded. Null: imports stay.
     ssize_t m_mainIndent = 0;           ///< The destination indentation.

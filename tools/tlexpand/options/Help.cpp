@@ -43,6 +43,9 @@ Options of an expansion:
       --depend FILE        name FILE in it too; repeatable
       --no-python          refuse Python
       --python-path DIR    search DIR for Python modules first; repeatable
+      --warn LIST          warn of: dropped-text (default), unknown-directive, unknown-name,
+                           hidden-name, unused, tabs; or all, or none
+      --werror             a warning makes the run fail
       --max-depth N        limit the nesting of expansions
       --max-steps N        limit the number of expansions, invocations and loop rounds
       --max-output SIZE    limit the output: bytes, or with K, M or G

@@ -35,6 +35,8 @@ enum ELongOption
     OPT_DEPFILE_TARGET,
     OPT_NO_PYTHON,
     OPT_PYTHON_PATH,
+    OPT_WARN,
+    OPT_WERROR,
     OPT_MAX_DEPTH,
     OPT_MAX_STEPS,
     OPT_MAX_OUTPUT,
@@ -72,6 +74,8 @@ constexpr option s_expandTable[] = {
     {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
     {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
     {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
+    {"warn",         required_argument, nullptr, OPT_WARN},
+    {"werror",       no_argument,       nullptr, OPT_WERROR},
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
@@ -199,6 +203,12 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
         break;
     case OPT_KEEP_GOING:
         options.m_keepGoing = true;
+        break;
+    case OPT_WARN:
+        options.m_warnings = ParseWarnings(value);
+        break;
+    case OPT_WERROR:
+        options.m_warningsAreErrors = true;
         break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", value);

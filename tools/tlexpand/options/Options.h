@@ -87,6 +87,8 @@ struct ExpandOptions : CommonOptions
     ssize_t m_jobs = 1;                        ///< Processes that expand them.
     bool m_keepGoing = false;                  ///< After a file that failed.
     bool m_check = false; ///< Compare with the output that is there; write nothing.
+    unsigned m_warnings = WARN_DROPPED_TEXT; ///< A set of EWarning.
+    bool m_warningsAreErrors = false;
 
     bool UsesStandardOutput() const
     {

@@ -1,6 +1,7 @@
 // The first line is composed by the exception itself; colour is put around its parts afterwards.
 #include "report/Diagnostics.h"
 #include "Files.h"
+#include "WarningNames.h"
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,12 @@ namespace
 /// A message can quote whole expanded texts; of a longer one, the two ends are shown.
 constexpr size_t s_longestMessage = 64 * 1024;
 constexpr size_t s_endOfMessage = 16 * 1024;
+
+constexpr const char* s_bold = "\x1b[1m";
+constexpr const char* s_red = "\x1b[31m";
+constexpr const char* s_magenta = "\x1b[35m";
+constexpr const char* s_boldAgain = "\x1b[0m\x1b[1m";
+constexpr const char* s_plain = "\x1b[0m";
 
 /// `message`, or its two ends when it would be too long behind `used` characters.
 std::string Shorten(SubString message, size_t used)
@@ -69,7 +76,25 @@ void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* r
         pos = source->Text().begin();
     }
     WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
-                         (run == nullptr ? MakeImportLines(*source) : MakeCallLines(*run)));
+                         (run == nullptr ? MakeImportLines(*source)
+                                         : MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(),
+                                                         run->ImportPlaces())));
+}
+
+void Diagnostics::Warn(const ExpansionWarning& warning) const
+{
+    const Source* source = m_sources.Find(warning.m_pos);
+    const char* pos = warning.m_pos;
+    if (source == nullptr)
+    {
+        source = &m_sources[0];
+        pos = source->Text().begin();
+    }
+    WriteToStandardError(
+        Paint(s_bold) + MakePlace(pos) + " : " + Paint(s_magenta) + "warning" + Paint(s_boldAgain) +
+        " : " + Show(ViewOf(Shorten(warning.m_text, 0))) + " [" + NameOfWarning(warning.m_kind) +
+        "]" + Paint(s_plain) + "\n" + MakeExcerpt(*source, pos, m_style) +
+        MakeCallLines(warning.m_callPlaces, warning.m_moreCallPlaces, warning.m_importPlaces));
 }
 
 /// "PATH(LINE)"; empty for a position in no source.
@@ -82,10 +107,11 @@ std::string Diagnostics::MakePlace(const char* pos) const
 }
 
 /// The macros, loops and imports that the error came through.
-std::string Diagnostics::MakeCallLines(const ExpansionRun& run) const
+std::string Diagnostics::MakeCallLines(const std::vector<CallPlace>& calls, ssize_t more,
+                                       const std::vector<const char*>& imports) const
 {
     std::string lines;
-    for (const CallPlace& call : run.CallPlaces())
+    for (const CallPlace& call : calls)
     {
         const std::string place = MakePlace(call.m_pos);
         if (place.empty())
@@ -95,11 +121,17 @@ std::string Diagnostics::MakeCallLines(const ExpansionRun& run) const
         else
             lines += "called from " + place + "\n";
     }
-    if (run.MoreCallPlaces() > 0)
-        lines += "... " + std::to_string(run.MoreCallPlaces()) + " more\n";
-    for (const char* const pos : run.ImportPlaces())
+    if (more > 0)
+        lines += "... " + std::to_string(more) + " more\n";
+    for (const char* const pos : imports)
         lines += "imported from " + MakePlace(pos) + "\n";
     return lines;
+}
+
+/// What is written before a part of the first line.
+std::string Diagnostics::Paint(const char* sequence) const
+{
+    return m_style.m_colour ? sequence : "";
 }
 
 std::string Diagnostics::Show(SubString text) const
@@ -122,11 +154,8 @@ std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const 
     located.Write(os);
     const std::string text = ToStdString(os.GetString());
     const std::string rest = text.substr(place.size() + word.size());
-    const std::string_view paint[] = {"\x1b[1m", "\x1b[31m", "\x1b[0m\x1b[1m", "\x1b[0m"};
-    const auto colour = [&](int index)
-    { return m_style.m_colour ? std::string(paint[index]) : std::string(); };
-    return colour(0) + Show(ViewOf(place)) + colour(1) + word + colour(2) + Show(ViewOf(rest)) +
-           colour(3) + "\n";
+    return Paint(s_bold) + Show(ViewOf(place)) + Paint(s_red) + word + Paint(s_boldAgain) +
+           Show(ViewOf(rest)) + Paint(s_plain) + "\n";
 }
 
 std::string Diagnostics::MakeImportLines(const Source& source) const

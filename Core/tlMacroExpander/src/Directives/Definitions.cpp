@@ -7,6 +7,7 @@
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include <unordered_set>
@@ -51,6 +52,8 @@ void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defp
     macroVar->m_naked = nakeddef;
     ReadMacroVariableDefn(token.m_str, macroVar.get());
 
+    if (Warns(WARN_UNUSED))
+        WatchDefinition(token, macroVar->GetSubstitutionString(), /*isMacro=*/true);
     VarFrame* const target = FindTargetFrame(fileScope, exportdef, token);
     target->m_localVariables.Add(macroVar.release());
     ScanOverWhiteSpaceAfterDirective();

@@ -90,6 +90,13 @@ const Directive* FindDirective(const LSToken& token)
     return nullptr;
 }
 
+void ForEachDirectiveWord(const std::function<void(SubString)>& visit)
+{
+    for (const Directive& directive : s_directives)
+        if (directive.m_type == TOKEN_IDENTIFIER)
+            visit(directive.m_word);
+}
+
 bool MayHoldDollarMacro(SubString literal)
 {
     return std::memchr(literal.begin(), '$', static_cast<size_t>(literal.size())) != nullptr;

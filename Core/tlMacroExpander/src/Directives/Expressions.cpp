@@ -6,6 +6,7 @@
 
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
@@ -218,6 +219,8 @@ void MacroExpander::Define(ELSVariable type, SubString name, const LevelText& te
 {
     auto var = MakeValueVariable(type, name, ExpansionLevel::CurrentOwner());
     EvaluateValueText(type, text, verbatim, var->m_value);
+    if (Warns(WARN_UNUSED))
+        WatchDefinition(token, SubString(), /*isMacro=*/false);
     AddVariable(var.release());
 }
 
@@ -311,6 +314,8 @@ void MacroExpander::ExpandTwice(const LevelText& section)
     AdvanceWritePos(m_str.begin(), false);
     xstring first;
     ExpandToString(section, 0, first);
+    if (Warns(WARN_UNKNOWN_NAME))
+        WatchComputedName(*this, first);
     const TextScope text(first, DirectiveRange());
     try
     {

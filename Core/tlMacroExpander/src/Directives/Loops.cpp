@@ -210,6 +210,7 @@ void MacroExpander::ForLoop::Run()
             continue;
         if (end.m_type != TOKEN_RIGHT_SQUARE)
             ThrowAtToken({", or ] expected when read "}, end);
+        m_expander.BeginRound(0);
         return;
     }
 }
@@ -246,7 +247,7 @@ void MacroExpander::ForLoop::Run(const KnownList& list)
 void MacroExpander::ForLoop::BeginRound()
 {
     m_expander.CountStep();
-    ++m_round;
+    m_expander.BeginRound(++m_round);
 }
 
 void MacroExpander::ForLoop::ExpandElement(SubString element)
@@ -334,12 +335,21 @@ void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block
     }
 }
 
+/// A warning in the round says which one it was; 0: between two.
+void MacroExpander::BeginRound(ssize_t round) const
+{
+    if (ExpansionLevel* const level = OwnLevel())
+        level->SetRound(round);
+}
+
 void MacroExpander::ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
                                 ssize_t round)
 {
     try
     {
+        BeginRound(round);
         ExpandBlock(block, indent, dstIndent);
+        BeginRound(0);
     }
     catch (const LexScannerException&)
     {

@@ -63,6 +63,7 @@ DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame)
 bool DirectExpression::Evaluate(const ExpressionText& text)
 {
     if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || s_started || text.m_text.empty() ||
+        (m_run.m_warnings & WARN_UNUSED) != 0 ||
         m_frame.m_fileScopeFrame == nullptr)
         return false;
     try

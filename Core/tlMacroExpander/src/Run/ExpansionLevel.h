@@ -9,6 +9,7 @@
 #include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
+#include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include <memory>
 #include <utility>
@@ -79,12 +80,19 @@ public:
     bool IsRecorded() const { return m_isRecorded; }
     const ExpansionLimits& Limits() const { return m_limits; }
 
-    /// False where every write is to be checked, or every look-up counted.
+    /// False where every write is to be checked, every look-up counted, or every token looked at.
     bool AllowsFastPaths() const
     {
         return m_limits.m_maxOutput == ExpansionLimits::s_none && !s_started &&
-               m_state.m_depth < m_limits.m_maxDepth;
+               m_state.m_depth < m_limits.m_maxDepth && !Warns(s_watchingWarnings);
     }
+
+    /// The expansion around this one, or null.
+    const ExpansionLevel* Outer() const { return m_outer; }
+
+    /// The round of the loop that is the current directive; 0 outside of loops.
+    ssize_t Round() const { return m_round; }
+    void SetRound(ssize_t round) { m_round = round; }
 
     /// What is known of the text, or null.
     ScannedText* Scanned() const { return m_scanned; }
@@ -173,6 +181,7 @@ private:
     const char* m_noCommentEnd = nullptr; ///< Behind this no comment ends in the text.
     ScanItem* m_item = nullptr;
     size_t m_usedCuts = 0;
+    ssize_t m_round = 0;
     unsigned m_first;
     bool m_isOfApplication;
     bool m_isRecorded;

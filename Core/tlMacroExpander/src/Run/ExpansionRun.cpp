@@ -2,6 +2,7 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Watch.h"
 #include <utility>
 
 namespace telv
@@ -11,6 +12,9 @@ thread_local constinit ExpansionRun* detail::t_currentRun = nullptr;
 
 ExpansionRun::ExpansionRun() : m_state(std::make_unique<RunState>()) {}
 ExpansionRun::~ExpansionRun() = default;
+
+RunState::RunState() = default;
+RunState::~RunState() = default;
 
 ExpansionRun* ExpansionRun::Current() noexcept
 {

@@ -12,12 +12,14 @@ namespace telv
 
 class BracketCache;
 class ExpansionLevel;
+class Watch;
 
 /// The private half of an ExpansionRun.
 class RunState
 {
 public:
-    RunState() = default;
+    RunState();
+    ~RunState();
     RunState(const RunState&) = delete;
     RunState& operator=(const RunState&) = delete;
 
@@ -95,6 +97,7 @@ public:
     std::vector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
     std::shared_ptr<LiveTexts> m_liveTexts;                  ///< Null while none was made.
     std::map<const char*, KnownText> m_knownTexts;           ///< By where they begin.
+    std::unique_ptr<Watch> m_watch; ///< What has been seen for warnings; null while nothing was.
     std::map<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
 };
 
