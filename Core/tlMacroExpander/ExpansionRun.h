@@ -134,6 +134,13 @@ public:
     bool DefinesInVain(const std::vector<SubString>& defining,
                        const std::vector<SubString>& texts) const;
 
+    /// What would probably mend `error`, the last that left an expansion, in one line; empty when
+    /// that is not known. To be asked before the next expansion.
+    xstring Hint(const LexScannerException& error) const;
+    /// Where the bracket, quote or comment was opened that had no end, when the last error stood at
+    /// `errorPos`, the end of the text, for that reason; else null.
+    const char* OpenedAt(const char* errorPos) const;
+
 private:
     friend class RunState;
 

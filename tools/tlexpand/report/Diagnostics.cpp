@@ -78,7 +78,21 @@ void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* r
     WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
                          (run == nullptr ? MakeImportLines(*source)
                                          : MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(),
-                                                         run->ImportPlaces())));
+                                                         run->ImportPlaces()) +
+                                               MakeNotes(*run, error, pos)));
+}
+
+/// Where what has no end was opened, and what would mend the error.
+std::string Diagnostics::MakeNotes(const ExpansionRun& run, const LexScannerException& error,
+                          const char* pos) const
+{
+    std::string notes;
+    const char* const opened = run.OpenedAt(pos);
+    if (const Source* const source = m_sources.Find(opened))
+        notes += "opened at " + MakePlace(opened) + "\n" + MakeExcerpt(*source, opened, m_style);
+    if (const xstring hint = run.Hint(error); !hint.empty())
+        notes += "hint: " + Show(hint) + "\n";
+    return notes;
 }
 
 void Diagnostics::Warn(const ExpansionWarning& warning) const

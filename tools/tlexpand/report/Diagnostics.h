@@ -29,6 +29,8 @@ private:
     std::string MakeFirstLines(const LexScannerException& error, const Source& source,
                                const char* pos) const;
     std::string MakeImportLines(const Source& source) const;
+    std::string MakeNotes(const ExpansionRun& run, const LexScannerException& error,
+                          const char* pos) const;
     std::string MakePlace(const char* pos) const;
     std::string MakeCallLines(const std::vector<CallPlace>& calls, ssize_t more,
                               const std::vector<const char*>& imports) const;

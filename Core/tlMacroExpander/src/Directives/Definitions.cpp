@@ -53,7 +53,7 @@ void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defp
     ReadMacroVariableDefn(token.m_str, macroVar.get());
 
     if (Warns(WARN_UNUSED))
-        WatchDefinition(token, macroVar->GetSubstitutionString(), /*isMacro=*/true);
+        WatchDefinition(token.m_str, macroVar->GetSubstitutionString(), /*isMacro=*/true);
     VarFrame* const target = FindTargetFrame(fileScope, exportdef, token);
     target->m_localVariables.Add(macroVar.release());
     ScanOverWhiteSpaceAfterDirective();

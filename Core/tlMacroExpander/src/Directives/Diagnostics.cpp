@@ -1,5 +1,6 @@
 // @print, @println, @assert, @assertfails, @fail: a text talks to its author and tests itself.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
@@ -55,6 +56,7 @@ void MacroExpander::ProcessAssertDirective()
     }
     catch (LexScannerException& e)
     {
+        HintAtExpression(*m_vf, section.m_text, text, e);
         MoveOutOfText(e, text, m_startDirectivePos);
         AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @assert(", text, ")"});
         throw;

@@ -8,6 +8,7 @@
 
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
@@ -212,10 +213,13 @@ void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& 
         ThrowNoArgumentList(macroVar, open);
     const ssize_t n = macroVar.GetNumArgs();
     LevelText* const room = args.MakeRoom(n);
+    const char* const list = m_str.begin();
     for (ssize_t i = 0; i < n; ++i)
     {
         LSToken end;
         room[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
+        if (i == n - 1 && end.m_type == TOKEN_COMMA)
+            HintAtArguments(list, m_str);
         CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
     }
 }
@@ -301,6 +305,7 @@ void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText&
     catch (LexScannerException& e)
     {
         NoteCall(macroVar);
+        HintAtPythonMacro(macroVar, e);
         AddErrorContext(e, {"\n    invoking python macro ", macroVar.m_name});
         throw;
     }

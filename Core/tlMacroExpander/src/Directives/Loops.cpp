@@ -5,6 +5,7 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
@@ -242,6 +243,7 @@ void MacroExpander::ForLoop::Run(const KnownList& list)
             Bind(frame, i, list.m_values[round.m_firstValue + static_cast<size_t>(i)]);
         ExpandRound(frame, round.m_element);
     }
+    m_expander.BeginRound(0);
 }
 
 void MacroExpander::ForLoop::BeginRound()
@@ -281,7 +283,10 @@ void MacroExpander::ForLoop::ExpandRound(VarFrame& frame, SubString element)
 /// Binds the values of an element `(a, b)`. What follows its closing bracket is not looked at.
 void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) const
 {
+    const SubString whole(element);
     const LSToken open = LsScanToken(element, false);
+    if (open.m_type != TOKEN_LEFT_PAREN)
+        HintAtElement(whole, m_head.m_names.size());
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected when read "}, open);
     const ssize_t n = m_head.m_names.size();
@@ -290,6 +295,8 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
         SubString value;
         const LSToken end = CutElement(element, value, TOKEN_RIGHT_PAREN);
         Bind(frame, i, LevelText{value});
+        if ((i < n - 1) != (end.m_type == TOKEN_COMMA))
+            HintAtElement(whole, n);
         if (i < n - 1 && end.m_type != TOKEN_COMMA)
             ThrowAtToken({", expected when read "}, end);
         if (i == n - 1 && end.m_type != TOKEN_RIGHT_PAREN)

@@ -242,10 +242,10 @@ void WatchComputedName(const MacroExpander& expander, SubString text)
         Warn(WARN_UNKNOWN_NAME, pos, {"'", name, "' names nothing; did you mean '", best, "'?"});
 }
 
-void WatchDefinition(const LSToken& name, SubString body, bool isMacro)
+void WatchDefinition(SubString name, SubString body, bool isMacro)
 {
-    if (RunState::Current()->FindText(name.m_str.begin()) != nullptr)
-        Watch::Current().NoteDefinition({name.m_str, body, isMacro});
+    if (RunState::Current()->FindText(name.begin()) != nullptr)
+        Watch::Current().NoteDefinition({name, body, isMacro});
 }
 
 } // namespace telv

@@ -18,7 +18,7 @@ void WarnOfUnknownDirective(const MacroExpander& expander, SubString word);
 /// `@[...]` came to `text` the first time.
 void WatchComputedName(const MacroExpander& expander, SubString text);
 
-/// A macro or a variable was defined by the token `name`.
-void WatchDefinition(const LSToken& name, SubString body, bool isMacro);
+/// A macro or a variable was defined by the word `name`.
+void WatchDefinition(SubString name, SubString body, bool isMacro);
 
 } // namespace telv

@@ -156,6 +156,12 @@ bool IsBuiltIn(SubString name)
     return std::ranges::any_of(s_builtIns, [&](const BuiltIn& b) { return name == b.m_name; });
 }
 
+void ForEachBuiltIn(const std::function<void(SubString)>& visit)
+{
+    for (const BuiltIn& builtIn : s_builtIns)
+        visit(builtIn.m_name);
+}
+
 void ExpressionParser::ParsePrimaryIdentifierExpression(LSLiteral& literal)
 {
     if (m_token.m_type != TOKEN_IDENTIFIER)

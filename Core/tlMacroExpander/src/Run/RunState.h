@@ -5,6 +5,7 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include <map>
+#include <set>
 #include <vector>
 
 namespace telv
@@ -77,6 +78,9 @@ public:
         m_callPlaces.clear();
         m_moreCallPlaces = 0;
         m_importPlaces.clear();
+        m_hint.clear();
+        m_isTextLost = false;
+        m_openedAt = m_neverClosed = nullptr;
     }
 
     /// An error passes the invocation of a macro, or a round of a loop, at `pos`.
@@ -88,6 +92,12 @@ public:
     ssize_t m_depth = 0;               ///< Expansions inside one another.
     ssize_t m_steps = 0;
     const char* m_failurePos = nullptr; ///< See ExpansionRun::FailurePosition.
+    xstring m_hint;                     ///< See ExpansionRun::Hint; empty for none.
+    const char* m_openedAt = nullptr;   ///< What `m_neverClosed`, an error, found without an end.
+    const char* m_neverClosed = nullptr;
+    /// Characters that the ends of blocks have taken away; see Scan/LostText.h.
+    std::set<const char*> m_lostText;
+    bool m_isTextLost = false; ///< A text whose last character is one of these had an error.
     std::vector<DeadText> m_deadTexts;
     std::vector<CallPlace> m_callPlaces; ///< See ExpansionRun, as the next two.
     ssize_t m_moreCallPlaces = 0;

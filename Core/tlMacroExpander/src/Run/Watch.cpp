@@ -136,6 +136,8 @@ void Warn(EWarning kind, const char* pos, std::initializer_list<SubString> text)
 
 void NoteLostText(const char* lost, const char* close)
 {
+    if (RunState* const state = RunState::Current())
+        state->m_lostText.insert(lost);
     if (Warns(WARN_DROPPED_TEXT))
         Warn(WARN_DROPPED_TEXT, lost,
              {"this character is lost: the '", SubString(close, close + 1),
