@@ -366,19 +366,20 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
 /// The texts that the imported file brings: its own and those of its imports.
 std::vector<SubString> FileImportHandler::TextsOf(const Input& import) const
 {
-    std::vector<SubString> texts = {import.m_text.Text()};
+    std::vector<SubString> texts = {import.m_text->Text()};
     for (const Input* input : m_expanded)
         if (import.m_frame->m_setOfFrames.contains(input->m_frame.get()))
-            texts.push_back(input->m_text.Text());
+            texts.push_back(input->m_text->Text());
     return texts;
 }
 
 std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
 {
-    const SubString main = m_inputs.front()->m_text.Text();
+    const SubString main = m_inputs.front()->m_text->Text();
     std::vector<SubString> all;
     for (const auto& input : m_inputs)
-        all.push_back(input->m_text.Text());
+        if (input->m_text != nullptr) // rows of data have none
+            all.push_back(input->m_text->Text());
     std::vector<ExpansionWarning> unused = m_run.FindUnused(main, all);
     for (const MainImport& import : m_mainImports)
     {

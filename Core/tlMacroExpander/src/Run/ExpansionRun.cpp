@@ -3,7 +3,6 @@
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/Watch.h"
-#include <string_view>
 #include <utility>
 
 namespace telv
@@ -86,17 +85,6 @@ ssize_t ExpansionRun::MoreCallPlaces() const
 const std::vector<const char*>& ExpansionRun::ImportPlaces() const
 {
     return m_state->m_importPlaces;
-}
-
-xstring ExpansionRun::Hint(const LexScannerException& error) const
-{
-    const std::string_view description(error.m_description.begin(),
-                                       static_cast<size_t>(error.m_description.size()));
-    if (m_state->m_hint.empty() && m_state->m_isTextLost &&
-        description.find("Met EOS") != std::string_view::npos)
-        return "the bracket that ends a block of lines must stand on a line of its own: the "
-               "character before it is lost";
-    return m_state->m_hint;
 }
 
 const char* ExpansionRun::OpenedAt(const char* errorPos) const

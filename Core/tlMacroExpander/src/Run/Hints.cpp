@@ -8,6 +8,7 @@
 #include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace telv
@@ -179,6 +180,17 @@ void NoteHint(std::initializer_list<SubString> parts)
         return;
     for (const SubString& part : parts)
         state->m_hint += part;
+}
+
+xstring ExpansionRun::Hint(const LexScannerException& error) const
+{
+    const std::string_view description(error.m_description.begin(),
+                                       static_cast<size_t>(error.m_description.size()));
+    if (m_state->m_hint.empty() && m_state->m_isTextLost &&
+        description.find("Met EOS") != std::string_view::npos)
+        return "the bracket that ends a block of lines must stand on a line of its own: the "
+               "character before it is lost";
+    return m_state->m_hint;
 }
 
 void HintAtExpression(VarFrame& frame, SubString source, SubString expanded,
