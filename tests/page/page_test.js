@@ -15,6 +15,7 @@ const [tool, executablePath, folder] = process.argv.slice(2);
 fs.mkdirSync(folder, {recursive: true});
 process.chdir(folder);
 
+const EXAMPLE = path.resolve(__dirname, "../../examples/generator/shapes.tl");
 const SMALL = {
   "lib.tl": "@def pair(first, second) =\n{\n    int first = 1; // <b>&amp;</b>\n" +
             "    int second = @(first_value + 1);\n}\n@let int first_value = {41}\n",
@@ -132,6 +133,18 @@ async function testLarge(browser) {
   assert.deepStrictEqual(page.faults, []);
 }
 
+/// docs/explain.png is the picture that this takes.
+async function testExample(browser) {
+  const url = explain("example.html", {"shapes.tl": fs.readFileSync(EXAMPLE)}, "shapes.tl");
+  const page = await open(browser, url, {viewport: {width: 1240, height: 720}});
+  await page.locator("#sources .piece", {hasText: "visit"}).nth(1).click();
+  assert.ok(await page.locator("#output .pin").count() > 1);
+  await piece(page, "sources", "flag").hover();
+  assert.strictEqual(await page.locator("#output .hit").count(), 3);
+  await page.screenshot({path: "example.png"});
+  assert.deepStrictEqual(page.faults, []);
+}
+
 async function testChains(browser) {
   const url = explain("small.html", SMALL, "main.tl");
   execFileSync(tool, ["-o", "out.c", "--map", "out.map", "main.tl"]);
@@ -180,6 +193,7 @@ async function testChains(browser) {
     await empty.locator("#output").focus();
     await empty.keyboard.press("ArrowDown");
     assert.deepStrictEqual(empty.faults, []);
+    await testExample(browser);
     await testLarge(browser);
     console.log("the page does what it should");
   } finally {
