@@ -164,6 +164,8 @@ async function testChains(browser) {
   assert.match(details, /lib\.tl:4:18 calculated/);
   assert.match(details, /main\.tl:5:5 in expansion of macro 'pair'/);
   assert.match(details, /main\.tl:6:5 in round 2 of the loop/);
+  await piece(page, "sources", "pair").hover();
+  assert.match(await texts(page, "#output .hit"), /int.*=.*42/s);
   await page.locator("#details button", {hasText: "main.tl:5:5"}).click();
   assert.ok((await texts(page, "#sources .current")).includes("pair"));
   await page.screenshot({path: "chains.png"});
