@@ -52,26 +52,27 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME libtlmacroexpander1)
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARIES_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_COMPONENT_LIBRARIES_DESCRIPTION "text macro language: libraries
- Any text goes through unchanged, except where it names a macro or a variable, or
- where a directive begins. These are the libraries that expand it.")
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_LIBRARIES_DESCRIPTION "Any text goes through unchanged, except where it
+names a macro or a variable, or where a directive begins. These are the
+libraries that expand it.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tlexpand)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION devel)
-set(CPACK_COMPONENT_TOOL_DESCRIPTION "text macro language: command-line tool
- Any text goes through unchanged, except where it names a macro or a variable, or
- where a directive begins. This is the tool for people and build systems.")
+set(CPACK_DEBIAN_TOOL_DESCRIPTION "Any text goes through unchanged, except where it
+names a macro or a variable, or where a directive begins. This is the tool
+for people and build systems.")
 set(CPACK_COMPONENT_DEVELOPMENT_GROUP dev)
 set(CPACK_COMPONENT_DEBIAN_DEVELOPMENT_GROUP dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libtlmacroexpander-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
     "libtlmacroexpander1 (= ${PROJECT_VERSION}), tlexpand (= ${PROJECT_VERSION})")
-set(CPACK_COMPONENT_GROUP_DEV_DESCRIPTION "text macro language: files for development
- Headers, a CMake package, pkg-config files and build rules for programs that expand
- texts, and for builds that do.")
+set(CPACK_DEBIAN_DEV_DESCRIPTION "Headers, a CMake package, pkg-config files and build
+rules for programs that expand texts, and for builds that do.")
 include(CPack)

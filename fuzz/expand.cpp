@@ -6,6 +6,7 @@
 // calculated ones name a directive, and positions of errors lie in a file.
 #include "Checks.h"
 #include "Mutator.h"
+#include "output/MapCheck.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include <algorithm>
@@ -163,6 +164,18 @@ void CheckMap(const OutputPieces& pieces, SubString output, const Files& files,
     FUZZ_REQUIRE(begin == output.size());
 }
 
+/// The laws that `tlexpand --verify-map` checks.
+void CheckLaws(const OutputPieces& pieces, SubString output, const Files& files,
+               const ExpansionRun& run)
+{
+    tool::Sources sources;
+    for (const auto& file : files)
+        sources.Add("file", file->View(), nullptr);
+    const std::vector<tool::TextEdit> noEdits;
+    const tool::OutputChains noChains;
+    FUZZ_REQUIRE(tool::FindMapError({sources, run, output, pieces, noEdits, noChains}).empty());
+}
+
 /// How an expansion ended; for a value, the text and the pieces.
 struct Result
 {
@@ -235,6 +248,7 @@ void Check(const Files& files, ssize_t srcIndent, ssize_t dstIndent)
                 const xstring written = os.GetString();
                 FUZZ_REQUIRE(output.m_size == written.size() && output.size() == written.size());
                 CheckMap(output.m_pieces, written, files, run);
+                CheckLaws(output.m_pieces, written, files, run);
                 pieces = ShowPieces(output.m_pieces, files);
                 return ToStd(written);
             });

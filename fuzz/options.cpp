@@ -36,6 +36,7 @@ constexpr const char* s_words[] = {"-o",
                                    "--max-depth",
                                    "--max-steps",
                                    "--max-output",
+                                   "--max-memory",
                                    "--color",
                                    "--color=never",
                                    "--version",
@@ -70,7 +71,8 @@ std::vector<std::string> SplitArguments(const ExactText& text)
 void CheckCommon(const CommonOptions& options)
 {
     for (const ssize_t limit :
-         {options.m_limits.m_maxDepth, options.m_limits.m_maxSteps, options.m_limits.m_maxOutput})
+         {options.m_limits.m_maxDepth, options.m_limits.m_maxSteps, options.m_limits.m_maxOutput,
+          options.m_limits.m_maxMemory})
         FUZZ_REQUIRE(limit >= 0);
     for (const Definition& definition : options.m_definitions)
         FUZZ_REQUIRE((definition.m_kind == Definition::EKind::Text) == definition.m_name.empty());

@@ -6,7 +6,7 @@
 // `MacroExpand` then makes do with a run of its own for the length of the outermost call.
 #pragma once
 
-#include "tlMacroExpander/Export.h"
+#include "tlMacroExpander/ExpansionWarning.h"
 #include "tlUtils/StringExt.h"
 #include <functional>
 #include <limits>
@@ -30,22 +30,11 @@ struct TLEXPANDER_API ExpansionLimits
 
     ssize_t m_maxDepth = s_none;  ///< Expansions inside one another, the outermost one included.
     ssize_t m_maxSteps = s_none;  ///< Expansions, invocations and loop rounds, in all.
-    ssize_t m_maxOutput = s_none; ///< Bytes of any one output, of intermediate strings too.
-};
-
-/// A place on the way to where an error stands.
-struct TLEXPANDER_API CallPlace
-{
-    enum EKind
-    {
-        CALL_MACRO, ///< A macro, or an argument that stands for text, was invoked here.
-        CALL_LOOP   ///< The loop that stands here was in its `m_round`-th round.
-    };
-
-    EKind m_kind;
-    xstring m_name;    ///< Of the macro; empty for a loop.
-    const char* m_pos; ///< In a text that the application gave.
-    ssize_t m_round;   ///< Counted from 1; 0 for a macro.
+    /// Bytes of any one output, of intermediate strings too, and of all that is printed.
+    ssize_t m_maxOutput = s_none;
+    /// Bytes that the run holds: texts, values, tables, pieces, descriptions of errors, and what its
+    /// thread makes besides with this library's strings. Not what Python code takes.
+    ssize_t m_maxMemory = s_none;
 };
 
 /// One run. Must outlive the scopes that install it; neither copied nor shared between threads.
@@ -96,6 +85,13 @@ public:
     /// numbers and comments.
     bool m_lenient = false;
 
+    /// What is warned of: a set of EWarning. Nothing is paid for a kind that is not in it.
+    unsigned m_warnings = WARN_NONE;
+
+    /// Receives the warnings on the expanding thread, while the expansion goes on. May throw; what
+    /// it throws ends the expansion. Empty: nobody is warned.
+    std::function<void(const ExpansionWarning&)> m_warningSink;
+
     /// With false, outputs that the run's expansions write to record no pieces: their `size()` is 0,
     /// and what is copied goes out in long stretches.
     bool m_recordPieces = true;
@@ -131,13 +127,31 @@ public:
     /// How many call places of an error are remembered.
     static constexpr ssize_t s_mostCallPlaces = 10;
 
-    /// Where the macros and loops stand through which the last error that left an expansion came,
-    /// innermost first; the first ten. Valid until the next expansion.
+    /// Where the macros and loops stand through which the last exception that left an expansion
+    /// came, of whatever type, innermost first; the first ten. Valid until the next expansion.
     const std::vector<CallPlace>& CallPlaces() const;
     /// How many there were besides.
     ssize_t MoreCallPlaces() const;
     /// Where the imports stand that were being read, innermost first. Valid as long.
     const std::vector<const char*>& ImportPlaces() const;
+
+    /// The macros and variables defined in `text`, which must still be there, that no expansion has
+    /// used so far, in their order; noted while WARN_UNUSED is in `m_warnings`. A name that stands
+    /// elsewhere in one of `texts`, outside comments and strings, counts as used: the part of the
+    /// text may not have been expanded.
+    std::vector<ExpansionWarning> FindUnused(SubString text,
+                                             const std::vector<SubString>& texts) const;
+    /// Whether something is defined in the texts `defining` and nothing of it is used, in the same
+    /// sense.
+    bool DefinesInVain(const std::vector<SubString>& defining,
+                       const std::vector<SubString>& texts) const;
+
+    /// What would probably mend `error`, the last that left an expansion, in one line; empty when
+    /// that is not known. To be asked before the next expansion.
+    xstring Hint(const LexScannerException& error) const;
+    /// Where the bracket, quote or comment was opened that had no end, when the last error stood at
+    /// `errorPos`, the end of the text, for that reason; else null.
+    const char* OpenedAt(const char* errorPos) const;
 
 private:
     friend class RunState;

@@ -2,6 +2,7 @@
 // VarFrame.h where names are found, ExpansionRun.h what else a run may set.
 #pragma once
 
+#include "tlMacroExpander/ChainRecorder.h"
 #include "tlMacroExpander/ExpandedOutput.h"
 #include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/ExpansionRun.h"

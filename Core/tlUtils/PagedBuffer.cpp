@@ -3,6 +3,7 @@
 #define TELV_SOURCE_PATH "Core/tlUtils/PagedBuffer"
 
 #include "tlUtils/PagedBuffer.h"
+#include "tlUtils/HeldMemory.h"
 #include "tlUtils/TelvAssert.h"
 #include <algorithm>
 #include <cstring>
@@ -21,15 +22,28 @@ PagedBuffer::~PagedBuffer()
     Clear();
 }
 
+/// A page that has been counted.
+void PagedBuffer::MakePage()
+try
+{
+    auto page = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(m_pageSize));
+    m_pages.push_back(page.get());
+    page.release();
+}
+catch (const std::bad_alloc&)
+{
+    ReleaseMemory(m_pageSize);
+    throw;
+}
+
 void PagedBuffer::Append(const char* text, ssize_t length)
 {
     while (length > 0)
     {
         if (m_pages.empty() || m_writePos == m_pageSize)
         {
-            auto page = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(m_pageSize));
-            m_pages.push_back(page.get());
-            page.release();
+            HoldMemory(m_pageSize);
+            MakePage();
             m_writePos = 0;
         }
         const ssize_t n = std::min(length, m_pageSize - m_writePos);
@@ -44,7 +58,10 @@ void PagedBuffer::Append(const char* text, ssize_t length)
 void PagedBuffer::Clear()
 {
     for (const char* page : m_pages)
+    {
         delete[] page;
+        ReleaseMemory(m_pageSize);
+    }
     m_pages.clear();
     m_totalSize = 0;
     m_writePos = 0;

@@ -30,6 +30,9 @@ public:
     xvector<char*> m_pages;
     ssize_t m_totalSize; ///< Characters held.
     ssize_t m_writePos;  ///< Characters used of the last page.
+
+private:
+    void MakePage();
 };
 
 static_assert(sizeof(PagedBuffer) == 48, "no other fields");

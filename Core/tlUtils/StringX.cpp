@@ -1,9 +1,9 @@
 // An owned copy is a plain byte array whose start is the start of the view, so nothing but the
 // capacity has to be kept. It has at least one byte: a copy of an empty text still has an address.
 #include "tlUtils/StringX.h"
+#include "tlUtils/HeldContainers.h"
 #include <algorithm>
-#include <cstdlib>
-#include <new>
+#include <cstring>
 
 namespace telv
 {
@@ -14,12 +14,16 @@ namespace
 /// A copy of `s` in memory of `capacity` bytes.
 char* CopyOf(SubString s, ssize_t capacity)
 {
-    void* const memory = std::malloc(static_cast<size_t>(capacity));
-    if (memory == nullptr)
-        throw std::bad_alloc();
+    char* const memory = HeldAllocator<char>().allocate(static_cast<size_t>(capacity));
     if (s)
         std::memcpy(memory, s.begin(), static_cast<size_t>(s.size()));
-    return static_cast<char*>(memory);
+    return memory;
+}
+
+void Free(char* copy, ssize_t capacity)
+{
+    if (copy != nullptr)
+        HeldAllocator<char>().deallocate(copy, static_cast<size_t>(capacity));
 }
 
 } // namespace
@@ -27,7 +31,7 @@ char* CopyOf(SubString s, ssize_t capacity)
 StringX::~StringX()
 {
     if (m_capacity > 0)
-        std::free(const_cast<char*>(m_subString.m_p1));
+        Free(const_cast<char*>(m_subString.m_p1), m_capacity);
 }
 
 void StringX::Set(SubString s, bool copy)
@@ -37,9 +41,9 @@ void StringX::Set(SubString s, bool copy)
     const bool ofOwned = owned != nullptr && IsWithin(s, SubString(owned, owned + m_capacity));
     if (!copy && !ofOwned)
     {
+        Free(owned, m_capacity);
         m_subString = s;
         m_capacity = 0;
-        std::free(owned);
         return;
     }
     const ssize_t size = s.size();
@@ -47,8 +51,8 @@ void StringX::Set(SubString s, bool copy)
     {
         const ssize_t capacity = std::max<ssize_t>(size, 1);
         m_subString.m_p1 = CopyOf(s, capacity);
+        Free(owned, m_capacity);
         m_capacity = capacity;
-        std::free(owned);
     }
     else if (size > 0)
         std::memmove(owned, s.begin(), static_cast<size_t>(size));

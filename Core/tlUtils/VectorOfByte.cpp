@@ -2,6 +2,7 @@
 #define TELV_SOURCE_PATH "Core/tlUtils/xvector"
 
 #include "tlUtils/VectorOfByte.h"
+#include "tlUtils/HeldMemory.h"
 #include "tlUtils/TelvAssert.h"
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +15,9 @@ namespace telv
 
 VectorOfByte::~VectorOfByte()
 {
+    if (m_buffer == nullptr)
+        return;
+    ReleaseMemory(m_capacity);
     std::free(m_buffer);
 }
 
@@ -21,9 +25,13 @@ void VectorOfByte::reserve(ssize_t n) const
 {
     if (n <= m_capacity)
         return;
+    HoldMemory(n, m_capacity);
     void* grown = std::realloc(m_buffer, static_cast<size_t>(n));
     if (grown == nullptr)
+    {
+        HoldMemory(m_capacity, n); // less than was held
         throw std::bad_alloc();
+    }
     m_buffer = static_cast<unsigned char*>(grown);
     m_capacity = n;
 }

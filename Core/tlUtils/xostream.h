@@ -25,7 +25,8 @@ public:
     {
         if (length < m_roomEnd - m_room && m_indent <= 0)
         {
-            std::memcpy(m_room, text, static_cast<size_t>(length));
+            if (length > 0) // an empty text may have no address
+                std::memcpy(m_room, text, static_cast<size_t>(length));
             m_room += length;
         }
         else if (m_indent <= 0)

@@ -194,6 +194,19 @@ Work Comments(size_t n)
 {
     return ExpansionOf(Times(n, "// note\n@// gone\n"));
 }
+/// In a lenient run they are text.
+Work OpenComments(size_t n)
+{
+    const auto kept = std::make_shared<std::string>(Times(n, "dir/*.c @(1)\n"));
+    return [kept]
+    {
+        ExpansionRun run;
+        run.m_lenient = true;
+        const ExpansionRunScope scope(run);
+        Expand(SubString(kept->data(), kept->data() + kept->size()));
+    };
+}
+
 Work Quote(size_t n)
 {
     return ExpansionOf("  @quote(" + Times(n, "    word\n") + ")");
@@ -390,6 +403,7 @@ std::vector<Family> TextFamilies()
         {"long line", 100'000, LongLine, nullptr},
         {"many short lines", 200'000, ShortLines, nullptr},
         {"many comments", 200'000, Comments, nullptr},
+        {"comments without an end", 200'000, OpenComments, nullptr},
         {"many expected errors", 20'000, ExpectedErrors, nullptr},
         {"nested @assertfails", 25'000, NestedExpectedErrors, nullptr},
         {"@assertfails in deep recursion", 10'000, ExpectedErrorsInMacros, nullptr},

@@ -6,6 +6,7 @@ from .loops import For, While
 from .counting import Counting
 from .definitions import Definitions
 from .recursion import Recursion
+from .rows import Rows
 from .start import Start
 from .imports import Imports
 from .generator import Generator
@@ -13,4 +14,4 @@ from .expressions import Expressions
 from .python_macro import PythonMacro
 
 ALL = (Plain(), Macros(), Calls(), For(), While(), Counting(), Definitions(), Recursion(), Start(),
-       Imports(), Generator(), Expressions(), PythonMacro())
+       Imports(), Generator(), Expressions(), PythonMacro(), Rows())

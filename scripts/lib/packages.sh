@@ -66,6 +66,7 @@ find_missing() {
             need_command dpkg-shlibdeps dpkg-dev
             need_command fakeroot fakeroot
             ;;
+        format) need_command clang-format-14 clang-format-14 ;;
         tidy)
             need_clang
             need_command clang-tidy-14 clang-tidy-14

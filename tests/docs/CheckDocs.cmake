@@ -5,7 +5,8 @@ include_guard()
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 function(telv_check_docs name document)
-    set(arguments --build ${PROJECT_BINARY_DIR} --compiler ${CMAKE_CXX_COMPILER})
+    set(arguments --build ${PROJECT_BINARY_DIR} --compiler ${CMAKE_CXX_COMPILER}
+        --warnings ${PROJECT_SOURCE_DIR}/tests/docs/wanted_warnings.txt)
     if(TELV_SANITIZE)
         list(APPEND arguments --flags=-fsanitize=${TELV_SANITIZE})
     endif()

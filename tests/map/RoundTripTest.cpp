@@ -17,7 +17,9 @@ namespace
 /// Runs the case with a map; false when it is one that fails.
 bool ExpandWithMap(const TestCase& testCase, const TempDir& temp)
 {
-    std::vector<std::string> argv{TELV_TLEXPAND_PATH, "--verify-map", "--map", temp.Path("map")};
+    std::vector<std::string> argv{TELV_TLEXPAND_PATH, "--verify-map", "--chains",
+                                  "--map",            temp.Path("map"), "--trace",
+                                  temp.Path("trace")};
     std::vector<std::string> arguments = ReadArguments(testCase);
     for (std::string& argument : arguments)
         if (argument == "{out}")
@@ -55,6 +57,22 @@ std::string CheckByte(tool::MappedFiles& files, ssize_t out)
     return CanCalculate(found) ? "" : "an origin that is neither directive nor name";
 }
 
+/// What is wrong with the steps of the chains, or an empty text. Every one of them can be told.
+std::string CheckChains(const tool::OutputMap& map)
+{
+    for (const tool::MapChain& chain : map.m_chains)
+        if (!chain.m_place.IsKnown() || chain.m_name.empty())
+            return "a step without a place or a name";
+    std::vector<bool> isUsed(map.m_chains.size());
+    for (const tool::MapPiece& piece : map.m_pieces)
+        for (ssize_t i = piece.m_chain; i != tool::s_none && !isUsed[static_cast<size_t>(i)];
+             i = map.m_chains[static_cast<size_t>(i)].m_parent)
+            isUsed[static_cast<size_t>(i)] = true;
+    return std::find(isUsed.begin(), isUsed.end(), false) == isUsed.end()
+               ? ""
+               : "a step through which no piece came";
+}
+
 void CheckCase(const TestCase& testCase)
 {
     const TempDir temp;
@@ -63,6 +81,7 @@ void CheckCase(const TestCase& testCase)
     tool::MappedFiles files(temp.Path("map"), "");
     const ssize_t size = files.Map().m_size;
     ASSERT_EQ(files.Output().m_text.size(), size) << testCase.path;
+    EXPECT_EQ(CheckChains(files.Map()), "") << testCase.path;
     // All of what fits into a test; of the large ones, bytes a prime number apart.
     const ssize_t step = size > 20000 ? 97 : 1;
     for (ssize_t out = 0; out < size; out += step)

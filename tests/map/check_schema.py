@@ -59,7 +59,7 @@ def main():
         validator.validate(json.loads(path.read_text()))
         count += 1
     for arguments in ([], ["-o", "out"], ["-o", "out", "--map-runs", "--dst-indent", "2"],
-                      ["-o", "out", "--line-directives"]):
+                      ["-o", "out", "--line-directives"], ["-o", "out", "--chains"]):
         document = run_tool(tool, arguments)
         validator.validate(document)
         count += 1

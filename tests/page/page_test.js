@@ -15,6 +15,7 @@ const [tool, executablePath, folder] = process.argv.slice(2);
 fs.mkdirSync(folder, {recursive: true});
 process.chdir(folder);
 
+const EXAMPLE = path.resolve(__dirname, "../../examples/generator/shapes.tl");
 const SMALL = {
   "lib.tl": "@def pair(first, second) =\n{\n    int first = 1; // <b>&amp;</b>\n" +
             "    int second = @(first_value + 1);\n}\n@let int first_value = {41}\n",
@@ -132,6 +133,18 @@ async function testLarge(browser) {
   assert.deepStrictEqual(page.faults, []);
 }
 
+/// docs/explain.png is the picture that this takes.
+async function testExample(browser) {
+  const url = explain("example.html", {"shapes.tl": fs.readFileSync(EXAMPLE)}, "shapes.tl");
+  const page = await open(browser, url, {viewport: {width: 1240, height: 720}});
+  await page.locator("#sources .piece", {hasText: "visit"}).nth(1).click();
+  assert.ok(await page.locator("#output .pin").count() > 1);
+  await piece(page, "sources", "flag").hover();
+  assert.strictEqual(await page.locator("#output .hit").count(), 3);
+  await page.screenshot({path: "example.png"});
+  assert.deepStrictEqual(page.faults, []);
+}
+
 async function testChains(browser) {
   const url = explain("small.html", SMALL, "main.tl");
   execFileSync(tool, ["-o", "out.c", "--map", "out.map", "main.tl"]);
@@ -151,6 +164,8 @@ async function testChains(browser) {
   assert.match(details, /lib\.tl:4:18 calculated/);
   assert.match(details, /main\.tl:5:5 in expansion of macro 'pair'/);
   assert.match(details, /main\.tl:6:5 in round 2 of the loop/);
+  await piece(page, "sources", "pair").hover();
+  assert.match(await texts(page, "#output .hit"), /int.*=.*42/s);
   await page.locator("#details button", {hasText: "main.tl:5:5"}).click();
   assert.ok((await texts(page, "#sources .current")).includes("pair"));
   await page.screenshot({path: "chains.png"});
@@ -180,6 +195,7 @@ async function testChains(browser) {
     await empty.locator("#output").focus();
     await empty.keyboard.press("ArrowDown");
     assert.deepStrictEqual(empty.faults, []);
+    await testExample(browser);
     await testLarge(browser);
     console.log("the page does what it should");
   } finally {

@@ -65,10 +65,13 @@ TEST_P(LibraryCase, GivesWhatIsExpected)
     const Expectation expectation = ReadExpectation(testCase);
     const std::string contradiction = FindContradiction(expectation);
     ASSERT_EQ(contradiction, "") << Failure(testCase, "");
-    const LibraryRun run = RunLibrary(ReadFile(testCase.File(".tl")).value_or(""));
-    const std::string report = CompareLibraryRun(run, testCase, expectation);
-    if (!report.empty())
-        ADD_FAILURE() << Failure(testCase, report);
+    const std::string source = ReadFile(testCase.File(".tl")).value_or("");
+    for (const LibraryRun& run : {RunLibrary(source), RunLibraryWithWarnings(source)})
+    {
+        const std::string report = CompareLibraryRun(run, testCase, expectation);
+        if (!report.empty())
+            ADD_FAILURE() << Failure(testCase, report);
+    }
 }
 
 TEST_P(LibraryCase, IsTheSameObserved)

@@ -16,6 +16,7 @@
 #include <cctype>
 #include <exception>
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 
 namespace telv::test
@@ -38,10 +39,12 @@ std::string ToStd(SubString s)
 void TakeError(const LexScannerException& e, SubString text, LibraryRun& run)
 {
     const std::less_equal<const char*> notAfter;
+    const ExpansionRun* const installed = ExpansionRun::Current();
+    const char* const pos = installed == nullptr ? e.m_pos : installed->ResolvePosition(e.m_pos);
     run.message = ToStd(e.m_description);
-    run.positionOutside = !notAfter(text.begin(), e.m_pos) || !notAfter(e.m_pos, text.end());
+    run.positionOutside = !notAfter(text.begin(), pos) || !notAfter(pos, text.end());
     if (!run.positionOutside)
-        run.line = GetLineNumber(text, e.m_pos);
+        run.line = GetLineNumber(text, pos);
 }
 
 void Expand(SubString text, LibraryRun& run)
@@ -168,6 +171,15 @@ LibraryRun RunLibrary(const std::string& source)
         run.message = e.what();
     }
     return run;
+}
+
+LibraryRun RunLibraryWithWarnings(const std::string& source)
+{
+    ExpansionRun run;
+    run.m_warnings = WARN_ALL;
+    run.m_warningSink = [](const ExpansionWarning& warning) { EXPECT_NE(warning.m_text, ""); };
+    const ExpansionRunScope scope(run);
+    return RunLibrary(source);
 }
 
 std::string CompareLibraryRun(const LibraryRun& run, const TestCase& testCase,

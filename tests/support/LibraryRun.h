@@ -25,6 +25,9 @@ LibraryRun RunLibrary(const std::string& source);
 /// Empty when nothing is.
 std::string ObservationErrors(const std::string& source);
 
+/// The same in a run that warns of everything, which must make no difference.
+LibraryRun RunLibraryWithWarnings(const std::string& source);
+
 /// Everything in which the run differs from the expectation, for people; empty when nothing does.
 /// Of a diagnostic, line and message are compared; the excerpt is the tool's.
 std::string CompareLibraryRun(const LibraryRun& run, const TestCase& testCase,

@@ -165,9 +165,11 @@ ProgramResult LimitedProgram::Finish()
     if (result.timedOut)
         kill(m_pid, SIGKILL);
     int status = 0;
-    if (waitpid(m_pid, &status, 0) < 0)
-        Fail("waitpid");
+    rusage usage = {};
+    if (wait4(m_pid, &status, 0, &usage) < 0)
+        Fail("wait4");
     m_pid = -1;
+    result.peakKibi = usage.ru_maxrss;
     if (WIFEXITED(status))
         result.status = WEXITSTATUS(status);
     else if (WIFSIGNALED(status))

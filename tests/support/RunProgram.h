@@ -17,6 +17,7 @@ struct ProgramResult
     bool timedOut = false; ///< It was killed because it did not end.
     std::string out;       ///< Standard output.
     std::string err;       ///< Standard error.
+    long peakKibi = 0;     ///< The most memory that it had at a time, in KiB; of LimitedProgram only.
 };
 
 /// Where and how long a program runs.

@@ -80,7 +80,8 @@ Expectation ReadExpectation(const TestCase& testCase)
 {
     const char* const output = IsProject(testCase) ? ".json" : ".out";
     return {ReadFile(testCase.File(output)), ReadFile(testCase.File(".err")),
-            ReadFile(testCase.File(".map")), ReadFile(testCase.File(".print"))};
+            ReadFile(testCase.File(".map")), ReadFile(testCase.File(".print")),
+            ReadFile(testCase.File(".warn"))};
 }
 
 std::vector<std::string> ReadArguments(const TestCase& testCase)
@@ -123,6 +124,8 @@ std::string FindContradiction(const Expectation& expectation)
         return "there are both .out and .err";
     if (expectation.map && expectation.err)
         return "there are both .map and .err";
+    if (expectation.warn && expectation.err)
+        return "there are both .warn and .err";
     return "";
 }
 

@@ -32,6 +32,7 @@ struct Expectation
     std::optional<std::string> err;   ///< The diagnostic.
     std::optional<std::string> map;   ///< The text of --map.
     std::optional<std::string> print; ///< What the source prints.
+    std::optional<std::string> warn;  ///< The warnings of an expansion that succeeds.
 };
 
 /// Whether the case is a project file (`.mpfw`), whose output is the `.json` beside it.
@@ -56,7 +57,7 @@ bool RunsInLibrary(const TestCase& testCase);
 bool RunsInThisBuild(const TestCase& testCase);
 
 /// What the case's files contradict themselves in, empty when they are sound: there must be
-/// exactly one of ".out" and ".err", and ".map" goes with ".out".
+/// exactly one of ".out" and ".err", and ".map" and ".warn" go with ".out".
 std::string FindContradiction(const Expectation& expectation);
 
 /// The command that runs only this case.

@@ -33,9 +33,12 @@ void CompareSuccess(const ToolRun& run, const Expectation& expectation, std::str
 {
     CompareEnd(run, 0, report);
     AddDifference(report, "expansion", *expectation.out, run.Expansion());
-    AddDifference(report, "printed text", expectation.print.value_or(""), run.Printed());
+    const std::string print = expectation.print.value_or("");
+    const std::string warn = expectation.warn.value_or("");
     if (run.hasOutputFile)
-        AddDifference(report, "standard error", "", run.program.err);
+        AddDifference(report, "printed text", print, run.program.out);
+    AddDifference(report, "standard error", run.hasOutputFile ? warn : print + warn,
+                  run.program.err);
     if (expectation.map)
         AddDifference(report, "map", *expectation.map, run.map.value_or("(no map was written)"));
 }

@@ -1,6 +1,6 @@
 // The tool's streams are taken apart in the opposite way to that in which they are compared. When a
 // run fails, what was printed ends where the diagnostic begins: at the first line "PATH(N) :
-// error".
+// error", or at the first warning.
 #include "support/UpdateCase.h"
 
 #include "support/Files.h"
@@ -18,7 +18,7 @@ namespace
 /// Where the diagnostic begins in standard error; its size when there is none.
 size_t FindDiagnostic(const std::string& err)
 {
-    static const std::regex s_start("(^|\n)[^\n]*\\([0-9]+\\) : error : ");
+    static const std::regex s_start("(^|\n)[^\n]*\\([0-9]+\\) : (error|warning) : ");
     std::smatch match;
     if (!std::regex_search(err, match, s_start))
         return err.size();
@@ -38,7 +38,10 @@ Expectation TakeExpectation(const ToolRun& run)
     {
         taken.out = run.Expansion();
         taken.map = run.map;
-        taken.print = NothingIfEmpty(run.Printed());
+        const size_t start = run.hasOutputFile ? 0 : FindDiagnostic(run.program.err);
+        taken.warn = NothingIfEmpty(run.program.err.substr(start));
+        taken.print =
+            NothingIfEmpty(run.hasOutputFile ? run.program.out : run.program.err.substr(0, start));
         return taken;
     }
     const size_t start = run.hasOutputFile ? 0 : FindDiagnostic(run.program.err);
@@ -77,6 +80,7 @@ bool UpdateCase(const TestCase& testCase, std::string& report)
     UpdateFile(testCase.File(".err"), before.err, now.err, report);
     UpdateFile(testCase.File(".map"), before.map, now.map, report);
     UpdateFile(testCase.File(".print"), before.print, now.print, report);
+    UpdateFile(testCase.File(".warn"), before.warn, now.warn, report);
     return true;
 }
 

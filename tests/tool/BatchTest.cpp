@@ -225,7 +225,7 @@ TEST_F(BatchTest, OptionsForOneFileAreRefused)
 {
     Write("a.tl", "a");
     const std::string one =
-        "tlexpand: -o, --map, --source-map, --depfile and --check are for one file; with many, "
+        "tlexpand: -o, --map, --source-map, --depfile, --trace and --check are for one file; with many, "
         "outputs are named by --out-dir or by the list" +
         s_hint;
     ExpectFailure(Run({"--out-dir", "out", "-o", "x", "a.tl"}), 2, one);

@@ -102,7 +102,7 @@ TEST_F(CheckTest, NeedsAnOutputAndNoOther)
                   "tlexpand: --check needs -o: the file that is compared with the expansion" +
                       s_hint);
     ExpectFailure(Run({"--check", "-o", "out", "--map", "map"}, "x"), 2,
-                  "tlexpand: --check writes nothing: leave out --map, --source-map and --depfile" +
+                  "tlexpand: --check writes nothing: leave out --map, --source-map, --depfile and --trace" +
                       s_hint);
 }
 

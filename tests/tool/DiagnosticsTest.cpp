@@ -38,11 +38,17 @@ TEST_F(DiagnosticsTest, TheEndOfTheTextIsBehindItsLastCharacter)
     ExpectFailure(Run({}, "x\n@print(a"), 1,
                   "<stdin>(2) : error : Met EOS while reading bracketted section\n"
                   " 2 | @print(a\n"
-                  "   |         ^\n");
+                  "   |         ^\n"
+                  "opened at <stdin>(2)\n"
+                  " 2 | @print(a\n"
+                  "   |       ^\n");
     ExpectFailure(Run({}, "@print(a\n"), 1,
                   "<stdin>(2) : error : Met EOS while reading bracketted section\n"
                   " 2 | \n"
-                  "   | ^\n");
+                  "   | ^\n"
+                  "opened at <stdin>(1)\n"
+                  " 1 | @print(a\n"
+                  "   |       ^\n");
 }
 
 TEST_F(DiagnosticsTest, ALongLineIsCutAroundTheCaret)

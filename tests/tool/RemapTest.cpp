@@ -93,6 +93,43 @@ TEST_F(RemapTest, MessagesOfClang)
     ExpectPlaces(result.out);
 }
 
+/// An error is planted into an example; the compiler must report it in the line of the template.
+TEST_F(RemapTest, ErrorsPlantedIntoTheExamples)
+{
+    const struct
+    {
+        const char* m_what;
+        const char* m_example;
+        const char* m_text;    ///< Of the template,
+        const char* m_planted; ///< and what takes its place.
+    } rows[] = {
+        {"copied text", "generator/shapes", "bool good = true;", "bool good = planted;"},
+        {"a macro's body", "generator/shapes", "double parameter;", "planted parameter;"},
+        {"an argument", "generator/shapes", "visit(Square, side, 3)", "visit(Square, this, 3)"},
+        {"a macro that a macro was given", "generator/shapes", "name::flag,", "name::planted,"},
+        {"calculated text", "generator/shapes", "@[name@@Area(parameter)]", "@[@quote(planted)]"},
+        {"a loop", "status/status", "Status::follower ||", "Status::planted ||"},
+        {"copied text", "status/status", "Status status,", "Planted status,"},
+        {"a number", "status/status", "= count;", "= count planted;"},
+    };
+    for (const auto& row : rows)
+    {
+        std::string text =
+            *ReadFile(std::string(TELV_SOURCE_DIR "/examples/") + row.m_example + ".tl");
+        const size_t at = text.find(row.m_text);
+        ASSERT_NE(at, std::string::npos) << row.m_text;
+        text.replace(at, std::string(row.m_text).size(), row.m_planted);
+        Write("example.tl", text);
+        Expand({"-o", "gen.cpp", "--map", "gen.cpp.map", "example.tl"});
+        const std::string line = std::to_string(
+            std::count(text.begin(), text.begin() + static_cast<ssize_t>(at), '\n') + 1);
+        const std::string said = RunShell("g++ -std=c++20 -fsyntax-only gen.cpp 2>&1 | "
+                                          "\"$TLEXPAND\" remap gen.cpp.map | grep 'error: '")
+                                     .out;
+        EXPECT_EQ(said.find("example.tl:" + line + ":"), 0u) << row.m_what << "\n" << said;
+    }
+}
+
 TEST_F(RemapTest, TheCommandIsRunAndKeepsItsStatusAndStreams)
 {
     Generate();

@@ -10,10 +10,13 @@
 #include "output/MapPlaces.h"
 #include "output/MapWriter.h"
 #include "output/OutputSet.h"
+#include "output/PieceChains.h"
 #include "output/SourceMapWriter.h"
 #include "output/TextStream.h"
 #include "output/UnifiedDiff.h"
 #include "report/GuardedRun.h"
+#include "report/TraceWriter.h"
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -31,10 +34,12 @@ struct WantedOutputs
     OutputFile* m_map = nullptr;
     OutputFile* m_sourceMap = nullptr;
     OutputFile* m_depfile = nullptr;
+    OutputFile* m_trace = nullptr;
 
     explicit WantedOutputs(const ExpandOptions& options)
         : m_text(Add(options.m_output)), m_map(Add(options.m_map)),
-          m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile))
+          m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile)),
+          m_trace(Add(options.m_trace))
     {
         if (options.m_keepUnchanged)
             m_set.KeepUnchanged();
@@ -59,19 +64,24 @@ public:
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths, texts),
           m_text(options.IsTextPassedOn() ? m_outputs.m_text : nullptr,
-                 options.NeedsPieces() ? &m_whole : nullptr)
+                 options.NeedsPieces() ? &m_whole : nullptr),
+          m_trace(m_sources, m_run, m_outputs.m_trace)
     {
         m_run.m_recordPieces = options.NeedsPieces();
         m_run.m_limits = options.m_limits;
         m_run.m_pythonAllowed = options.m_python;
         m_run.m_lenient = options.m_lenient;
         m_run.m_pythonPath = options.m_pythonPath;
+        m_run.m_warnings = options.m_warnings;
+        m_run.m_warningSink = [this](const ExpansionWarning& warning) { Warn(warning); };
     }
 
     int Run();
 
 private:
+    void ExpandObserved();
     void Expand();
+    void Warn(const ExpansionWarning& warning);
     void RefuseInputs() const;
     WrittenOutput Written() const;
     void AddDirectives();
@@ -99,17 +109,30 @@ private:
     TextStream m_text;
     OutputPieces m_pieces;
     std::vector<TextEdit> m_edits; ///< How what is written differs from `m_whole`.
+    std::optional<ChainRecorder> m_recorder; ///< Made when chains are wanted.
     OutputChains m_chains;
+    TraceWriter m_trace;
+    ExpansionObserverGroup m_observers;
+    size_t m_warningCount = 0;
 };
 
 int ExpandCommand::Run()
 try
 {
     const ExpansionRunScope scope(m_run);
+    if (m_options.m_depfile)
+        m_handler.NotePaths();
     m_handler.ReadMain(m_options.m_file);
-    const auto work = [this] { Expand(); };
+    const auto work = [this] { ExpandObserved(); };
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
+    if (m_options.m_warningsAreErrors && m_warningCount > 0)
+    {
+        ReportToolError(std::to_string(m_warningCount) +
+                        (m_warningCount == 1 ? " warning is an error" : " warnings are errors") +
+                        " because of --werror");
+        return 1;
+    }
     m_handler.CheckUnchanged();
     RefuseInputs();
     AddDirectives();
@@ -128,8 +151,31 @@ catch (const DataError& e)
     return 2;
 }
 
+/// Says what happened up to an error, too, where the trace is written directly.
+void ExpandCommand::ExpandObserved()
+{
+    if (!m_options.m_trace)
+        return Expand();
+    m_observers.Add(m_trace);
+    try
+    {
+        Expand();
+    }
+    catch (...)
+    {
+        m_trace.WriteAfterFailure();
+        throw;
+    }
+}
+
 void ExpandCommand::Expand()
 {
+    xostream os(&m_text);
+    ExpandedOutput output(&os);
+    if (m_options.NeedsChains())
+        m_observers.Add(m_recorder.emplace(&output));
+    if (!m_observers.IsEmpty())
+        m_run.SetObserver(&m_observers);
     for (const Definition& definition : m_options.m_definitions)
     {
         switch (definition.m_kind)
@@ -145,16 +191,18 @@ void ExpandCommand::Expand()
             break;
         }
     }
-    xostream os(&m_text);
-    ExpandedOutput output(&os);
     if (m_options.NeedsPieces())
         m_run.m_mappedOutput = &output;
     m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output,
                          m_options.m_keepImports ? nullptr : &m_text);
+    if ((m_options.m_warnings & WARN_UNUSED) != 0)
+        std::ranges::for_each(m_handler.FindUnused(), m_run.m_warningSink);
     m_text.Finish();
     m_pieces.m_pieces.swap(output.m_pieces.m_pieces);
     m_run.m_mappedOutput = nullptr;
     m_edits = MakeRemovals(m_text.Removed());
+    if (m_recorder)
+        m_chains = MakeOutputChains(*m_recorder, m_sources);
 }
 
 WrittenOutput ExpandCommand::Written() const
@@ -175,6 +223,13 @@ bool ExpandCommand::MapIsSound() const
     if (!error.empty())
         ReportToolError("the map is wrong: " + error);
     return error.empty();
+}
+
+void ExpandCommand::Warn(const ExpansionWarning& warning)
+{
+    ++m_warningCount;
+    m_printed.Flush();
+    m_diagnostics.Warn(warning);
 }
 
 void ExpandCommand::RefuseInputs() const
@@ -255,6 +310,8 @@ void ExpandCommand::SetContents()
     if (m_options.m_sourceMap)
         SetContent(m_outputs.m_sourceMap,
                    [this](ByteSink& sink) { WriteSourceMap(sink, Written(), m_sourceMapStyle); });
+    if (m_options.m_trace)
+        SetContent(m_outputs.m_trace, [this](ByteSink& sink) { m_trace.WriteRest(sink); });
     if (m_options.m_depfile)
         SetContent(m_outputs.m_depfile,
                    [this](ByteSink& sink)

@@ -1,5 +1,6 @@
 // open, read, write and close with their errors looked at.
 #include "Files.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -19,14 +20,11 @@ namespace telv::tool
 namespace
 {
 
-/// A regular file tells its size; one more byte finds its end without growing.
-ssize_t GuessSize(int fd)
+/// What a regular file tells; 0 when it is not known.
+ssize_t SizeOf(int fd)
 {
-    constexpr ssize_t chunk = 64 * 1024;
     struct stat status;
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size <= 0)
-        return chunk;
-    return static_cast<ssize_t>(status.st_size) + 1;
+    return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<ssize_t>(status.st_size) : 0;
 }
 
 /// Whether a read or write that failed with `error` should be tried again, after waiting for a
@@ -142,14 +140,27 @@ int StartDirectory()
 }
 
 xstring ReadAll(int fd, const std::string& path)
+{
+    return ReadAll(fd, path, SizeOf(fd));
+}
+
+xstring ReadAll(int fd, const std::string& path, ssize_t size)
 try
 {
     constexpr ssize_t chunk = 64 * 1024;
     xstring text;
-    ssize_t room = GuessSize(fd);
+    ssize_t room = size > 0 ? size + 1 : chunk;
     while (const ssize_t got = ReadSome(fd, text, room, path))
+    {
+        if (text.size() == size)
+            break; // it gave less than it was asked for
         room = std::max({room - got, chunk, text.size() / 2});
+    }
     return text;
+}
+catch (const MemoryLimitReached&)
+{
+    throw;
 }
 catch (const std::bad_alloc&)
 {

@@ -83,6 +83,8 @@ int StartDirectory();
 
 /// All bytes of `fd`; `path` names it in an error.
 xstring ReadAll(int fd, const std::string& path);
+/// The same for a regular file of this size, which is no more than a good guess.
+xstring ReadAll(int fd, const std::string& path, ssize_t size);
 
 /// Writes all of `text`; 0 or an `errno`. Continues after short writes and interruptions.
 int WriteAll(int fd, SubString text);

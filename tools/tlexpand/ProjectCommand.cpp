@@ -5,6 +5,7 @@
 #include "output/JsonText.h"
 #include "output/OutputFile.h"
 #include "report/GuardedRun.h"
+#include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -97,6 +98,7 @@ void ProjectCommand::ReadMainFile()
 void ProjectCommand::ReadProject()
 try
 {
+    const MemoryLimitScope limit(m_run);
     m_reader.Read(xstring(ViewOf(m_mainName)), m_mainText);
 }
 catch (...)

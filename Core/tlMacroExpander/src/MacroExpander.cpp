@@ -6,11 +6,14 @@
 
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
@@ -39,10 +42,17 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
 [[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces)
 {
     ExpansionLevel level(RunState::Of(run), run.m_limits, text, m_startDirectivePos, pieces);
-    if (text.m_isOfApplication)
-        ExpandForApplication(level);
-    else
-        ExpandTokens(level); // catching at every level would make deep errors slow
+    try
+    {
+        if (text.m_isOfApplication)
+            ExpandForApplication(level);
+        else
+            ExpandTokens(level); // catching every error at every level would make deep ones slow
+    }
+    catch (const MemoryLimitReached&)
+    {
+        ThrowOutOfMemory(run, level.Position());
+    }
     level.Finish();
 }
 
@@ -77,12 +87,28 @@ void MacroExpander::ExpandNested(const LevelText& text, bool isRecorded)
     ExpandIn(run, text, pieces);
 }
 
+void MacroExpander::ExpandWithinMemory(ExpansionLevel& level)
+{
+    const ExpansionRun& run = *RunState::CurrentRun();
+    const MemoryLimitScope limit(run);
+    try
+    {
+        if (limit.IsPassed())
+            throw MemoryLimitReached();
+        ExpandTokens(level);
+    }
+    catch (const MemoryLimitReached&)
+    {
+        ThrowOutOfMemory(run, level.Position());
+    }
+}
+
 [[gnu::noinline]] void MacroExpander::ExpandForApplication(ExpansionLevel& level)
 {
     level.State().ForgetErrors();
     try
     {
-        ExpandTokens(level);
+        ExpandWithinMemory(level);
     }
     catch (LexScannerException& e)
     {
@@ -116,6 +142,9 @@ void MacroExpander::ExpandUnscanned(ExpansionLevel& level)
 template <bool isObserved>
 void MacroExpander::ExpandTokenByToken()
 {
+    const bool isWatched = Warns(s_watchingWarnings);
+    if (isWatched)
+        WatchIndentation(*this);
     for (;;)
     {
         PassOverLineStarts();
@@ -124,6 +153,8 @@ void MacroExpander::ExpandTokenByToken()
             break;
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
+        if (isWatched)
+            WatchToken(*this, token);
         if constexpr (isObserved)
             ProcessObservedToken(token);
         else
@@ -140,42 +171,43 @@ template void MacroExpander::ExpandTokenByToken</*isObserved=*/true>();
 void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 {
     NameTable& names = FrameTree::Names(*m_vf);
-    const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name); };
+    LSVariable* var = nullptr; // of the name at which a stretch ended
+    const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name, var); };
     for (;;)
     {
         const char* const resumed = m_str.begin();
-        m_str.m_p1 = SkipPlainStretch(m_str, mayMatter);
+        var = nullptr;
+        m_str.m_p1 = SkipPlainStretch(m_str, names.BindsAny(), mayMatter);
         if (m_str.empty())
             break;
+        if (var != nullptr)
+        {
+            m_startDirectivePos = m_str.begin();
+            m_endDirectivePos = m_str.m_p1 = SkipNameCharacters(m_str.begin(), m_str.end());
+            Flush(m_startDirectivePos);
+            if (!WriteFollowed(level, *var))
+                InvokeVariable(var);
+            continue;
+        }
         const LSToken token = LsScanToken(m_str, true);
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
         if (token.m_type == TOKEN_AT || token.m_type == TOKEN_PREPROC_COMMENT)
             Flush(StartOfBlanks(resumed, token.m_str.begin()));
-        if (token.m_type != TOKEN_IDENTIFIER)
-            ProcessToken(token);
-        else if (LSVariable* const var = FindVariable(token.m_str))
-        {
-            Flush(token.m_str.begin());
-            if (!WriteFollowed(level, *var))
-                InvokeVariable(var);
-        }
+        ProcessToken(token);
     }
     AdvanceWritePos(m_str.begin(), true);
 }
 
-/// Whether a name may stand for something here.
-bool MacroExpander::MayMatter(NameTable& names, VarFrame& frame, SubString name)
+/// Whether a name may stand for something here: for `var`, which is null where that is an error.
+bool MacroExpander::MayMatter(NameTable& names, VarFrame& frame, SubString name, LSVariable*& var)
 {
     if (!names.MayBeBound(name))
         return false;
-    const uint64 hash = HashName(name);
-    const NameEntry* const entry = names.Lookup(name, hash);
-    if (entry != nullptr)
-        return names.MayBeBound(*entry);
     try
     {
-        return names.FindUnknown(&frame, name, hash, name.end()) != nullptr;
+        var = names.Find(&frame, name, HashName(name), name.end());
+        return var != nullptr;
     }
     catch (const LexScannerException&)
     {
@@ -284,7 +316,11 @@ void MacroExpander::ProcessUnknownDirective(const LSToken& name)
     variableName += name.m_str;
     const LSVariable* const var = m_vf->Find2(variableName);
     if (var == nullptr)
+    {
+        if (Warns(WARN_UNKNOWN_DIRECTIVE))
+            WarnOfUnknownDirective(*this, name.m_str);
         return;
+    }
     AdvanceWritePos(m_startDirectivePos, true);
     TELV_ASSERT(var->GetType() == LSV_STRING);
     std::optional<ObservedSpan> span;

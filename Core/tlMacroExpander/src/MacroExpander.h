@@ -25,12 +25,10 @@ class Plan;
 class PlanReader;
 class ScannedText;
 class TextScope;
-struct Cut;
 struct ScanItem;
 struct LevelText;
 struct PlannedBlock;
 using PlannedAction = std::function<void(MacroExpander&)>;
-enum ECut : unsigned char;
 enum EPieces : unsigned char;
 
 /// How a string literal is written.
@@ -202,6 +200,7 @@ private:
     void ExpandWithOwnRun(const LevelText& text, EPieces pieces);
     void ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces);
     void ExpandForApplication(ExpansionLevel& level);
+    void ExpandWithinMemory(ExpansionLevel& level);
     void ExpandTokens(ExpansionLevel& level);
     void ExpandUnscanned(ExpansionLevel& level);
     template <bool isObserved>
@@ -217,7 +216,7 @@ private:
     void EndLine(const char* start);
     bool MoveToNextItem(ScannedText& scanned, uint32& index, uint32& resumed);
     bool WriteInertText(const LevelText& text, VarFrame& frame, ssize_t srcIndent);
-    static bool MayMatter(NameTable& names, VarFrame& frame, SubString name);
+    static bool MayMatter(NameTable& names, VarFrame& frame, SubString name, LSVariable*& var);
     const char* StartOfBlanks(const char* resumed, const char* token) const;
     void PassOverLineStarts();
     void ProcessToken(const LSToken& token);
@@ -248,8 +247,7 @@ private:
 
     // Cutting what a directive or a call needs out of the text that follows; see Cuts.cpp.
 
-    template <class Make>
-    LevelText MakeCut(ECut kind, EToken close, Cut& cut, const Make& make);
+    LevelText Part(SubString text) const;
     LSToken NextToken();
     LevelText CutSection(bool readOpen, EToken open, EToken close);
     LevelText CutBlock(ssize_t& indent);
@@ -281,6 +279,7 @@ private:
                               const LSVariable* lastArg) const;
     void NoteCall(const LSMacroVariable& macroVar) const;
     void NoteRound(ssize_t round) const;
+    void BeginRound(ssize_t round) const;
     xstring ComposeCall(const LSMacroVariable& macroVar, const LevelText& section);
 
     bool WriteValueDirectly(const LevelText& expression);

@@ -14,6 +14,9 @@
 #include "tlMacroExpander/src/Python/PythonLock.h"
 #include "tlMacroExpander/src/Python/PythonSignals.h"
 #include "tlMacroExpander/src/Python/PythonStack.h"
+#include "tlMacroExpander/src/Python/RepeatedExpression.h"
+#include "tlMacroExpander/src/Python/SignalModule.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include <algorithm>
@@ -214,14 +217,76 @@ PyObject* NewNone()
     return none;
 }
 
-/// Writes the one string argument to `os`. An exception of ours becomes one of Python's.
-PyObject* WriteArgument(PyObject* args, xostream& os, bool flush)
+/// Receives the text of a result. Its size is looked at as it comes: lists that share others can
+/// stand for more text than there is room for.
+class ResultStream final : public IndentingStream
+{
+public:
+    explicit ResultStream(xstring& text) : m_text(text) {}
+
+    void Flush() override {}
+
+private:
+    void Write(const char* text, ssize_t length) override
+    {
+        ExpansionLevel::CheckSize(m_text.size() + length);
+        m_text += SubString(text, text + length);
+    }
+    char LastCharacter() const override { return m_text.empty() ? '\n' : m_text.back(); }
+
+    xstring& m_text;
+};
+
+/// Writes a result, which is an output, to `text`.
+void WriteResult(PyObject* value, xstring& text, const char* errorPos)
+{
+    ResultStream stream(text);
+    xostream os(&stream);
+    try
+    {
+        WritePythonObject(os, value, errorPos);
+    }
+    catch (LexScannerException& e)
+    {
+        e.m_pos = errorPos;
+        throw;
+    }
+}
+
+/// Counts what code prints. The first text that is too much is kept back, and so is all after it;
+/// the error is thrown when the code has returned, which may catch any error of its own.
+bool MayPrint(ExpansionRun* run, const char* text)
+{
+    try
+    {
+        ExpansionLevel::CountPrinted(run, static_cast<ssize_t>(std::strlen(text)), nullptr);
+        return true;
+    }
+    catch (const ExpansionLimitException&)
+    {
+        RunState::Of(*run).m_printsTooMuch = true;
+        return false;
+    }
+}
+
+/// @throws ExpansionLimitException  Code has printed too much.
+void CheckPrinted(const char* errorPos)
+{
+    if (const RunState* const state = RunState::Current(); state != nullptr && state->m_printsTooMuch)
+        ExpansionLevel::ThrowOutputTooLarge(errorPos);
+}
+
+/// Writes the one string argument to `os`. An exception of ours becomes one of Python's. What `run`
+/// prints, unless it is null, is counted.
+PyObject* WriteArgument(PyObject* args, xostream& os, ExpansionRun* run, bool flush)
 {
     const char* text = nullptr;
     if (Python().PyArg_ParseTuple(args, "s", &text) == 0)
         return nullptr;
     try
     {
+        if (run != nullptr && !MayPrint(run, text))
+            return Python().PyErr_NoMemory();
         os << text;
         if (flush)
             os.flush();
@@ -258,6 +323,7 @@ void CountLinesFrom(PyObject* object, ssize_t linesBefore)
 /// are left, the interpreter stays for them: they hold what it would free.
 void EndPython()
 {
+    ForgetExpressions();
     {
         const PyObjectRef module(s_module);
         s_module = nullptr;
@@ -344,6 +410,7 @@ void StartPython()
         const bool bootStrapRanSuccessfully =
             RunSimpleString(s_bootstrapScript) && RunSimpleString(s_flushScript);
         TELV_ASSERT(bootStrapRanSuccessfully);
+        WatchSignalModule();
         MakeSharedModule();
     }
     catch (...)
@@ -393,12 +460,12 @@ PyObject* Compile(const xstring& path, ssize_t linesBefore, const xstring& code)
 /// The value of an expression, or null with `errorString` set.
 PyObject* Evaluate(const xstring& expression, xstring& errorString)
 {
-    const PythonSignals signals;
+    const PythonSignals signals(WhenSignalsChange());
     const xstring code = WithoutLeadingBlanks(expression);
-    PyObject* const result = CheckNoNul(code)
-                                 ? Python().PyRun_StringFlags(code.c_str(), Py_eval_input,
-                                                              s_moduleDict, s_moduleDict, nullptr)
-                                 : nullptr;
+    PyObject* result = EvaluateRepeated(code, s_moduleDict);
+    if (result == nullptr && Python().PyErr_Occurred() == nullptr && CheckNoNul(code))
+        result = Python().PyRun_StringFlags(code.c_str(), Py_eval_input, s_moduleDict, s_moduleDict,
+                                            nullptr);
     if (result == nullptr)
         GetPythonError(errorString);
     return result;
@@ -419,9 +486,10 @@ void RunCode(const xstring& code, const char* errorPos, const std::function<void
         {
             const RecursionLimitScope recursionLimit;
             ApplyModulePath(ExpansionRun::Current());
-            const PythonSignals signals;
+            const PythonSignals signals(WhenSignalsChange());
             work();
         });
+    CheckPrinted(errorPos);
 }
 
 } // namespace
@@ -495,12 +563,13 @@ void InitTelvModule()
 
 PyObject* WriteToStdOut(PyObject* /*self*/, PyObject* args)
 {
-    return WriteArgument(args, PrintStreamOf(PythonLock::Run()), /*flush=*/true);
+    ExpansionRun* const run = PythonLock::Run();
+    return WriteArgument(args, PrintStreamOf(run), run, /*flush=*/true);
 }
 
 PyObject* WriteToStdErr(PyObject* /*self*/, PyObject* args)
 {
-    return WriteArgument(args, s_errorString, /*flush=*/false);
+    return WriteArgument(args, s_errorString, nullptr, /*flush=*/false);
 }
 
 PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorString)
@@ -542,9 +611,9 @@ void EvalPythonExpression(const xstring& pythonCode, xstring& result, const char
                 const PyObjectRef value(Evaluate(pythonCode, errorString));
                 if (!value)
                     ThrowPythonError("Python error: ", errorString, errorPos);
-                StringStream os(4096);
-                WritePythonObject(os, value.m_pyObj, errorPos);
-                os.GetString(result, /*all=*/true);
+                xstring text;
+                WriteResult(value.m_pyObj, text, errorPos);
+                result.swap(text);
             });
 }
 

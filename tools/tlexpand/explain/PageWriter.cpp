@@ -64,6 +64,10 @@ private:
     void WritePieces();
     std::string NumbersOf(const MapPiece& piece);
     void WriteChains();
+    ssize_t UnitsIn(const SourceRange& range) const
+    {
+        return UnitsBefore({range.m_source, range.m_in + range.m_inSize, 0}) - UnitsBefore(range);
+    }
     ssize_t UnitsBefore(const SourceRange& range) const
     {
         return m_sources[static_cast<size_t>(range.m_source)].Before(range.m_in);
@@ -115,10 +119,8 @@ std::string DataWriter::NumbersOf(const MapPiece& piece)
         numbers += "-1,0,0,";
     else
     {
-        const ssize_t begin = UnitsBefore(place);
-        const ssize_t end = UnitsBefore({place.m_source, place.m_in + place.m_inSize, 0});
-        numbers += std::to_string(place.m_source) + "," + std::to_string(begin) + "," +
-                   std::to_string(end - begin) + ",";
+        numbers += std::to_string(place.m_source) + "," + std::to_string(UnitsBefore(place)) + "," +
+                   std::to_string(UnitsIn(place)) + ",";
     }
     return numbers + std::to_string(piece.m_chain);
 }
@@ -133,6 +135,7 @@ void DataWriter::WriteChains()
                      "{\"text\":" + SafeJson(ViewOf(DescribeStep(chain))) +
                      ",\"source\":" + std::to_string(chain.m_place.m_source) +
                      ",\"at\":" + std::to_string(isKnown ? UnitsBefore(chain.m_place) : 0) +
+                     ",\"size\":" + std::to_string(isKnown ? UnitsIn(chain.m_place) : 0) +
                      ",\"parent\":" + std::to_string(chain.m_parent) + "}");
         isFirst = false;
     }

@@ -21,12 +21,22 @@ function lastAtMost(sorted, value) {
 /// The pieces of the output. Each has a stretch of output and, when `source` is not -1, a range of a
 /// source, which begins at `base` + `in` in the text of all sources.
 class Pieces {
-  constructor(numbers, bases) {
+  constructor(numbers, bases, chains) {
     const width = 6;
     this.count = numbers.length / width;
     this.starts = new Array(this.count);
     this.fields = numbers;
     this.bases = bases;
+    this.chains = chains;
+    this.stepsAt = new Map();
+    chains.forEach(({source, at}, i) => {
+      if (source < 0)
+        return;
+      const place = bases[source] + at;
+      if (!this.stepsAt.has(place))
+        this.stepsAt.set(place, []);
+      this.stepsAt.get(place).push(i);
+    });
     let start = 0;
     for (let i = 0; i < this.count; ++i) {
       this.starts[i] = start;
@@ -61,6 +71,25 @@ class Pieces {
       farthest.push(i === 0 ? end : Math.max(end, farthest[i - 1]));
     });
     return {order, begins, farthest};
+  }
+
+  /// Whether pieces came through the step at this place of the sources.
+  isStep(at) { return this.stepsAt.has(at); }
+
+  /// The pieces that came through the call or loop whose name or sign is at this place.
+  comingThrough(at) {
+    const steps = new Set(this.stepsAt.get(at) ?? []);
+    if (steps.size === 0)
+      return [];
+    const inside = new Uint8Array(this.chains.length);
+    this.chains.forEach(({parent}, i) => {
+      inside[i] = steps.has(i) || (parent >= 0 && inside[parent]) ? 1 : 0;
+    });
+    const found = [];
+    for (let i = 0; i < this.count; ++i)
+      if (inside[this.fields[i * 6 + 5]])
+        found.push(this.get(i));
+    return found;
   }
 
   /// The pieces that come from [begin, end) of the sources, in the order of output.

@@ -7,14 +7,14 @@
   const names = data.sources.map(source => source.name);
   const sourceRows = new TextRows(data.sources.map(source => source.text ?? ""), true);
   const outputRows = new TextRows([data.output.text], false);
-  const pieces = new Pieces(data.pieces, sourceRows.bases);
+  const pieces = new Pieces(data.pieces, sourceRows.bases, data.chains);
   const status = document.getElementById("status");
   const details = document.getElementById("details");
   document.getElementById("output-name").textContent = data.output.name;
 
   const sources = new Pane(document.getElementById("sources"), sourceRows, names,
     boundariesOfSources(), start =>
-      pieces.comingFrom(start, start + 1).length > 0 ? "piece" : "unused");
+      pieces.isStep(start) || pieces.comingFrom(start, start + 1).length > 0 ? "piece" : "unused");
   const output = new Pane(document.getElementById("output"), outputRows, [data.output.name],
     pieces.starts, start => {
       const {kind, source} = pieces.at(start);
@@ -31,6 +31,9 @@
       if (from >= 0)
         cuts.add(from).add(to);
     }
+    for (const {source, at, size} of data.chains)
+      if (source >= 0)
+        cuts.add(sourceRows.bases[source] + at).add(sourceRows.bases[source] + at + size);
     return [...cuts].sort((a, b) => a - b);
   }
 
@@ -44,9 +47,23 @@
     const index = lastAtMost(sources.cut, offset);
     const begin = sources.cut[index];
     const end = sources.cut[index + 1] ?? sourceRows.text.length;
-    const list = pieces.comingFrom(begin, end);
+    const through = pieces.comingThrough(begin);
+    const list = joinNeighbours(through.length ? through : pieces.comingFrom(begin, end));
     return {pane, offset, list, sources: list.length ? [[begin, end]] : [],
             output: list.map(piece => [piece.start, piece.end])};
+  }
+
+  /// Pieces that follow each other become one.
+  function joinNeighbours(list) {
+    const joined = [];
+    for (const piece of list) {
+      const last = joined[joined.length - 1];
+      if (last && last.end === piece.start)
+        Object.assign(last, {end: piece.end, kind: "through this"});
+      else
+        joined.push({...piece});
+    }
+    return joined;
   }
 
   function mark() {

@@ -3,6 +3,7 @@
 #include "input/FileImportHandler.h"
 #include "Utf8.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <algorithm>
 #include <cerrno>
@@ -15,6 +16,9 @@ namespace telv::tool
 
 namespace
 {
+
+/// Of a name while it is looked for; none but one that is of no use is long.
+constexpr ssize_t s_mostCopies = 6;
 
 /// The name as the system takes it, not normalised.
 std::string InDirectory(const std::string& directory, const std::string& name)
@@ -95,6 +99,23 @@ FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
     return input;
 }
 
+/// A file is only looked at for its size when it is expanded, so that the error has a place; what
+/// is no file may have no end.
+std::shared_ptr<const InputText> FileImportHandler::ReadMainText(int fd,
+                                                                const std::string& name,
+                                                                bool isFile) const
+try
+{
+    std::optional<MemoryLimitScope> limit;
+    if (!isFile)
+        limit.emplace(m_run);
+    return std::make_shared<const InputText>(InputText::Read(fd, name));
+}
+catch (const MemoryLimitReached&)
+{
+    throw MakeFileError("read", name, ENOMEM);
+}
+
 void FileImportHandler::ReadMain(const std::string& path)
 {
     const bool isStandardInput = path == "-";
@@ -112,8 +133,7 @@ void FileImportHandler::ReadMain(const std::string& path)
     std::optional<FileStamp> stamp;
     if (isRegular)
         stamp = FileStamp(status);
-    Input& input =
-        AddInput(name, std::make_shared<const InputText>(InputText::Read(fd, name)), nullptr);
+    Input& input = AddInput(name, ReadMainText(fd, name, isRegular), nullptr);
     if (stamp)
         Know(input, *stamp);
 }
@@ -184,6 +204,12 @@ void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, Expande
     m_mainText = nullptr;
 }
 
+/// Counts a string that is kept.
+void FileImportHandler::HoldToEnd(const std::string& kept) const
+{
+    RunState::Of(m_run).HoldToEnd(static_cast<ssize_t>(sizeof kept + kept.size()));
+}
+
 std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) const
 {
     xstring expanded(name);
@@ -196,6 +222,7 @@ std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) 
         e.m_pos = pos;
         throw;
     }
+    const MemoryHold copies(expanded.size() * s_mostCopies);
     return ToStdString(expanded);
 }
 
@@ -259,7 +286,7 @@ std::shared_ptr<const InputText> FileImportHandler::ReadImport(const std::string
     if (auto known = m_texts.Find(status))
         return known;
     const FileStamp stamp(status);
-    auto text = std::make_shared<const InputText>(InputText::Read(fd, path));
+    auto text = std::make_shared<const InputText>(InputText::Read(fd, path, status));
     m_texts.Keep(stamp, text);
     return text;
 }
@@ -318,8 +345,9 @@ void FileImportHandler::ExpandImport(Input& input)
 bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
 {
     const std::string name = ExpandName(path, pos);
-    m_registeredPaths.push_back(name.starts_with('/') ? name
-                                                      : InDirectory(CurrentDirectory(), name));
+    std::string directory = name.starts_with('/') ? name : InDirectory(CurrentDirectory(), name);
+    HoldToEnd(directory);
+    m_registeredPaths.push_back(std::move(directory));
     if (RemovesText())
         m_mainText->RemoveBlankLine();
     return true;
@@ -352,12 +380,66 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
     if (input == nullptr)
         return false;
     CheckCycle(*input, pos);
-    if (RemovesText() && !RemoveImport(path, pos))
-        return false;
+    if (RemovesText())
+    {
+        RunState::Of(m_run).HoldToEnd(2 * sizeof(OutputRange)); // what the text stream keeps
+        if (!RemoveImport(path, pos))
+            return false;
+    }
     if (input->m_frame == nullptr)
         ExpandImport(*input);
     vf->m_fileScopeFrame->AddImport(input->m_frame.get());
+    if ((m_run.m_warnings & WARN_UNUSED) != 0 &&
+        m_active.front().m_input == m_inputs.front().get() && m_active.size() == 1)
+        m_mainImports.push_back({input, pos});
     return true;
+}
+
+/// The texts that the imported file brings: its own and those of its imports.
+std::vector<SubString> FileImportHandler::TextsOf(const Input& import) const
+{
+    std::vector<SubString> texts = {import.m_text->Text()};
+    for (const Input* input : m_expanded)
+        if (import.m_frame->m_setOfFrames.contains(input->m_frame.get()))
+            texts.push_back(input->m_text->Text());
+    return texts;
+}
+
+std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
+{
+    const SubString main = m_inputs.front()->m_text->Text();
+    std::vector<SubString> all;
+    for (const auto& input : m_inputs)
+        if (input->m_text != nullptr) // rows of data have none
+            all.push_back(input->m_text->Text());
+    std::vector<ExpansionWarning> unused = m_run.FindUnused(main, all);
+    for (const MainImport& import : m_mainImports)
+    {
+        const std::vector<SubString> own = TextsOf(*import.m_input);
+        std::vector<SubString> others = all;
+        std::erase_if(others,
+                      [&](SubString text) {
+                          return std::ranges::any_of(own, [&](SubString s)
+                                                     { return s.begin() == text.begin(); });
+                      });
+        const bool hasDollarMacros = std::ranges::any_of(
+            own,
+            [](SubString text)
+            {
+                return std::string_view(text.begin(), static_cast<size_t>(text.size()))
+                           .find("@$") != std::string_view::npos;
+            });
+        if (hasDollarMacros || !m_run.DefinesInVain(own, others))
+            continue;
+        ExpansionWarning& warning = unused.emplace_back();
+        warning.m_kind = WARN_UNUSED;
+        warning.m_pos = import.m_pos;
+        warning.m_text = "nothing of the imported file '";
+        warning.m_text += ViewOf(import.m_input->m_name);
+        warning.m_text += "' is used";
+    }
+    std::ranges::sort(unused, {}, &ExpansionWarning::m_pos);
+    return unused;
 }
 
 void FileImportHandler::CheckUnchanged() const
@@ -376,8 +458,14 @@ std::optional<FileIdentity> FileImportHandler::MainIdentity() const
 /// of the file behind symbolic links.
 void FileImportHandler::NotePath(Input& input, int fd, const std::string& path)
 {
-    if (!m_notedPaths.insert(path).second)
+    if (!m_notesPaths)
         return;
+    const auto [noted, isNew] = m_notedPaths.insert(path);
+    if (!isNew)
+        return;
+    // Here, among the paths of the input, and when these are written.
+    for (int i = 0; i < 3; ++i)
+        HoldToEnd(*noted);
     const auto leadsToIt = [&](const std::string& name)
     { return LeadsTo(name, *input.m_identity); };
     const std::string normalised = path.starts_with('/') ? path : JoinPath("", path);

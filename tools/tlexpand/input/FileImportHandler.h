@@ -70,8 +70,15 @@ public:
     /// @throws FileError  An input was written to while it was used.
     void CheckUnchanged() const;
 
+    /// The definitions and imports of the main file that nothing uses, in their order. An import
+    /// that defines nothing, or dollar macros, counts as used: it may be read for what it does. To
+    /// be asked while WARN_UNUSED is in the run's warnings.
+    std::vector<ExpansionWarning> FindUnused() const;
+
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const;
+    /// Before anything is read: `ImportedPaths` will be asked.
+    void NotePaths() { m_notesPaths = true; }
     /// Names that lead to the files that were imported, in the order of reading: each name by which
     /// a file was reached and, where symbolic links were passed, that of the file itself.
     std::vector<std::string> ImportedPaths() const;
@@ -97,6 +104,13 @@ private:
         std::unique_ptr<FileScopeVarFrame> m_frame; ///< Null until it is expanded as an import.
     };
 
+    /// An import directive of the main file.
+    struct MainImport
+    {
+        const Input* m_input;
+        const char* m_pos;
+    };
+
     /// A text that is being expanded.
     struct Active
     {
@@ -106,6 +120,9 @@ private:
 
     class ActiveScope;
 
+    std::shared_ptr<const InputText> ReadMainText(int fd, const std::string& name,
+                                                  bool isFile) const;
+    void HoldToEnd(const std::string& kept) const;
     Input& AddInput(const std::string& name, std::shared_ptr<const InputText> text,
                     const char* importPos);
     std::shared_ptr<const InputText> ReadImport(const std::string& path, int fd,
@@ -116,6 +133,7 @@ private:
     bool IsActive(const Input& input) const;
     Input* FindKnown(const std::string& path, int fd, const struct stat& status);
     Input* Open(const std::string& path, const char* importPos);
+    std::vector<SubString> TextsOf(const Input& import) const;
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
     void NotePath(Input& input, int fd, const std::string& path);
@@ -134,9 +152,11 @@ private:
     std::map<FileIdentity, Input*> m_byIdentity;
     std::vector<std::string> m_registeredPaths; ///< By `@importpath`.
     std::vector<Active> m_active;               ///< Innermost last.
+    std::vector<MainImport> m_mainImports;      ///< Noted where unused ones are warned of.
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
     TextStream* m_mainText = nullptr;   ///< While the main file is expanded. Null: imports stay.
     ssize_t m_mainIndent = 0;           ///< The destination indentation.
+    bool m_notesPaths = false;
     std::set<std::string> m_notedPaths; ///< See NotePath.
     size_t m_countOfTexts = 0;          ///< Of the command line.
 };

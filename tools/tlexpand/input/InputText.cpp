@@ -2,6 +2,7 @@
 // mapped texts by a table of addresses, and for the rest does what the signal did before.
 #include "input/InputText.h"
 #include "Cleanup.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <csignal>
 #include <sys/mman.h>
@@ -72,6 +73,7 @@ InputText::~InputText()
     std::erase_if(Mappings(), [this](const Mapping& mapping)
                   { return mapping.m_text.begin() == m_text.begin(); });
     munmap(const_cast<char*>(m_text.begin()), static_cast<size_t>(m_text.size()));
+    ReleaseMemory(m_text.size());
 }
 
 InputText::InputText(InputText&& other) noexcept
@@ -89,24 +91,34 @@ InputText& InputText::operator=(InputText&& other) noexcept
 
 InputText InputText::Read(int fd, const std::string& path)
 {
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+        return InputText(ReadAll(fd, path, 0));
+    return Read(fd, path, status);
+}
+
+InputText InputText::Read(int fd, const std::string& path, const struct stat& status)
+{
     InputText input;
-    if (!input.Map(fd, path))
-        input = InputText(ReadAll(fd, path));
+    if (!input.Map(fd, path, status))
+        input = InputText(ReadAll(fd, path, static_cast<ssize_t>(status.st_size)));
     return input;
 }
 
 /// False when the file is better read. What was read of it already is not part of the text, so only
 /// one that stands at its begin is mapped.
-bool InputText::Map(int fd, const std::string& path)
+bool InputText::Map(int fd, const std::string& path, const struct stat& status)
 {
-    struct stat status;
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < s_largeFile ||
-        lseek(fd, 0, SEEK_CUR) != 0)
+    if (status.st_size < s_largeFile || lseek(fd, 0, SEEK_CUR) != 0)
         return false;
     const auto size = static_cast<size_t>(status.st_size);
+    HoldMemory(status.st_size);
     void* const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
     if (text == MAP_FAILED)
+    {
+        ReleaseMemory(status.st_size);
         return false;
+    }
     m_text = SubString(static_cast<const char*>(text), static_cast<const char*>(text) + size);
     m_mapped = status;
     lseek(fd, 0, SEEK_END); // as if it had been read

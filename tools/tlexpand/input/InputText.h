@@ -27,6 +27,8 @@ public:
     ///
     /// @throws FileError
     static InputText Read(int fd, const std::string& path);
+    /// The same where the status of the regular file is known.
+    static InputText Read(int fd, const std::string& path, const struct stat& status);
 
     /// Never empty at null: an empty text has an address of its own.
     SubString Text() const { return m_text; }
@@ -35,7 +37,7 @@ public:
     bool HasChanged(const std::string& path) const;
 
 private:
-    bool Map(int fd, const std::string& path);
+    bool Map(int fd, const std::string& path, const struct stat& status);
 
     SubString m_text;
     xstring m_read;                      ///< Holds the text unless it is mapped.

@@ -33,21 +33,27 @@ Options of an expansion:
       --keep-going         go on after one that failed
       --map FILE           write the map from the output to the sources as JSON
       --map-runs           join what continues each other in the map
+      --chains             put the macros and loops that led to each piece into it
       --source-map FILE    write a source map, version 3
       --source-map-contents
                            put the texts of the sources into it
       --line-directives    put lines '#line N "FILE"' into the output
       --line-format TEXT   the same in another form: '%l' is the line, '%f' the file
       --verify-map         check that pieces tile the output and equal their sources
+      --trace FILE         write a line for each call, round, definition and import
       --depfile FILE       write a dependency file for make and ninja (needs -o)
       --depfile-target NAME
                            the target in it (default: the output)
       --depend FILE        name FILE in it too; repeatable
       --no-python          refuse Python
       --python-path DIR    search DIR for Python modules first; repeatable
+      --warn LIST          warn of: dropped-text (default), unknown-directive, unknown-name,
+                           hidden-name, unused, tabs; or all, or none
+      --werror             a warning makes the run fail
       --max-depth N        limit the nesting of expansions
       --max-steps N        limit the number of expansions, invocations and loop rounds
       --max-output SIZE    limit the output: bytes, or with K, M or G
+      --max-memory SIZE    limit the memory that the run holds
       --color WHEN         colour diagnostics: auto, always or never
   -V, --version            print the version
   -h, --help               print this
@@ -98,7 +104,7 @@ Options:
   -D, --define NAME=VALUE  define a dollar macro
       --no-python          refuse Python
       --python-path DIR    search DIR for Python modules first; repeatable
-      --max-depth N, --max-steps N, --max-output SIZE
+      --max-depth N, --max-steps N, --max-output SIZE, --max-memory SIZE
                            limits, as for an expansion
       --color WHEN         colour diagnostics: auto, always or never
   -V, --version            print the version

@@ -1,6 +1,7 @@
 // Numbers are read with from_chars: digits only, and what does not fit is refused.
 #include "options/OptionValues.h"
 #include "Files.h"
+#include "WarningNames.h"
 #include <charconv>
 
 namespace telv::tool
@@ -11,7 +12,8 @@ namespace
 
 constexpr ssize_t s_largestIndent = 1'000'000;
 
-[[noreturn]] void ThrowBadValue(const char* option, const std::string& text, const char* wanted)
+[[noreturn]] void ThrowBadValue(const char* option, const std::string& text,
+                                const std::string& wanted)
 {
     throw UsageError(std::string("bad value '") + text + "' for " + option + ": " + wanted);
 }
@@ -159,6 +161,24 @@ std::string ParseLineFormat(const char* option, const std::string& text)
     if (text.empty())
         ThrowBadValue(option, text, "a text is wanted");
     return text;
+}
+
+unsigned ParseWarnings(const std::string& text)
+{
+    unsigned warnings = WARN_NONE;
+    for (const std::string& name : SplitAtCommas(text))
+    {
+        if (name == "all")
+            warnings = WARN_ALL;
+        else if (name == "none")
+            warnings = WARN_NONE;
+        else if (const EWarning kind = FindWarning(name); kind != WARN_NONE)
+            warnings |= kind;
+        else
+            ThrowBadValue("--warn", text,
+                          "all, none or names out of " + NamesOfWarnings() + " are wanted");
+    }
+    return warnings;
 }
 
 Colour ParseColour(const std::string& text)

@@ -22,6 +22,8 @@ ssize_t ParseCount(const char* option, const std::string& text);
 ssize_t ParseSize(const char* option, const std::string& text);
 /// A form of line directives: `%l` and `%f` in it, on one line.
 std::string ParseLineFormat(const char* option, const std::string& text);
+/// Names of warnings separated by commas, or all, or none.
+unsigned ParseWarnings(const std::string& text);
 /// auto, always, never.
 Colour ParseColour(const std::string& text);
 

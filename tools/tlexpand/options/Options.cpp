@@ -25,20 +25,25 @@ enum ELongOption
     OPT_KEEP_GOING,
     OPT_MAP,
     OPT_MAP_RUNS,
+    OPT_CHAINS,
     OPT_VERIFY_MAP,
     OPT_LINE_DIRECTIVES,
     OPT_LINE_FORMAT,
     OPT_SOURCE_MAP,
     OPT_SOURCE_MAP_CONTENTS,
     OPT_FROM_MAP,
+    OPT_TRACE,
     OPT_DEPFILE,
     OPT_DEPEND,
     OPT_DEPFILE_TARGET,
     OPT_NO_PYTHON,
     OPT_PYTHON_PATH,
+    OPT_WARN,
+    OPT_WERROR,
     OPT_MAX_DEPTH,
     OPT_MAX_STEPS,
     OPT_MAX_OUTPUT,
+    OPT_MAX_MEMORY,
     OPT_COLOUR,
     OPT_SETTING,
     OPT_PATH_SETTING
@@ -63,19 +68,24 @@ constexpr option s_expandTable[] = {
     {"keep-going",   no_argument,       nullptr, OPT_KEEP_GOING},
     {"map",          required_argument, nullptr, OPT_MAP},
     {"map-runs",     no_argument,       nullptr, OPT_MAP_RUNS},
+    {"chains",       no_argument,       nullptr, OPT_CHAINS},
     {"verify-map",   no_argument,       nullptr, OPT_VERIFY_MAP},
     {"line-directives", no_argument,    nullptr, OPT_LINE_DIRECTIVES},
     {"line-format",  required_argument, nullptr, OPT_LINE_FORMAT},
     {"source-map",   required_argument, nullptr, OPT_SOURCE_MAP},
     {"source-map-contents", no_argument, nullptr, OPT_SOURCE_MAP_CONTENTS},
+    {"trace",        required_argument, nullptr, OPT_TRACE},
     {"depfile",      required_argument, nullptr, OPT_DEPFILE},
     {"depend",       required_argument, nullptr, OPT_DEPEND},
     {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
     {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
     {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
+    {"warn",         required_argument, nullptr, OPT_WARN},
+    {"werror",       no_argument,       nullptr, OPT_WERROR},
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
+    {"max-memory",   required_argument, nullptr, OPT_MAX_MEMORY},
     {"color",        required_argument, nullptr, OPT_COLOUR},
     {"version",      no_argument,       nullptr, 'V'},
     {"help",         no_argument,       nullptr, 'h'},
@@ -114,6 +124,7 @@ constexpr option s_projectTable[] = {
     {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
     {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
     {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
+    {"max-memory",   required_argument, nullptr, OPT_MAX_MEMORY},
     {"color",        required_argument, nullptr, OPT_COLOUR},
     {"version",      no_argument,       nullptr, 'V'},
     {"help",         no_argument,       nullptr, 'h'},
@@ -166,6 +177,9 @@ bool SetCommonOption(CommonOptions& options, int code, const char* value)
         return true;
     case OPT_MAX_OUTPUT:
         options.m_limits.m_maxOutput = ParseSize("--max-output", value);
+        return true;
+    case OPT_MAX_MEMORY:
+        options.m_limits.m_maxMemory = ParseSize("--max-memory", optarg);
         return true;
     case OPT_COLOUR:
         options.m_colour = ParseColour(value);
@@ -224,11 +238,20 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
     case OPT_KEEP_GOING:
         options.m_keepGoing = true;
         break;
+    case OPT_WARN:
+        options.m_warnings = ParseWarnings(value);
+        break;
+    case OPT_WERROR:
+        options.m_warningsAreErrors = true;
+        break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", value);
         break;
     case OPT_MAP_RUNS:
         options.m_mapRuns = true;
+        break;
+    case OPT_CHAINS:
+        options.m_chains = true;
         break;
     case OPT_VERIFY_MAP:
         options.m_verifyMap = true;
@@ -248,6 +271,9 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
         break;
     case OPT_FROM_MAP:
         options.m_fromMap = ParseFileName("--from-map", value);
+        break;
+    case OPT_TRACE:
+        options.m_trace = ParseFileName("--trace", value);
         break;
     case OPT_DEPFILE:
         options.m_depfile = ParseFileName("--depfile", value);
@@ -293,9 +319,9 @@ bool CheckBatch(const ExpandOptions& options)
         return false;
     }
     if (options.m_output != s_standardStream || options.m_map || options.m_depfile ||
-        options.m_check || options.m_sourceMap)
+        options.m_check || options.m_sourceMap || options.m_trace)
         throw UsageError(
-            "-o, --map, --source-map, --depfile and --check are for one file; with many, "
+            "-o, --map, --source-map, --depfile, --trace and --check are for one file; with many, "
             "outputs are named by --out-dir or by the list");
     if (options.m_jobs < 1)
         throw UsageError("-j wants at least one process");
@@ -316,10 +342,14 @@ void CheckOutputs(const ExpandOptions& options)
         throw UsageError("--depfile-target needs --depfile");
     if (options.m_check && options.m_output == s_standardStream)
         throw UsageError("--check needs -o: the file that is compared with the expansion");
-    if (options.m_check && (options.m_map || options.m_sourceMap || options.m_depfile))
-        throw UsageError("--check writes nothing: leave out --map, --source-map and --depfile");
+    if (options.m_check &&
+        (options.m_map || options.m_sourceMap || options.m_depfile || options.m_trace))
+        throw UsageError(
+            "--check writes nothing: leave out --map, --source-map, --depfile and --trace");
     if (options.m_mapRuns && !options.m_map)
         throw UsageError("--map-runs needs --map");
+    if (options.m_chains && !options.m_map)
+        throw UsageError("--chains needs --map");
     if (options.m_sourceMapContents && !options.m_sourceMap)
         throw UsageError("--source-map-contents needs --source-map");
     // The depfile cannot be where the expansion is: it needs -o.
@@ -327,7 +357,8 @@ void CheckOutputs(const ExpandOptions& options)
         {"the expansion", options.m_output},
         {"the map", options.m_map},
         {"the source map", options.m_sourceMap},
-        {"the dependency file", options.m_depfile}};
+        {"the dependency file", options.m_depfile},
+        {"the trace", options.m_trace}};
     const char* first = nullptr;
     for (const auto& [name, path] : outputs)
     {

@@ -69,6 +69,7 @@ struct ExpandOptions : CommonOptions
 {
     std::string m_output = s_standardStream;
     std::optional<std::string> m_map;
+    bool m_chains = false;                   ///< The map has the way to each piece.
     bool m_mapRuns = false;                  ///< Join what continues each other.
     bool m_verifyMap = false;                ///< Check the laws of the map.
     std::optional<std::string> m_lineFormat; ///< Of line directives; without it there are none.
@@ -77,6 +78,7 @@ struct ExpandOptions : CommonOptions
     bool m_isExplained = false;           ///< The output is a page that shows text and sources.
     std::optional<std::string> m_fromMap; ///< The page is made for this map, without an expansion.
     std::optional<std::string> m_depfile;
+    std::optional<std::string> m_trace;
     std::optional<std::string> m_depfileTarget; ///< Else the output.
     std::vector<std::string> m_dependencies;    ///< Besides the files that the run reads.
     ssize_t m_srcIndent = 0;
@@ -89,14 +91,19 @@ struct ExpandOptions : CommonOptions
     ssize_t m_jobs = 1;                        ///< Processes that expand them.
     bool m_keepGoing = false;                  ///< After a file that failed.
     bool m_check = false; ///< Compare with the output that is there; write nothing.
+    unsigned m_warnings = WARN_DROPPED_TEXT; ///< A set of EWarning.
+    bool m_warningsAreErrors = false;
 
     bool UsesStandardOutput() const
     {
         return m_check || m_output == s_standardStream || m_map == s_standardStream ||
-               m_sourceMap == s_standardStream || m_depfile == s_standardStream;
+               m_sourceMap == s_standardStream || m_depfile == s_standardStream ||
+               m_trace == s_standardStream;
     }
     /// Whether what is written is the expansion itself, as it comes.
     bool IsTextPassedOn() const { return !m_lineFormat && !m_check && !m_isExplained; }
+    /// Whether it must be known through what each piece of output came.
+    bool NeedsChains() const { return m_chains || m_isExplained; }
     /// Whether it must be known where each byte of output came from.
     bool NeedsPieces() const
     {

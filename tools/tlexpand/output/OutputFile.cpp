@@ -136,7 +136,10 @@ TemporaryFile& OutputFile::Temporary()
 
 void OutputFile::Append(SubString text)
 {
-    if (const int error = WriteAll(Temporary().Fd(), text))
+    if (m_direct)
+        OpenDirectly();
+    const int fd = m_direct ? m_directFile.Get() : Temporary().Fd();
+    if (const int error = WriteAll(fd, text))
         throw MakeFileError("write", m_path, error);
 }
 
@@ -150,15 +153,22 @@ void OutputFile::Write(const Content& content)
     m_temporary->Finish();
 }
 
+void OutputFile::OpenDirectly()
+{
+    if (!m_directFile.IsOpen())
+        m_directFile = Descriptor(
+            OpenAt(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY));
+    if (!m_directFile.IsOpen())
+        throw MakeFileError("write", m_path, errno);
+}
+
 void OutputFile::WriteDirectly(const Content& content)
 {
-    Descriptor fd(OpenAt(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY));
-    if (!fd.IsOpen())
-        throw MakeFileError("write", m_path, errno);
-    ByteSink sink(fd.Get(), m_path);
+    OpenDirectly();
+    ByteSink sink(m_directFile.Get(), m_path);
     content(sink);
     sink.Flush();
-    if (const int error = fd.Close())
+    if (const int error = m_directFile.Close())
         throw MakeFileError("write", m_path, error);
 }
 

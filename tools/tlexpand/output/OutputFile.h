@@ -53,7 +53,7 @@ public:
     /// Written at once, not renamed at the end.
     bool IsDirect() const { return m_direct; }
 
-    /// Writes a part of the text in advance. Not for what is written directly.
+    /// Writes a part of the text in advance.
     void Append(SubString text);
     /// Writes the text, or what has not been appended of it: to a temporary file, or directly.
     void Write(const Content& content);
@@ -71,12 +71,14 @@ public:
 private:
     void Resolve();
     TemporaryFile& Temporary();
+    void OpenDirectly();
     void WriteDirectly(const Content& content);
 
     std::string m_path;
     Descriptor m_directory;
     std::string m_name; ///< In `m_directory`.
     bool m_direct = false;
+    Descriptor m_directFile; ///< Open from the first write on.
     std::optional<FileIdentity> m_directoryIdentity;
     std::optional<FileIdentity> m_identity; ///< Of the file that exists.
     std::unique_ptr<TemporaryFile> m_temporary;

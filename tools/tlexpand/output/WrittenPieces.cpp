@@ -9,11 +9,6 @@ namespace telv::tool
 namespace
 {
 
-SourceRange RangeIn(const Source& source, SubString in)
-{
-    return {static_cast<ssize_t>(source.Index()), source.OffsetInFile(in.begin()), in.size()};
-}
-
 class PieceWalk
 {
 public:
@@ -123,6 +118,11 @@ void PieceWalk::Send(WrittenPiece& written)
 }
 
 } // namespace
+
+SourceRange RangeIn(const Source& source, SubString in)
+{
+    return {static_cast<ssize_t>(source.Index()), source.OffsetInFile(in.begin()), in.size()};
+}
 
 void ForEachWrittenPiece(const WrittenOutput& output,
                          const std::function<void(const WrittenPiece&)>& visit)

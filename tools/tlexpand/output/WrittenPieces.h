@@ -25,6 +25,9 @@ struct TextEdit
     SourceRange m_place; ///< What an insertion speaks of.
 };
 
+/// A range of a source as a map has it.
+SourceRange RangeIn(const Source& source, SubString in);
+
 /// The chains that led to the pieces of an expansion; empty when nobody asked for them.
 struct OutputChains
 {

@@ -1,6 +1,7 @@
 // The first line is composed by the exception itself; colour is put around its parts afterwards.
 #include "report/Diagnostics.h"
 #include "Files.h"
+#include "WarningNames.h"
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -12,24 +13,23 @@ namespace telv::tool
 namespace
 {
 
-/// A message can quote whole expanded texts; of a longer one, the two ends are shown.
+/// A message can quote whole expanded texts; of a longer one, the beginning is shown.
 constexpr size_t s_longestMessage = 64 * 1024;
-constexpr size_t s_endOfMessage = 16 * 1024;
 
-/// `message`, or its two ends when it would be too long behind `used` characters.
-std::string Shorten(SubString message, size_t used)
+constexpr const char* s_bold = "\x1b[1m";
+constexpr const char* s_red = "\x1b[31m";
+constexpr const char* s_magenta = "\x1b[35m";
+constexpr const char* s_boldAgain = "\x1b[0m\x1b[1m";
+constexpr const char* s_plain = "\x1b[0m";
+
+/// `message`, or its beginning when it is too long.
+std::string Shorten(SubString message)
 {
     const size_t length = static_cast<size_t>(message.size());
-    const size_t size = length + used;
-    if (size <= s_longestMessage)
+    if (length <= s_longestMessage)
         return ToStdString(message);
-    const size_t head = s_longestMessage - s_endOfMessage;
-    const size_t begin = std::min(head - std::min(head, used), length);
-    const size_t end = std::min(s_endOfMessage, length);
-    const size_t left = size - s_longestMessage;
-    return ToStdString(SubString(message.begin(), message.begin() + begin)) + "\n... (" +
-           std::to_string(left) + " bytes left out) ...\n" +
-           ToStdString(SubString(message.end() - end, message.end()));
+    return ToStdString(SubString(message.begin(), message.begin() + s_longestMessage)) + "\n... (" +
+           std::to_string(length - s_longestMessage) + " bytes left out)";
 }
 
 void WriteToStandardError(const std::string& text)
@@ -69,7 +69,39 @@ void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* r
         pos = source->Text().begin();
     }
     WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
-                         (run == nullptr ? MakeImportLines(*source) : MakeCallLines(*run)));
+                         (run == nullptr ? MakeImportLines(*source)
+                                         : MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(),
+                                                         run->ImportPlaces()) +
+                                               MakeNotes(*run, error, pos)));
+}
+
+/// Where what has no end was opened, and what would mend the error.
+std::string Diagnostics::MakeNotes(const ExpansionRun& run, const LexScannerException& error,
+                          const char* pos) const
+{
+    std::string notes;
+    const char* const opened = run.OpenedAt(pos);
+    if (const Source* const source = m_sources.Find(opened))
+        notes += "opened at " + MakePlace(opened) + "\n" + MakeExcerpt(*source, opened, m_style);
+    if (const xstring hint = run.Hint(error); !hint.empty())
+        notes += "hint: " + Show(hint) + "\n";
+    return notes;
+}
+
+void Diagnostics::Warn(const ExpansionWarning& warning) const
+{
+    const Source* source = m_sources.Find(warning.m_pos);
+    const char* pos = warning.m_pos;
+    if (source == nullptr)
+    {
+        source = &m_sources[0];
+        pos = source->Text().begin();
+    }
+    WriteToStandardError(
+        Paint(s_bold) + MakePlace(pos) + " : " + Paint(s_magenta) + "warning" + Paint(s_boldAgain) +
+        " : " + Show(ViewOf(Shorten(warning.m_text))) + " [" + NameOfWarning(warning.m_kind) +
+        "]" + Paint(s_plain) + "\n" + MakeExcerpt(*source, pos, m_style) +
+        MakeCallLines(warning.m_callPlaces, warning.m_moreCallPlaces, warning.m_importPlaces));
 }
 
 /// "PATH(LINE)"; empty for a position in no source.
@@ -82,10 +114,11 @@ std::string Diagnostics::MakePlace(const char* pos) const
 }
 
 /// The macros, loops and imports that the error came through.
-std::string Diagnostics::MakeCallLines(const ExpansionRun& run) const
+std::string Diagnostics::MakeCallLines(const std::vector<CallPlace>& calls, ssize_t more,
+                                       const std::vector<const char*>& imports) const
 {
     std::string lines;
-    for (const CallPlace& call : run.CallPlaces())
+    for (const CallPlace& call : calls)
     {
         const std::string place = MakePlace(call.m_pos);
         if (place.empty())
@@ -95,11 +128,17 @@ std::string Diagnostics::MakeCallLines(const ExpansionRun& run) const
         else
             lines += "called from " + place + "\n";
     }
-    if (run.MoreCallPlaces() > 0)
-        lines += "... " + std::to_string(run.MoreCallPlaces()) + " more\n";
-    for (const char* const pos : run.ImportPlaces())
+    if (more > 0)
+        lines += "... " + std::to_string(more) + " more\n";
+    for (const char* const pos : imports)
         lines += "imported from " + MakePlace(pos) + "\n";
     return lines;
+}
+
+/// What is written before a part of the first line.
+std::string Diagnostics::Paint(const char* sequence) const
+{
+    return m_style.m_colour ? sequence : "";
 }
 
 std::string Diagnostics::Show(SubString text) const
@@ -113,8 +152,7 @@ std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const 
     const std::string place = source.Name() + "(" + std::to_string(source.Line(pos)) + ") : ";
     const std::string word = "error";
     // Before anything is composed: the message may be most of what there is memory for.
-    const std::string message =
-        Shorten(error.m_description, place.size() + word.size() + std::strlen(" : "));
+    const std::string message = Shorten(error.m_description);
     LexScannerException located(ViewOf(message), pos);
     located.m_path = xstring(ViewOf(source.Name()));
     located.m_lineNumber = source.Line(pos);
@@ -122,11 +160,8 @@ std::string Diagnostics::MakeFirstLines(const LexScannerException& error, const 
     located.Write(os);
     const std::string text = ToStdString(os.GetString());
     const std::string rest = text.substr(place.size() + word.size());
-    const std::string_view paint[] = {"\x1b[1m", "\x1b[31m", "\x1b[0m\x1b[1m", "\x1b[0m"};
-    const auto colour = [&](int index)
-    { return m_style.m_colour ? std::string(paint[index]) : std::string(); };
-    return colour(0) + Show(ViewOf(place)) + colour(1) + word + colour(2) + Show(ViewOf(rest)) +
-           colour(3) + "\n";
+    return Paint(s_bold) + Show(ViewOf(place)) + Paint(s_red) + word + Paint(s_boldAgain) +
+           Show(ViewOf(rest)) + Paint(s_plain) + "\n";
 }
 
 std::string Diagnostics::MakeImportLines(const Source& source) const

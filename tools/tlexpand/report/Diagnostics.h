@@ -22,12 +22,19 @@ public:
     /// the beginning of the first one.
     void Report(const LexScannerException& error, const ExpansionRun* run = nullptr) const;
 
+    /// Reports a warning; one without a place in a source counts as at the beginning of the first.
+    void Warn(const ExpansionWarning& warning) const;
+
 private:
     std::string MakeFirstLines(const LexScannerException& error, const Source& source,
                                const char* pos) const;
     std::string MakeImportLines(const Source& source) const;
+    std::string MakeNotes(const ExpansionRun& run, const LexScannerException& error,
+                          const char* pos) const;
     std::string MakePlace(const char* pos) const;
-    std::string MakeCallLines(const ExpansionRun& run) const;
+    std::string MakeCallLines(const std::vector<CallPlace>& calls, ssize_t more,
+                              const std::vector<const char*>& imports) const;
+    std::string Paint(const char* sequence) const;
     std::string Show(SubString text) const;
 
     const Sources& m_sources;

@@ -1,5 +1,6 @@
 // @if, @elseif, @else. All conditions of a chain are evaluated; the first true one chooses.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlMacroExpander/src/MacroExpander.h"
@@ -153,6 +154,7 @@ bool MacroExpander::EvaluateCondition(const LevelText& condition, SubString dire
     }
     catch (LexScannerException& e)
     {
+        HintAtExpression(*m_vf, condition.m_text, text, e);
         MoveOutOfText(e, text, m_startDirectivePos);
         AddExpressionErrorContext(e, ")", m_startDirectivePos,
                                   {"\n    in ", directiveName, "(", text, ")"});

@@ -8,9 +8,9 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
-#include <unordered_set>
 
 namespace telv
 {
@@ -52,6 +52,8 @@ void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defp
     macroVar->m_naked = nakeddef;
     ReadMacroVariableDefn(token.m_str, macroVar.get());
 
+    if (Warns(WARN_UNUSED))
+        WatchDefinition(token.m_str, macroVar->GetSubstitutionString(), /*isMacro=*/true);
     VarFrame* const target = FindTargetFrame(fileScope, exportdef, token);
     const LSMacroVariable& added = *macroVar;
     target->m_localVariables.Add(macroVar.release());
@@ -121,7 +123,7 @@ private:
     };
 
     const LSMacroVariable& m_macroVar;
-    std::unordered_set<SubString, Hash> m_names;
+    HeldHashSet<SubString, Hash> m_names;
 };
 
 void MacroExpander::ReadFormalArgs(SubString name, LSMacroVariable& macroVar)

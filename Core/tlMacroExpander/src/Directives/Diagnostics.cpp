@@ -1,5 +1,6 @@
 // @print, @println, @assert, @assertfails, @fail: a text talks to its author and tests itself.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
@@ -34,7 +35,9 @@ void MacroExpander::ProcessPrintDirective(bool newline)
     AdvanceWritePos(m_str.begin(), false);
     xstring text;
     ExpandToString(section, 0, text);
-    xostream& os = PrintStreamOf(ExpansionRun::Current());
+    ExpansionRun* const run = ExpansionRun::Current();
+    ExpansionLevel::CountPrinted(run, text.size() + (newline ? 1 : 0), m_startDirectivePos);
+    xostream& os = PrintStreamOf(run);
     os << text;
     if (newline)
         os << '\n';
@@ -55,6 +58,7 @@ void MacroExpander::ProcessAssertDirective()
     }
     catch (LexScannerException& e)
     {
+        HintAtExpression(*m_vf, section.m_text, text, e);
         MoveOutOfText(e, text, m_startDirectivePos);
         AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @assert(", text, ")"});
         throw;

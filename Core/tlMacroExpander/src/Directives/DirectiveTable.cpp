@@ -1,7 +1,10 @@
 // Directives by name: one row each. Rows only call.
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include <array>
+#include <bit>
 #include <cstring>
+#include <iterator>
 
 namespace telv
 {
@@ -43,7 +46,7 @@ constexpr bool s_keep = true;     // blanks before the directive are kept
 constexpr bool s_swallow = false; // they go with it
 
 // clang-format off
-const Directive s_directives[] = {
+constexpr Directive s_directives[] = {
     {"import",       s_name, s_swallow, ProcessImport},
     {"importpath",   s_name, s_swallow, ProcessImportPath},
     {"relativepath", s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessRelativePathDirective(); }},
@@ -75,19 +78,45 @@ const Directive s_directives[] = {
 };
 // clang-format on
 
+/// For each small letter a bit for each directive that begins with it.
+constexpr std::array<uint32, 26> s_byLetter = []
+{
+    std::array<uint32, 26> byLetter{};
+    for (size_t i = 0; i < std::size(s_directives); ++i)
+        if (s_directives[i].m_type == TOKEN_IDENTIFIER)
+            byLetter[static_cast<size_t>(s_directives[i].m_word[0] - 'a')] |= uint32{1} << i;
+    return byLetter;
+}();
+
+const Directive* FindWord(SubString word)
+{
+    if (*word < 'a' || *word > 'z')
+        return nullptr;
+    for (uint32 left = s_byLetter[static_cast<size_t>(*word - 'a')]; left != 0; left &= left - 1)
+        if (const Directive& directive = s_directives[std::countr_zero(left)]; word == directive.m_word)
+            return &directive;
+    return nullptr;
+}
+
+static_assert(std::size(s_directives) <= 32);
+
 } // namespace
 
 const Directive* FindDirective(const LSToken& token)
 {
+    if (token.m_type == TOKEN_IDENTIFIER)
+        return FindWord(token.m_str);
     for (const Directive& directive : s_directives)
-    {
-        if (directive.m_type != token.m_type)
-            continue;
-        if (token.m_type != TOKEN_IDENTIFIER ||
-            (*token.m_str.m_p1 == *directive.m_word && token.m_str == directive.m_word))
+        if (directive.m_type == token.m_type)
             return &directive;
-    }
     return nullptr;
+}
+
+void ForEachDirectiveWord(const std::function<void(SubString)>& visit)
+{
+    for (const Directive& directive : s_directives)
+        if (directive.m_type == TOKEN_IDENTIFIER)
+            visit(directive.m_word);
 }
 
 bool MayHoldDollarMacro(SubString literal)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tlMacroExpander/src/MacroExpander.h"
+#include <functional>
 
 namespace telv
 {
@@ -20,6 +21,9 @@ struct Directive
 
 /// The directive that `token` names, or null.
 const Directive* FindDirective(const LSToken& token);
+
+/// Calls `visit` with each word that is a directive behind an `@`.
+void ForEachDirectiveWord(const std::function<void(SubString)>& visit);
 
 /// Whether a string literal is worth a look for dollar macros.
 bool MayHoldDollarMacro(SubString literal);

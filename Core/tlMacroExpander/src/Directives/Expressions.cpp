@@ -5,8 +5,10 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/ExpansionObserver.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
@@ -79,6 +81,10 @@ void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable ty
     }
     catch (LexScannerException& e)
     {
+        if (type == LSV_STRING)
+            HintAtString(*frame, text.m_text, expanded, e);
+        else
+            HintAtExpression(*frame, text.m_text, expanded, e);
         MoveOutOfText(e, expanded, origin);
         AddErrorContext(e, {"\n    expression: ", expanded});
         throw;
@@ -146,6 +152,8 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
 LSValueVariable* MacroExpander::FindAssigned(SubString name)
 {
     LSVariable* const var = m_vf->Find(name, name.end());
+    if (var == nullptr && IsWithin(name, m_origStr))
+        HintAtName(*m_vf, name, SubString(name.end(), m_origStr.end()));
     if (var == nullptr)
         ThrowAt(name.begin(), {"@let directive failed : there is no variable named ", name});
     if (var->GetType() == LSV_MACRO)
@@ -226,6 +234,8 @@ void MacroExpander::Define(ELSVariable type, SubString name, const LevelText& te
 {
     auto var = MakeValueVariable(type, name, ExpansionLevel::CurrentOwner());
     EvaluateValueText(type, text, verbatim, var->m_value);
+    if (Warns(WARN_UNUSED))
+        WatchDefinition(name, SubString(), /*isMacro=*/false);
     AddVariable(var.release());
 }
 
@@ -244,6 +254,7 @@ xstring MacroExpander::EvaluateText(const LevelText& text, SubString directiveNa
     }
     catch (LexScannerException& e)
     {
+        HintAtString(*m_vf, text.m_text, expanded, e);
         MoveOutOfText(e, expanded, m_startDirectivePos);
         AddExpressionErrorContext(e, ")", m_startDirectivePos,
                                   {"\n    in ", directiveName, "(", expanded, ")"});
@@ -283,6 +294,7 @@ void MacroExpander::WriteExpression(const LevelText& section)
     }
     catch (LexScannerException& e)
     {
+        HintAtExpression(*m_vf, section.m_text, text, e);
         MoveOutOfText(e, text, m_startDirectivePos);
         AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @(", text, ")"});
         throw;
@@ -319,6 +331,8 @@ void MacroExpander::ExpandTwice(const LevelText& section)
     AdvanceWritePos(m_str.begin(), false);
     xstring first;
     ExpandToString(section, 0, first);
+    if (Warns(WARN_UNKNOWN_NAME))
+        WatchComputedName(*this, first);
     const TextScope text(first, DirectiveRange());
     try
     {

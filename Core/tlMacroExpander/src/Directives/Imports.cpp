@@ -60,6 +60,12 @@ bool MacroExpander::Import(const xstring& path, const char* pos)
             state->NoteImport(pos);
         throw;
     }
+    catch (...)
+    {
+        if (RunState* const state = RunState::Current())
+            state->NoteImport(pos);
+        throw;
+    }
 }
 
 void MacroExpander::ProcessImportPathDirective()

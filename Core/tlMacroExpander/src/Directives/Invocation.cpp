@@ -8,6 +8,7 @@
 
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
@@ -49,7 +50,7 @@ private:
 
     const LevelText* m_args = nullptr;
     LevelText m_few[s_few];
-    std::vector<LevelText> m_many;
+    HeldVector<LevelText> m_many;
 };
 
 namespace
@@ -93,7 +94,8 @@ void CheckEndOfArg(const LSToken& token, const LSMacroVariable& macroVar, bool i
                                                            const LSMacroVariable& macroVar,
                                                            const LSVariable* lastArg) const
 {
-    NoteCall(macroVar);
+    if (!IsSwallowed(e))
+        NoteCall(macroVar);
     if (!TakesContext(e))
     {
         AddErrorContext(e, {});
@@ -234,6 +236,11 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
         AddInvocationContext(e, macroVar, lastArg);
         throw;
     }
+    catch (...)
+    {
+        NoteCall(macroVar);
+        throw;
+    }
 }
 
 /// The same when the run is observed; values are told here, macros when their arguments are known.
@@ -280,10 +287,13 @@ void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& 
         ThrowNoArgumentList(macroVar, open);
     const ssize_t n = macroVar.GetNumArgs();
     LevelText* const room = args.MakeRoom(n);
+    const char* const list = m_str.begin();
     for (ssize_t i = 0; i < n; ++i)
     {
         LSToken end;
         room[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
+        if (i == n - 1 && end.m_type == TOKEN_COMMA)
+            HintAtArguments(list, m_str);
         CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
     }
 }
@@ -368,8 +378,15 @@ void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText&
     }
     catch (LexScannerException& e)
     {
-        NoteCall(macroVar);
+        if (!IsSwallowed(e))
+            NoteCall(macroVar);
+        HintAtPythonMacro(macroVar, e);
         AddErrorContext(e, {"\n    invoking python macro ", macroVar.m_name});
+        throw;
+    }
+    catch (...)
+    {
+        NoteCall(macroVar);
         throw;
     }
 }
@@ -402,6 +419,11 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
     catch (LexScannerException& e)
     {
         AddInvocationContext(e, *macroVar, nullptr);
+        throw;
+    }
+    catch (...)
+    {
+        NoteCall(*macroVar);
         throw;
     }
 }

@@ -5,6 +5,7 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
@@ -50,8 +51,8 @@ struct MacroExpander::KnownList
     }
 
     std::shared_ptr<TemporaryText> m_text;
-    std::vector<Round> m_rounds;
-    std::vector<LevelText> m_values; ///< What is bound, round after round.
+    HeldVector<Round> m_rounds;
+    HeldVector<LevelText> m_values; ///< What is bound, round after round.
     CountedRef<ScannedText> m_scanned;
 };
 
@@ -213,6 +214,7 @@ void MacroExpander::ForLoop::Run()
             continue;
         if (end.m_type != TOKEN_RIGHT_SQUARE)
             ThrowAtToken({", or ] expected when read "}, end);
+        m_expander.BeginRound(0);
         return;
     }
 }
@@ -244,12 +246,13 @@ void MacroExpander::ForLoop::Run(const KnownList& list)
             Bind(frame, i, list.m_values[round.m_firstValue + static_cast<size_t>(i)]);
         ExpandRound(frame, round.m_element);
     }
+    m_expander.BeginRound(0);
 }
 
 void MacroExpander::ForLoop::BeginRound()
 {
     m_expander.CountStep();
-    ++m_round;
+    m_expander.BeginRound(++m_round);
 }
 
 void MacroExpander::ForLoop::ExpandElement(SubString element)
@@ -276,9 +279,15 @@ void MacroExpander::ForLoop::ExpandRound(VarFrame& frame, SubString element)
     }
     catch (LexScannerException& e)
     {
-        m_expander.NoteRound(m_round);
+        if (!IsSwallowed(e))
+            m_expander.NoteRound(m_round);
         const SubString name = m_head.m_isSingle ? m_head.m_names[0] : SubString();
         AddErrorContext(e, {"\n    in @for directive when ", name, " = ", element});
+        throw;
+    }
+    catch (...)
+    {
+        m_expander.NoteRound(m_round);
         throw;
     }
 }
@@ -293,7 +302,10 @@ void MacroExpander::ForLoop::ExpandObservedRound(VarFrame& frame, SubString elem
 /// Binds the values of an element `(a, b)`. What follows its closing bracket is not looked at.
 void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) const
 {
+    const SubString whole(element);
     const LSToken open = LsScanToken(element, false);
+    if (open.m_type != TOKEN_LEFT_PAREN)
+        HintAtElement(whole, m_head.m_names.size());
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected when read "}, open);
     const ssize_t n = m_head.m_names.size();
@@ -302,6 +314,8 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
         SubString value;
         const LSToken end = CutElement(element, value, TOKEN_RIGHT_PAREN);
         Bind(frame, i, LevelText{value});
+        if ((i < n - 1) != (end.m_type == TOKEN_COMMA))
+            HintAtElement(whole, n);
         if (i < n - 1 && end.m_type != TOKEN_COMMA)
             ThrowAtToken({", expected when read "}, end);
         if (i == n - 1 && end.m_type != TOKEN_RIGHT_PAREN)
@@ -350,14 +364,29 @@ void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block
     }
 }
 
+/// A warning in the round says which one it was; 0: between two.
+void MacroExpander::BeginRound(ssize_t round) const
+{
+    if (ExpansionLevel* const level = OwnLevel())
+        level->SetRound(round);
+}
+
 void MacroExpander::ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
                                 ssize_t round)
 {
     try
     {
+        BeginRound(round);
         ExpandBlock(block, indent, dstIndent);
+        BeginRound(0);
     }
-    catch (const LexScannerException&)
+    catch (const LexScannerException& e)
+    {
+        if (!IsSwallowed(e))
+            NoteRound(round);
+        throw;
+    }
+    catch (...)
     {
         NoteRound(round);
         throw;

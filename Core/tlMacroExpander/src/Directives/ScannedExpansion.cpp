@@ -300,8 +300,9 @@ bool MacroExpander::WriteInertText(const LevelText& text, VarFrame& frame, ssize
     }
     else
     {
-        const auto mayMatter = [&](SubString name) { return MayMatter(names, frame, name); };
-        if (s.size() > few || SkipPlainStretch(s, mayMatter) != s.end())
+        LSVariable* var = nullptr;
+        const auto mayMatter = [&](SubString name) { return MayMatter(names, frame, name, var); };
+        if (s.size() > few || SkipPlainStretch(s, names.BindsAny(), mayMatter) != s.end())
             return false;
     }
     level->CountStep(s.begin());

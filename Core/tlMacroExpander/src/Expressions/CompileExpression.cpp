@@ -6,6 +6,7 @@
 #include "tlMacroExpander/src/Expressions/ExpressionSteps.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/TokenScan.h"
+#include "tlUtils/StringExt.h"
 #include <algorithm>
 
 namespace telv
@@ -33,6 +34,18 @@ EBuiltIn FindBuiltIn(SubString name)
 bool Holds(SubString text, char c)
 {
     return std::find(text.begin(), text.end(), c) != text.end();
+}
+
+/// Whether the characters of a literal can be said: none is behind a backslash for nothing.
+bool IsReadable(SubString literal)
+{
+    if (ClassOf(*literal.m_p1) == CHAR_RAW_PREFIX)
+        return true;
+    char c = 0;
+    for (const char* p = literal.begin(); p != literal.end(); ++p)
+        if (*p == '\\' && !MapEscapeCharacter(*++p, c))
+            return false;
+    return true;
 }
 
 } // namespace
@@ -108,6 +121,10 @@ ExpressionSteps::ExpressionSteps(SubString text)
     catch (const LexScannerException&)
     {
         // expanding will find the error again, at its place
+    }
+    catch (const TelvAssertionError&)
+    {
+        // A literal's: what is expanded before it may have an error of its own.
     }
     if (!isKnown)
         m_count = 0;
@@ -225,7 +242,7 @@ bool ExpressionSteps::Compiler::Number()
 /// A string. Dollar macros would have been replaced in one between double quotes.
 bool ExpressionSteps::Compiler::String()
 {
-    if (Holds(m_token, '$'))
+    if (Holds(m_token, '$') || !IsReadable(m_token))
         return false;
     const bool isPlain = ClassOf(*m_token.m_p1) != CHAR_RAW_PREFIX && !Holds(m_token, '\\');
     ExpressionStep* const step = Add(isPlain ? STEP_CONSTANT : STEP_LITERAL, 1);

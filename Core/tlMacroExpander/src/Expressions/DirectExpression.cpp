@@ -8,6 +8,7 @@
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
+#include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include <algorithm>
@@ -62,8 +63,9 @@ DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame)
 
 bool DirectExpression::Evaluate(const ExpressionText& text)
 {
-    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || s_started || text.m_text.empty() ||
-        m_frame.m_fileScopeFrame == nullptr || RunState::Of(m_run).m_observer != nullptr)
+    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || IsCountingLookups() || text.m_text.empty() ||
+        m_frame.m_fileScopeFrame == nullptr || RunState::Of(m_run).m_observer != nullptr ||
+        (m_run.m_warnings & WARN_UNUSED) != 0)
         return false;
     try
     {
@@ -75,6 +77,10 @@ bool DirectExpression::Evaluate(const ExpressionText& text)
     catch (const LexScannerException&)
     {
         return false; // expanding will find the error again, at its place
+    }
+    catch (const TelvAssertionError&)
+    {
+        return false; // a literal's, and what is expanded before it may have an error of its own
     }
 }
 

@@ -296,8 +296,10 @@ bool DirectExpression::Combine(EToken op, DirectValue& x, const DirectValue& y)
             return false;
         if (x.m_bool == (op == TOKEN_DBL_VLINE)) // the right operand is not converted
             return true;
+        if (y.m_type != LITERAL_BOOL)
+            return false;
         x.m_bool = y.m_bool;
-        return y.m_type == LITERAL_BOOL;
+        return true;
     default:
         break;
     }

@@ -3,8 +3,10 @@
 // Built-in names stand in one table, in the order in which they are compared; a row evaluates its
 // name with the name as the current token. Expressions have no variables: values of macros stand in
 // the text before it is parsed.
+#include "tlMacroExpander/src/Expressions/BuiltIns.h"
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlUtils/StringExt.h"
+#include <algorithm>
 #include <cmath>
 
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpressionParser"
@@ -148,6 +150,17 @@ constexpr BuiltIn s_builtIns[] = {
 // clang-format on
 
 } // namespace
+
+bool IsBuiltIn(SubString name)
+{
+    return std::ranges::any_of(s_builtIns, [&](const BuiltIn& b) { return name == b.m_name; });
+}
+
+void ForEachBuiltIn(const std::function<void(SubString)>& visit)
+{
+    for (const BuiltIn& builtIn : s_builtIns)
+        visit(builtIn.m_name);
+}
 
 void ExpressionParser::ParsePrimaryIdentifierExpression(LSLiteral& literal)
 {

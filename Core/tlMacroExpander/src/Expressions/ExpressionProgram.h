@@ -2,8 +2,8 @@
 #pragma once
 
 #include "tlMacroExpander/src/Expressions/ExpressionSteps.h"
+#include "tlUtils/HeldContainers.h"
 #include <deque>
-#include <vector>
 
 namespace telv
 {
@@ -13,7 +13,7 @@ class ScannedText;
 struct ScanItem;
 
 /// Views the text; its names are items of a scanned text, which must live as long.
-class ExpressionProgram
+class ExpressionProgram : public HeldObject
 {
 public:
     /// `text` lies in the text of `scanned`.
@@ -30,8 +30,8 @@ public:
 private:
     bool Keep(ExpressionStep& step);
 
-    std::vector<ExpressionStep> m_steps;
-    std::deque<xstring> m_texts; ///< Of literals.
+    HeldVector<ExpressionStep> m_steps;
+    std::deque<xstring, HeldAllocator<xstring>> m_texts; ///< Of literals.
     ScannedText& m_scanned;
 };
 

@@ -9,7 +9,7 @@ namespace telv
 namespace
 {
 
-using Visited = std::unordered_set<const FileScopeVarFrame*>;
+using Visited = HeldHashSet<const FileScopeVarFrame*>;
 
 /// Calls `visit` with what `file` imports, from the given one of its imports on and through them:
 /// depth first in the order of import, each file once, until it returns true. A file that was left
@@ -17,7 +17,7 @@ using Visited = std::unordered_set<const FileScopeVarFrame*>;
 template <class Visitor>
 void Walk(const FileScopeVarFrame& file, ssize_t from, Visited& visited, Visitor visit)
 {
-    std::vector<const FileScopeVarFrame*> pending;
+    HeldVector<const FileScopeVarFrame*> pending;
     const auto pushImports = [&](const FileScopeVarFrame& importer, ssize_t first)
     {
         for (ssize_t i = importer.m_imports.size(); i-- > first;)

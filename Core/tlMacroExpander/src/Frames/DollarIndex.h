@@ -7,8 +7,7 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
-#include <unordered_map>
-#include <unordered_set>
+#include "tlUtils/HeldContainers.h"
 
 namespace telv
 {
@@ -29,8 +28,8 @@ private:
     void Synchronise(const FileScopeVarFrame& file);
     void Forget();
 
-    std::unordered_map<SubString, const xstring*, Hash> m_values; ///< Names are those of the files.
-    std::unordered_set<const FileScopeVarFrame*> m_visited;
+    HeldHashMap<SubString, const xstring*, Hash> m_values; ///< Names are those of the files.
+    HeldHashSet<const FileScopeVarFrame*> m_visited;
     ssize_t m_imports = 0; ///< So many of the file's own imports have been visited.
     bool m_isWhole = false;
     bool m_isAsked = false; ///< Since the last change.

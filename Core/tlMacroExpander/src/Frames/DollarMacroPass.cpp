@@ -11,10 +11,8 @@
 #include "tlMacroExpander/src/Frames/DollarMacroPass.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlUtils/HeldContainers.h"
 #include <cstring>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace telv
 {
@@ -74,9 +72,9 @@ void CheckForRings(const FileScopeVarFrame& frame, SubString text)
         const xstring* m_value;
         SubString m_rest;
     };
-    std::set<const xstring*> finished;
-    std::set<const xstring*> open;
-    std::vector<OpenValue> stack{OpenValue{nullptr, text}};
+    HeldSet<const xstring*> finished;
+    HeldSet<const xstring*> open;
+    HeldVector<OpenValue> stack{OpenValue{nullptr, text}};
     while (!stack.empty())
     {
         Reference reference;
@@ -124,7 +122,7 @@ private:
     static constexpr ssize_t s_small = 1024 * 1024;
 
     ssize_t m_given;
-    std::set<const xstring*> m_known; ///< Values that have been put in.
+    HeldSet<const xstring*> m_known; ///< Values that have been put in.
     bool m_isNew = false;             ///< The pass put one in for the first time.
     SubString m_first;                ///< The first name of the pass.
     ssize_t m_passesWithoutNew = 0;
@@ -228,9 +226,9 @@ private:
     const FileScopeVarFrame& m_frame;
     const ssize_t m_mostPutTogether;
     const ssize_t m_mostWork;
-    std::string m_done;            ///< Holds no known reference.
-    std::vector<SubString> m_rest; ///< Still to be read, the nearest last.
-    std::vector<size_t> m_joints;  ///< Where in `m_done` texts of different origin meet.
+    HeldString m_done;             ///< Holds no known reference.
+    HeldVector<SubString> m_rest; ///< Still to be read, the nearest last.
+    HeldVector<size_t> m_joints;  ///< Where in `m_done` texts of different origin meet.
     ssize_t m_putTogether = 0;     ///< References found across joints.
     ssize_t m_work = 0;
     bool m_hasChanged = false;

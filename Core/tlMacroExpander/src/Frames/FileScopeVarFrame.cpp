@@ -4,6 +4,8 @@
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Frames/DollarMacroPass.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
+#include "tlMacroExpander/src/Run/RunState.h"
+#include "tlUtils/HeldContainers.h"
 #include <cstring>
 #include <memory>
 
@@ -25,13 +27,36 @@ void FileScopeVarFrame::AddImport(FileScopeVarFrame* md)
     FrameTree::Names(*this).NoteChange();
 }
 
+namespace
+{
+
+/// The string variable of a dollar macro.
+class DollarVariable final : public LSVar, public HeldObject
+{
+public:
+    using LSVar::LSVar;
+};
+
+/// The map of a frame is made of the standard library's nodes, which are not counted.
+void HoldNode()
+{
+    constexpr ssize_t pointers = 4 * sizeof(void*);
+    if (RunState* const state = RunState::Current())
+        state->HoldToEnd(pointers + 2 * sizeof(xstring));
+}
+
+} // namespace
+
 void FileScopeVarFrame::InsertDollarMacro(const xstring& name, const xstring& value)
 {
-    m_dollarMacrosMap[name] = value;
+    const auto [macro, isNew] = m_dollarMacrosMap.try_emplace(name);
+    if (isNew)
+        HoldNode();
+    macro->second = value;
     xstring variableName("_");
     variableName += name;
     variableName += '_';
-    m_localVariables.Add(std::make_unique<LSVar>(variableName, value).release());
+    m_localVariables.Add(std::make_unique<DollarVariable>(variableName, value).release());
 }
 
 const xstring* FileScopeVarFrame::FindDollarMacro(const xstring& name) const

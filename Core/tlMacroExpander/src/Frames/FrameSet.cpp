@@ -1,16 +1,36 @@
 // The set of frames: a hash table of addresses, at most three quarters full.
 #include "tlMacroExpander/FrameSet.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
+#include "tlUtils/HeldContainers.h"
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace telv
 {
 
+namespace
+{
+
+using Allocator = HeldAllocator<VarFrame*>;
+
+VarFrame** Allocate(ssize_t n)
+{
+    return Allocator().allocate(static_cast<size_t>(n));
+}
+
+void Deallocate(VarFrame** frames, ssize_t n)
+{
+    if (frames != nullptr)
+        Allocator().deallocate(frames, static_cast<size_t>(n));
+}
+
+} // namespace
+
 void FrameSet::Free()
 {
-    delete[] m_slots;
-    delete[] m_sorted;
+    Deallocate(m_slots, m_capacity);
+    Deallocate(m_sorted, m_size);
 }
 
 /// The slot of `frame`, or the free one where it would go; null without a table.
@@ -40,12 +60,13 @@ void FrameSet::MakeRoom(ssize_t n)
         capacity *= 2;
     VarFrame** const former = m_slots;
     const int32 formerCapacity = m_capacity;
-    m_slots = new VarFrame*[static_cast<size_t>(capacity)]();
+    m_slots = Allocate(capacity);
+    std::fill(m_slots, m_slots + capacity, nullptr);
     m_capacity = static_cast<int32>(capacity);
     for (int32 i = 0; i < formerCapacity; ++i)
         if (former[i] != nullptr)
             *FindSlot(former[i]) = former[i];
-    delete[] former;
+    Deallocate(former, formerCapacity);
 }
 
 bool FrameSet::insert(VarFrame* frame)
@@ -54,9 +75,8 @@ bool FrameSet::insert(VarFrame* frame)
         return false;
     MakeRoom(1);
     *FindSlot(frame) = frame;
+    Deallocate(std::exchange(m_sorted, nullptr), m_size);
     ++m_size;
-    delete[] m_sorted;
-    m_sorted = nullptr;
     return true;
 }
 
@@ -64,7 +84,7 @@ FrameSet::const_iterator FrameSet::Sorted() const
 {
     if (m_sorted == nullptr && m_size > 0)
     {
-        m_sorted = new VarFrame*[static_cast<size_t>(m_size)];
+        m_sorted = Allocate(m_size);
         VarFrame** next = m_sorted;
         ForEach([&](VarFrame* frame) { *next++ = frame; });
         std::sort(m_sorted, next, std::less<>());

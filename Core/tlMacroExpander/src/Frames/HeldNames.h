@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tlMacroExpander/src/Frames/NameTable.h"
-#include <vector>
+#include "tlUtils/HeldContainers.h"
 
 namespace telv
 {
@@ -53,7 +53,7 @@ private:
 
     void Join(NameTable& table) noexcept;
 
-    std::vector<NameEntry*> m_entries;
+    HeldVector<NameEntry*> m_entries;
     NameTable* m_table = nullptr; ///< Null: none, or it is gone.
     HeldNames* m_previous = nullptr;
     HeldNames* m_next = nullptr; ///< Of the same table.

@@ -104,7 +104,7 @@ void ImportIndex::Read(Source& source)
     FrameTree::Names(*source.m_frame).Watch();
     if (list.m_first == source.m_seen)
         return;
-    std::vector<LSVariable*> fresh;
+    HeldVector<LSVariable*> fresh;
     for (LSVariable* v = list.m_first; v != source.m_seen; v = v->m_next)
         fresh.push_back(v);
     while (!fresh.empty())

@@ -8,9 +8,9 @@
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
+#include "tlUtils/HeldContainers.h"
 #include <atomic>
 #include <deque>
-#include <vector>
 
 namespace telv
 {
@@ -68,9 +68,9 @@ private:
     TLEXPANDER_API static std::atomic<uint64> s_changes;
 
     VarFrame* const m_importer;
-    std::vector<Source> m_sources;
-    std::vector<VarFrame*> m_pending; ///< Imported, not yet among the sources.
-    std::deque<ImportedName> m_names;
+    HeldVector<Source> m_sources;
+    HeldVector<VarFrame*> m_pending; ///< Imported, not yet among the sources.
+    std::deque<ImportedName, HeldAllocator<ImportedName>> m_names;
     bool m_isMade = false;
     bool m_isExact = true; ///< All imports are roots, whose changes are counted.
     ssize_t m_asked = 0;   ///< How many imports have been asked, one by one.

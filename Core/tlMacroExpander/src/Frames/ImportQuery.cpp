@@ -19,14 +19,14 @@ void ImportQuery::Visit(VarFrame* frame)
 
 LSVariable* ImportQuery::FindOwn(VarFrame* frame)
 {
-    if (s_started)
+    if (IsCountingLookups())
         return frame->m_localVariables.Find(m_name);
     return frame->m_localVariables.m_map.Lookup(m_name, m_hash);
 }
 
 LSVariable* ImportQuery::FindOwnOrAbove(VarFrame* frame)
 {
-    if (s_started)
+    if (IsCountingLookups())
         return frame->Find2(m_name);
     return FrameTree::Names(*frame).FindBound(frame, m_name, m_hash);
 }

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
-#include <map>
+#include "tlUtils/HeldContainers.h"
 
 namespace telv
 {
@@ -42,7 +42,7 @@ private:
     uint64 m_hash;
     const char* m_pos;
     bool m_isTracked = true;
-    std::map<const VarFrame*, LSVariable*> m_resolved;
+    HeldMap<const VarFrame*, LSVariable*> m_resolved;
 };
 
 } // namespace telv

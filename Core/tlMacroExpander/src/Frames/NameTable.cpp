@@ -23,6 +23,11 @@ uint32 TagOf(uint64 hash)
     return static_cast<uint32>(hash >> 32);
 }
 
+void FreeFarName(char* chars, size_t length)
+{
+    HeldAllocator<char>().deallocate(chars, length);
+}
+
 /// Names are short: no call.
 bool IsSame(SubString a, SubString b)
 {
@@ -55,7 +60,7 @@ NameTable::~NameTable()
         [](const NameEntry& entry)
         {
             if (entry.m_length > sizeof entry.m_chars)
-                delete[] entry.m_far;
+                FreeFarName(entry.m_far, entry.m_length);
         });
 }
 
@@ -96,16 +101,17 @@ NameEntry* NameTable::Intern(SubString name, uint64 hash)
 NameEntry* NameTable::MakeEntry(SubString name, uint64 hash, uint32& index)
 {
     const size_t length = static_cast<size_t>(name.size());
-    std::unique_ptr<char[]> far;
-    if (length > sizeof NameEntry::m_chars)
-        far = std::make_unique<char[]>(length);
+    const bool isFar = length > sizeof NameEntry::m_chars;
+    const auto free = [length](char* chars) { FreeFarName(chars, length); };
+    std::unique_ptr<char, decltype(free)> far(isFar ? HeldAllocator<char>().allocate(length) : nullptr,
+                                              free);
     index = m_entries.Take();
     NameEntry& entry = m_entries[index];
     Mark(name);
     entry.m_hash = hash;
     entry.m_length = static_cast<uint32>(length);
-    std::memcpy(far == nullptr ? entry.m_chars : far.get(), name.begin(), length);
-    if (far != nullptr)
+    std::memcpy(isFar ? far.get() : entry.m_chars, name.begin(), length);
+    if (isFar)
         entry.m_far = far.release();
     return &entry;
 }
@@ -127,7 +133,7 @@ void NameTable::MakeRoom(size_t n)
     size_t capacity = s_fewestSlots;
     while ((used + n) * 2 > capacity || (used + 1) * 3 > capacity)
         capacity *= 2;
-    std::vector<Slot> slots(capacity);
+    HeldVector<Slot> slots(capacity);
     m_entries.MakeRoomToGive(m_size - used);
     FreeUnused();
     slots.swap(m_slots);
@@ -153,7 +159,7 @@ void NameTable::FreeUnused()
             continue;
         NameEntry& entry = m_entries[slot.m_index];
         if (entry.m_length > sizeof entry.m_chars)
-            delete[] entry.m_far;
+            FreeFarName(entry.m_far, entry.m_length);
         m_entries.Give(slot.m_index);
     }
 }
@@ -179,7 +185,7 @@ LSVariable* NameTable::FindOwn(const VarFrame* frame, SubString name, uint64 has
 LSVariable* NameTable::FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name,
                                           uint64 hash, const char* pos)
 {
-    if (s_started)
+    if (IsCountingLookups())
         return frame->Find(name, pos);
     NameBinding* const binding = entry == nullptr ? nullptr : Nearest(frame, *entry);
     const int64 owner = binding == nullptr ? 0 : binding->m_number;

@@ -18,8 +18,9 @@
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
 #include "tlMacroExpander/src/Frames/Pool.h"
+#include "tlMacroExpander/src/Run/Statistics.h"
+#include "tlUtils/HeldContainers.h"
 #include <memory>
-#include <vector>
 
 namespace telv
 {
@@ -98,10 +99,15 @@ public:
     /// it (`FindUnknown`).
     TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash) const;
 
+    /// False when no name at all is bound or provided.
+    bool BindsAny() const
+    {
+        return m_size != 0 || m_imports != nullptr || m_importers.m_newest != nullptr || s_started;
+    }
     /// False only for names that no frame of the tree binds and no import provides. Needs no hash.
     bool MayBeBound(SubString name) const
     {
-        if (m_imports != nullptr || m_importers.m_newest != nullptr || s_started)
+        if (m_imports != nullptr || m_importers.m_newest != nullptr || IsCountingLookups())
             return true;
         const uint32 mark = MarkOf(name);
         return (m_marks[mark / 64] >> (mark % 64) & 1) != 0;
@@ -124,7 +130,7 @@ public:
     LSVariable* Find(VarFrame* frame, NameEntry& entry, const char* pos)
     {
         const NameBinding* const binding = Nearest(frame, entry);
-        if (s_started || m_importers.m_newest != nullptr) [[unlikely]]
+        if (IsCountingLookups() || m_importers.m_newest != nullptr) [[unlikely]]
             return FindAboveImporters(frame, &entry, entry.Name(), entry.m_hash, pos);
         if (binding != nullptr)
             return binding->m_var;
@@ -141,7 +147,7 @@ public:
     /// The same for a name that has no entry.
     LSVariable* FindUnknown(VarFrame* frame, SubString name, uint64 hash, const char* pos)
     {
-        if (m_imports == nullptr && m_importers.m_newest == nullptr && !s_started) [[likely]]
+        if (m_imports == nullptr && m_importers.m_newest == nullptr && !IsCountingLookups()) [[likely]]
             return nullptr;
         return FindAboveImporters(frame, nullptr, name, hash, pos);
     }
@@ -262,7 +268,7 @@ private:
     static constexpr uint32 s_marks = 2048;
 
     uint64 m_marks[s_marks / 64] = {}; ///< Of the names that have entries.
-    std::vector<Slot> m_slots; ///< Open addressing, a power of two.
+    HeldVector<Slot> m_slots; ///< Open addressing, a power of two.
     size_t m_size = 0;
     IndexedPool<NameEntry> m_entries;
     Pool<NameBinding> m_bindings;

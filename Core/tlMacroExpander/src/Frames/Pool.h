@@ -2,8 +2,9 @@
 // of it is freed with the pool.
 #pragma once
 
-#include "tlUtils/IntTypes.h"
+#include "tlUtils/HeldContainers.h"
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -20,6 +21,15 @@ class Pool
                   std::is_trivially_destructible_v<T>);
 
 public:
+    Pool() = default;
+    ~Pool()
+    {
+        for (size_t i = 0; i < m_chunks.size(); ++i)
+            ReleaseMemory(static_cast<ssize_t>(SizeOfChunk(i) * sizeof(Cell)));
+    }
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+
     T* Take()
     {
         MakeRoom();
@@ -46,11 +56,13 @@ private:
     static constexpr size_t s_first = 8;
     static constexpr size_t s_most = 512;
 
+    static size_t SizeOfChunk(size_t index) { return index == 0 ? s_first : s_most; }
+
     void Grow()
     {
-        const size_t n = m_chunks.empty() ? s_first : s_most;
+        const size_t n = SizeOfChunk(m_chunks.size());
         m_chunks.reserve(m_chunks.size() + 1);
-        m_chunks.push_back(std::make_unique<Cell[]>(n));
+        m_chunks.push_back(MakeHeldArray<Cell>(n));
         for (size_t i = n; i-- > 0;)
         {
             m_chunks.back()[i].m_next = m_free;
@@ -67,6 +79,11 @@ template <class T>
 class IndexedPool
 {
 public:
+    IndexedPool() = default;
+    ~IndexedPool() { ReleaseMemory(s_bytesOfChunk * static_cast<ssize_t>(m_chunks.size())); }
+    IndexedPool(const IndexedPool&) = delete;
+    IndexedPool& operator=(const IndexedPool&) = delete;
+
     T& operator[](uint32 index) const { return m_chunks[index / s_chunk][index % s_chunk]; }
 
     uint32 Take()
@@ -78,7 +95,7 @@ public:
             return index;
         }
         if (m_next % s_chunk == 0 || m_chunks.empty())
-            m_chunks.push_back(std::make_unique<T[]>(s_chunk));
+            AddChunk();
         return m_next++;
     }
     /// After this the next `n` calls of `Give` do not allocate.
@@ -99,9 +116,16 @@ public:
 
 private:
     static constexpr uint32 s_chunk = 16;
+    static constexpr ssize_t s_bytesOfChunk = s_chunk * sizeof(T);
+
+    void AddChunk()
+    {
+        m_chunks.reserve(m_chunks.size() + 1);
+        m_chunks.push_back(MakeHeldArray<T>(s_chunk));
+    }
 
     std::vector<std::unique_ptr<T[]>> m_chunks;
-    std::vector<uint32> m_free;
+    HeldVector<uint32> m_free;
     uint32 m_next = 1;
 };
 
@@ -112,12 +136,11 @@ public:
     BlockPool() = default;
     ~BlockPool()
     {
-        for (Block* block : m_free)
-            while (block != nullptr)
+        for (size_t kind = 0; kind < std::size(m_free); ++kind)
+            while (Block* const block = m_free[kind])
             {
-                Block* const next = block->m_next;
-                ::operator delete(block);
-                block = next;
+                m_free[kind] = block->m_next;
+                Free(block, kind);
             }
     }
     BlockPool(const BlockPool&) = delete;
@@ -128,7 +151,7 @@ public:
     {
         Block*& free = m_free[Kind(size)];
         if (free == nullptr)
-            return ::operator new((Kind(size) + 1) * s_step);
+            return HeldAllocator<char>().allocate((Kind(size) + 1) * s_step);
         Block* const block = free;
         free = block->m_next;
         return block;
@@ -136,8 +159,7 @@ public:
     void Give(void* memory, size_t size) noexcept
     {
 #if defined(TELV_ADDRESS_SANITIZER)
-        static_cast<void>(size);
-        ::operator delete(memory);
+        Free(memory, Kind(size));
 #else
         Block*& free = m_free[Kind(size)];
         free = new (memory) Block{free};
@@ -156,6 +178,10 @@ private:
     static constexpr size_t Kind(size_t size)
     {
         return (size - 1) / s_step;
+    }
+    static void Free(void* block, size_t kind) noexcept
+    {
+        HeldAllocator<char>().deallocate(static_cast<char*>(block), (kind + 1) * s_step);
     }
 
     Block* m_free[s_largest / s_step] = {};

@@ -15,7 +15,7 @@ bool s_started = false;
 
 void SetStarted()
 {
-    s_started = true;
+    __atomic_store_n(&s_started, true, __ATOMIC_RELAXED);
 }
 
 LSVariableList::~LSVariableList()
@@ -48,8 +48,8 @@ void LSVariableList::AddBound(LSVariable* v, NameEntry& entry)
 LSVariable* LSVariableList::Find(SubString name)
 {
     TELV_ASSERT(!name.empty());
-    if (s_started)
-        ++s_count;
+    if (IsCountingLookups())
+        CountLookup();
     return m_map.Lookup(name);
 }
 
@@ -95,7 +95,7 @@ VarFrame::~VarFrame()
 LSVariable* VarFrame::Find(SubString name, const char* pos)
 {
     TELV_ASSERT(!name.empty());
-    if (s_started)
+    if (IsCountingLookups())
         return FindByWalking(name, pos);
     return FrameTree::Names(*this).Find(this, name, HashName(name), pos);
 }
@@ -113,7 +113,7 @@ LSVariable* VarFrame::FindByWalking(SubString name, const char* pos)
 LSVariable* VarFrame::Find2(SubString name)
 {
     TELV_ASSERT(!name.empty());
-    if (!s_started)
+    if (!IsCountingLookups())
         return FrameTree::Names(*this).FindBound(this, name, HashName(name));
     for (VarFrame* frame = this; frame != nullptr; frame = frame->m_parent)
     {
@@ -131,7 +131,7 @@ LSVariable* VarFrame::FindLocal(SubString name, const char* pos)
         return nullptr;
     const uint64 hash = HashName(name);
     NameTable& names = FrameTree::Names(*this);
-    if (s_started || !FrameTree::IsRoot(this))
+    if (IsCountingLookups() || !FrameTree::IsRoot(this))
         return ImportQuery(name, hash, pos).FindImported(this);
     return names.Imports()->Find(names.Lookup(name, hash), name, hash, pos);
 }

@@ -4,8 +4,8 @@
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
+#include "tlUtils/HeldContainers.h"
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 
 namespace telv
@@ -87,7 +87,7 @@ private:
 
     const MpfwParser& m_parser;
     ImportTree* m_previous;
-    std::unordered_set<const MpfwSourceFile*> m_files;
+    HeldHashSet<const MpfwSourceFile*> m_files;
 };
 
 thread_local constinit MpfwParser::ImportTree* MpfwParser::ImportTree::t_current = nullptr;

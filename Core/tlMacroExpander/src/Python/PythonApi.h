@@ -14,15 +14,18 @@
 // clang-format off
 #define TELV_PYTHON_SYMBOLS(X)                                                                      \
     X(PyArg_ParseTuple)             X(PyCFunction_NewEx)            X(PyCode_Type)                  \
-    X(PyErr_Clear)                  X(PyErr_Display)                X(PyErr_Fetch)                  \
-    X(PyErr_NoMemory)               X(PyErr_NormalizeException)     X(PyErr_SetString)              \
-    X(PyEval_EvalCode)              X(PyExc_TypeError)              X(PyFloat_AsDouble)             \
-    X(PyFloat_Type)                 X(PyImport_AddModule)           X(PyImport_ImportModule)        \
-    X(PyInt_AsLong)                 X(PyInterpreterState_ThreadHead)X(PyList_GetItem)               \
+    X(PyDict_New)                   X(PyDict_Next)                  X(PyDict_SetItem)               \
+    X(PyDict_Size)                  X(PyErr_Clear)                  X(PyErr_Display)                \
+    X(PyErr_Fetch)                  X(PyErr_NoMemory)               X(PyErr_NormalizeException)     \
+    X(PyErr_Occurred)               X(PyErr_SetString)              X(PyEval_EvalCode)              \
+    X(PyExc_TypeError)              X(PyFloat_AsDouble)             X(PyFloat_Type)                 \
+    X(PyImport_AddModule)           X(PyImport_ImportModule)        X(PyInt_AsLong)                 \
+    X(PyInt_FromLong)               X(PyInterpreterState_ThreadHead)X(PyList_GetItem)               \
     X(PyList_Insert)                X(PyList_SetSlice)              X(PyList_Size)                  \
     X(PyModule_AddObject)           X(PyModule_GetDict)             X(PyModule_New)                 \
-    X(PyObject_CallFunctionObjArgs) X(PyObject_SetAttrString)       X(PyRun_StringFlags)            \
-    X(PyString_AsStringAndSize)     X(PyString_FromStringAndSize)   X(PySys_GetObject)              \
+    X(PyObject_CallFunctionObjArgs) X(PyObject_CallObject)          X(PyObject_GetAttrString)       \
+    X(PyObject_SetAttrString)       X(PyRun_StringFlags)            X(PyString_AsStringAndSize)     \
+    X(PyString_FromStringAndSize)   X(PyString_InternFromString)    X(PySys_GetObject)              \
     X(PySys_SetObject)              X(PyThreadState_Clear)          X(PyThreadState_Delete)         \
     X(PyThreadState_Get)            X(PyThreadState_New)            X(PyThreadState_Next)           \
     X(PyThreadState_Swap)           X(PyThread_set_stacksize)       X(PyTuple_GetItem)              \

@@ -7,6 +7,7 @@
 
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Python/PythonApi.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include <unordered_set>
 #include <vector>
@@ -17,8 +18,13 @@ namespace telv
 namespace
 {
 
-[[noreturn]] void ThrowNotConvertible(const char* errorPos)
+[[noreturn]] void ThrowNotConvertible(PyObject* p, const char* errorPos)
 {
+    if (PyList_Check(p))
+        NoteHint({"the list holds itself"});
+    else
+        NoteHint({"the value is of type '", Py_TYPE(p)->tp_name,
+                  "'; an int, a float, a str or a list of these is wanted, such as str(...)"});
     throw LexScannerException("Can't convert python result", errorPos);
 }
 
@@ -55,7 +61,7 @@ private:
         else if (PyList_Check(p))
             BeginList(p);
         else
-            ThrowNotConvertible(m_errorPos);
+            ThrowNotConvertible(p, m_errorPos);
     }
 
     void WriteBytes(PyObject* p)
@@ -69,7 +75,7 @@ private:
     void BeginList(PyObject* p)
     {
         if (!m_inProgress.insert(p).second)
-            ThrowNotConvertible(m_errorPos);
+            ThrowNotConvertible(p, m_errorPos);
         m_lists.push_back({p, 0});
         m_os << '[';
     }

@@ -1,6 +1,7 @@
 // Composing errors and their context lines.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <cstring>
 
@@ -76,11 +77,32 @@ void ThrowAt(const char* pos, std::initializer_list<SubString> parts)
     throw LexScannerException(SwallowedErrors::AreExpected() ? xstring() : Join(parts), pos);
 }
 
+bool IsSwallowed(const LexScannerException& e)
+{
+    return SwallowedErrors::AreExpected() && dynamic_cast<const ExpansionLimitException*>(&e) == nullptr;
+}
+
 bool TakesContext(const LexScannerException& e)
 {
     const auto* const limit = dynamic_cast<const ExpansionLimitException*>(&e);
     return limit == nullptr ? !SwallowedErrors::AreExpected()
                             : limit->m_contextLines < s_mostLinesOfLimit;
+}
+
+/// A line that there is no memory for is left out, and so are those further out.
+static void AppendToLimit(ExpansionLimitException& e, std::initializer_list<SubString> parts)
+{
+    const ssize_t size = e.m_description.size();
+    try
+    {
+        Append(e.m_description, parts);
+        ++e.m_contextLines;
+    }
+    catch (const MemoryLimitReached&)
+    {
+        e.m_description.resize(size);
+        e.m_contextLines = s_mostLinesOfLimit;
+    }
 }
 
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts)
@@ -89,8 +111,9 @@ void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> pa
     if (!TakesContext(e))
         return;
     if (auto* const limit = dynamic_cast<ExpansionLimitException*>(&e))
-        ++limit->m_contextLines;
-    Append(e.m_description, parts);
+        AppendToLimit(*limit, parts);
+    else
+        Append(e.m_description, parts);
 }
 
 void AddExpressionErrorContext(LexScannerException& e, const char* bracket, const char* pos,

@@ -20,6 +20,9 @@ SubString TokenText(const LSToken& token);
 /// Throws the concatenation of `parts` at `pos`.
 [[noreturn]] void ThrowAt(const char* pos, std::initializer_list<SubString> parts);
 
+/// Whether nobody will hear of `e`. Running out of something is never swallowed.
+bool IsSwallowed(const LexScannerException& e);
+
 /// Whether another line of context would be kept. Composing one that would not is wasted.
 bool TakesContext(const LexScannerException& e);
 

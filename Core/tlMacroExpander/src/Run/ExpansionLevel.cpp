@@ -11,6 +11,8 @@ void ExpansionLevel::NoteFailure() noexcept
 {
     if (!m_errorHasPosition && m_state.m_failurePos == nullptr)
         m_state.m_failurePos = m_state.ResolvePosition(Position());
+    if (!m_state.m_lostText.empty() && m_state.m_lostText.contains(m_text.end()))
+        m_state.m_isTextLost = true;
 }
 
 void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e) noexcept
@@ -79,6 +81,16 @@ void ExpansionLevel::CheckSize(ssize_t size)
     const ExpansionRun* const run = RunState::CurrentRun();
     if (run != nullptr && size > run->m_limits.m_maxOutput)
         ThrowOutputTooLarge(nullptr);
+}
+
+void ExpansionLevel::CountPrinted(ExpansionRun* run, ssize_t size, const char* pos)
+{
+    if (run == nullptr)
+        return;
+    ssize_t& printed = RunState::Of(*run).m_printed;
+    if (size > run->m_limits.m_maxOutput - printed)
+        ThrowOutputTooLarge(pos);
+    printed += size;
 }
 
 void ExpansionLevel::ForgetErrors() noexcept

@@ -9,6 +9,8 @@
 #include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
+#include "tlMacroExpander/src/Run/Statistics.h"
+#include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include <memory>
 #include <utility>
@@ -100,25 +102,26 @@ public:
     bool IsObserved() const { return (m_pieces & PIECES_OBSERVED) != 0; }
     const ExpansionLimits& Limits() const { return m_limits; }
 
-    /// False where every write is to be checked, or every look-up counted.
+    /// False where every write is to be checked, every look-up counted, or every token looked at.
     bool AllowsFastPaths() const
     {
-        return m_limits.m_maxOutput == ExpansionLimits::s_none && !s_started &&
-               m_state.m_depth < m_limits.m_maxDepth;
+        return m_limits.m_maxOutput == ExpansionLimits::s_none && !IsCountingLookups() &&
+               m_state.m_depth < m_limits.m_maxDepth && !Warns(s_watchingWarnings);
     }
+
+    /// The expansion around this one, or null.
+    const ExpansionLevel* Outer() const { return m_outer; }
+
+    /// The round of the loop that is the current directive; 0 outside of loops.
+    ssize_t Round() const { return m_round; }
+    void SetRound(ssize_t round) { m_round = round; }
 
     /// What is known of the text, or null.
     ScannedText* Scanned() const { return m_scanned; }
     unsigned FirstItem() const { return m_first; }
     /// The item that is being expanded; null while the text is read as if for the first time.
     ScanItem* Item() const { return m_item; }
-    /// Begins with an item, of whose cuts none has been used yet.
-    void Enter(ScanItem* item)
-    {
-        m_item = item;
-        m_usedCuts = 0;
-    }
-    size_t& UsedCuts() { return m_usedCuts; }
+    void Enter(ScanItem* item) { m_item = item; }
 
     /// The current directive or name, or the start of the text before the first.
     const char* Position() const { return m_position == nullptr ? m_text.begin() : m_position; }
@@ -171,6 +174,10 @@ public:
     ///     a position.
     static void CheckSize(ssize_t size);
 
+    /// Counts text that is about to be printed in `run`, which may be null.
+    /// @throws ExpansionLimitException  It is more than the run allows, in all; at `pos`.
+    static void CountPrinted(ExpansionRun* run, ssize_t size, const char* pos);
+
     /// To be called where an error has been swallowed.
     static void ForgetErrors() noexcept;
 
@@ -193,7 +200,7 @@ private:
     ScannedText* m_scanned;
     const char* m_noCommentEnd = nullptr; ///< Behind this no comment ends in the text.
     ScanItem* m_item = nullptr;
-    size_t m_usedCuts = 0;
+    ssize_t m_round = 0;
     unsigned m_first;
     bool m_isOfApplication;
     EPieces m_pieces;

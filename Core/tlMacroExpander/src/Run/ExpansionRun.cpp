@@ -4,6 +4,9 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Watch.h"
+#include "tlUtils/HeldMemory.h"
+#include <string_view>
 #include <utility>
 
 namespace telv
@@ -14,6 +17,8 @@ thread_local constinit ExpansionRun* detail::t_currentRun = nullptr;
 ExpansionRun::ExpansionRun() : m_state(std::make_unique<RunState>()) {}
 ExpansionRun::~ExpansionRun() = default;
 
+RunState::RunState() = default;
+
 ExpansionRun* ExpansionRun::Current() noexcept
 {
     return detail::t_currentRun;
@@ -22,11 +27,36 @@ ExpansionRun* ExpansionRun::Current() noexcept
 ExpansionRunScope::ExpansionRunScope(ExpansionRun& run) noexcept
     : m_previous(std::exchange(detail::t_currentRun, &run))
 {
+    RunState::Of(run).Install();
 }
 
 ExpansionRunScope::~ExpansionRunScope()
 {
+    RunState::Of(*detail::t_currentRun).Uninstall();
     detail::t_currentRun = m_previous;
+}
+
+void RunState::HoldToEnd(ssize_t bytes)
+{
+    HoldMemory(bytes);
+    m_heldToEnd += BlockSize(bytes);
+}
+
+RunState::~RunState()
+{
+    ThreadMemory().m_bytes -= m_heldToEnd;
+}
+
+void RunState::Install() noexcept
+{
+    if (m_scopes++ == 0)
+        m_heldBefore = ThreadMemory().m_bytes - m_held;
+}
+
+void RunState::Uninstall() noexcept
+{
+    if (--m_scopes == 0)
+        m_held = ThreadMemory().m_bytes - m_heldBefore;
 }
 
 void ExpansionRun::AddSource(const LSSourceFile& file)
@@ -96,10 +126,13 @@ const std::vector<const char*>& ExpansionRun::ImportPlaces() const
     return m_state->m_importPlaces;
 }
 
+const char* ExpansionRun::OpenedAt(const char* errorPos) const
+{
+    return errorPos == m_state->m_neverClosed ? m_state->m_openedAt : nullptr;
+}
+
 void RunState::NoteCall(CallPlace::EKind kind, SubString name, const char* pos, ssize_t round)
 {
-    if (m_errorsAreSwallowed)
-        return;
     if (static_cast<ssize_t>(m_callPlaces.size()) < ExpansionRun::s_mostCallPlaces)
         m_callPlaces.push_back(CallPlace{kind, xstring(name), ResolvePosition(pos), round});
     else

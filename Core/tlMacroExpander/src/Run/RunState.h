@@ -5,6 +5,7 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include <map>
+#include <set>
 #include <vector>
 
 namespace telv
@@ -13,12 +14,14 @@ namespace telv
 class BracketCache;
 class ExpansionLevel;
 class ExpansionObserver;
+class Watch;
 
 /// The private half of an ExpansionRun.
 class RunState
 {
 public:
-    RunState() = default;
+    RunState();
+    ~RunState();
     RunState(const RunState&) = delete;
     RunState& operator=(const RunState&) = delete;
 
@@ -74,6 +77,13 @@ public:
     /// Called from destructors: room was made when the text was.
     void NoteDeath(const TextOrigin& text) noexcept;
 
+    /// A scope begins and ends in which the run is that of the thread.
+    void Install() noexcept;
+    void Uninstall() noexcept;
+
+    /// Counts memory that is not given back before the run has ended.
+    void HoldToEnd(ssize_t bytes);
+
     /// To be called when no error is passing any more.
     void ForgetErrors() noexcept
     {
@@ -83,6 +93,10 @@ public:
         m_callPlaces.clear();
         m_moreCallPlaces = 0;
         m_importPlaces.clear();
+        m_overdraft = 0;
+        m_hint.clear();
+        m_isTextLost = false;
+        m_openedAt = m_neverClosed = nullptr;
     }
 
     /// An error passes the invocation of a macro, or a round of a loop, at `pos`.
@@ -94,17 +108,31 @@ public:
     ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
     ssize_t m_depth = 0;               ///< Expansions inside one another.
     ssize_t m_steps = 0;
+    ssize_t m_printed = 0;              ///< Bytes.
+    bool m_printsTooMuch = false;       ///< Python code has.
+    int m_scopes = 0;                   ///< That have installed the run.
+    ssize_t m_held = 0;                 ///< Bytes, while none has.
+    ssize_t m_heldToEnd = 0;            ///< Of that, what nobody else gives back.
+    ssize_t m_heldBefore = 0;           ///< By others of the thread, while one has.
+    ssize_t m_overdraft = 0;            ///< What the passing error may take beyond the limit.
     const char* m_failurePos = nullptr; ///< See ExpansionRun::FailurePosition.
-    std::vector<DeadText> m_deadTexts;
+    xstring m_hint;                     ///< See ExpansionRun::Hint; empty for none.
+    const char* m_openedAt = nullptr;   ///< What `m_neverClosed`, an error, found without an end.
+    const char* m_neverClosed = nullptr;
+    /// Characters that the ends of blocks have taken away; see Scan/LostText.h.
+    HeldSet<const char*> m_lostText;
+    bool m_isTextLost = false; ///< A text whose last character is one of these had an error.
+    HeldVector<DeadText> m_deadTexts;
     std::vector<CallPlace> m_callPlaces; ///< See ExpansionRun, as the next two.
     ssize_t m_moreCallPlaces = 0;
     std::vector<const char*> m_importPlaces;
     ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
     bool m_errorsAreSwallowed = false; ///< See SwallowedErrors.
-    std::vector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
+    HeldVector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
     std::shared_ptr<LiveTexts> m_liveTexts;                  ///< Null while none was made.
-    std::map<const char*, KnownText> m_knownTexts;           ///< By where they begin.
-    std::map<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
+    HeldMap<const char*, KnownText> m_knownTexts;           ///< By where they begin.
+    std::unique_ptr<Watch> m_watch; ///< What has been seen for warnings; null while nothing was.
+    HeldMap<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.
 };
 
 namespace detail

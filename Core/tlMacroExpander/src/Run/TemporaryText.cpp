@@ -32,7 +32,7 @@ const char* TextOrigin::NearestAlive() const
 }
 
 TemporaryText::TemporaryText(xstring& text, SubString origin)
-    : m_text(text), m_origin(std::make_shared<TextOrigin>())
+    : m_text(text), m_origin(MakeHeldShared<TextOrigin>())
 {
     m_origin->m_begin = Text().begin();
     m_origin->m_end = Text().end();
@@ -46,7 +46,7 @@ TemporaryText::TemporaryText(xstring& text, SubString origin)
     if (state == nullptr) // a member of an expander that an application calls by itself
         return;
     if (state->m_liveTexts == nullptr)
-        state->m_liveTexts = std::make_shared<LiveTexts>();
+        state->m_liveTexts = MakeHeldShared<LiveTexts>();
     m_liveTexts = state->m_liveTexts;
     if (state->m_deadTexts.capacity() <= m_liveTexts->size())
         state->m_deadTexts.reserve(m_liveTexts->size() * 2 + 1);
@@ -71,7 +71,7 @@ TemporaryText::~TemporaryText()
 }
 
 TextScope::TextScope(xstring& text, SubString origin)
-    : m_text(std::make_shared<TemporaryText>(text, origin))
+    : m_text(MakeHeldShared<TemporaryText>(text, origin))
 {
 }
 

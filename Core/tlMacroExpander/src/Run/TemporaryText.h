@@ -7,8 +7,8 @@
 #pragma once
 
 #include "tlMacroExpander/src/Run/TextMemory.h"
+#include "tlUtils/HeldContainers.h"
 #include <exception>
-#include <map>
 #include <memory>
 
 namespace telv
@@ -33,7 +33,7 @@ public:
 };
 
 /// The texts of a run that are alive, by where they begin.
-using LiveTexts = std::map<const char*, TextOrigin*>;
+using LiveTexts = HeldMap<const char*, TextOrigin*>;
 
 /// The characters, counted by those who view them.
 class TemporaryText : public std::enable_shared_from_this<TemporaryText>

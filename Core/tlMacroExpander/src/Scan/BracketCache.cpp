@@ -46,7 +46,7 @@ uint64 BracketCache::MakeKey(const char* behindOpen, EToken close) const
     return ((offset + 1) << 2) | static_cast<uint64>(BracketNumber(close));
 }
 
-TELV_WRAPS size_t BracketCache::SlotOf(uint64 key, const std::vector<Entry>& table) const
+TELV_WRAPS size_t BracketCache::SlotOf(uint64 key, const HeldVector<Entry>& table) const
 {
     const size_t mask = table.size() - 1;
     size_t slot = static_cast<size_t>((key * 0x9e3779b97f4a7c15u) >> 32) & mask;
@@ -77,7 +77,7 @@ bool BracketCache::Grow()
         return true;
     if (m_table.size() == s_maximumSlots)
         return false;
-    std::vector<Entry> larger(m_table.empty() ? s_initialSlots : m_table.size() * 2);
+    HeldVector<Entry> larger(m_table.empty() ? s_initialSlots : m_table.size() * 2);
     for (const Entry& entry : m_table)
     {
         if (entry.m_key != 0)

@@ -10,7 +10,7 @@
 #pragma once
 
 #include "tlMacroExpander/src/LSToken.h"
-#include <vector>
+#include "tlUtils/HeldContainers.h"
 
 namespace telv
 {
@@ -26,7 +26,7 @@ struct MatchingBracket
 /// The matching brackets known of one text, whose owner also owns the cache; the text must not
 /// change. A lookup is constant time; memory is about 40 bytes for each pair that is recorded, and
 /// bounded. Allocates nothing until something is recorded.
-class TLEXPANDER_API BracketCache
+class TLEXPANDER_API BracketCache : public HeldObject
 {
 public:
     static constexpr ssize_t s_minimumSpan = 256; ///< Characters between brackets worth recording.
@@ -55,17 +55,17 @@ private:
     };
 
     uint64 MakeKey(const char* behindOpen, EToken close) const;
-    size_t SlotOf(uint64 key, const std::vector<Entry>& table) const;
+    size_t SlotOf(uint64 key, const HeldVector<Entry>& table) const;
     bool Grow();
 
     /// Records a pair unless it is so short that scanning again costs less, or the table is full.
     void Record(const char* behindOpen, EToken close, const MatchingBracket& found);
 
     SubString m_text;
-    std::vector<Entry> m_table; ///< Open addressing; its size is 0 or a power of two.
+    HeldVector<Entry> m_table; ///< Open addressing; its size is 0 or a power of two.
     ssize_t m_count = 0;
     const char* m_furthest = nullptr; ///< Behind the last bracket in the text that is recorded.
-    std::vector<const char*> m_open;  ///< Of the scan in progress: behind each open nested bracket.
+    HeldVector<const char*> m_open;  ///< Of the scan in progress: behind each open nested bracket.
 };
 
 /// The cache of the text that is being expanded, or null.

@@ -4,6 +4,7 @@
 // complete, or before it throws: errors stand at the character that is not the expected one.
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Scan/CommentEnd.h"
+#include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include <cstring>
 
 namespace telv
@@ -98,6 +99,7 @@ void ScanBlockCommentBody(SubString& s)
     }
     NoteWithoutCommentEnd(body);
     s.m_p1 = s.m_p2;
+    NoteOpened(body.begin() - 2, s.begin());
     throw LexScannerException("Met EOS in middle of /* ... */ comment", s);
 }
 
@@ -168,6 +170,7 @@ bool LsScanLiteralString(SubString& s, char quote, const char* description)
         if (c == quote)
             return true;
     }
+    NoteOpened(start, s.begin());
     ThrowInString(s, "EOS", description, start);
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/QuietText.h"
 #include "tlUtils/BasicSubString.h"
 
 namespace telv
@@ -43,17 +44,30 @@ inline const char* SkipPlainPlus(const char* p, const char* end)
     return p + 2;
 }
 
+/// Behind the tokens at `p` that can't matter where no name is bound. The name of which a part is
+/// quiet only is not passed over.
+inline const char* SkipQuietTokens(const char* p, const char* end)
+{
+    const char* behind = SkipQuietText(p, end);
+    while (behind != end && behind != p && IsNameCharacter(behind[-1]))
+        --behind;
+    return behind;
+}
+
 /// Where the first token of `s` begins that has to be looked at, or the end of `s`. What lies before
 /// it are whole tokens, comments and white space.
 ///
+/// @param anyName    Whether any name can matter at all.
 /// @param mayMatter  Asked for each name, which it gets as a SubString; false to pass over it.
 template <class MayMatter>
-const char* SkipPlainStretch(SubString s, const MayMatter& mayMatter)
+const char* SkipPlainStretch(SubString s, bool anyName, const MayMatter& mayMatter)
 {
     const char* p = s.begin();
     const char* const end = s.end();
     while (p < end)
     {
+        if (!anyName && (p = SkipQuietTokens(p, end)) == end)
+            break;
         const char* const start = p;
         switch (ClassOf(*p))
         {

@@ -3,6 +3,7 @@
 // The first character behind the blanks decides between the forms: a line feed means that the
 // bracket stands on a line of its own.
 #include "tlMacroExpander/src/Scan/BracketCache.h"
+#include "tlMacroExpander/src/Scan/LostText.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 
 namespace telv
@@ -100,6 +101,8 @@ const char* FindEndOfLines(const char* first, const char* close)
         --end;
     if (*end == '\n' && end > first && end[-1] == '\r')
         --end;
+    else if (*end != '\n' && end > first)
+        NoteLostText(end, close);
     return end;
 }
 

@@ -4,6 +4,7 @@
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
+#include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include <cstring>
 
 namespace telv
@@ -150,10 +151,14 @@ SubString ScanBrackettedSection(SubString& s, bool readOpen, EToken open, EToken
             ThrowNotOpened(open, token);
     }
     SubString section(s);
+    const char* const opened = s.begin() - 1; // the bracket has just been read
     ScanWhiteSpace(section);
     MatchingBracket found;
     if (!SkipToMatchingBracket(s, open, close, found, CurrentBracketCache()))
+    {
+        NoteOpened(opened, s.begin());
         throw LexScannerException("Met EOS while reading bracketted section", s);
+    }
     section.m_p2 = found.m_lastEnd < section.m_p1 ? section.m_p1 : found.m_lastEnd;
     return section;
 }

@@ -8,9 +8,9 @@
 #include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/LevelText.h"
+#include "tlUtils/HeldContainers.h"
 #include <functional>
 #include <memory>
-#include <vector>
 
 namespace telv
 {
@@ -21,15 +21,20 @@ class MacroExpander;
 using PlannedAction = std::function<void(MacroExpander&)>;
 
 /// Belongs to an item of a scanned text and views that text.
-class Plan
+class Plan : public HeldObject
 {
 public:
     PlannedAction m_action;        ///< Of a directive.
-    std::vector<LevelText> m_args; ///< Of a call.
+    HeldVector<LevelText> m_args;  ///< Of a call.
     bool m_keepsBlanks = false;    ///< Blanks before the directive are written.
     const char* m_limit = nullptr; ///< Where the text was taken to end,
     const char* m_behind = nullptr; ///< and where it goes on.
-    std::vector<std::unique_ptr<ExpressionProgram>> m_programs; ///< Of the expressions in it.
+    HeldVector<std::unique_ptr<ExpressionProgram>> m_programs; ///< Of the expressions in it.
+
+private:
+    static constexpr ssize_t s_sizeOfAction = 256;
+
+    MemoryHold m_hold{s_sizeOfAction};
 };
 
 /// A block as it was cut out, with the columns of its indentation.

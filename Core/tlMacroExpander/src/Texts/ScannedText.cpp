@@ -15,7 +15,9 @@ ScanItem::ScanItem(ScanItem&&) noexcept = default;
 
 CountedRef<ScannedText> ScannedText::Make(SubString text)
 {
-    if (!FastPaths::IsOn(FastPaths::SCANNED_TEXTS) || text.size() > s_longest)
+    constexpr ssize_t mostPerCharacter = 256; // when most of them are items with plans
+    if (!FastPaths::IsOn(FastPaths::SCANNED_TEXTS) || text.size() > s_longest ||
+        !ThreadMemory().HasRoom(text.size() * mostPerCharacter))
         return CountedRef<ScannedText>();
     return CountedRef<ScannedText>(new ScannedText(text));
 }

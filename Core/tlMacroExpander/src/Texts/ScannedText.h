@@ -3,9 +3,8 @@
 // Bodies of macros and blocks of loops are expanded again and again. The second time, the text is
 // read once more and what counts is written down; from then on the expander goes from item to item,
 // and all between two that matter is copied. Names are kept as entries of the name table, so that a
-// word which nobody binds costs one look. What a directive or a call cut out of the text behind it
-// (sections, blocks, arguments) is remembered with its item: cutting depends on nothing but the
-// characters.
+// word which nobody binds costs one look. What a directive or a call asks for is read once and kept
+// with its item (Plan.h).
 //
 // The items are those of one pass over the whole text. An expansion of a part of it (a block, an
 // argument) meets the same tokens, provided that the part begins and ends between two of them; where
@@ -18,6 +17,7 @@
 #include "tlMacroExpander/src/Run/LevelText.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Texts/Counted.h"
+#include "tlUtils/HeldContainers.h"
 #include <memory>
 #include <vector>
 
@@ -25,31 +25,6 @@ namespace telv
 {
 
 class Plan;
-
-/// What can be cut out of a text.
-enum ECut : uint8
-{
-    CUT_TOKEN,
-    CUT_SECTION,
-    CUT_BLOCK,
-    CUT_ROUND_BLOCK,
-    CUT_ARGUMENT
-};
-
-/// Something that was cut out, and where the text goes on behind it.
-struct Cut
-{
-    ECut m_kind;
-    EToken m_close;       ///< Of a section or an argument.
-    bool m_isScanned;     ///< `m_first` is known, and the part ends between two tokens.
-    uint32 m_first;       ///< The first item in it.
-    const char* m_begin;  ///< Where cutting began,
-    const char* m_limit;  ///< in a text that ended here.
-    const char* m_behind; ///< Where it ended.
-    SubString m_text;
-    ssize_t m_indent;
-    LSToken m_token; ///< The token, or the one that ended an argument.
-};
 
 enum EScanItem : uint8
 {
@@ -73,7 +48,6 @@ struct ScanItem
     uint32 m_resumedIndex = 0; ///< and the item there; 0: not known.
     NameEntry* m_name = nullptr;
     std::unique_ptr<Plan> m_plan; ///< Of a directive or a call.
-    std::unique_ptr<std::vector<Cut>> m_cuts;
     bool m_isPlanned = false; ///< A plan has been made, or there is none.
 
     ScanItem();
@@ -83,7 +57,7 @@ struct ScanItem
 
 /// Views the text, which must neither move nor change; what is read after the text has died are
 /// addresses only.
-class ScannedText : public Counted
+class ScannedText : public Counted, public HeldObject
 {
 public:
     /// Longer texts are not worth what the items take.
@@ -154,8 +128,8 @@ private:
     void ResolveNamesAnew(NameTable& table);
 
     SubString m_text;
-    std::vector<ScanItem> m_items;
-    std::vector<Span> m_solid; ///< Strings and comments.
+    HeldVector<ScanItem> m_items;
+    HeldVector<Span> m_solid; ///< Strings and comments.
     HeldNames m_names; ///< Of the items that are names, in order.
     size_t m_nameCount = 0;
     bool m_isLenient = RunState::IsLenient();

@@ -32,6 +32,13 @@ OwningMacroVariable* AsOwning(LSMacroVariable& macroVar)
     return const_cast<OwningMacroVariable*>(AsOwning(std::as_const(macroVar)));
 }
 
+/// A value that owns nothing but itself.
+class PlainValueVariable final : public LSValueVariable, public HeldObject
+{
+public:
+    using LSValueVariable::LSValueVariable;
+};
+
 /// A variable in the memory of the tree of `frame`; in its own when that is null.
 template <class T, class... Args>
 std::unique_ptr<T> MakeFor(const VarFrame* frame, const Args&... args)
@@ -79,7 +86,7 @@ std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString n
                                                    TemporaryText* nameOwner, const VarFrame* frame)
 {
     if (nameOwner == nullptr && frame == nullptr)
-        return std::make_unique<LSValueVariable>(type, name, SubString());
+        return std::make_unique<PlainValueVariable>(type, name, SubString());
     auto owning = MakeFor<OwningValueVariable>(frame, type, name, SubString());
     owning->m_nameOwner = Share(nameOwner);
     return owning;

@@ -18,7 +18,7 @@ namespace telv
 class TemporaryText;
 
 /// What some macros have.
-struct MacroExtras
+struct MacroExtras : HeldObject
 {
     std::shared_ptr<TemporaryText> m_nameOwner; ///< Null when the application owns the text.
     std::shared_ptr<TemporaryText> m_bodyOwner; ///< Keeps alive `m_owner` of the macro; or null.

@@ -13,7 +13,10 @@ namespace telv
 class Recyclable
 {
 public:
-    static void* operator new(size_t size) { return Mark(::operator new(size + s_mark), nullptr); }
+    static void* operator new(size_t size)
+    {
+        return Mark(HeldAllocator<char>().allocate(size + s_mark), nullptr);
+    }
     static void* operator new(size_t size, BlockPool& pool)
     {
         return Mark(pool.Take(size + s_mark), &pool);
@@ -24,7 +27,7 @@ public:
         if (BlockPool* const pool = *static_cast<BlockPool**>(block))
             pool->Give(block, size + s_mark);
         else
-            ::operator delete(block);
+            HeldAllocator<char>().deallocate(static_cast<char*>(block), size + s_mark);
     }
     /// For a constructor that throws.
     static void operator delete(void* thing, BlockPool&) noexcept

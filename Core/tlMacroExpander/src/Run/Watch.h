@@ -1,0 +1,66 @@
+// Warnings: what has been seen while expanding, and how one reaches the application.
+//
+// A kind that is off costs one look at the run where its text is met anyway. Kinds that have to
+// look at tokens have no such place: while one of them is on, texts are read token by token
+// (ExpansionLevel::AllowsFastPaths).
+#pragma once
+
+#include "tlMacroExpander/src/Run/RunState.h"
+#include <initializer_list>
+#include <set>
+#include <utility>
+
+namespace telv
+{
+
+/// Kinds that have to look at each token.
+constexpr unsigned s_watchingWarnings =
+    WARN_UNKNOWN_NAME | WARN_HIDDEN_NAME | WARN_UNUSED | WARN_TABS;
+
+/// Whether the run of this thread warns of one of `kinds`.
+inline bool Warns(unsigned kinds) noexcept
+{
+    const ExpansionRun* const run = RunState::CurrentRun();
+    return run != nullptr && (run->m_warnings & kinds) != 0;
+}
+
+/// Warns at `pos`, unless that place has had a warning of this kind, or the text around it is
+/// wanted to be wrong.
+void Warn(EWarning kind, const char* pos, std::initializer_list<SubString> text);
+
+/// What a run has seen.
+class Watch
+{
+public:
+    struct Definition
+    {
+        SubString m_name;
+        SubString m_body; ///< Empty for a variable.
+        bool m_isMacro;
+    };
+
+    /// Of the current run, which must be there.
+    static Watch& Current();
+
+    /// Whether this is the first warning of its kind at this place.
+    bool IsFirst(EWarning kind, const char* pos) { return m_warned.emplace(kind, pos).second; }
+    /// A definition whose name stands in the application's text.
+    void NoteDefinition(const Definition& definition)
+    {
+        m_definitions.emplace(definition.m_name.begin(), definition);
+    }
+    /// The variable that was defined by the name `definition` is used.
+    void NoteUse(SubString definition) { m_used.insert(definition.begin()); }
+    bool IsUsed(SubString definition) const { return m_used.contains(definition.begin()); }
+    /// By where their names stand.
+    const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
+    /// Where the names of what was used stand.
+    const std::set<const char*>& Used() const { return m_used; }
+
+private:
+    std::set<std::pair<EWarning, const char*>> m_warned;
+    std::map<const char*, Definition> m_definitions;
+    std::set<const char*> m_used;
+};
+
+} // namespace telv

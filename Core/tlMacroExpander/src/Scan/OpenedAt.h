@@ -1,0 +1,10 @@
+// Tells where what is never closed was opened, when an error at the end of the text is thrown.
+#pragma once
+
+namespace telv
+{
+
+/// What begins at `opened` has no end; the error is thrown at `errorPos`.
+void NoteOpened(const char* opened, const char* errorPos);
+
+} // namespace telv

@@ -1,0 +1,1 @@
+const f = async (...a) => ({ ...a, [k]: v ?? w?.x });

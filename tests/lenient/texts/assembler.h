@@ -1,0 +1,1 @@
+__asm__("mov %0, %%eax\n\t" : "=r"(x) :: "memory"); // don't

@@ -1,0 +1,4 @@
+// it's
+/** don't
+ * stop */
+x /* y

@@ -1,0 +1,5 @@
+#define A \
+    b \
+    c
+// one \
+two

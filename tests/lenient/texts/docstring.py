@@ -1,0 +1,9 @@
+"""A module.
+
+It's long.
+"""
+
+
+def f():
+    """One line."""
+    return 1

@@ -1,0 +1,1 @@
+print(f"{a!r:>{width}} it's {b['key']}")

@@ -1,0 +1,4 @@
+cat <<'EOF'
+it's "here
+EOF
+echo $((1 + 2)) >&2

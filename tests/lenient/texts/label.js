@@ -1,0 +1,1 @@
+outer: for (;;) { if (!--n) break outer; x ||= y; z **= 2; }

@@ -1,0 +1,4 @@
+import re
+P = re.compile(r"\d+\.\w")
+Q = r'\s'
+R = rb"\x"

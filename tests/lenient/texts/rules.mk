@@ -1,0 +1,2 @@
+all:
+	$(CC) -o $(OUT) $<; echo 'it'"'"'s'

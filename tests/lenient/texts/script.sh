@@ -1,0 +1,3 @@
+#!/bin/sh
+for f in dir/*; do echo "it's $f" '$x' `date` ${f%.*}; done
+case $1 in a) b;; esac

@@ -1,0 +1,3 @@
+const t = `first
+it's "second
+`;

@@ -1,0 +1,2 @@
+while (n := f.read(10)) != b'':
+    print(n, end="")
