@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a program several times, one after the other, and prints for each run what the kernel
 // counted:
 //

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs the works with tlexpand, the floor programs and the peers, and prints one table.
 
     bench/run.py                                 all works, all installed peers

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Makes a C++ source of the page's files: raw strings of whole lines, as long as
 # every compiler takes them.
 #

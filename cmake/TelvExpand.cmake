@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Functions that expand texts while a project is built. They come with find_package(tlMacroExpander),
 # and with add_subdirectory and FetchContent of this project.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts where. Two components: `runtime` has the shared libraries and the tool;
 # `development` has headers, archives, a CMake package (find_package(tlMacroExpander)), pkg-config
 # files and the build rules. All files find each other by their places: the tree may be moved.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The manual page and the completions of shells, made from what the tool's --help prints: in
 # ${PROJECT_BINARY_DIR}/manual, at each build of the tool. Without Python 3 there are none.
 find_package(Python3 COMPONENTS Interpreter)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds the headers of Python 2.7. The library itself is loaded at run time and never linked; the
 # build only tells tlMacroExpander where it was seen. Looked at, in this order: TELV_PYTHON_ROOT, an
 # installation of pyenv, what scripts/setup unpacked into build/python2, the system. Without headers

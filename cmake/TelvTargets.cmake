@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Functions that give a target what every target of this project has. Nothing here is a global flag:
 # a target that wants the project's warnings and checks says so with one call.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sections, arguments and blocks of any bytes, read behind every bracket and line feed of the text:
 // views lie inside it, start before they end, and are those of a plain reference that scans token
 // by token. Brackets that are looked up give what scanning for them gives.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole expansions. Sections of the input that a record separator (0x1e) parts are files: the first
 // is expanded, the others can be imported as "1", "2" and so on.
 //

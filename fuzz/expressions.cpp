@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Expressions: each entry point gives the same twice, a plain parser with one function per level
 // agrees with the one under test, brackets around an expression change nothing, and what is thrown
 // has a message of the language.

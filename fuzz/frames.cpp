@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random operations on frames, each answered by the library and by a model that walks frames,
 // imports and parents literally, without an index. Dollar macros are looked up and substituted too.
 #include "Checks.h"

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // The tool's own readers of bytes: command lines (arguments end with a NUL), values of options, and
 // what shows text: JSON strings, excerpts, UTF-8.
 #include "options/Options.h"
 #include "Checks.h"
-#include "report/Excerpt.h"
-#include "output/JsonText.h"
-#include "options/OptionValues.h"
 #include "Utf8.h"
+#include "options/OptionValues.h"
+#include "output/JsonText.h"
+#include "report/Excerpt.h"
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -70,9 +71,8 @@ std::vector<std::string> SplitArguments(const ExactText& text)
 
 void CheckCommon(const CommonOptions& options)
 {
-    for (const ssize_t limit :
-         {options.m_limits.m_maxDepth, options.m_limits.m_maxSteps, options.m_limits.m_maxOutput,
-          options.m_limits.m_maxMemory})
+    for (const ssize_t limit : {options.m_limits.m_maxDepth, options.m_limits.m_maxSteps,
+                                options.m_limits.m_maxOutput, options.m_limits.m_maxMemory})
         FUZZ_REQUIRE(limit >= 0);
     for (const Definition& definition : options.m_definitions)
         FUZZ_REQUIRE((definition.m_kind == Definition::EKind::Text) == definition.m_name.empty());
@@ -114,7 +114,8 @@ void CheckCommandLines(const ExactText& text)
                      {
                          const ProjectOptions options = ParseProjectOptions(argc, argv);
                          CheckCommon(options);
-                         FUZZ_REQUIRE(!options.m_file.empty() || options.m_help || options.m_version);
+                         FUZZ_REQUIRE(!options.m_file.empty() || options.m_help ||
+                                      options.m_version);
                      });
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Project files: sections of the input that a record separator (0x1e) parts are the files "0", "1"
 // and so on of a folder, read from "0" on. Reading twice gives the same; expansions are tiled by
 // their pieces; errors lie in a file or in its expansion.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tokens tile the text: between them lies white space and nothing else, each one scans alone to
 // itself, and leaving out comments changes nothing but the comments.
 #include "Checks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of tokens, literals of values, conversions and the text helpers: each against its inverse
 // or a plain reference.
 #include "Checks.h"

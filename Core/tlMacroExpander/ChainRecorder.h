@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way to each piece of an output: through which macros, arguments and loops it came.
 //
 // A recorder observes a run (ExpansionObserver.h) and notes the steps behind the pieces of one

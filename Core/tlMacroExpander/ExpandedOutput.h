@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output of an expansion and its map back to the source.
 //
 // All text that an expansion produces goes through one ExpandedOutput. It inserts the destination

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // Watching an expansion: what an application is told while its texts are expanded.
 //
 // A trace, a profile, a debugger or a map from the output to the calls behind it derive from
 // ExpansionObserver and override what they care about. A run borrows one observer
-// (ExpansionRun::SetObserver); an ExpansionObserverGroup is one that stands for several. While nobody
-// observes nothing of this costs anything; with an observer texts are read token by token, with the
-// same result.
+// (ExpansionRun::SetObserver); an ExpansionObserverGroup is one that stands for several. While
+// nobody observes nothing of this costs anything; with an observer texts are read token by token,
+// with the same result.
 //
 // What begins also ends, when an error passes too, and ends in reverse order. Everything that an
 // event refers to is valid until the operation returns, except where it says more. Positions lie in

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one run of an application needs beyond the expansion itself: limits for text that is not
 // trusted, whether Python may run, which file a position belongs to, and where text that was made
 // while expanding came from.
@@ -28,12 +29,12 @@ struct TLEXPANDER_API ExpansionLimits
 {
     static constexpr ssize_t s_none = std::numeric_limits<ssize_t>::max();
 
-    ssize_t m_maxDepth = s_none;  ///< Expansions inside one another, the outermost one included.
-    ssize_t m_maxSteps = s_none;  ///< Expansions, invocations and loop rounds, in all.
+    ssize_t m_maxDepth = s_none; ///< Expansions inside one another, the outermost one included.
+    ssize_t m_maxSteps = s_none; ///< Expansions, invocations and loop rounds, in all.
     /// Bytes of any one output, of intermediate strings too, and of all that is printed.
     ssize_t m_maxOutput = s_none;
-    /// Bytes that the run holds: texts, values, tables, pieces, descriptions of errors, and what its
-    /// thread makes besides with this library's strings. Not what Python code takes.
+    /// Bytes that the run holds: texts, values, tables, pieces, descriptions of errors, and what
+    /// its thread makes besides with this library's strings. Not what Python code takes.
     ssize_t m_maxMemory = s_none;
 };
 
@@ -92,8 +93,8 @@ public:
     /// it throws ends the expansion. Empty: nobody is warned.
     std::function<void(const ExpansionWarning&)> m_warningSink;
 
-    /// With false, outputs that the run's expansions write to record no pieces: their `size()` is 0,
-    /// and what is copied goes out in long stretches.
+    /// With false, outputs that the run's expansions write to record no pieces: their `size()` is
+    /// 0, and what is copied goes out in long stretches.
     bool m_recordPieces = true;
 
     /// Sets who is told what the run's expansions do (ExpansionObserver.h); borrowed. Null, as at

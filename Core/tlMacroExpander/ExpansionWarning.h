@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a run can warn of: text that is right, but probably not what was meant.
 #pragma once
 

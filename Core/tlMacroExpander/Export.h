@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Marks what libtlMacroExpander exports; everything else is hidden.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A set of frames in six words.
 //
 // The members stand in a hash table, so that many imports do not move each other about; an array in

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The typed value of the macro language, its conversions and its operators.
 //
 // Every expression yields an LSLiteral, and whoever wants a C++ value out of one asks for a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Variables: what a source text defines by name, macros and typed values.
 //
 // A variable views its name, and a macro its formal names and its body, in the text in which it was

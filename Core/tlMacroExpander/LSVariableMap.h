@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The visible variables of a list by name: what an ordered map would offer, in six words.
 //
 // The variables stand in the table of names of the tree of frames that the list belongs to

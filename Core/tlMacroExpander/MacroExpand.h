@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry points of the expansion, and the interface through which it reaches other files.
 //
 // What a caller should know, and docs/library.md shows with whole programs:
@@ -52,8 +53,9 @@ protected:
 /// Expands the macro text `str` and appends the result to `output`.
 ///
 /// Several threads may expand at the same time, each with frames, outputs and a run of its own. All
-/// Python code of the process shares one interpreter: it runs one thread at a time, the others wait.
-/// What texts print goes to `ExpansionRun::m_printStream`, else to `xcout`, which threads share.
+/// Python code of the process shares one interpreter: it runs one thread at a time, the others
+/// wait. What texts print goes to `ExpansionRun::m_printStream`, else to `xcout`, which threads
+/// share.
 ///
 /// Text that is neither a directive nor the name of a variable visible in `vf` is copied as it
 /// stands (dollar macros inside double quotes are replaced); its indentation moves from `srcIndent`
@@ -97,8 +99,7 @@ template <class Text, class Output,
           class = std::enable_if_t<std::is_same_v<std::remove_const_t<Text>, xstring>>>
 void MacroExpand(ImportHandler* ih, VarFrame* vf, Text&& str, ssize_t srcIndent, ssize_t dstIndent,
                  Output& output) = delete;
-template <class Text,
-          class = std::enable_if_t<std::is_same_v<std::remove_const_t<Text>, xstring>>>
+template <class Text, class = std::enable_if_t<std::is_same_v<std::remove_const_t<Text>, xstring>>>
 void MacroExpand(ImportHandler* ih, VarFrame* vf, Text&& str, ssize_t srcIndent, ssize_t dstIndent,
                  xstring& output, OutputPieces& pieces) = delete;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames: where names are found.
 //
 // A source file has a file-scope frame; blocks and invocations push child frames. A look-up tries a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Everything that applications use, in one include. MacroExpand.h says how a text is expanded,
 // VarFrame.h where names are found, ExpansionRun.h what else a run may set.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one instantiation of the view, shared by both libraries.
 #include "tlUtils/BasicSubString.h"
 

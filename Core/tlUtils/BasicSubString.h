@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Half-open views into text that is owned elsewhere: the currency of both libraries.
 //
 // A view is two pointers, copied by value. Scanners take one by reference and consume it from the

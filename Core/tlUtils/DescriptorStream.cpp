@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text to a file descriptor. Small pieces are collected; text that fills the buffer by itself goes
 // out without being copied. Interrupted and short writes are continued, and a descriptor that
 // would block is waited for.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Marks what libtlUtils exports; everything else is hidden.
 #pragma once
 

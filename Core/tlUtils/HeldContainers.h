@@ -1,5 +1,7 @@
-// The containers of the standard library, and single objects, with their memory counted as what a run
-// holds (HeldMemory.h). Whatever grows with a text is kept in these or in this library's arrays.
+// SPDX-License-Identifier: MIT
+// The containers of the standard library, and single objects, with their memory counted as what a
+// run holds (HeldMemory.h). Whatever grows with a text is kept in these or in this library's
+// arrays.
 #pragma once
 
 #include "tlUtils/HeldMemory.h"
@@ -104,10 +106,7 @@ std::shared_ptr<T> MakeHeldShared(Args&&... args)
 class HeldObject
 {
 public:
-    static void* operator new(size_t size)
-    {
-        return HeldAllocator<char>().allocate(size);
-    }
+    static void* operator new(size_t size) { return HeldAllocator<char>().allocate(size); }
     static void operator delete(void* object, size_t size) noexcept
     {
         HeldAllocator<char>().deallocate(static_cast<char*>(object), size);

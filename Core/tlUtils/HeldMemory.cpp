@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sum of a thread. A block counts with what the allocator adds to it.
 #include "tlUtils/HeldMemory.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How much memory the texts, tables and variables of a thread hold, and how much they may.
 //
 // Growable arrays, pools and tables of both libraries say what they take and give back. The sum is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The assertion error as text.
 #include "tlUtils/IException.h"
 #include "tlUtils/xostream.h"

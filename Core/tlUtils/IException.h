@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The interface of every exception of the libraries, and the one for broken assumptions.
 #pragma once
 

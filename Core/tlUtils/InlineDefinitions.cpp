@@ -1,4 +1,6 @@
-// Exported definitions of small operations that the headers inline, for those who call them by name.
+// SPDX-License-Identifier: MIT
+// Exported definitions of small operations that the headers inline, for those who call them by
+// name.
 //
 // A compiler emits an inline function where something refers to it that it does not inline: this
 // file is compiled without optimisation and refers to each of them once.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The integer and character types that the interfaces are written in.
 #pragma once
 

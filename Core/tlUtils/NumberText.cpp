@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The standard library finds the shortest digits that read back to the same double; it gives them
 // in scientific form, "-d.ddde+XX", from which plain notation is laid out here. A plain exponent
 // is at most 15, so the longest text is a sign, "0.000" and 17 digits, or "-d.(16 digits)e-308".

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decimal text of numbers without an allocation, for streams and for strings.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pages are made when the first character for them arrives, so the last page always holds at
 // least one, and an unused stream allocates nothing.
 #define TELV_SOURCE_PATH "Core/tlUtils/PagedBuffer"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text collected in pages of equal size: appending never moves what is there.
 #pragma once
 

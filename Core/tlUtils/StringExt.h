@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text helpers. This header brings the whole text foundation with it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Moving a block of lines to another indentation: once through the lines to find what they have in
 // common, once to write them. A tab that reaches beyond the common indentation leaves spaces for
 // the columns that remain of it, so the lines keep their places relative to each other.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Single characters: escapes, digits, and characters as error messages show them.
 #include "tlUtils/StringExt.h"
 

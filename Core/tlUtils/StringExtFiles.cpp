@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading whole files. The size that the system tells is a hint only: pipes and the files of
 // virtual file systems have none, so reading ends where the text ends.
 #include "tlUtils/StringExt.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Characters and texts as C-style literals. Both kinds of literals escape the backslash, control
 // characters and their own quote; everything else, UTF-8 included, stays as it is.
 #include "tlUtils/StringExt.h"

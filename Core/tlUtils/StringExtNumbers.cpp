@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers to text and digits to numbers. Values are built in unsigned types, where wrapping around
 // is defined, and converted at the end.
 #define TELV_SOURCE_PATH "Core/tlUtils/StringExt"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths as text; the file system is not asked.
 //
 // Both functions go through a path component by component. Normalising writes the result over the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scanning of white space, identifiers, digits and indentation. Each class of characters is a
 // table of 256 entries, so a scan is one load and one test per character.
 #include "tlUtils/StringExt.h"

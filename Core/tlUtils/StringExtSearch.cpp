@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comparing, counting lines and replacing. The byte loops are those of the C library.
 #include "tlUtils/StringExt.h"
 #include <algorithm>

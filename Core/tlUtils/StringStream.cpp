@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The in-memory stream: an xostream on its own paged buffer.
 #include "tlUtils/StringStream.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An xostream that collects its text in memory.
 #pragma once
 

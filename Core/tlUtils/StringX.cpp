@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An owned copy is a plain byte array whose start is the start of the view, so nothing but the
 // capacity has to be kept. It has at least one byte: a copy of an empty text still has an address.
 #include "tlUtils/StringX.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A string that either borrows a view or owns a copy.
 #pragma once
 

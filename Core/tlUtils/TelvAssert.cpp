@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Composes the text of a failed assertion. Uses the standard string only: assertions of the text
 // types themselves end here.
 #include "tlUtils/TelvAssert.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal assertions. A broken assumption of the library is reported as an exception that names
 // the condition and the area of the source, so that a tool can still say where it happened.
 #pragma once

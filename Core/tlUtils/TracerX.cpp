@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Emits a trace in one write where the descriptor takes it, so that traces of several processes
 // do not mix within a line.
 #include "tlUtils/TracerX.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace stream: what is written to it goes to standard error when it ends.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte storage on malloc and realloc: large arrays then grow without a copy.
 #define TELV_SOURCE_PATH "Core/tlUtils/xvector"
 

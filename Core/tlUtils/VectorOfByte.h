@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The byte storage under every growable array.
 #pragma once
 

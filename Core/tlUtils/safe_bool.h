@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base of types that can be tested but not compared as a boolean.
 #pragma once
 

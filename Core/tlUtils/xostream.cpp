@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Indentation and numbers of text streams, and the standard output.
 //
 // Where a line starts is known from the character written last, so a stream that is not indented

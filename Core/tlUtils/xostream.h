@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text output with indentation.
 //
 // An xostream is a thin front: a pointer to an IndentingStream, which inserts the indentation and

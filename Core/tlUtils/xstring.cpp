@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one instantiation of the string and of the array under it, and the order of strings.
 #include "tlUtils/xstring.h"
 #include "tlUtils/StringExt.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The owning, growable string. It is not kept NUL-terminated and may hold any bytes.
 #pragma once
 
@@ -138,8 +139,7 @@ inline bool operator!=(std::string_view a, const xstring& b)
 
 /// As for the view. Include <ostream>.
 template <class Traits>
-std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os,
-                                             const xstring& s)
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os, const xstring& s)
 {
     return os << SubString(s);
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Growable arrays whose elements stand in the bytes of a VectorOfByte.
 //
 // Elements that are trivially copyable move with the bytes; others (strings) are moved one by one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the floor programs share. A floor program does the least that makes the output of one work
 // from its input: it knows that work and nothing else. The time of tlexpand is compared with it.
 //

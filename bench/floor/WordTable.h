@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Definitions by name, and the text in which they are replaced: what several floor programs do.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replaces calls of the two macros of the work "calls", whose bodies it knows, arguments that are
 // calls themselves included.
 #include "Floor.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts; every third number is written divided by three.
 #include "Floor.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the definitions at the beginning and replaces their names in the rest. The floor of the
 // works "macros", "definitions" and "start".
 #include "WordTable.h"

@@ -1,2 +1,3 @@
+// SPDX-License-Identifier: MIT
 // An empty program: what it costs to start one.
 int main() {}

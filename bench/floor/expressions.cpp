@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calculates in each round what the input's expressions say.
 #include "Floor.h"
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a line for each element of the list.
 #include "Floor.h"
 

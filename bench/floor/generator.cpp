@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes the three tables of each type; it knows what a row of each looks like.
 #include "Floor.h"
 #include <initializer_list>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the imported files' definitions and replaces their names in the rest of the main file.
 #include "WordTable.h"
 #include <string>

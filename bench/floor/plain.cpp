@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Copies a text while it looks at every byte for the places where something could begin: a word, a
 // quote, a comment or an '@'. No word is defined, so none is looked up.
 #include "Floor.h"

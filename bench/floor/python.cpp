@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The values of n * n % 97.
 #include "Floor.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts down as often as the input asks for.
 #include "Floor.h"
 

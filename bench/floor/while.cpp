@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a line for each number.
 #include "Floor.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A family is a function from n to a text. The text is expanded with its pieces; an error at its
 // end is part of the program.
 #include "Families.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Families of programs: each makes, for a size n, a program whose expansion should take time and
 // memory in proportion to n.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ladders of imports: two frames on each rung, each importing both of the rung below. There are 2^n
 // ways from the top to the bottom.
 #include "Families.h"

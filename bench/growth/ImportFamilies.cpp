@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Many files, imported by one that then uses their names, asks for names that they do not have, or
 // does so after each import.
 #include "Families.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Measures one piece of work in a process of its own: its time, and how much memory it took at its
 // peak. The work runs on a thread with a large stack, of which only what is touched counts.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prints how time and memory grow: each family of programs at n, 2n and 4n, with the exponents
 // between the first and the last. 1 is growth in proportion, 2 is quadratic. The report never
 // fails; what lies above 1.15 is marked.

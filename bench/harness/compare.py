@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compares outputs. They must be byte-identical, but for what a tool is known to change (tools.py)."""
 import filecmp
 import functools

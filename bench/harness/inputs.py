@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Makes the inputs of the works, each in a folder of its own, once for a scale."""
 import hashlib
 import shutil

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs one tool on one work and keeps what its runs cost."""
 import os
 import signal

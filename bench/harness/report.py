@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Prints the results: a row for each work and tlexpand, then all peers."""
 from harness.table import against, megabytes, number, print_table, seconds
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The tables that are printed, as aligned Markdown."""
 
 

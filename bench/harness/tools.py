@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The tools that are compared: what each reads and how it is started.
 
 In a command, {in} is the work's input of the tool's kind, {out} the file that it writes (without one

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Deterministic words and C++-like text.
 
 Everything comes from one generator of numbers, so the inputs are the same on each machine and with

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What a work is: inputs that a generator makes, and the tools that can do it.
 
 A work writes its inputs into a folder of its own: `input.tl` for tlexpand and the floor program, and

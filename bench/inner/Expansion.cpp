@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One small expansion: a text of 1 KB with ten calls, as a program that generates messages or code
 // piece by piece does it. Beside it, what it costs to scan the text alone, and the same with the
 // pieces of the map.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Evaluating an expression whose names are replaced already, and the same through @( ) with them.
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/VarFrame.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looking a name up: where it is visible, how deep the frames are nested, how many files are
 // imported, and a word that is no name at all, as most words are.
 #include "tlMacroExpander/LSVariable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The scanner over C++ text in which nothing is to be replaced, in bytes per second: token by token
 // as blocks and expressions are read, and as the main loop passes through text.
 #include "tlMacroExpander/MacroExpand.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The works of the benchmark, in the order of the table."""
 from .plain import Plain
 from .macros import Macros

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """300,000 calls with three arguments that the body uses twice each, nested two deep: half of them in
 the body of another macro, half in an argument."""
 from harness.words import Words

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Counting with @while, @let, @if and @( )."""
 from harness.work import MB, Work, put, put_javascript, scaled
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """100,000 definitions, each used once, in another order."""
 from harness.words import Words
 from harness.work import MB, Work, input_size, put_macros, scaled

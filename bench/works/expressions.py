@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """1,000,000 expressions: every operator and function, and strings; forty in each round of a loop."""
 from harness.work import MB, Work, put, put_javascript, scaled
 

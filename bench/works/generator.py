@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A code generator: three tables of 250 types, each with a row for each of 500 members."""
 from harness.words import Words
 from harness.work import MB, Work, put, put_data, put_javascript, scaled

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A file that imports 1,000 files with ten definitions each and uses every definition once."""
 from pathlib import Path
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """One loop over 1,000,000 elements, as @for over a list and as @while."""
 from harness.words import Words
 from harness.work import Work, input_size, put, put_data, put_javascript, scaled

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """C++-like text in which every fifth identifier is one of 1,000 macros."""
 from harness.words import Words, replace_every
 from harness.work import Work, input_size, put_macros, scaled

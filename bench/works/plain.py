@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """C++-like text without directives and defined names: nothing is replaced."""
 from harness.words import Words
 from harness.work import M4_NO_QUOTES, MB, Work, input_size, put, put_same, scaled

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A macro of @defpython called 100,000 times."""
 from harness.work import Work, put, put_javascript, scaled
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A macro with a typed argument that calls itself 2,000 deep, 100 times."""
 from harness.work import MB, Work, put, put_javascript, scaled
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """100,000 rows of ten columns, read from CSV and written by a template."""
 from harness.words import Words
 from harness.work import Work, put, scaled

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A file of 1 KB with a few definitions: what it costs to start."""
 from harness.words import Words
 from harness.work import MB, Work, put, put_javascript, put_macros

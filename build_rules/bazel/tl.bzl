@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Rules that expand texts: tl_expand makes a file, tl_library holds files to import.
 
     load("//build_rules/bazel:tl.bzl", "tl_expand", "tl_library")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every fuzz target is made of: a check that ends the program, the input in a block of exactly
 // its size (so that the address sanitizer sees each read past its end), bytes as decisions, and
 // errors in a form that can be compared between two runs.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the fuzzer of frames compares the library with: look-ups that walk frames, imports and
 // parents literally, in time that grows with the number of paths.
 #pragma once

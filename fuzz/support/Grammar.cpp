@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One function per construct; nesting is bounded by depth, and a text is short, so that the fuzzer
 // can run many of them.
 #include "Grammar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes random programs of the language: definitions, invocations, loops, conditionals, text that
 // is expanded twice, strings, errors that are expected.
 //

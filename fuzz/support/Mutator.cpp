@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Mutator.h"
 #include <algorithm>
 #include <cctype>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The custom mutator of the targets whose input is a text of the language.
 //
 // It changes a text along its structure: it inserts generated parts between lines and tokens,

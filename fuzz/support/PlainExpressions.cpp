@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PlainExpressions.h"
 #include "Checks.h"
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An expression parser written the plain way, one recursion per level of precedence and one look at
 // a table of tokens: what the library's parser, which has one loop for all levels, is compared
 // with. Operators and conversions are the library's.

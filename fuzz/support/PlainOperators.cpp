@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole numbers are calculated with twice the bits and cut off; texts are compared by the standard
 // library.
 #include "PlainOperators.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the operators of literals must give, worked out in a plain way.
 #pragma once
 

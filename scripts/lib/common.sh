@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the scripts share. Sourced, never run: it moves to the top of the tree and stops at errors.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Finds out what is missing for a preset and installs the packages for it. Something counts as there
 # when its command or file is, wherever it came from.
 

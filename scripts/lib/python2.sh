@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Python 2.7 for the build: an installation of pyenv or of the system when it has a shared library,
 # else the packages of an older release of the system, from the machine's own mirror. They come
 # through an apt directory of their own (the system's is not touched) and are only unpacked, into

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tells by its exit status whether the Python 2.7 library argv[1] starts with the home argv[2] and
 // can import what the bridge needs.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects that one side of the library's boundary makes and the other destroys, and exceptions that
 // cross it: between the library, this program and a plug-in that is loaded on its own.
 #include "tlMacroExpander/MacroExpand.h"

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 // What the shared libraries export: exactly what the linker was told to, with type information and
 // table of virtual operations where a class has one.
 //
 // Lists hold demangled names as `nm -DC` prints them. Core/LIBRARY/exports.map is the linker's;
-// `required` lists are what applications were linked against: a line goes only with the major version.
+// `required` lists are what applications were linked against: a line goes only with the major
+// version.
 #include "support/Files.h"
 #include "support/LimitedRun.h"
 #include "support/RunProgram.h"
@@ -81,7 +83,8 @@ struct ExportList
     bool Has(const std::string& name) const
     {
         return m_names.count(name) == 1 ||
-               std::any_of(m_patterns.begin(), m_patterns.end(), [&](const std::string& pattern)
+               std::any_of(m_patterns.begin(), m_patterns.end(),
+                           [&](const std::string& pattern)
                            { return fnmatch(pattern.c_str(), name.c_str(), 0) == 0; });
     }
 };
@@ -125,7 +128,8 @@ TEST(ExportedSymbolsTest, ExactlyTheListIsExported)
         for (const std::string& name : exported)
             EXPECT_TRUE(list.Has(name)) << library << " exports " << name;
         for (const std::string& name : list.m_names)
-            EXPECT_TRUE(exported.count(name) == 1 || (!TELV_HAS_PYTHON && name == "telv::TelvMethods"))
+            EXPECT_TRUE(exported.count(name) == 1 ||
+                        (!TELV_HAS_PYTHON && name == "telv::TelvMethods"))
                 << library << " lacks " << name;
     }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Brings the types of the binary interface into one file with debug information, which holds their
 // fields, bases and virtual operations: what the layout test compares with what it was.
 #include "tlMacroExpander/VarFrame.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the CMake functions say to wrong arguments, through whole configurations of a small project.
 #
 #     cmake -DSOURCE=<top of the tree> -DWORK=<folder> -P TryArguments.cmake

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Values with the characters that CMake, Ninja and the shell make something of reach the tool as they are,
 # through both functions.
 #

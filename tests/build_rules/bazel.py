@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A Bazel workspace of generated texts, and runs of Bazel that say what they did."""
 import pathlib
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Generates the trees of texts that the tests and scripts/scale expand: FILES texts, each of which
 imports one of IMPORTS libraries, and all of them a common one through those."""
 import pathlib

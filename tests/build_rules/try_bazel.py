@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The Bazel rules in Bazel's sandbox: what they make, what is made again, and that a text sees only its deps.
 
     try_bazel.py --tool TLEXPAND

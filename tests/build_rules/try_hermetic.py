@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Expands the cases of the language twice and compares the bytes of output and map: the second time under
 another locale, time zone, directory, umask and home, and with other descriptors and variables. Python is
 refused in both: what its code does is its own business.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """500 texts through Ninja, two at a time; then one import changes, and exactly the texts that read it are
 expanded again.
 

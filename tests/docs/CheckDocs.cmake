@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # telv_check_docs(NAME DOCUMENT [ARGUMENT...]) adds the test NAME: tools/dev/check-docs runs the
 # examples of DOCUMENT (from the top of the tree) with the tool, the libraries and the compiler of
 # this build, and compares what comes out with what the document says.

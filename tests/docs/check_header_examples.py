@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compiles and runs the examples in the comments of headers.
 
     check_header_examples.py SOURCES LIBRARIES COMPILER [FLAG...]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Makes the manual page and the completions from the tool's --help and uses them as a shell does.
 
     check_manual.py MAKE_MANUAL TLEXPAND

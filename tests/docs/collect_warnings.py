@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the tool with every warning on, and keeps the warnings to itself.
 
     collect_warnings.py TOOL LOG [ARGUMENT...]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Checks the data of the editors' folders against the tool.
 
     check_data.py TLEXPAND FOLDER        FOLDER: editors/

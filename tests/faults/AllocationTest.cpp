@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every allocation of the library fails in turn: the run gives the right text or std::bad_alloc,
 // frees all that it took, and the next run does not notice.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every call with which the tool reads, writes and renames files fails in turn, is cut short, or is
 // where the tool is killed. Whatever happens: each output is the earlier one or the new one, whole.
 #include "support/Files.h"

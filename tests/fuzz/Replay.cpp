@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzz target over the files of folders, once each, and names the one that breaks something.
 //
 //     replay_expand FOLDER OR FILE...

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the scripts of this folder share. Expects TELV_SOURCE, TELV_BUILD and TELV_CXX.
 set -euo pipefail
 

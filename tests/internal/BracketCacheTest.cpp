@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Matching brackets: scans with a cache give what scans without one give, and do not read twice.
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include "ScannerSupport.h"

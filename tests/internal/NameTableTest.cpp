@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of names: entries that are found again, kept and dropped; what they know of bindings
 // and imports. That look-ups by entry find the right variable is compared with a model elsewhere.
 #include "tlMacroExpander/src/Frames/NameTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Passing over quiet text: 32 characters at a time gives what one at a time gives.
 #include "tlMacroExpander/src/Scan/QuietText.h"
 #include <gtest/gtest.h>

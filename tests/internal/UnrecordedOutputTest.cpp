@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Output without pieces: the same characters, columns and sizes as with them.
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "ExpanderSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random trees of frames against a model that walks exactly as look-ups are defined: own variables,
 // then imports, then the parent. Frames come and go, sibling subtrees are alive at the same time,
 // names are defined again and again, files and blocks import each other.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Expands texts in other languages with --lenient; all must come out as they went in.
 
     check_files.py TOOL LIST FOLDER

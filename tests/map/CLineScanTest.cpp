@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where in a C text a line directive can stand.
 #include "output/CLineScan.h"
 

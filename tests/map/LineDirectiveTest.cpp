@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Line directives, judged by compilers: an error that is planted on a line of a source is reported
 // on that line.
 #include "ToolTest.h"

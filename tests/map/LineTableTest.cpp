@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Offsets, lines and columns.
 #include "map/LineTable.h"
 

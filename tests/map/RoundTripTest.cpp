@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every language case: each byte of its output leads back to a byte that is equal, or to what made
 // it.
 #include "map/MappedFiles.h"
@@ -17,9 +18,8 @@ namespace
 /// Runs the case with a map; false when it is one that fails.
 bool ExpandWithMap(const TestCase& testCase, const TempDir& temp)
 {
-    std::vector<std::string> argv{TELV_TLEXPAND_PATH, "--verify-map", "--chains",
-                                  "--map",            temp.Path("map"), "--trace",
-                                  temp.Path("trace")};
+    std::vector<std::string> argv{TELV_TLEXPAND_PATH, "--verify-map", "--chains",        "--map",
+                                  temp.Path("map"),   "--trace",      temp.Path("trace")};
     std::vector<std::string> arguments = ReadArguments(testCase);
     for (std::string& argument : arguments)
         if (argument == "{out}")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Validates maps against the schema of the map file, and sees that the schema refuses bad ones.
 
     check_schema.py SCHEMA TESTS TLEXPAND

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs with limits on steps and depth, not on the output: that one turns the fast ways off.
 #include "Expansion.h"
 #include "tlMacroExpander/ExpansionRun.h"

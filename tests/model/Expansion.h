@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One expansion of a program in one of the ways that must agree.
 #pragma once
 

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Every way that is only there for speed against the plain one: alone, and with all others.
-#include "Expansion.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
+#include "Expansion.h"
 #include <gtest/gtest.h>
 
 namespace telv::test

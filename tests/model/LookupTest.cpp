@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Look-ups in the frames of programs while they are expanded, against a walk over the lists of
 // variables: no table, no memory, as a look-up is defined.
 #include "Expansion.h"
@@ -114,9 +115,9 @@ TEST(LookupTest, FramesOfRandomPrograms)
         for (size_t i = 0; i < program.files.size(); ++i)
             for (size_t j = program.files.size() - 1; j > i; --j)
                 if ((seed >> (i + j)) % 2 == 0)
-                    program.files[i] =
-                        "@import \"" + std::to_string(j) + "\"\n" + program.files[i] + "\n@import \"" +
-                        std::to_string(j) + "\"\n";
+                    program.files[i] = "@import \"" + std::to_string(j) + "\"\n" +
+                                       program.files[i] + "\n@import \"" + std::to_string(j) +
+                                       "\"\n";
         SCOPED_TRACE(program.name);
         Expand(program, {"all", FastPaths::s_all}, &observer);
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pieces of an output against what they say about each of its characters, one by one.
 #include "Expansion.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cases come from their folder; random programs from the grammar of the fuzzers.
 #include "Programs.h"
 #include "Grammar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The programs on which ways to expand are compared: every case, and random ones.
 #pragma once
 

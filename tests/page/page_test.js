@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The page of `tlexpand explain` in a browser: pointing, clicking, the keyboard, a large output, and
 // no word on the console. Pictures go to the given folder.
 //

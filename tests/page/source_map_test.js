@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Source maps, read by the library that the tools of JavaScript use: at every piece of the output the
 // library must find the source that the tool's own map names, and the other way round.
 "use strict";

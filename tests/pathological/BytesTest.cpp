@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes, and values at the edges of their types: expanded, or an error with a place.
 #include "HostileTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts that exist only while they are expanded, and what may outlive them: definitions, bound
 // arguments, error positions, pieces of the map. A stale view is found by the address sanitizer and
 // by builds with guarded texts; here its effects are.
@@ -143,7 +144,8 @@ TEST_F(DyingTextTest, ErrorsInImportedAndGivenTextStandThere)
         Write("lib.tl", row.source);
         const ProgramResult imported = Expand("\n\n@import \"lib.tl\"");
         ExpectError(imported, "lib.tl" + place);
-        EXPECT_TRUE(imported.err.find("\nimported from main.tl(3)\n") != std::string::npos) << imported.err;
+        EXPECT_TRUE(imported.err.find("\nimported from main.tl(3)\n") != std::string::npos)
+            << imported.err;
         ExpectError(Expand("x", {"-E", row.source}), "<command line>" + place);
         ExpectText(Expand("@assertfails{" + std::string(row.source) + "}x"), "x");
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HostileTest.h"
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A test of the built tool with hostile input: a directory that must hold nothing unexpected
 // afterwards, and runs under limits that must not end by a signal.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that imports name: cycles, long chains, and what is no regular file.
 #include "HostileTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The limits for text that is not trusted, at their exact bounds: what needs N is expanded with a
 // limit of N and refused with one less, at its place, wherever the text comes from.
 #include "HostileTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a run holds under --max-memory: each way to grow ends in an error with a place, and the
 // process never takes much more than it may. The most that it took is asked of the system, so the
 // figures of builds with sanitizers say nothing; there, only the errors count.
@@ -45,26 +46,38 @@ std::string Made(const std::string& text)
 
 std::vector<Row> Rows()
 {
-    const std::string deep = "@def f(string a, int n) = {@if(n == 0){@fail(\"x\")}@else{f(@str(a), n - 1)}}\n";
+    const std::string deep =
+        "@def f(string a, int n) = {@if(n == 0){@fail(\"x\")}@else{f(@str(a), n - 1)}}\n";
     return {
         {"output", Long("s", 16) + "@while(true){s}"},
-        {"map", "@def m = {" + Repeat(",", 10'000) + "}@while(true){m}", {"--map", "/dev/null", "-o", "/dev/null"}},
+        {"map",
+         "@def m = {" + Repeat(",", 10'000) + "}@while(true){m}",
+         {"--map", "/dev/null", "-o", "/dev/null"}},
         {"value", Long("s", 60)},
         {"hidden macros", Forever(Made("@def + m = {x}"))},
-        {"hidden macros that own long texts", Long("s", 20) + "@while(true){@[@quote(@def + m = {)s@quote(})]}"},
+        {"hidden macros that own long texts",
+         Long("s", 20) + "@while(true){@[@quote(@def + m = {)s@quote(})]}"},
         {"macros of many names", Forever(Made("@def + m# = {x}")), {}, true},
         {"long names", Long("s", 12) + Forever("@[@quote(@def + )s@@@(i)@quote( = {x})]")},
         {"macros that are used", Forever(Made("@def + m# = {a @(1 + 1) b m} m# m# m#")), {}, true},
         {"dollar macros", Forever(Made("@$A# = \"\"")), {}, true},
         {"a dollar macro", "@$A=\"x\"\n" + Forever("@[@quote(@$A=\"$(A)$(A)\")]"), {}, true},
         {"descriptions", Long("s", 20) + deep + "f(@str(s), 5000)"},
-        {"descriptions of loops", Long("s", 20) + Repeat("@for(a in [s]){", 500) + "@fail(\"x\")" + Repeat("}", 500)},
-        {"descriptions of texts that are expanded twice", Long("s", 20) + Repeat("@[s ", 500) + "@fail(\"x\")" + Repeat("]", 500)},
+        {"descriptions of loops",
+         Long("s", 20) + Repeat("@for(a in [s]){", 500) + "@fail(\"x\")" + Repeat("}", 500)},
+        {"descriptions of texts that are expanded twice",
+         Long("s", 20) + Repeat("@[s ", 500) + "@fail(\"x\")" + Repeat("]", 500)},
         {"long names of imports", Long("s", 21) + "@import (@str(s))"},
         {"a list", Long("s", 21) + "@for(a in [s,s,s,s]){a}"},
-        {"frames", Long("s", 16) + "@def f(string a) = {f(@str(a))}\nf(@str(s))", {"--max-depth", "10000"}},
-        {"brackets", Long("s", 10) + "@let string t := {(}\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t)", {}, true},
-        {"a long expression", "@let string t := {1 + }\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t 1)"},
+        {"frames",
+         Long("s", 16) + "@def f(string a) = {f(@str(a))}\nf(@str(s))",
+         {"--max-depth", "10000"}},
+        {"brackets",
+         Long("s", 10) + "@let string t := {(}\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t)",
+         {},
+         true},
+        {"a long expression",
+         "@let string t := {1 + }\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t 1)"},
         {"strings in strings", Repeat("@str(", 60) + "\"" + "\"" + Repeat(")", 60)},
     };
 }
@@ -114,8 +127,8 @@ TEST_F(MemoryLimitTest, TheRecommendedLimitsBoundEveryRun)
 {
     constexpr ssize_t limit = 256;
     const std::vector<std::string> recommended = {
-        "--no-python",   "--max-depth",  "10000", "--max-steps", "10000000", "--max-output", "1G",
-        "--max-memory", "256M", "-o", "out.txt"};
+        "--no-python", "--max-depth",  "10000", "--max-steps", "10000000", "--max-output",
+        "1G",          "--max-memory", "256M",  "-o",          "out.txt"};
     Expect("out.txt");
     for (const Row& row : Rows())
     {
@@ -130,7 +143,8 @@ TEST_F(MemoryLimitTest, TheRecommendedLimitsBoundEveryRun)
 
 TEST_F(MemoryLimitTest, NothingSwallowsIt)
 {
-    const std::string text = "@assertfails{\n@assertfails{" + Forever(Made("@def + m# = {x}")) + "}}";
+    const std::string text =
+        "@assertfails{\n@assertfails{" + Forever(Made("@def + m# = {x}")) + "}}";
     ExpectError(Expand(text, {"--max-memory", "16M"}), "main.tl(");
     const ProgramResult result = Expand(text, {"--max-memory", "16M"});
     EXPECT_NE(result.err.find(" : error : Out of memory\n"), std::string::npos) << Describe(result);
@@ -147,8 +161,9 @@ TEST_F(MemoryLimitTest, ItSaysWhoCalled)
 
 TEST_F(MemoryLimitTest, WhatIsGivenBackMayBeTakenAgain)
 {
-    const std::string source = "@def f(string a, int n) = {@if(n > 0){f(@str(a@@x), n - 1)}}\n"
-                               "@let int i = {0}\n@while(i < 20000){@let i = {i + 1}f(\"abc\", 10)}ok";
+    const std::string source =
+        "@def f(string a, int n) = {@if(n > 0){f(@str(a@@x), n - 1)}}\n"
+        "@let int i = {0}\n@while(i < 20000){@let i = {i + 1}f(\"abc\", 10)}ok";
     ExpectText(Expand(source, {"--max-memory", "1M"}), "ok");
 }
 
@@ -169,7 +184,8 @@ TEST_F(MemoryLimitTest, AnInputLargerThanTheLimit)
 TEST_F(MemoryLimitTest, PrintedTextIsOutput)
 {
     const ProgramResult result =
-        Run({"--max-output", "1K", "-E", "@while(true){@print(0123456789)}", "-o", "/dev/null", "lib.tl"});
+        Run({"--max-output", "1K", "-E", "@while(true){@print(0123456789)}", "-o", "/dev/null",
+             "lib.tl"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, Repeat("0123456789", 102));
     EXPECT_EQ(result.err.rfind("<command line>(1) : error : Output too large\n", 0), 0u)
@@ -190,7 +206,8 @@ TEST_F(MemoryLimitTest, ALongDescriptionIsShownToALength)
 
 TEST_F(MemoryLimitTest, APythonResultIsMeasuredWhileItIsWritten)
 {
-    const std::string source = "@runpython{\na = ['x']\nfor i in range(40): a = [a, a]\n}\n@defpython r = {a}\nr";
+    const std::string source =
+        "@runpython{\na = ['x']\nfor i in range(40): a = [a, a]\n}\n@defpython r = {a}\nr";
     for (const char* const limit : {"--max-output", "--max-memory"})
     {
         const ProgramResult result = Expand(source, {limit, "8M"});
@@ -206,7 +223,8 @@ TEST_F(MemoryLimitTest, WhatPythonPrintsIsOutput)
                                         "  try: print '0123456789'\n  except: pass\n}\n",
                                         {"--max-output", "1K", "-o", "/dev/null"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err.rfind("main.tl(2) : error : Output too large\n", 0), 0u) << Describe(result);
+    EXPECT_EQ(result.err.rfind("main.tl(2) : error : Output too large\n", 0), 0u)
+        << Describe(result);
     EXPECT_LE(result.out.size(), 1024u);
 }
 

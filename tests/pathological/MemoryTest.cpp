@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts that grow without bounds: an error with a place when a limit was given, and one when the
 // memory itself is the limit. The address sanitizer needs the address space for itself, so what is
 // about real exhaustion is left to the other builds.

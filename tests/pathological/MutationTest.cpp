@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A sample of the language cases, spoilt in every place: cut off, with other line ends, with a byte
 // replaced. Each goes through the library in this process and gives a text or an error whose place
 // is in the text.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Outputs of every kind, in every state of the standard streams: a whole file, or the earlier one
 // and an error.
 #include "HostileTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The end of a run that used Python, and what the environment may not decide.
 #include "HostileTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python code that makes processes: only the one that started the run goes on with the expansion,
 // prints, reports and writes; and programs that the code starts find ordinary signals.
 #include "HostileTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python code that tries to end the process, to break the bridge, or to leave another process to
 // finish the run: an error or the right result.
 #include "HostileTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signals at the moments when a run can be met: while it expands, while it waits for input, while
 // its outputs are half written. It ends by the signal and leaves nothing behind.
 #include "HostileTest.h"

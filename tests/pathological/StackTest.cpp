@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nesting: whatever the stack is, a text that nests too deeply is an error, and one that nests
 // 100,000 deep is expanded by the tool.
 #include "HostileTest.h"

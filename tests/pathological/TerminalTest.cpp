@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a source can send to the terminal of someone who only wanted to see an error: nothing that
 // drives it, and nothing that makes the text look like another one.
 #include "HostileTest.h"

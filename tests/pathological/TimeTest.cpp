@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts on which a careless step would take exponential time, or all memory: they would never end.
 // How time grows below that is measured by scripts/growth.
 #include "HostileTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs expansions for a long time in one process and looks at its resident size: after the first
 // thousand it may not grow.
 //

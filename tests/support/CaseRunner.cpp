@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the language cases below tests/cases, each with the built tool and, where that makes sense,
 // with the library in this process. Cases are found when the program starts; the name of a test is
 // made from the case's path, so that --gtest_filter='*/loops_*' runs a folder.

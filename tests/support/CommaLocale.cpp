@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // localedef knows ASCII by itself, so nothing but itself has to be installed. Its status is not 0
 // when a category is left out; whether the locale works is seen when it is set.
 #include "support/CommaLocale.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A locale with a decimal comma, made for a test: few machines have one.
 #pragma once
 

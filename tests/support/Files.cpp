@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Binary streams do it all: no line end is changed and no byte is special.
 #include "support/Files.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text lies in a block of exactly its size, so that the address sanitizer sees a read past its
 // end, and the frame dies before it.
 #include "support/LibraryRun.h"

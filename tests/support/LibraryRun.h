@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a case with the library alone, in this process.
 #pragma once
 

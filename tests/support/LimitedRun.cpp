@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // fork, limits, exec. The streams are files in memory, so nothing has to be read while the program
 // runs and a program that is killed leaves what it wrote.
 #include "support/LimitedRun.h"

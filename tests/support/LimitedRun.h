@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a program under limits, with its streams in any state, and lets signals be sent to it. What
 // RunProgram does for well-behaved programs, this does for the others.
 #pragma once

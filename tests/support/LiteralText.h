@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One-line text forms of literals and errors, so that tests of values can be tables.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // posix_spawn with a pipe for each output stream, both read with poll so that neither can fill up
 // while the other is waited for. Standard input is a file in memory: nothing has to be fed.
 #include "support/RunProgram.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a program to its end and returns all that a caller of it sees: how it ended and what it
 // wrote to each of its streams.
 #pragma once
@@ -17,7 +18,7 @@ struct ProgramResult
     bool timedOut = false; ///< It was killed because it did not end.
     std::string out;       ///< Standard output.
     std::string err;       ///< Standard error.
-    long peakKibi = 0;     ///< The most memory that it had at a time, in KiB; of LimitedProgram only.
+    long peakKibi = 0; ///< The most memory that it had at a time, in KiB; of LimitedProgram only.
 };
 
 /// Where and how long a program runs.

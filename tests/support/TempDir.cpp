@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // mkdtemp below the system's directory for temporary files.
 #include "support/TempDir.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A directory of its own for the files that one test lets be written.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cases are found by walking the folder; everything else follows from names.
 #include "support/TestCase.h"
 

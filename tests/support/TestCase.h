@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A language case: a source text and, in files beside it, what expanding it must give. The files
 // and their meanings are described in tests/README.md.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line is the case's own arguments, then --map, then the name of the source. What the
 // source prints goes where the expansion does not: to standard error, or to standard output when
 // the expansion has a file.

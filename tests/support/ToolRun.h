@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a case with the built tool.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tool's streams are taken apart in the opposite way to that in which they are compared. When a
 // run fails, what was printed ends where the diagnostic begins: at the first line "PATH(N) :
 // error", or at the first warning.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rewrites the expectation of a case from what the built tool does.
 #pragma once
 

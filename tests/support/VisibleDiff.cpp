@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The common head and tail of the two texts are cut off first; between them the longest common
 // subsequence of lines decides what is kept. Where that table would get large the middle is shown
 // as it is, first all that is expected, then all that came.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Differences of two texts for people to read: line by line, with everything visible that the eye
 // would miss.
 #pragma once

@@ -1,5 +1,6 @@
-// Eight threads with frames and runs of their own. Under ThreadSanitizer (preset tsan) any access of
-// two threads to the same memory is found; elsewhere the results alone count.
+// SPDX-License-Identifier: MIT
+// Eight threads with frames and runs of their own. Under ThreadSanitizer (preset tsan) any access
+// of two threads to the same memory is found; elsewhere the results alone count.
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/VarFrame.h"
@@ -76,7 +77,8 @@ std::string Expand(const std::string& text)
     xstring output;
     try
     {
-        MacroExpand(&handler, &frame, SubString(text.data(), text.data() + text.size()), 0, 0, output);
+        MacroExpand(&handler, &frame, SubString(text.data(), text.data() + text.size()), 0, 0,
+                    output);
     }
     catch (const LexScannerException& e)
     {
@@ -111,7 +113,7 @@ std::string Fill(const char* text, int number)
 {
     std::string filled;
     for (const char* c = text; *c != '\0'; ++c)
-        filled += *c == '#'   ? std::to_string(number)
+        filled += *c == '#'                  ? std::to_string(number)
                   : *c == '@' && c[1] == ';' ? std::to_string(number + 1)
                                              : std::string(1, *c);
     return filled;

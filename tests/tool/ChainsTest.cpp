@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --chains: through which macros and loops each piece of the map came.
 #include "ToolTest.h"
 
@@ -10,8 +11,8 @@ protected:
     /// The map of main.tl from its chains on, with runs joined.
     std::string Chains(std::vector<std::string> arguments = {}) const
     {
-        arguments.insert(arguments.end(),
-                         {"--map", "map", "--map-runs", "--chains", "--verify-map", "-o", "out", "main.tl"});
+        arguments.insert(arguments.end(), {"--map", "map", "--map-runs", "--chains", "--verify-map",
+                                           "-o", "out", "main.tl"});
         Expand(arguments);
         const std::string map = Read("map");
         return map.substr(std::min(map.find(" \"chains\""), map.find(" \"pieces\"")));
@@ -22,51 +23,58 @@ TEST_F(ChainsTest, MacroOfAnImport)
 {
     Write("lib.tl", "@def pair(a) = {int a = @(1 + 1);}\n");
     Write("main.tl", "@import \"lib.tl\"\npair(x)\n");
-    EXPECT_EQ(Chains(),
-              " \"chains\":[\n"
-              "   {\"kind\":\"macro\",\"name\":\"pair\",\"source\":0,\"in\":17,\"inSize\":4,\"parent\":null},\n"
-              "   {\"kind\":\"macro\",\"name\":\"a\",\"source\":1,\"in\":20,\"inSize\":1,\"parent\":0}],\n"
-              " \"pieces\":[\n"
-              "   {\"kind\":\"source\",\"out\":0,\"size\":4,\"source\":1,\"in\":16,\"inSize\":4,\"chain\":0},\n"
-              "   {\"kind\":\"source\",\"out\":4,\"size\":1,\"source\":0,\"in\":22,\"inSize\":1,\"chain\":1},\n"
-              "   {\"kind\":\"source\",\"out\":5,\"size\":3,\"source\":1,\"in\":21,\"inSize\":3,\"chain\":0},\n"
-              "   {\"kind\":\"calculated\",\"out\":8,\"size\":1,\"source\":1,\"in\":24,\"inSize\":1,\"chain\":0},\n"
-              "   {\"kind\":\"source\",\"out\":9,\"size\":1,\"source\":1,\"in\":32,\"inSize\":1,\"chain\":0},\n"
-              "   {\"kind\":\"source\",\"out\":10,\"size\":1,\"source\":0,\"in\":24,\"inSize\":1}]}\n");
+    EXPECT_EQ(
+        Chains(),
+        " \"chains\":[\n"
+        "   {\"kind\":\"macro\",\"name\":\"pair\",\"source\":0,\"in\":17,\"inSize\":4,\"parent\":null},\n"
+        "   {\"kind\":\"macro\",\"name\":\"a\",\"source\":1,\"in\":20,\"inSize\":1,\"parent\":0}],\n"
+        " \"pieces\":[\n"
+        "   {\"kind\":\"source\",\"out\":0,\"size\":4,\"source\":1,\"in\":16,\"inSize\":4,\"chain\":0},\n"
+        "   {\"kind\":\"source\",\"out\":4,\"size\":1,\"source\":0,\"in\":22,\"inSize\":1,\"chain\":1},\n"
+        "   {\"kind\":\"source\",\"out\":5,\"size\":3,\"source\":1,\"in\":21,\"inSize\":3,\"chain\":0},\n"
+        "   {\"kind\":\"calculated\",\"out\":8,\"size\":1,\"source\":1,\"in\":24,\"inSize\":1,\"chain\":0},\n"
+        "   {\"kind\":\"source\",\"out\":9,\"size\":1,\"source\":1,\"in\":32,\"inSize\":1,\"chain\":0},\n"
+        "   {\"kind\":\"source\",\"out\":10,\"size\":1,\"source\":0,\"in\":24,\"inSize\":1}]}\n");
 }
 
 TEST_F(ChainsTest, LoopsHaveRounds)
 {
     Write("main.tl", "@let int n = {0}@while(n < 2){@let n = {n + 1}.}");
-    EXPECT_EQ(Chains(),
-              " \"chains\":[\n"
-              "   {\"kind\":\"loop\",\"name\":\"@while\",\"source\":0,\"in\":16,\"inSize\":1,\"round\":1,\"parent\":null},\n"
-              "   {\"kind\":\"loop\",\"name\":\"@while\",\"source\":0,\"in\":16,\"inSize\":1,\"round\":2,\"parent\":null}],\n"
-              " \"pieces\":[\n"
-              "   {\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":0,\"in\":46,\"inSize\":1,\"chain\":0},\n"
-              "   {\"kind\":\"source\",\"out\":1,\"size\":1,\"source\":0,\"in\":46,\"inSize\":1,\"chain\":1}]}\n");
+    EXPECT_EQ(
+        Chains(),
+        " \"chains\":[\n"
+        "   {\"kind\":\"loop\",\"name\":\"@while\",\"source\":0,\"in\":16,\"inSize\":1,\"round\":1,\"parent\":null},\n"
+        "   {\"kind\":\"loop\",\"name\":\"@while\",\"source\":0,\"in\":16,\"inSize\":1,\"round\":2,\"parent\":null}],\n"
+        " \"pieces\":[\n"
+        "   {\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":0,\"in\":46,\"inSize\":1,\"chain\":0},\n"
+        "   {\"kind\":\"source\",\"out\":1,\"size\":1,\"source\":0,\"in\":46,\"inSize\":1,\"chain\":1}]}\n");
 }
 
 TEST_F(ChainsTest, WithoutStepsThereIsNoList)
 {
     Write("main.tl", "a");
-    EXPECT_EQ(Chains(), " \"pieces\":[\n"
-                        "   {\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":0,\"in\":0,\"inSize\":1}]}\n");
+    EXPECT_EQ(
+        Chains(),
+        " \"pieces\":[\n"
+        "   {\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":0,\"in\":0,\"inSize\":1}]}\n");
 }
 
 TEST_F(ChainsTest, TextOfTheCommandLine)
 {
     Write("main.tl", "f");
     const std::string map = Chains({"-E", "@def f = {a}g", "-E", "@def g = {b}"});
-    EXPECT_EQ(map, " \"chains\":[\n"
-                   "   {\"kind\":\"macro\",\"name\":\"f\",\"source\":0,\"in\":0,\"inSize\":1,\"parent\":null}],\n"
-                   " \"pieces\":[\n"
-                   "   {\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":1,\"in\":10,\"inSize\":1,\"chain\":0}]}\n");
+    EXPECT_EQ(
+        map,
+        " \"chains\":[\n"
+        "   {\"kind\":\"macro\",\"name\":\"f\",\"source\":0,\"in\":0,\"inSize\":1,\"parent\":null}],\n"
+        " \"pieces\":[\n"
+        "   {\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":1,\"in\":10,\"inSize\":1,\"chain\":0}]}\n");
 }
 
 TEST_F(ChainsTest, WhereFollowsThem)
 {
-    Write("main.tl", "@def int twice(int n) = {2 * n}\n@for(i in [1, 2])\n{\n    i: twice(i)\n\n}\n");
+    Write("main.tl",
+          "@def int twice(int n) = {2 * n}\n@for(i in [1, 2])\n{\n    i: twice(i)\n\n}\n");
     Expand({"--map", "map", "--chains", "-o", "out", "main.tl"});
     EXPECT_EQ(Read("out"), "1: 2\n2: 4\n\n");
     EXPECT_EQ(Run({"where", "map", "out:2:4"}).out, "main.tl:4:8: calculated here\n"
@@ -82,8 +90,7 @@ TEST_F(ChainsTest, WhereFollowsThem)
 
 TEST_F(ChainsTest, NeedsAMap)
 {
-    ExpectFailure(Run({"--chains"}, "a"), 2,
-                  "tlexpand: --chains needs --map" + s_hint);
+    ExpectFailure(Run({"--chains"}, "a"), 2, "tlexpand: --chains needs --map" + s_hint);
 }
 
 } // namespace telv::test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --check: the output is compared, and nothing is written.
 #include "ToolTest.h"
 
@@ -101,9 +102,10 @@ TEST_F(CheckTest, NeedsAnOutputAndNoOther)
     ExpectFailure(Run({"--check"}, "x"), 2,
                   "tlexpand: --check needs -o: the file that is compared with the expansion" +
                       s_hint);
-    ExpectFailure(Run({"--check", "-o", "out", "--map", "map"}, "x"), 2,
-                  "tlexpand: --check writes nothing: leave out --map, --source-map, --depfile and --trace" +
-                      s_hint);
+    ExpectFailure(
+        Run({"--check", "-o", "out", "--map", "map"}, "x"), 2,
+        "tlexpand: --check writes nothing: leave out --map, --source-map, --depfile and --trace" +
+            s_hint);
 }
 
 } // namespace telv::test

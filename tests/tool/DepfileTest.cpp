@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dependency files, read by the programs that they are for.
 #include "ToolTest.h"
 

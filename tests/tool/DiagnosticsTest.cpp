@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Errors as they are shown.
 #include "ToolTest.h"
 

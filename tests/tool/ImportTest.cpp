@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Imports: where files are looked for, how often they are read, and what stays of the directives.
 #include "ToolTest.h"
 

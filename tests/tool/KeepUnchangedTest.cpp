@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --keep-unchanged: an output whose bytes would be the same is left alone.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output map.
 #include "ToolTest.h"
 
@@ -123,10 +124,11 @@ TEST_F(MapTest, DirectivesOfLinesAreCalculated)
     Expand({"--map", "map", "--map-runs", "--line-directives", "--verify-map", "-o", "out"},
            "@def x = {1}\na\nb\n");
     EXPECT_EQ(Read("out"), "#line 2 \"<stdin>\"\na\nb\n");
-    EXPECT_NE(Read("map").find(
-                  "   {\"kind\":\"calculated\",\"out\":0,\"size\":18,\"source\":0,\"in\":13,\"inSize\":1},\n"
-                  "   {\"kind\":\"source\",\"out\":18,\"size\":4,\"source\":0,\"in\":13,\"inSize\":4}]}"),
-              std::string::npos)
+    EXPECT_NE(
+        Read("map").find(
+            "   {\"kind\":\"calculated\",\"out\":0,\"size\":18,\"source\":0,\"in\":13,\"inSize\":1},\n"
+            "   {\"kind\":\"source\",\"out\":18,\"size\":4,\"source\":0,\"in\":13,\"inSize\":4}]}"),
+        std::string::npos)
         << Read("map");
 }
 

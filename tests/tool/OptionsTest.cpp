@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line: what it accepts, what it refuses, and in which words.
 #include "ToolTest.h"
 

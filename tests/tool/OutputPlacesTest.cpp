@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where outputs go: files of every kind under every name, and which of them are one file.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Outputs: whole or not at all, in their places together, and nothing left behind.
 #include "ToolTest.h"
 

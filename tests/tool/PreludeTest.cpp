@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // -D and -E: definitions that every file sees.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Project files.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library of Python that the environment names: that one or an error, with the reason.
 #include "ToolTest.h"
 

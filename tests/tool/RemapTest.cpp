@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // tlexpand remap: messages of real programs, and messages of every form.
 #include "ToolTest.h"
 

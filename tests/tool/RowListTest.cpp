@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --list: rows of CSV and JSON files as the text of a macro.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Outputs that are what a standard stream was sent to: what is printed or reported would be lost.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Large texts: outputs that are written while the text is expanded, and inputs that are mapped.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A test of the built tool: a directory of files, and runs of the tool in it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --trace: a line for each call, round, definition and import, and where it goes.
 #include "ToolTest.h"
 
@@ -69,16 +70,16 @@ TEST_F(TraceTest, KindsOfMacros)
 
 TEST_F(TraceTest, TextsAreShownOnOneLineAndShortened)
 {
-    EXPECT_EQ(Trace("@def f =\n{\n    a\tb\n    c\n}\n@def long = {" + std::string(70, 'x') + "}\n"),
-              "define f = a\\tb\\n    c at main.tl(1)\n"
-              "define long = " +
-                  std::string(60, 'x') + "... at main.tl(6)\n");
+    EXPECT_EQ(
+        Trace("@def f =\n{\n    a\tb\n    c\n}\n@def long = {" + std::string(70, 'x') + "}\n"),
+        "define f = a\\tb\\n    c at main.tl(1)\n"
+        "define long = " +
+            std::string(60, 'x') + "... at main.tl(6)\n");
 }
 
 TEST_F(TraceTest, DeepCallsAreNumbered)
 {
-    const std::string trace =
-        Trace("@def f(int n) = {@if(n > 0){f(n - 1)}}\nf(40)\n");
+    const std::string trace = Trace("@def f(int n) = {@if(n > 0){f(n - 1)}}\nf(40)\n");
     EXPECT_NE(trace.find("\n" + std::string(60, ' ') + "call f(n=10) at main.tl(1)\n"),
               std::string::npos);
     EXPECT_NE(trace.find("\n" + std::string(60, ' ') + "[40] call f(n=0) at main.tl(1)\n"),
@@ -97,7 +98,8 @@ TEST_F(TraceTest, StandardOutput)
     EXPECT_EQ(result.out, "define f = a at <stdin>(1)\ncall f = a at <stdin>(1)\n");
     EXPECT_EQ(Read("out"), "a");
     ExpectFailure(Run({"--trace", "-"}, "a"), 2,
-                  "tlexpand: the expansion and the trace can't both go to standard output" + s_hint);
+                  "tlexpand: the expansion and the trace can't both go to standard output" +
+                      s_hint);
 }
 
 TEST_F(TraceTest, AFailedRunLeavesTheEarlierFile)
@@ -110,8 +112,8 @@ TEST_F(TraceTest, AFailedRunLeavesTheEarlierFile)
 
 TEST_F(TraceTest, APipeGetsItsLinesUpToTheError)
 {
-    const ProgramResult result =
-        RunShell("printf '@def f = {@(1 / 0)}\\nf\\n' | $TLEXPAND --trace /dev/stderr -o out 2>&1 | cat");
+    const ProgramResult result = RunShell(
+        "printf '@def f = {@(1 / 0)}\\nf\\n' | $TLEXPAND --trace /dev/stderr -o out 2>&1 | cat");
     EXPECT_EQ(result.out.substr(0, result.out.find(" : error")),
               "define f = @(1 / 0) at <stdin>(1)\n"
               "call f = @(1 / 0) at <stdin>(2)\n"
@@ -123,8 +125,8 @@ TEST_F(TraceTest, ManyLinesGoOutAsTheyCome)
     Write("main.tl", "@let int i = {0}@while(i < 3000){@let i = {i + 1}}\n");
     Expand({"--trace", "trace", "-o", "out", "main.tl"});
     const std::string trace = Read("trace");
-    // The definition; for each round its condition, the round, the value and the assignment; the last
-    // condition.
+    // The definition; for each round its condition, the round, the value and the assignment; the
+    // last condition.
     EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 1 + 4 * 3000 + 1);
     EXPECT_GT(trace.size(), 200'000u);
 }

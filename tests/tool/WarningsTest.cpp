@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --warn and --werror: what is chosen, where it goes, and what a warning does to a run. What each
 // warning says, and of what it is silent, is in tests/cases/warnings.
 #include "ToolTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // tlexpand where: from the output to the source and back.
 #include "ToolTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where an error came through: the macros, loops and imports that a run names afterwards.
 #include "ExpanderSupport.h"
 #include "tlMacroExpander/ExpansionRun.h"
@@ -143,8 +144,10 @@ TEST(CallPlaces, OfLimits)
 
 TEST(CallPlaces, OfExceptionsThatAreNoErrorsOfTheText)
 {
-    EXPECT_EQ(PlacesOf("@def f = {@(\"\\x41\")}@for(i in [1]){f}"), "other: f@main:35 round 1@main:20 ");
-    EXPECT_EQ(PlacesOf("@def f = {@(\"\\x41\")}@while(true){f}"), "other: f@main:33 round 1@main:20 ");
+    EXPECT_EQ(PlacesOf("@def f = {@(\"\\x41\")}@for(i in [1]){f}"),
+              "other: f@main:35 round 1@main:20 ");
+    EXPECT_EQ(PlacesOf("@def f = {@(\"\\x41\")}@while(true){f}"),
+              "other: f@main:33 round 1@main:20 ");
     EXPECT_EQ(PlacesOf("@def f(m()) = {m(1)}@def d(n) = {@(\"\\x41\")}f(d)"),
               "other: d@main:15 m@main:15 f@main:43 ");
     EXPECT_EQ(PlacesOf("@import \"lib\"", "@(\"\\x41\")"), "other: import@main:8 ");

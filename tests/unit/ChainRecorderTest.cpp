@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way to each piece of an output, for every construct through which text can come.
 #include "tlMacroExpander/ChainRecorder.h"
 #include "ExpanderSupport.h"
@@ -141,7 +142,8 @@ TEST(ChainRecorder, PiecesOfAGivenOutput)
 TEST(ChainRecorder, ManyCalls)
 {
     constexpr ssize_t n = 100'000;
-    const xstring source("@def g = {x}@def f = {g.}@let int i = {0}@while(i < 100000){f@let i = {i + 1}}");
+    const xstring source(
+        "@def g = {x}@def f = {g.}@let int i = {0}@while(i < 100000){f@let i = {i + 1}}");
     ChainRecorder chains;
     ExpansionRun run;
     run.SetObserver(&chains);
@@ -169,7 +171,8 @@ TEST(ChainRecorder, DeepCalls)
         EXPECT_EQ(output.size(), depth + 1);
         EXPECT_EQ(chains.Steps().size(), depth + 1);
         ssize_t length = 0;
-        for (ssize_t step = chains.StepOfPiece(depth); step != -1; step = chains.Steps()[step].m_outer)
+        for (ssize_t step = chains.StepOfPiece(depth); step != -1;
+             step = chains.Steps()[step].m_outer)
             ++length;
         EXPECT_EQ(length, depth + 1);
     };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dollar macros: their form, substitution pass by pass, the import graph, and what would not end.
 #include "ExpanderSupport.h"
 #include <array>
@@ -428,7 +429,8 @@ TEST(DollarMacro, AValueThatNeedsEachClosingBracket)
 /// Random values made of pieces of references, against passes that are run one by one.
 TEST(DollarMacro, AllPassesGiveWhatTheSinglePassesGive)
 {
-    static constexpr const char* s_pieces[] = {"$(A)", "$(B)", "$(C)", "$", "(", ")", "A", "B", "x"};
+    static constexpr const char* s_pieces[] = {"$(A)", "$(B)", "$(C)", "$", "(",
+                                               ")",    "A",    "B",    "x"};
     std::minstd_rand random(1);
     const auto make = [&](size_t most)
     {
@@ -446,8 +448,8 @@ TEST(DollarMacro, AllPassesGiveWhatTheSinglePassesGive)
         std::string plain = given;
         bool changes = true;
         for (int pass = 0; changes && pass < 50 && plain.size() < 10'000; ++pass)
-            plain = Written([&](xostream& os)
-                            { changes = frame.ApplyDollarMacros(os, View(plain)); });
+            plain =
+                Written([&](xostream& os) { changes = frame.ApplyDollarMacros(os, View(plain)); });
         if (changes)
             continue; // most likely for ever
         ++ended;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output: columns, indentation, pieces, and the way back from output positions to the source.
 #include "ExpanderSupport.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary interface of variables, frames and the expander: fields in their order, sizes, numbers
 // of enumerators, and slots of virtual functions (x86-64, Itanium C++ ABI).
 #include "ExpanderSupport.h"

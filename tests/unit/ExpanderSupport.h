@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of frames and of the expander share: expansions with everything that they need,
 // and one-line forms of their results.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an observer is told: each event for each construct of the language, in order, and what comes
 // of one that throws.
 #include "tlMacroExpander/ExpansionObserver.h"
@@ -30,7 +31,8 @@ public:
         if (e.m_call != e.m_place)
             line += " " + Quoted(e.m_call);
         for (const ObservedArgument& arg : e.m_args)
-            line += " " + Str(arg.m_name) + ":" + std::to_string(arg.m_type) + "=" + Str(arg.m_value);
+            line +=
+                " " + Str(arg.m_name) + ":" + std::to_string(arg.m_type) + "=" + Str(arg.m_value);
         Begin(line);
     }
     void InvocationEnds() noexcept override { --m_depth; }
@@ -60,7 +62,7 @@ public:
     {
         OutputPieces one;
         one.m_pieces.push_back(e.m_piece);
-        const std::string kind = e.m_piece.out == 0         ? "copied"
+        const std::string kind = e.m_piece.out == 0                ? "copied"
                                  : e.m_piece.in.begin() == nullptr ? "indent"
                                                                    : "calculated";
         Line("piece " + std::string(IsMain(e.m_output) ? "" : "of a string ") +
@@ -197,8 +199,8 @@ TEST(ExpansionObserver, MacroWithArgumentsByName)
 
 TEST(ExpansionObserver, TypedArgumentsAreEvaluatedBeforeTheInvocation)
 {
-    const Observed observed = Observe("@def f(int n) = {n}@def int g = {2}f(g + 1)",
-                                      {"invoke", "expand", "piece"});
+    const Observed observed =
+        Observe("@def f(int n) = {n}@def int g = {2}f(g + 1)", {"invoke", "expand", "piece"});
     EXPECT_EQ(observed.m_events, "expand <@def f(int n) = {n}@def int g = {2}f(g + 1)>\n"
                                  "  expand <g + 1> into a string\n"
                                  "    invoke g @37+1\n"
@@ -218,27 +220,27 @@ TEST(ExpansionObserver, ArgumentThatIsCalled)
 {
     const Observed observed =
         Observe("@def twice(m()) = {m(x)}@def b(t) = {<t>}twice(b)", {"invoke", "expand", "piece"});
-    EXPECT_EQ(observed.m_events,
-              "expand <@def twice(m()) = {m(x)}@def b(t) = {<t>}twice(b)>\n"
-              "  invoke twice @41+5 <twice(b)> m:1=b\n"
-              "    expand <m(x)>\n"
-              "      invoke m @19+1 <m(x)>\n"
-              "        expand <x> into a string\n"
-              "          piece of a string 0+1 copied @21+1\n"
-              "        expand <b(x)>\n"
-              "          invoke b @made <b(x)> t:1=x\n"
-              "            expand <<t>>\n"
-              "              piece 0+1 copied @37+1\n"
-              "              invoke t @38+1\n"
-              "                expand <x>\n"
-              "                  piece 1+1 copied @made\n"
-              "              piece 2+1 copied @39+1\n");
+    EXPECT_EQ(observed.m_events, "expand <@def twice(m()) = {m(x)}@def b(t) = {<t>}twice(b)>\n"
+                                 "  invoke twice @41+5 <twice(b)> m:1=b\n"
+                                 "    expand <m(x)>\n"
+                                 "      invoke m @19+1 <m(x)>\n"
+                                 "        expand <x> into a string\n"
+                                 "          piece of a string 0+1 copied @21+1\n"
+                                 "        expand <b(x)>\n"
+                                 "          invoke b @made <b(x)> t:1=x\n"
+                                 "            expand <<t>>\n"
+                                 "              piece 0+1 copied @37+1\n"
+                                 "              invoke t @38+1\n"
+                                 "                expand <x>\n"
+                                 "                  piece 1+1 copied @made\n"
+                                 "              piece 2+1 copied @39+1\n");
     EXPECT_EQ(observed.m_output, "<x>");
 }
 
 TEST(ExpansionObserver, TextThatIsExpandedTwice)
 {
-    const Observed observed = Observe("@def ab = {Z}@[a@@b]", {"invoke", "expand", "piece", "directive"});
+    const Observed observed =
+        Observe("@def ab = {Z}@[a@@b]", {"invoke", "expand", "piece", "directive"});
     EXPECT_EQ(observed.m_events, "expand <@def ab = {Z}@[a@@b]>\n"
                                  "  directive def @0+4\n"
                                  "  directive [ @13+2\n"
@@ -368,7 +370,8 @@ TEST(ExpansionObserver, AStringVariableWithTheSignOfADirective)
 
 TEST(ExpansionObserver, Imports)
 {
-    const Observed observed = Observe("@import \"x\"\nlib", {"directive", "import", "defined", "invoke", "expand"});
+    const Observed observed =
+        Observe("@import \"x\"\nlib", {"directive", "import", "defined", "invoke", "expand"});
     EXPECT_EQ(observed.m_events, "expand <@import \"x\"\nlib>\n"
                                  "  directive import @0+7\n"
                                  "    import x @8+3\n"
@@ -402,8 +405,8 @@ TEST(ExpansionObserver, NakedMacrosNameTheirArguments)
 #if TELV_HAS_PYTHON
 TEST(ExpansionObserver, PythonMacros)
 {
-    const Observed observed =
-        Observe("@defpython p(a) = {str(a) * 2}@runpython{x = 1}p(7)", {"directive", "invoke", "piece"});
+    const Observed observed = Observe("@defpython p(a) = {str(a) * 2}@runpython{x = 1}p(7)",
+                                      {"directive", "invoke", "piece"});
     EXPECT_EQ(observed.m_output, "77");
     EXPECT_EQ(observed.m_events, "  directive defpython @0+10\n"
                                  "  directive runpython @30+10\n"
@@ -481,8 +484,8 @@ TEST(ExpansionObserver, WhatBeganEndsUnderAnError)
 {
     for (const char* const text :
          {"@def f = {@(1 / 0)}f", "@for(i in [1]){@fail(\"x\")}", "@while(true){@fail(\"x\")}",
-          "@def m(a()) = {a(1)}@def g(x, y) = {}m(g)", "@[@(1 / 0)]", "@import(1)", "@str(@if(1){})",
-          "@def f(int n) = {}f(x)", "\"a"})
+          "@def m(a()) = {a(1)}@def g(x, y) = {}m(g)", "@[@(1 / 0)]", "@import(1)",
+          "@str(@if(1){})", "@def f(int n) = {}f(x)", "\"a"})
     {
         const Observed observed = Observe(text);
         EXPECT_EQ(observed.m_output.substr(0, 7), "error: ") << text;
@@ -495,7 +498,8 @@ TEST(ExpansionObserver, WhatBeganEndsUnderAnError)
 
 TEST(ExpansionObserver, SwallowedErrorsEndToo)
 {
-    const Observed observed = Observe("@assertfails(@def f = {@(1 / 0)}f)a", {"directive", "invoke"});
+    const Observed observed =
+        Observe("@assertfails(@def f = {@(1 / 0)}f)a", {"directive", "invoke"});
     EXPECT_EQ(observed.m_output, "a");
     EXPECT_EQ(observed.m_events, "  directive assertfails @0+12\n"
                                  "      directive def @13+4\n"
@@ -508,7 +512,10 @@ TEST(ExpansionObserver, SwallowedErrorsEndToo)
 class Thrower final : public ExpansionObserver
 {
 public:
-    explicit Thrower(int left, std::function<void()> thrown) : m_left(left), m_throw(std::move(thrown)) {}
+    explicit Thrower(int left, std::function<void()> thrown)
+        : m_left(left), m_throw(std::move(thrown))
+    {
+    }
 
     void ExpansionBegins(const ObservedExpansion&) override { Begin(); }
     void ExpansionEnds() noexcept override { --m_depth; }
@@ -550,8 +557,9 @@ struct Stop
 
 TEST(ExpansionObserver, ExceptionsReachTheCaller)
 {
-    const xstring source("@import \"x\"\n@$D = \"1\"@def f(int n) = {n @(n)}@for(i in [1,2]){f(i) @[i]}"
-                         "@let int k = {0}@while(k < 1){@let k = {1}}@def m(a()) = {a(1)}m(f)");
+    const xstring source(
+        "@import \"x\"\n@$D = \"1\"@def f(int n) = {n @(n)}@for(i in [1,2]){f(i) @[i]}"
+        "@let int k = {0}@while(k < 1){@let k = {1}}@def m(a()) = {a(1)}m(f)");
     int thrown = 0;
     for (int left = 0;; ++left)
     {
@@ -619,7 +627,8 @@ TEST(ExpansionObserver, SwallowedExceptions)
         return Str(output);
     };
     EXPECT_EQ(expand([] { throw LexScannerException("x", nullptr); }), "b");
-    EXPECT_THROW(expand([] { throw ExpansionLimitException("x", nullptr); }), ExpansionLimitException);
+    EXPECT_THROW(expand([] { throw ExpansionLimitException("x", nullptr); }),
+                 ExpansionLimitException);
     EXPECT_THROW(expand([] { throw Stop(); }), Stop);
 }
 

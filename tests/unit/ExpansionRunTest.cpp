@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The run: how it is installed, its limits, which source a position belongs to, and where something
 // failed that has no position of its own.
 #include "tlMacroExpander/ExpansionRun.h"

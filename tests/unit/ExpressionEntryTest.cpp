@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The ways into the expression parser: a function for each level, and one for each type.
 #include "ExpressionSupport.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Deep expressions: they work while there is stack, and end in an error where there is none.
 #include "ExpressionSupport.h"
 #include <pthread.h>

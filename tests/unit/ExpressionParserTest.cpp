@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Expressions: values, precedence, errors with their places, and where the parser stops.
 #include "ExpressionSupport.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of expressions share: text in, "kind value" or "error@offset" out.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of frames share: definitions, and look-ups as text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The import handler: what it is asked, when, and what becomes of its answers and errors.
 #include "ExpanderSupport.h"
 #include "tlMacroExpander/MacroExpand.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Invoking variables through the interface: assertions, naked macros, and how long what lives.
 #include "ExpanderSupport.h"
 #include "tlMacroExpander/src/MacroExpander.h"

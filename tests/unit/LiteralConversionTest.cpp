@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every cell of the conversion table, with and without data loss, with exceptions and without.
 #include "support/LiteralText.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary interface of literals and the expression parser. Everything here is decided when it
 // is compiled, but for the slots of virtual functions.
 #include "support/LiteralText.h"

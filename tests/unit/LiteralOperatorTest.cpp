@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The operators over literals: which conversion decides, the values, and every error.
 #include "support/LiteralText.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers are read and written alike in every locale, and text is cut alike.
 #include "ExpanderSupport.h"
 #include "support/CommaLocale.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry points: what is appended, replaced or left alone, assertion texts, indentation, and
 // variables that bear the name of a directive.
 #include "ExpanderSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The members of the expander that its directives share, used directly, and the free functions.
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "ExpanderSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Project files: statements, the list of files, imports, and errors that don't stop the reading.
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "support/Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nesting without end is an error and never a crash, on small and on large stacks; nesting that is
 // merely deep works.
 #include "ExpanderSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parser base: look-ahead, identifiers, paths, and "Expected ..." errors.
 #include "tlMacroExpander/src/ParserBase.h"
 #include "ScannerSupport.h"

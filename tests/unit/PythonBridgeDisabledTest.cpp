@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A build without Python: everything that would need it is an error.
 #if !TELV_HAS_PYTHON
 

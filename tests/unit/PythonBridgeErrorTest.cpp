@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Errors of Python code: as Python prints them, never the end of the process, with nothing left
 // pending and nothing left behind.
 #if TELV_HAS_PYTHON

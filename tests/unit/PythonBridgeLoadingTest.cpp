@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finding and loading Python's library. That happens once in a process, so each test runs in a
 // fresh one: the child says on its standard error what happened, for the parent to compare.
 #if TELV_HAS_PYTHON

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a script can do to the process: signals, the places of modules, the stack.
 #if TELV_HAS_PYTHON
 

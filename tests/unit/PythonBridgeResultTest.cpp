@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Results of Python expressions as text.
 #if TELV_HAS_PYTHON
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Code that needs much stack, on threads that have little.
 #if TELV_HAS_PYTHON
 

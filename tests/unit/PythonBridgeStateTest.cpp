@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What all Python code shares, its streams, and what a script can do to them.
 #if TELV_HAS_PYTHON
 

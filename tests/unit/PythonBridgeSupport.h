@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the Python bridge share: running code and expressions, and the text of the
 // errors that Python prints.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python from several threads of the application: one at a time, each with its run's output and
 // errors, whatever the order of starts and ends.
 #if TELV_HAS_PYTHON

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arguments, bracketed sections and blocks: what is cut out, where the scan goes on, every error.
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "ScannerSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary interface of the scanner: numbers of the kinds of token, fields in their order, sizes,
 // bases, virtual slots.
 #include "ScannerSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the scanner share: one-line forms of tokens and of errors with their place.
 #pragma once
 

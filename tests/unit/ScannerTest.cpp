@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // Tokens: what is one, where it ends, and every lexical error with its place.
 #include "ScannerSupport.h"
-#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include <gtest/gtest.h>
 
 namespace telv::scanner

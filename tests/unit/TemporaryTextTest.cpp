@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text that exists only while expanding: definitions made in it can be used for as long as they are
 // found, errors never point into it once it is gone, and nothing is kept that nobody views. Most of
 // this only fails under AddressSanitizer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escapes, digits, and characters as messages show them.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

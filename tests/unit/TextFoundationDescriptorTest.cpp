@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams that write to a descriptor: standard output, traces, and what goes wrong with them.
 #include "TextFoundationSupport.h"
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a broken assumption raises.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

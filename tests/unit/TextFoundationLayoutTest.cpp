@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary interface of the text foundation: fields in their order, sizes, bases, virtual slots.
 #include "TextFoundationSupport.h"
 #include <bit>

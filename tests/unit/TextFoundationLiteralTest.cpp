@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C-style literals, and blocks moved to another indentation.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

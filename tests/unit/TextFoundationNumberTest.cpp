@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers as text and digits as numbers.
 #include "TextFoundationSupport.h"
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths as text, and reading files.
 #include "TextFoundationSupport.h"
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scanning: what each function takes off the front of a text.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

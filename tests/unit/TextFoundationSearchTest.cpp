@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comparing, counting lines, replacing.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

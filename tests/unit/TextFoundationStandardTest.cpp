@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Views and strings together with those of the standard library, in C++17 too.
 #include "TextFoundationSupport.h"
 #include "tlMacroExpander/tlMacroExpander.h"

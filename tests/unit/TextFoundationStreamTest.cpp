@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams in memory and their indentation.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

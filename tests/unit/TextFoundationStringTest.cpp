@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The owning string.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the text foundation share: texts as standard strings, which the test framework
 // prints, and the text of a failed assertion.
 #pragma once

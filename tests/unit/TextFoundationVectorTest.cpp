@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes, arrays on them, and strings.
 #include "TextFoundationSupport.h"
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Views of text, and the text that is borrowed or owned.
 #include "TextFoundationSupport.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The values of tokens, and decoding of quoted strings.
 #include "ScannerSupport.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Imports between frames. The answers must not depend on where frames lie in memory, so import
 // graphs are tried in every order of addresses.
 #include "FrameSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames and their parents: where names are found, how long definitions live, and dumps.
 #include "FrameSupport.h"
 #include <algorithm>

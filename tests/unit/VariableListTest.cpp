@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists of variables: ownership, hiding, order, counting.
 #include "FrameSupport.h"
 #include <algorithm>

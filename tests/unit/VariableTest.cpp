@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Variables: what they hold, what they own, and their written forms.
 #include "ExpanderSupport.h"
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A supervisor that expands nothing itself, and workers that take the next file as long as there is
 // one. What they tell each other stands in shared memory: the next file, and what became of each.
 //

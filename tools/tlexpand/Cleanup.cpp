@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A fixed table of temporary names, the one state here that is process-wide: a signal handler has
 // no other way to reach it. An entry is filled before its file is made and freed after it is gone.
 #include "Cleanup.h"

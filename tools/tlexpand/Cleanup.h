@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nothing may be left behind when the run ends early: temporary files are known here by name, so
 // that a signal handler can remove them.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Read, expand, write: the outputs are looked at first, so that a wrong name costs no expansion.
 // The text goes to its temporary file as it comes; everything else is written, and all files take
 // their places, when everything has succeeded.
@@ -108,7 +109,7 @@ private:
     xstring m_whole; ///< The expansion; kept when pieces are needed.
     TextStream m_text;
     OutputPieces m_pieces;
-    std::vector<TextEdit> m_edits; ///< How what is written differs from `m_whole`.
+    std::vector<TextEdit> m_edits;           ///< How what is written differs from `m_whole`.
     std::optional<ChainRecorder> m_recorder; ///< Made when chains are wanted.
     OutputChains m_chains;
     TraceWriter m_trace;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A source that can't be read has no text on the page; one that does not fit is an error.
 #include "ExplainCommand.h"
 #include "explain/PageWriter.h"

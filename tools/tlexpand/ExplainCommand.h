@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command `tlexpand explain`, as far as it begins with a map; with a text it is an expansion
 // whose output is the page.
 #pragma once

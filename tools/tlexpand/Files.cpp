@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // open, read, write and close with their errors looked at.
 #include "Files.h"
 #include "tlUtils/HeldMemory.h"
@@ -24,7 +25,8 @@ namespace
 ssize_t SizeOf(int fd)
 {
     struct stat status;
-    return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<ssize_t>(status.st_size) : 0;
+    return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<ssize_t>(status.st_size)
+                                                              : 0;
 }
 
 /// Whether a read or write that failed with `error` should be tried again, after waiting for a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tool's way to the system's files: descriptors that close themselves, whole reads and whole
 // writes, and the working directory of the start.
 //

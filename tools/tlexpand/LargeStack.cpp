@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sizes are tried from the largest; with a limit on the address space at most a quarter of it.
 // Small ones are worth it too: where the address space is limited, the main thread's own stack can
 // fail to grow long before it meets its own limit, and the process dies by a signal.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the work on a stack that is large enough for very deep nesting, whatever the limit of the
 // shell says. Memory is taken only as the stack grows.
 #pragma once

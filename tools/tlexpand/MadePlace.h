@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way back from a text that was made from a file to that file.
 #pragma once
 

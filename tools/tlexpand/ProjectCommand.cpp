@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the project and prints what was read.
 #include "ProjectCommand.h"
 #include "Files.h"

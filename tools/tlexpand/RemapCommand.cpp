@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Maps, then messages. A map that can't be used is no reason to lose messages.
 #include "RemapCommand.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command `tlexpand remap`.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of well-formed sequences: the first byte decides the length and the range of the second
 // byte; all further ones are 0x80 to 0xbf.
 #include "Utf8.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cutting bytes into UTF-8 characters, one at a time, whatever the bytes are.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One table, read both ways.
 #include "WarningNames.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the kinds of warnings are called.
 #pragma once
 

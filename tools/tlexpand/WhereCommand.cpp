@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From the output to the source, a piece is looked up; the other way, all pieces are gone through.
 #include "WhereCommand.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // tlexpand: expands texts of the macro language from the command line.
 //
 // Here is what comes before and after the work: the environment that a caller may have left in any

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing with lazy indentation. Text goes out a line at a time; the column is counted in bulk.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpandedOutput"
 

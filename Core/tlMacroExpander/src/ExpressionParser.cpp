@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The levels of an expression, from assignment down to literals.
 //
 // Operators with two operands have a level. ParseBinaryExpression climbs these: it takes an

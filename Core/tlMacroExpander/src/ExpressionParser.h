@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The evaluating parser of typed expressions; to expand text, start at MacroExpand.h.
 //
 // It evaluates while it parses: every function parses the longest expression of its level that

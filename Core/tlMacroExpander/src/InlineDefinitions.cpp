@@ -1,5 +1,6 @@
-// Exported definitions of small operations that the headers inline, for those who call them by name;
-// see the file of this name in tlUtils.
+// SPDX-License-Identifier: MIT
+// Exported definitions of small operations that the headers inline, for those who call them by
+// name; see the file of this name in tlUtils.
 #include "tlMacroExpander/LSLiteral.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/LSToken.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names of the kinds, the errors of values, and the members that are no conversions.
 //
 // All messages about values are composed here, in one place, so that the conversions and the

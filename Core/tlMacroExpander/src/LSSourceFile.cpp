@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the line of a position in a source file.
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlUtils/StringExt.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A source file in memory: the buffer that views and error positions point into.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The token scanner. Every byte of every text passes through here.
 //
 // The first character decides by its class (CharClass.h) which construct is read. That has the

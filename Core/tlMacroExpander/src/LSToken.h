@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tokens of the macro language and the scanner that cuts them from a text. Callers who only want
 // text expanded start with MacroExpand.h instead.
 //
@@ -123,8 +124,8 @@ public:
     double GetLiteralDouble() const;
 };
 
-// Made, caught and destroyed by their own type: the table of virtual operations, a part of the binary
-// interface, has no destructor.
+// Made, caught and destroyed by their own type: the table of virtual operations, a part of the
+// binary interface, has no destructor.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 

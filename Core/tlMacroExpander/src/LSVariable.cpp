@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Variables: construction and the written forms.
 #include "tlMacroExpander/LSVariable.h"
 

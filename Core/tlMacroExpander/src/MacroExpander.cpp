@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The main loop and the write position.
 //
 // Most of a text is tokens that mean nothing here. Each is written, with the blanks before it, as a
@@ -39,7 +40,8 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
     TELV_ASSERT(dstIndent >= 0);
 }
 
-[[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces)
+[[gnu::always_inline]] inline void MacroExpander::ExpandIn(ExpansionRun& run, const LevelText& text,
+                                                           EPieces pieces)
 {
     ExpansionLevel level(RunState::Of(run), run.m_limits, text, m_startDirectivePos, pieces);
     try
@@ -56,8 +58,7 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
     level.Finish();
 }
 
-[[gnu::always_inline]] inline void MacroExpander::ExpandText(const LevelText& text,
-                                                            EPieces pieces)
+[[gnu::always_inline]] inline void MacroExpander::ExpandText(const LevelText& text, EPieces pieces)
 {
     if (m_str.empty())
         return;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The expander proper. Callers who want text expanded use MacroExpand.h.
 //
 // `Expand` scans the text token by token. Plain text is not copied token by token: a write position

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Look-ahead, and the small pieces that both parsers read.
 #include "tlMacroExpander/src/ParserBase.h"
 

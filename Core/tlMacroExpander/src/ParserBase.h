@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The token-reading base of the parsers: one token of look-ahead, and the error "Expected ...".
 //
 // A parser is a value that lives while one text is parsed and views that text.

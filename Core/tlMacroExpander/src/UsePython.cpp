@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The embedded interpreter: its start and end, the module through which its streams reach us, and
 // running code in the one dictionary that all code shares.
 //
@@ -272,7 +273,8 @@ bool MayPrint(ExpansionRun* run, const char* text)
 /// @throws ExpansionLimitException  Code has printed too much.
 void CheckPrinted(const char* errorPos)
 {
-    if (const RunState* const state = RunState::Current(); state != nullptr && state->m_printsTooMuch)
+    if (const RunState* const state = RunState::Current();
+        state != nullptr && state->m_printsTooMuch)
         ExpansionLevel::ThrowOutputTooLarge(errorPos);
 }
 

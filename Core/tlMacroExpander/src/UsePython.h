@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bridge to the embedded Python 2.7 interpreter.
 //
 // The library is loaded when Python is first used and the interpreter started then; all Python code

@@ -1,3 +1,4 @@
+" SPDX-License-Identifier: MIT
 " :make expands the current file; errors, and the notes below them, go to the quickfix list.
 if exists('current_compiler')
     finish

@@ -1,3 +1,4 @@
+" SPDX-License-Identifier: MIT
 " Comments that do not reach the output, and the tool as the compiler.
 if exists('b:did_ftplugin')
     finish

@@ -1,3 +1,4 @@
+" SPDX-License-Identifier: MIT
 " The text macro language of tlexpand.
 if exists('b:current_syntax')
     finish

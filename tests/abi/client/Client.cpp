@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plug-in as an application would load it: it has its own idea of every inline function and is
 // linked with the library only. BoundaryTest.cpp loads it.
 #include "tlMacroExpander/MacroExpand.h"
@@ -23,46 +24,46 @@ public:
 extern "C"
 {
 
-[[gnu::visibility("default")]] LSVariable* MakeVariable()
-{
-    return new LSVar("name", "value");
-}
+    [[gnu::visibility("default")]] LSVariable* MakeVariable()
+    {
+        return new LSVar("name", "value");
+    }
 
-[[gnu::visibility("default")]] void DeleteVariable(LSVariable* variable)
-{
-    delete variable;
-}
+    [[gnu::visibility("default")]] void DeleteVariable(LSVariable* variable)
+    {
+        delete variable;
+    }
 
-[[gnu::visibility("default")]] void AppendText(xstring& text)
-{
-    for (int i = 0; i < 1000; ++i)
-        text += " and more";
-}
+    [[gnu::visibility("default")]] void AppendText(xstring& text)
+    {
+        for (int i = 0; i < 1000; ++i)
+            text += " and more";
+    }
 
-[[gnu::visibility("default")]] void ThrowThroughTheLibrary()
-{
-    ThrowingHandler handler;
-    FileScopeVarFrame frame;
-    const xstring source("@import \"file\"\n");
-    xstring text;
-    MacroExpand(&handler, &frame, source, 0, 0, text);
-}
+    [[gnu::visibility("default")]] void ThrowThroughTheLibrary()
+    {
+        ThrowingHandler handler;
+        FileScopeVarFrame frame;
+        const xstring source("@import \"file\"\n");
+        xstring text;
+        MacroExpand(&handler, &frame, source, 0, 0, text);
+    }
 
-/// 1 for an error of the text, 2 for another of the library's, 0 for none.
-[[gnu::visibility("default")]] int KindOfError(const char* source)
-try
-{
-    FileScopeVarFrame frame;
-    xstring text;
-    MacroExpand(nullptr, &frame, source, 0, 0, text);
-    return 0;
-}
-catch (const LexScannerException&)
-{
-    return 1;
-}
-catch (const IException&)
-{
-    return 2;
-}
+    /// 1 for an error of the text, 2 for another of the library's, 0 for none.
+    [[gnu::visibility("default")]] int KindOfError(const char* source)
+    try
+    {
+        FileScopeVarFrame frame;
+        xstring text;
+        MacroExpand(nullptr, &frame, source, 0, 0, text);
+        return 0;
+    }
+    catch (const LexScannerException&)
+    {
+        return 1;
+    }
+    catch (const IException&)
+    {
+        return 2;
+    }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loaded before the C library: counts the calls that the program makes to it and does something to
 // one of them, as the environment says.
 //

@@ -1,9 +1,11 @@
-// Expands a text with nothing but what the package gives; the exit status says whether the result is
-// right. Also catches an error of the library by its type, which crosses from one file to another.
+// SPDX-License-Identifier: MIT
+// Expands a text with nothing but what the package gives; the exit status says whether the result
+// is right. Also catches an error of the library by its type, which crosses from one file to
+// another.
+#include "table.h"
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlUtils/xstring.h"
-#include "table.h"
 #include <cstdio>
 #include <cstring>
 

@@ -1,1 +1,2 @@
-__asm__("mov %0, %%eax\n\t" : "=r"(x) :: "memory"); // don't
+// SPDX-License-Identifier: MIT
+__asm__("mov %0, %%eax\n\t" : "=r"(x)::"memory"); // don't

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // it's
 /** don't
  * stop */

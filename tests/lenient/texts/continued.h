@@ -1,5 +1,4 @@
-#define A \
-    b \
-    c
+// SPDX-License-Identifier: MIT
+#define A b c
 // one \
 two

@@ -1,1 +1,2 @@
+# SPDX-License-Identifier: MIT
 d = {'a': "b", "c": 'd', **e}

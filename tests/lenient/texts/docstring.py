@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A module.
 
 It's long.

@@ -1,1 +1,2 @@
+# SPDX-License-Identifier: MIT
 s = "\u00e9 \N{BULLET} \101 \e"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 cat <<'EOF'
 it's "here
 EOF

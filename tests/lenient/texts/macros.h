@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef A_H
 #define A_H
 #define S(x) #x

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 a = 1_000j
 b = 0b1010
 c = 0o17

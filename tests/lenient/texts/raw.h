@@ -1,1 +1,2 @@
+// SPDX-License-Identifier: MIT
 const char* s = R"x(a "b' )y" \)x";

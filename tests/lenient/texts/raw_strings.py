@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 import re
 P = re.compile(r"\d+\.\w")
 Q = r'\s'

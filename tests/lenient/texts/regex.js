@@ -1,1 +1,2 @@
+// SPDX-License-Identifier: MIT
 const r = /['"]\/*[^/]*/g, s = a / b / c;

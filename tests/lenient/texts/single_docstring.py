@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 '''Don't
 say "no"'''
 x = '''a'''

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 if x:
 	if y:
 		return "	"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 const t = `first
 it's "second
 `;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An application without care of its own: expands standard input with the library, on the main
 // thread, whatever its stack is. Exit status 1 and the description for an error in the text.
 #include "tlMacroExpander/MacroExpand.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files of the page, compiled into the tool; their source is made by cmake/EmbedText.cmake.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The data is JSON in an element of the page. Offsets become those of JavaScript strings.
 #include "explain/PageWriter.h"
 #include "Files.h"

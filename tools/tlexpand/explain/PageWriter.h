@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The page of `tlexpand explain`: output and sources side by side, in one HTML text that needs
 // nothing else.
 #pragma once

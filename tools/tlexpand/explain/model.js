@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts, rows and pieces. All offsets are those of JavaScript strings.
 "use strict";
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Connects the two panes: what is pointed at, what is kept, and what the panel says about it.
 "use strict";
 

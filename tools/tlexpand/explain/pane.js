@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One text on the screen. Only the rows that can be seen exist.
 "use strict";
 

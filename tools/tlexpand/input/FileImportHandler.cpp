@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files are opened through the directory of the start, read whole and closed before they are
 // expanded, so that a long chain of imports needs one descriptor at a time.
 #include "input/FileImportHandler.h"
@@ -101,9 +102,8 @@ FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
 
 /// A file is only looked at for its size when it is expanded, so that the error has a place; what
 /// is no file may have no end.
-std::shared_ptr<const InputText> FileImportHandler::ReadMainText(int fd,
-                                                                const std::string& name,
-                                                                bool isFile) const
+std::shared_ptr<const InputText> FileImportHandler::ReadMainText(int fd, const std::string& name,
+                                                                 bool isFile) const
 try
 {
     std::optional<MemoryLimitScope> limit;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads and expands the files of a run: the main file, and what it and its imports import.
 //
 // A file is read and expanded once, whatever name it is reached by (see FileStamp.h), in a
@@ -154,8 +155,8 @@ private:
     std::vector<Active> m_active;               ///< Innermost last.
     std::vector<MainImport> m_mainImports;      ///< Noted where unused ones are warned of.
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
-    TextStream* m_mainText = nullptr;   ///< While the main file is expanded. Null: imports stay.
-    ssize_t m_mainIndent = 0;           ///< The destination indentation.
+    TextStream* m_mainText = nullptr; ///< While the main file is expanded. Null: imports stay.
+    ssize_t m_mainIndent = 0;         ///< The destination indentation.
     bool m_notesPaths = false;
     std::set<std::string> m_notedPaths; ///< See NotePath.
     size_t m_countOfTexts = 0;          ///< Of the command line.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The system's clock for files ticks every ten milliseconds at worst. A file that was changed less
 // than two ticks before it was read can be changed, or replaced, without another time.
 #include "input/FileStamp.h"

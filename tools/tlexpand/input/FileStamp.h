@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a file was when it was read. Its number alone does not tell: the system gives the number of
 // a file that was removed to the next one.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The texts of imported files, which runs one after the other in a process share: what many files
 // import is read once.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading and mapping. A signal tells that a mapped file has become shorter; its handler knows the
 // mapped texts by a table of addresses, and for the rest does what the signal did before.
 #include "input/InputText.h"

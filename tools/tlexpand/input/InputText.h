@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of an input. Small files and pipes are read; a large file is mapped, so that its bytes
 // are neither copied nor cleared for.
 //

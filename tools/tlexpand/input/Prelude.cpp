@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Copies of macros view the same text as the originals, which live as long as the prelude.
 #include "input/Prelude.h"
 #include <memory>

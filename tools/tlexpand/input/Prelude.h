@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The definitions of the command line, which every file sees.
 //
 // What a text of `-E` defines must neither collide with what files define nor be copied when it can

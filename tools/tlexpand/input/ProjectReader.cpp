@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Errors in statements stand in expanded text; they are moved to the file before they are reported.
 #include "input/ProjectReader.h"
 #include "Files.h"

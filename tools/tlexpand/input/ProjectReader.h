@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Reads the statements of a project: dollar macros, imports, and the settings that the command line
 // names, in any order.
 #pragma once
 
-#include "options/Options.h"
 #include "input/Sources.h"
+#include "options/Options.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include <functional>
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts by address. Lines are counted when they are asked for, which only an error does: it may be
 // that memory has run out, so nothing is allocated for it.
 #include "input/Sources.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The texts that a run has read, in order of reading: the main file, imported files, the texts of
 // the command line. Whoever has a position in one of them learns here which text it is in, on which
 // line, and through which import the text was reached.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One sentence for each kind.
 #include "map/ChainText.h"
 

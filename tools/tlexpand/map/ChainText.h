@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The words for a step of a chain, the same in every command.
 #pragma once
 

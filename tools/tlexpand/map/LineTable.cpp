@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Line starts in a sorted list; for UTF-16, a count at every 256th byte.
 #include "map/LineTable.h"
 #include "Utf8.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of a text: from offsets to lines and columns and back.
 //
 // Lines and byte columns count from 1; a line ends behind its line feed. Columns are also wanted in

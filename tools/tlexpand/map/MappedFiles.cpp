@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A text that was edited after the expansion would lead to wrong places, so sizes and copied
 // characters are compared once for each text.
 #include "map/MappedFiles.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A map and the texts that it speaks of: finds them, reads them when they are wanted, and sees
 // whether they still fit.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pieces are in order of output, so a byte is found by halving.
 #include "map/OutputMap.h"
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The map from an output to its sources: pieces that tile the output, each with the place that it
 // came from, and the chains of expansions that led there.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pieces of a large map are many; each is taken out of the document as soon as it has been
 // read.
 #include "map/ReadMap.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What --help prints.
 #include "options/Options.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers are read with from_chars: digits only, and what does not fit is refused.
 #include "options/OptionValues.h"
 #include "Files.h"

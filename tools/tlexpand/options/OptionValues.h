@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The values that options take. Each function throws a UsageError that names the option.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // getopt_long, told by the letters "-" and ":" to return operands in their place, so that options
 // may stand after them and the environment has no say in it, and to be silent.
 #include "options/OptionWalk.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walking through a command line with getopt_long: options may stand behind operands, and "--" ends
 // them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables of the options, and what each of them sets.
 #include "options/Options.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // getopt_long, as for an expansion; "--" is looked for first, since a command has options of its
 // own.
 #include "options/RemapOptions.h"

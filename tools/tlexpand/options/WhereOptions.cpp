@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // getopt_long, as for an expansion.
 #include "options/WhereOptions.h"
 #include "options/OptionValues.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The few states of C's lexical grammar that can reach over the end of a line.
 #include "output/CLineScan.h"
 

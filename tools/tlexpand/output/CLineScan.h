@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tells at which line starts of a C or C++ text a directive can stand.
 #pragma once
 

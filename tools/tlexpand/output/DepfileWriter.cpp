@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What both programs take back: a backslash before blank, '#' and ':', a doubled '$'. Backslashes
 // that stand before a blank are doubled; elsewhere they mean themselves. A name that make would
 // take for another one, however it is spelt, is refused: a wrong dependency would be found out

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dependency files that make and ninja read.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escapes what JSON requires: the quote, the backslash and control characters.
 #include "output/JsonText.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings as JSON writes them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One pass over what is written: at the end of each line the source line that it belongs to is
 // compared with the one that a compiler would count to.
 #include "output/LineDirectives.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // `#line` directives: a compiler that reads the output reports the lines of the sources.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One pass over the pieces beside one over the text.
 #include "output/MapCheck.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The laws that every map keeps, checked on the pieces of a run.
 #pragma once
 

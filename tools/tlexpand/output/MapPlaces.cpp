@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names are relative to the directory of the start; the way there from the map's directory does not
 // change when both move together.
 #include "output/MapPlaces.h"

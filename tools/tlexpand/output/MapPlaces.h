@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where a map file lies and how the names in it are found from there.
 #pragma once
 

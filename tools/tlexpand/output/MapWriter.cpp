@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A piece waits until the next one is known: that may continue it.
 #include "output/MapWriter.h"
 #include "output/JsonText.h"
@@ -36,8 +37,9 @@ std::string JsonOf(const MapChain& chain)
                        ",\"name\":" + JsonString(ViewOf(chain.m_name)) + "," + Place(chain.m_place);
     if (chain.m_round != s_none)
         json += ",\"round\":" + std::to_string(chain.m_round);
-    return json + ",\"parent\":" +
-           (chain.m_parent == s_none ? "null" : std::to_string(chain.m_parent)) + "}";
+    return json +
+           ",\"parent\":" + (chain.m_parent == s_none ? "null" : std::to_string(chain.m_parent)) +
+           "}";
 }
 
 /// Passes the pieces of an output on, joined where that is wanted.

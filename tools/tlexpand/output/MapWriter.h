@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output map: for each stretch of what was written, the source that it came from, as JSON.
 // docs/map-format.md describes the format.
 #pragma once

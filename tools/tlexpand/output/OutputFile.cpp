@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Links are followed by hand, so that the temporary file lies in the directory of the link's target
 // and the rename replaces the target and not the link. A link that leads elsewhere than its text
 // says (those below /proc do) is written to directly.
@@ -156,8 +157,8 @@ void OutputFile::Write(const Content& content)
 void OutputFile::OpenDirectly()
 {
     if (!m_directFile.IsOpen())
-        m_directFile = Descriptor(
-            OpenAt(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY));
+        m_directFile =
+            Descriptor(OpenAt(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY));
     if (!m_directFile.IsOpen())
         throw MakeFileError("write", m_path, errno);
 }

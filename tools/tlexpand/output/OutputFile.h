@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One output of a run. Text for a regular file goes to a temporary file beside it, which is renamed
 // over it at the end; anything else (a pipe, a device, standard output) is written directly.
 #pragma once

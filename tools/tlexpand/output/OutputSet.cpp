@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Temporary files first, since they can be taken back; then what is written directly; then the
 // renames, which no signal interrupts.
 #include "output/OutputSet.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All outputs of a run: they take their places together, or none does.
 #pragma once
 

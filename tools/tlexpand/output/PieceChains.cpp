@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Steps keep their order, in which each stands behind the one around it.
 #include "output/PieceChains.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The chains that the library recorded, as the map has them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A buffer in front of write.
 #include "output/PrintedText.h"
 #include "Cleanup.h"

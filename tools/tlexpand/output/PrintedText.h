@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the text goes that the source prints: standard output when the expansion has a file, else
 // standard error.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // "mappings" holds, for each line of output, the segments that begin on it. A segment is four
 // numbers, each the difference to the one before, in base 64 with the sign in the lowest bit:
 // output column, source, source line, source column. A segment of one number begins what has no

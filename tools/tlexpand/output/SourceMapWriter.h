@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A source map, version 3, as browsers and JavaScript tools read it.
 #pragma once
 

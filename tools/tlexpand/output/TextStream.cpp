@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is held begins at the start of a line, or in one that is known not to be blank; so whether a
 // line is blank can always be told from what is held. While nothing is being removed, text goes
 // straight into the buffer; long stretches go from where they stand to the file.
@@ -61,8 +62,7 @@ TextStream::TextStream(OutputFile* file, xstring* whole)
 /// Offers the rest of the buffer when text may go there as it comes.
 void TextStream::OfferBuffer()
 {
-    const bool isPlain =
-        m_nextSource == m_sources.size() && !m_isLineToGo && m_whole == nullptr;
+    const bool isPlain = m_nextSource == m_sources.size() && !m_isLineToGo && m_whole == nullptr;
     OfferRoom(Room(), isPlain ? m_buffer.begin() + m_buffer.capacity() : Room());
 }
 

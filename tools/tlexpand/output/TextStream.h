@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The expansion of the main file on its way to the output, less what its imports leave in it.
 //
 // The library leaves `@import "NAME"` where it stands. Which characters those are is said by the
@@ -27,7 +28,8 @@ class TextStream final : public IndentingStream
 public:
     /// @param file  Gets the text as it comes. Null, or what is written directly: all is kept until
     ///              `Rest`.
-    /// @param whole  Gets all that comes, what is removed included; borrowed. Null: nobody wants it.
+    /// @param whole  Gets all that comes, what is removed included; borrowed. Null: nobody wants
+    /// it.
     explicit TextStream(OutputFile* file, xstring* whole = nullptr);
 
     /// What came so far, a byte order mark, stands before the first line.

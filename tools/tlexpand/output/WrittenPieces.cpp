@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pieces are cut at the edits, in one pass over both. What is left of a source piece keeps its
 // own part of the source; what is left of a calculated one keeps the whole range.
 #include "output/WrittenPieces.h"

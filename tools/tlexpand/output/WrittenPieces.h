@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is written, piece by piece: the pieces of the expansion, less what is taken out of it (the
 // text of imports), with what is put into it (line directives). Every map is made from this walk,
 // so all of them describe the same text.

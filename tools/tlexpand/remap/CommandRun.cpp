@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two pipes, read as they have something. The program finds signals as a program does that a shell
 // has started.
 #include "remap/CommandRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a program and reads what it writes, as it writes it.
 #pragma once
 

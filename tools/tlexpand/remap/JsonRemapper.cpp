@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Both kinds are trees in which a place is an object with a file and a line, wherever it stands.
 #include "remap/JsonRemapper.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rewrites the places in JSON documents: GCC's -fdiagnostics-format=json, and SARIF 2.1.0.
 #pragma once
 

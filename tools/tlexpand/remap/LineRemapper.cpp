@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An excerpt is what compilers print under a message: lines with a bar, or lines with a caret and
 // the line above. GCC's and clang's can be told from messages by their first characters.
 #include "remap/LineRemapper.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rewrites lines of text, one at a time.
 #pragma once
 

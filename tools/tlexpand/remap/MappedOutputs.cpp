@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A path is compared by name first; files are looked at only when the last parts are equal.
 #include "remap/MappedOutputs.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The outputs whose maps are known, by every name that a message can give them, and the way from a
 // place in one of them to its source.
 #pragma once

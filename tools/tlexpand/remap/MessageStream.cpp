@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A document of several lines must be the whole stream: a lone bracket in the middle of messages is
 // the line of a program that a compiler quotes, and must not hold the rest back. One on a single
 // line can stand anywhere.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stream of messages, as it comes: cuts it into lines, and rewrites each as soon as it is whole.
 #pragma once
 

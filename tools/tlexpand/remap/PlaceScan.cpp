@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers are rarer than names: each one is looked at for what stands around it.
 #include "remap/PlaceScan.h"
 #include <algorithm>

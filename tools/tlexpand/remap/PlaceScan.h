@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Places in a line of text: FILE:LINE, FILE:LINE:COLUMN, FILE(LINE), FILE(LINE,COLUMN) and Python's
 // File "FILE", line LINE.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The first line is composed by the exception itself; colour is put around its parts afterwards.
 #include "report/Diagnostics.h"
 #include "Files.h"
@@ -77,7 +78,7 @@ void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* r
 
 /// Where what has no end was opened, and what would mend the error.
 std::string Diagnostics::MakeNotes(const ExpansionRun& run, const LexScannerException& error,
-                          const char* pos) const
+                                   const char* pos) const
 {
     std::string notes;
     const char* const opened = run.OpenedAt(pos);
@@ -99,8 +100,8 @@ void Diagnostics::Warn(const ExpansionWarning& warning) const
     }
     WriteToStandardError(
         Paint(s_bold) + MakePlace(pos) + " : " + Paint(s_magenta) + "warning" + Paint(s_boldAgain) +
-        " : " + Show(ViewOf(Shorten(warning.m_text))) + " [" + NameOfWarning(warning.m_kind) +
-        "]" + Paint(s_plain) + "\n" + MakeExcerpt(*source, pos, m_style) +
+        " : " + Show(ViewOf(Shorten(warning.m_text))) + " [" + NameOfWarning(warning.m_kind) + "]" +
+        Paint(s_plain) + "\n" + MakeExcerpt(*source, pos, m_style) +
         MakeCallLines(warning.m_callPlaces, warning.m_moreCallPlaces, warning.m_importPlaces));
 }
 

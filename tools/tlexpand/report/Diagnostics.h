@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // Errors as the user sees them: the line that editors and build servers parse, the source line with
 // a caret, and the imports through which the file was reached.
 #pragma once
 
-#include "report/Excerpt.h"
-#include "options/Options.h"
 #include "input/Sources.h"
+#include "options/Options.h"
+#include "report/Excerpt.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSToken.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line is read by characters (a UTF-8 sequence, an ill-formed byte): once to count them, once
 // to make what is shown and what stands under it. Lines can be as long as the text, and memory may
 // have run out, so only what is shown is stored.

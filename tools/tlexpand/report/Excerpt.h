@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The source line of an error with a caret under its column, and text made fit for a terminal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One list of exceptions for both commands. What a text has defined is still there when an error is
 // reported, and may be what has used up the memory: some is set aside for the report.
 #include "report/GuardedRun.h"

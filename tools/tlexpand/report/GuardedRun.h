@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Turns whatever the library throws while it works on a text into a diagnostic.
 #pragma once
 

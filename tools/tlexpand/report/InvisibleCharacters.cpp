@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The ranges are those of Unicode 15 for the general categories Cc, Cf, Zl and Zp and for the
 // property Default_Ignorable_Code_Point, joined where only unassigned characters lie between.
 #include "report/InvisibleCharacters.h"

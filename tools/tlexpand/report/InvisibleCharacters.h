@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Characters that a terminal does not show, or that change how it shows others: what a reader sees
 // would not be what the text says.
 #pragma once

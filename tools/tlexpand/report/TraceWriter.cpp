@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each event is a line. Texts in it are shown on one line and only their beginnings, since an
 // argument can be as long as a file.
 #include "report/TraceWriter.h"
@@ -13,7 +14,7 @@ namespace telv::tool
 namespace
 {
 
-constexpr size_t s_longestText = 60; // bytes
+constexpr size_t s_longestText = 60;  // bytes
 constexpr size_t s_mostIndented = 30; // levels
 constexpr size_t s_mostPending = 64 * 1024;
 
@@ -109,7 +110,8 @@ void TraceWriter::InvocationBegins(const ObservedInvocation& invocation)
 
 void TraceWriter::RoundBegins(const ObservedRound& round)
 {
-    std::string what = "round " + std::to_string(round.m_round) + " of @" + ToStdString(round.m_loop);
+    std::string what =
+        "round " + std::to_string(round.m_round) + " of @" + ToStdString(round.m_loop);
     if (round.m_loop == "for")
         what += ": " + Brief(round.m_element);
     WriteLine(what, round.m_place);

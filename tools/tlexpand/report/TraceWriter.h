@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace of a run: a line for each call, value, round, definition and import, indented by how
 // deep it lies in others, with its place.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libcsv calls back for each value and for each end of a line, but does not say where it is. The
 // place is found again from what it says: a value that begins with a quote takes two quotes, and
 // one more for each in it, besides its characters.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of a CSV file, as RFC 4180 has them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parser tells what it reads, one thing at a time, and keeps its own list of what is open:
 // depth costs no stack. It does not tell where; but it reads character by character, and between
 // two things there is only white space, a comma or a colon.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of a JSON file: an array of objects or of arrays.
 #pragma once
 

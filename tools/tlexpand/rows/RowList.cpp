@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file is read whole: the rows are views of it until they are written.
 #include "rows/RowList.h"
 #include "rows/CsvRows.h"

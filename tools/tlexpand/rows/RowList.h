@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of a CSV or JSON file as the text of a macro, `[(1,one),(2,two)]`, with the way back
 // from that text to the file.
 #pragma once

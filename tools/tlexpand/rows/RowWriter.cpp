@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list `[a,]` has one element: an empty last one needs another comma behind it. A tuple is
 // never empty text.
 #include "rows/RowWriter.h"

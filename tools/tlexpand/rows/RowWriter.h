@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Puts rows together: chooses and orders their columns, and writes their values as a list.
 //
 // A reader says what the file holds, in its order; a row is written when it is complete.

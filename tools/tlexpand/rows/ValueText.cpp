@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Most values are words and numbers, of which a look at the characters is enough; the scanner tells
 // by exceptions what it does not like, which is dear.
 #include "rows/ValueText.h"

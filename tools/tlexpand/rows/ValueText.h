@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a value is written so that the list gives it back.
 //
 // A list is cut by tokens: an element ends at a comma or the closing bracket, brackets, strings and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // @quote and @scope: text as it stands, and text with a scope of its own.
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // @if, @elseif, @else. All conditions of a chain are evaluated; the first true one chooses.
-#include "tlMacroExpander/src/Run/ErrorContext.h"
-#include "tlMacroExpander/src/Run/Hints.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/ExpressionParser.h"
-#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include <optional>
 

@@ -1,5 +1,6 @@
-// Cutting sections, blocks, arguments and tokens out of the text that is being expanded. Of a scanned
-// text, what was cut out is known as a part.
+// SPDX-License-Identifier: MIT
+// Cutting sections, blocks, arguments and tokens out of the text that is being expanded. Of a
+// scanned text, what was cut out is known as a part.
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"

@@ -1,15 +1,16 @@
+// SPDX-License-Identifier: MIT
 // @def, @exportdef, @nakeddef, @defpython: macros are stored as text, unexpanded.
 //
 // A definition in text that exists only while expanding shares that text, because it may be placed
 // in a frame that lives longer.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
+#include "tlMacroExpander/ExpansionObserver.h"
+#include "tlMacroExpander/src/Directives/Watching.h"
+#include "tlMacroExpander/src/Frames/HashName.h"
+#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/ExpansionObserver.h"
-#include "tlMacroExpander/src/Frames/HashName.h"
-#include "tlMacroExpander/src/Directives/Watching.h"
-#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 
 namespace telv

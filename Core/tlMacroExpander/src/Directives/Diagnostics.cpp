@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // @print, @println, @assert, @assertfails, @fail: a text talks to its author and tests itself.
-#include "tlMacroExpander/src/Run/ErrorContext.h"
-#include "tlMacroExpander/src/Run/Hints.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 
 namespace telv
 {
@@ -64,8 +65,8 @@ void MacroExpander::ProcessAssertDirective()
         throw;
     }
     if (!holds)
-        ThrowAt(pos,
-                {"Assertion failure\n        @assert(", section.m_text, ")\nie      @assert(", text, ")"});
+        ThrowAt(pos, {"Assertion failure\n        @assert(", section.m_text, ")\nie      @assert(",
+                      text, ")"});
     ScanOverWhiteSpaceAfterDirective();
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Directives by name: one row each. Rows only call.
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
@@ -93,7 +94,8 @@ const Directive* FindWord(SubString word)
     if (*word < 'a' || *word > 'z')
         return nullptr;
     for (uint32 left = s_byLetter[static_cast<size_t>(*word - 'a')]; left != 0; left &= left - 1)
-        if (const Directive& directive = s_directives[std::countr_zero(left)]; word == directive.m_word)
+        if (const Directive& directive = s_directives[std::countr_zero(left)];
+            word == directive.m_word)
             return &directive;
     return nullptr;
 }

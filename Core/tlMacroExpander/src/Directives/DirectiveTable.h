@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one list of all directives.
 #pragma once
 

@@ -1,20 +1,21 @@
+// SPDX-License-Identifier: MIT
 // @let, @( and @[: typed values and text that is expanded twice.
 //
 // The pattern of all of them: expand the text into a string in a scope of its own, then evaluate
 // the string. The string dies with the directive, so no error that leaves here points into it.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
-#include "tlMacroExpander/src/Run/ErrorContext.h"
-#include "tlMacroExpander/src/Run/Hints.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/Directives/Watching.h"
-#include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
 
 namespace telv
 {
@@ -164,7 +165,8 @@ LSValueVariable* MacroExpander::FindAssigned(SubString name)
 
 void MacroExpander::Assign(LSValueVariable& var, const LevelText& text, bool verbatim)
 {
-    if (!verbatim && EvaluateDirectly(*m_vf, {text.m_text, text.m_program}, var.m_type, var.m_value))
+    if (!verbatim &&
+        EvaluateDirectly(*m_vf, {text.m_text, text.m_program}, var.m_type, var.m_value))
         return;
     xstring value;
     try
@@ -174,7 +176,8 @@ void MacroExpander::Assign(LSValueVariable& var, const LevelText& text, bool ver
     catch (LexScannerException& e)
     {
         if (!verbatim)
-            AddErrorContext(e, {"\n    when parsing expression '", text.m_text, "' for @let directive"});
+            AddErrorContext(
+                e, {"\n    when parsing expression '", text.m_text, "' for @let directive"});
         throw;
     }
     // The new value may have been made from the old one.

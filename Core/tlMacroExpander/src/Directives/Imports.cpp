@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // @import, @importpath and @relativepath. Files are the import handler's business.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
+#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
-#include "tlMacroExpander/src/MacroExpander.h"
 #include <optional>
 
 namespace telv

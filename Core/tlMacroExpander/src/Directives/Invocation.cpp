@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What stands for the name of a variable: a value, or the expansion of a macro.
 //
 // An invocation has a frame of its own whose parent is the frame of the caller (or the frame that
@@ -7,14 +8,14 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/src/Frames/FrameTree.h"
-#include "tlMacroExpander/src/Run/ErrorContext.h"
-#include "tlMacroExpander/src/Run/Hints.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Values/OwningVariables.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Hints.h"
+#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
 
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include <algorithm>
@@ -187,8 +188,10 @@ ExpansionObserver& MacroExpander::InvocationSpan<true>::Begin(const MacroExpande
                                                               const LSVariable* lastArg)
 {
     const SubString name = expander.DirectiveRange();
-    ObservedInvocation invocation{macroVar, name, SubString(name.begin(), expander.m_str.begin()), {}};
-    for (ssize_t i = macroVar.GetNumArgs(); i-- > 0 && lastArg != nullptr; lastArg = lastArg->m_next)
+    ObservedInvocation invocation{
+        macroVar, name, SubString(name.begin(), expander.m_str.begin()), {}};
+    for (ssize_t i = macroVar.GetNumArgs(); i-- > 0 && lastArg != nullptr;
+         lastArg = lastArg->m_next)
     {
         const auto* const value = dynamic_cast<const LSValueVariable*>(lastArg);
         const auto* const text = dynamic_cast<const LSMacroVariable*>(lastArg);

@@ -1,19 +1,20 @@
+// SPDX-License-Identifier: MIT
 // @for and @while: a block once per element of a list, or while a condition holds.
 //
 // The list of @for exists only while the loop runs; its elements are bound by name, and what they
 // define may outlive it, so it is a temporary text.
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HeldNames.h"
-#include "tlMacroExpander/src/Run/ErrorContext.h"
-#include "tlMacroExpander/src/Run/Hints.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/MacroExpander.h"
-#include "tlMacroExpander/src/Values/OwningVariables.h"
-#include "tlMacroExpander/src/Scan/ScanSection.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Run/Hints.h"
+#include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/RepeatedText.h"
+#include "tlMacroExpander/src/Values/OwningVariables.h"
 
 namespace telv
 {
@@ -93,7 +94,7 @@ private:
     ssize_t m_outputPos;
     HeldNames m_names;
     KnownList* m_noted = nullptr;
-    ssize_t m_round = 0; ///< Counted from 1.
+    ssize_t m_round = 0;                                         ///< Counted from 1.
     ExpansionObserver* m_observer = RunState::CurrentObserver(); ///< Or null.
 };
 
@@ -116,7 +117,8 @@ PlannedAction MacroExpander::PlanFor(PlanReader& reader)
     auto head = std::make_shared<ForHead>();
     ReadForHead(*head, [&] { return reader.Token(); });
     head->m_listPos = reader.m_rest.begin();
-    const LevelText section = reader.Section(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section =
+        reader.Section(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     const PlannedBlock block = reader.Block();
     const auto known = std::make_shared<std::shared_ptr<KnownList>>();
     return [=](MacroExpander& expander)

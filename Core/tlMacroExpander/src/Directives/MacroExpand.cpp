@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry points: an expander on the stack, and for strings an output around it.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 

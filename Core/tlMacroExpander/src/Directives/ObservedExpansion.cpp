@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The plain way over a text while somebody observes: the same steps, and each is told.
 //
 // A level whose run is observed wants its pieces (EPieces), which keeps the faster ways from being

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // @runpython: a block of Python statements, expanded before it runs.
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/MacroExpander.h"
@@ -24,8 +25,7 @@ BlockPlace PlaceOf(SubString block)
     SubString origin;
     if (run != nullptr && run->FindOrigin(block.begin(), origin))
         return {"<expanded text>"};
-    const RunState::KnownText* const text =
-        run == nullptr ? nullptr : run->FindText(block.begin());
+    const RunState::KnownText* const text = run == nullptr ? nullptr : run->FindText(block.begin());
     if (text == nullptr)
         return {"<runpython>"};
     return {xstring(text->m_name), GetLineNumber(text->m_text, block.begin()) - 1};

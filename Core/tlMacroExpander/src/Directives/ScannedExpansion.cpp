@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Expanding a text of which it is known where the tokens stand that can matter.
 //
 // The effect is that of reading it token by token. Nothing is recorded here, so what means nothing
@@ -206,7 +207,8 @@ std::unique_ptr<Plan> MakePlan(ScannedText& scanned, SubString rest)
 }
 
 /// Reads the arguments of a call; null where that has to be done each time.
-std::unique_ptr<Plan> MakePlanOfCall(const LSMacroVariable& macroVar, ScannedText& scanned, SubString rest)
+std::unique_ptr<Plan> MakePlanOfCall(const LSMacroVariable& macroVar, ScannedText& scanned,
+                                     SubString rest)
 {
     auto plan = std::make_unique<Plan>();
     plan->m_limit = rest.end();
@@ -219,7 +221,8 @@ std::unique_ptr<Plan> MakePlanOfCall(const LSMacroVariable& macroVar, ScannedTex
         const ssize_t n = macroVar.GetNumArgs();
         for (ssize_t i = 0; i < n; ++i)
         {
-            plan->m_args.push_back(reader.Argument(end, macroVar.m_argNames[i].m_type != LSV_MACRO));
+            plan->m_args.push_back(
+                reader.Argument(end, macroVar.m_argNames[i].m_type != LSV_MACRO));
             if (end.m_type != (i == n - 1 ? TOKEN_RIGHT_PAREN : TOKEN_COMMA))
                 return nullptr;
         }

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // @str and its kin write text as string literals; @unstr does the reverse; @$ defines a dollar
 // macro.
-#include "tlMacroExpander/src/Run/ErrorContext.h"
-#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/MacroExpander.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include <utility>
 

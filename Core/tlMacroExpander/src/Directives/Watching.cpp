@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Warnings that need to see tokens. All of them err on the side of silence: a name is only called
 // wrong when the right one is there.
 #include "tlMacroExpander/src/Directives/Watching.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is looked at for warnings while a text is read token by token.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names that expressions know by themselves; see ExpressionFunctions.cpp.
 #pragma once
 

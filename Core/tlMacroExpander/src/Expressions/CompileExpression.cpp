@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes the steps of an expression: a parser of the same grammar as ExpressionParser's.
 //
 // Every function is false as soon as something is met that has to be expanded, or is wrong; the
@@ -15,9 +16,9 @@ namespace telv
 namespace
 {
 
-constexpr const char* s_builtIns[] = {"false",  "true",      "len",       "is_bool", "is_char", "is_int",
-                                      "is_double", "is_string", "bool",   "char",    "int",     "double",
-                                      "string", "sin",       "cos",       "tan",     "exp",     "log"};
+constexpr const char* s_builtIns[] = {
+    "false", "true", "len",    "is_bool", "is_char", "is_int", "is_double", "is_string", "bool",
+    "char",  "int",  "double", "string",  "sin",     "cos",    "tan",       "exp",       "log"};
 constexpr ssize_t s_shortestBuiltIn = 3;
 constexpr ssize_t s_longestBuiltIn = 9;
 
@@ -53,7 +54,9 @@ bool IsReadable(SubString literal)
 class ExpressionSteps::Compiler
 {
 public:
-    Compiler(SubString text, ExpressionSteps& steps) : m_steps(steps), m_whole(text), m_rest(text) {}
+    Compiler(SubString text, ExpressionSteps& steps) : m_steps(steps), m_whole(text), m_rest(text)
+    {
+    }
 
     bool Compile()
     {
@@ -104,9 +107,9 @@ private:
 
     ExpressionSteps& m_steps;
     SubString m_whole;
-    SubString m_rest;  ///< Behind the current token.
+    SubString m_rest;            ///< Behind the current token.
     EToken m_kind = TOKEN_UNDEF; ///< Of the current token.
-    SubString m_token; ///< Its characters.
+    SubString m_token;           ///< Its characters.
     int m_nesting = 0;
     int m_values = 0; ///< On the stack behind the last step.
 };
@@ -174,7 +177,8 @@ bool ExpressionSteps::Compiler::Binary(int level)
 bool ExpressionSteps::Compiler::Unary()
 {
     const EToken prefix = m_kind;
-    if (prefix != TOKEN_PLUS && prefix != TOKEN_MINUS && prefix != TOKEN_EXCLAM && prefix != TOKEN_TILDE)
+    if (prefix != TOKEN_PLUS && prefix != TOKEN_MINUS && prefix != TOKEN_EXCLAM &&
+        prefix != TOKEN_TILDE)
         return PostFix();
     Advance();
     if (++m_nesting > s_mostNesting || !Unary())
@@ -254,7 +258,8 @@ bool ExpressionSteps::Compiler::String()
     return true;
 }
 
-/// The text of a value in its place is read as a token of its own unless it merges with a neighbour.
+/// The text of a value in its place is read as a token of its own unless it merges with a
+/// neighbour.
 bool ExpressionSteps::Compiler::Name()
 {
     const SubString name = m_token;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Takes the steps of an expression. What the operators do is in DirectOperators.cpp.
 //
 // Every function is false as soon as something is met that it does not know; only the caller of the
@@ -63,14 +64,15 @@ DirectExpression::DirectExpression(ExpansionRun& run, VarFrame& frame)
 
 bool DirectExpression::Evaluate(const ExpressionText& text)
 {
-    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || IsCountingLookups() || text.m_text.empty() ||
-        m_frame.m_fileScopeFrame == nullptr || RunState::Of(m_run).m_observer != nullptr ||
-        (m_run.m_warnings & WARN_UNUSED) != 0)
+    if (!FastPaths::IsOn(FastPaths::DIRECT_EXPRESSIONS) || IsCountingLookups() ||
+        text.m_text.empty() || m_frame.m_fileScopeFrame == nullptr ||
+        RunState::Of(m_run).m_observer != nullptr || (m_run.m_warnings & WARN_UNUSED) != 0)
         return false;
     try
     {
         if (ExpressionProgram* const program = text.m_program)
-            return !program->empty() && Take(program->begin(), program->end(), program->Items(m_names));
+            return !program->empty() &&
+                   Take(program->begin(), program->end(), program->Items(m_names));
         const ExpressionSteps steps(text.m_text);
         return !steps.empty() && Take(steps.begin(), steps.end(), nullptr);
     }
@@ -89,17 +91,19 @@ bool DirectExpression::CountSteps()
 {
     const ExpansionLimits& limits = m_run.m_limits;
     RunState& state = RunState::Of(m_run);
-    if (limits.m_maxOutput != ExpansionLimits::s_none || m_deepest > limits.m_maxDepth - state.m_depth ||
+    if (limits.m_maxOutput != ExpansionLimits::s_none ||
+        m_deepest > limits.m_maxDepth - state.m_depth ||
         m_steps > limits.m_maxSteps - state.m_steps)
         return false;
     state.m_steps += m_steps;
     return true;
 }
 
-bool DirectExpression::Take(const ExpressionStep* step, const ExpressionStep* end, const ScanItem* items)
+bool DirectExpression::Take(const ExpressionStep* step, const ExpressionStep* end,
+                            const ScanItem* items)
 {
     DirectValue values[ExpressionSteps::s_mostValues]; // each is written before it is read
-    DirectValue* top = values; // behind the last one
+    DirectValue* top = values;                         // behind the last one
     for (; step != end; ++step)
     {
         switch (step->m_kind)
@@ -167,22 +171,24 @@ const LSVariable* DirectExpression::Find(const ExpressionStep& step, const ScanI
     return m_names.MayBeBound(entry) ? m_names.Find(&m_frame, entry, name.end()) : nullptr;
 }
 
-bool DirectExpression::PushName(const ExpressionStep& step, const ScanItem* items, DirectValue& value)
+bool DirectExpression::PushName(const ExpressionStep& step, const ScanItem* items,
+                                DirectValue& value)
 {
     const LSVariable* const variable = Find(step, items);
     if (variable == nullptr)
         return false;
     Substitute found;
     ++m_steps;
-    if (!Substituted(*variable, m_frame, 0, found) || (step.m_isBehindMinus && found.m_isNegative) ||
-        (step.m_isBeforeDot && found.m_isNumber))
+    if (!Substituted(*variable, m_frame, 0, found) ||
+        (step.m_isBehindMinus && found.m_isNegative) || (step.m_isBeforeDot && found.m_isNumber))
         return false;
     value = found.m_value;
     return true;
 }
 
 /// The text of a value, written as a literal and read again.
-bool DirectExpression::PushStr(const ExpressionStep& step, const ScanItem* items, DirectValue& value)
+bool DirectExpression::PushStr(const ExpressionStep& step, const ScanItem* items,
+                               DirectValue& value)
 {
     const LSVariable* const variable = Find(step, items);
     if (variable == nullptr || variable->GetType() == LSV_MACRO)
@@ -293,7 +299,8 @@ bool DirectExpression::GetText(const ExpressionText& text, SubString& value)
     return Evaluate(text) && WriteText(m_result, value) && CountSteps();
 }
 
-bool DirectExpression::GetWrittenForm(const ExpressionText& text, ELSVariable type, SubString& value)
+bool DirectExpression::GetWrittenForm(const ExpressionText& text, ELSVariable type,
+                                      SubString& value)
 {
     return Evaluate(text) && WriteAs(type, value) && CountSteps();
 }
@@ -306,8 +313,8 @@ bool DirectExpression::GetWrittenForm(const ExpressionText& text, ELSVariable ty
     return run != nullptr && DirectExpression(*run, frame).GetBool(text, value);
 }
 
-[[gnu::noinline]] bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text, ELSVariable type,
-                                        xstring& value)
+[[gnu::noinline]] bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text,
+                                        ELSVariable type, xstring& value)
 {
     ExpansionRun* const run = RunState::CurrentRun();
     if (run == nullptr)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Evaluates an expression from its source text, without expanding it into a string first.
 //
 // What an expression means is defined in two steps: its text is expanded, then the result is parsed
@@ -78,9 +79,9 @@ private:
     VarFrame& m_frame;
     NameTable& m_names;
     DirectValue m_result;
-    ssize_t m_steps = 1;     ///< What expanding would have counted.
-    ssize_t m_deepest = 1;   ///< Expansions inside one another that it would have made.
-    ssize_t m_used = 0;      ///< Of the scratch.
+    ssize_t m_steps = 1;   ///< What expanding would have counted.
+    ssize_t m_deepest = 1; ///< Expansions inside one another that it would have made.
+    ssize_t m_used = 0;    ///< Of the scratch.
     char m_scratch[s_scratch];
 };
 
@@ -92,6 +93,7 @@ bool ApplyIndex(DirectValue& value, const DirectValue& index);
 /// A condition, evaluated directly where that is possible; false otherwise.
 bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text, bool& value);
 /// The same for the written form of a value of `type`.
-bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text, ELSVariable type, xstring& value);
+bool EvaluateDirectly(VarFrame& frame, const ExpressionText& text, ELSVariable type,
+                      xstring& value);
 
 } // namespace telv

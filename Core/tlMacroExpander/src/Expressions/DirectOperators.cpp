@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What operators and functions do to plain values; what would be an error is false.
 //
 // The conversions that an operator tries are those of LSLiteralOperators.cpp, in the same order:
@@ -150,7 +151,8 @@ bool CharOf(const DirectValue& value, int& c)
 {
     if (value.m_type == LITERAL_CHAR)
         c = value.m_char;
-    else if (value.m_type == LITERAL_INT64 && value.m_int64 == static_cast<signed char>(value.m_int64))
+    else if (value.m_type == LITERAL_INT64 &&
+             value.m_int64 == static_cast<signed char>(value.m_int64))
         c = static_cast<int>(value.m_int64);
     else
         return false;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A value of an expression that needs no memory of its own.
 #pragma once
 

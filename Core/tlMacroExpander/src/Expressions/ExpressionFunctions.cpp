@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // What expressions offer by name, and the typed entries that C++ callers use.
 //
 // Built-in names stand in one table, in the order in which they are compared; a row evaluates its
 // name with the name as the current token. Expressions have no variables: values of macros stand in
 // the text before it is parsed.
-#include "tlMacroExpander/src/Expressions/BuiltIns.h"
 #include "tlMacroExpander/src/ExpressionParser.h"
+#include "tlMacroExpander/src/Expressions/BuiltIns.h"
 #include "tlUtils/StringExt.h"
 #include <algorithm>
 #include <cmath>

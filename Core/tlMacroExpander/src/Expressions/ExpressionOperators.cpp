@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of two-operand operators and of assignments.
 //
 // Both are searched in order: they are short, and an expression looks into them a few times.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the expression parser knows of operators with two operands: their level, and what they do.
 // Only the parser uses it; see ExpressionParser.h.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeping the steps of an expression.
 #include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An expression in a scanned text, compiled before it is evaluated the second time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An expression as steps on a stack of values, in the order in which they are taken.
 //
 // The steps are made from the text as it was written. They stand for what the text means as long as

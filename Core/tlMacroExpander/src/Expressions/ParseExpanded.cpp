@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Expressions between brackets: the parser starts as if it had just read the opening one.
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Evaluating text that a directive expanded from between its brackets.
 #pragma once
 

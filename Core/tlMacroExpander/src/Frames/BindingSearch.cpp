@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The nearest binding of a name, where the newest one is neither of the frame that asks nor of its
 // parent.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The walk through the imports, and its memory.
 #include "tlMacroExpander/src/Frames/DollarIndex.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dollar macros that the imports of one file know.
 //
 // A dollar macro is looked for in the imports, depth first in the order of import. Who asks a

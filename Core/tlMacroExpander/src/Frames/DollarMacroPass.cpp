@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where nothing stands in the way, the references are replaced in one go from left to right, and
 // what a value puts together with the text around it is read again from where it began. As no
 // reference can overlap another, the result is that of the passes. Only a text that takes much more
@@ -123,8 +124,8 @@ private:
 
     ssize_t m_given;
     HeldSet<const xstring*> m_known; ///< Values that have been put in.
-    bool m_isNew = false;             ///< The pass put one in for the first time.
-    SubString m_first;                ///< The first name of the pass.
+    bool m_isNew = false;            ///< The pass put one in for the first time.
+    SubString m_first;               ///< The first name of the pass.
     ssize_t m_passesWithoutNew = 0;
 };
 
@@ -226,10 +227,10 @@ private:
     const FileScopeVarFrame& m_frame;
     const ssize_t m_mostPutTogether;
     const ssize_t m_mostWork;
-    HeldString m_done;             ///< Holds no known reference.
+    HeldString m_done;            ///< Holds no known reference.
     HeldVector<SubString> m_rest; ///< Still to be read, the nearest last.
     HeldVector<size_t> m_joints;  ///< Where in `m_done` texts of different origin meet.
-    ssize_t m_putTogether = 0;     ///< References found across joints.
+    ssize_t m_putTogether = 0;    ///< References found across joints.
     ssize_t m_work = 0;
     bool m_hasChanged = false;
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Substitution of dollar macros, pass by pass, and the error when it would not end.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File-scope frames: imports and dollar macros.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/LSVariable"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The set of frames: a hash table of addresses, at most three quarters full.
 #include "tlMacroExpander/FrameSet.h"
 #include "tlMacroExpander/src/Frames/HashName.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ancestors of frames, by jumps of a skew-binary kind: a frame knows its parent and one ancestor
 // further up, chosen so that any depth is reached in a logarithmic number of steps. Most frames are
 // never asked, so the jumps are made when they are needed.

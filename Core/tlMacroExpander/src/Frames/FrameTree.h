@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the sources of this folder see of a frame beyond its public face.
 #pragma once
 

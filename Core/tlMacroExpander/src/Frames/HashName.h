@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The hash of names. It differs from process to process, so that no text can choose names that
 // collide, and takes about a nanosecond for a word of eight letters.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list of those who hold names of a table.
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names that somebody outside the table keeps as entries: the words of a scanned text, the formal
 // arguments of a macro. Who holds them may be there longer than the table, and the other way round.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The index of what imports provide.
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"

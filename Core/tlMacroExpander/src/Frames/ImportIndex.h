@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the imports of one file provide, by name.
 //
 // A word that no frame of the file binds would have to be looked for in every imported file. While

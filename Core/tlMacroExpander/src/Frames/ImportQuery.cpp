@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Look-ups through imports: hiding, and the error when two imports disagree.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/LSVariable"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One look-up of a name through imports, one by one: the literal way.
 //
 // Files import each other in graphs whose number of paths grows exponentially; a query visits each

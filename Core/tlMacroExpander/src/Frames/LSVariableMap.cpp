@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The map of a variable list: what the table of names says about one frame, and the order of names.
 #include "tlMacroExpander/LSVariableMap.h"
 #include "tlMacroExpander/LSVariable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of names: entries in a pool, found through a hash table of their numbers.
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Frames/HeldNames.h"
@@ -103,8 +104,8 @@ NameEntry* NameTable::MakeEntry(SubString name, uint64 hash, uint32& index)
     const size_t length = static_cast<size_t>(name.size());
     const bool isFar = length > sizeof NameEntry::m_chars;
     const auto free = [length](char* chars) { FreeFarName(chars, length); };
-    std::unique_ptr<char, decltype(free)> far(isFar ? HeldAllocator<char>().allocate(length) : nullptr,
-                                              free);
+    std::unique_ptr<char, decltype(free)> far(
+        isFar ? HeldAllocator<char>().allocate(length) : nullptr, free);
     index = m_entries.Take();
     NameEntry& entry = m_entries[index];
     Mark(name);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of one tree of frames, and who binds them.
 //
 // Scoping is dynamic: the parent of an invocation's frame is the frame of the caller, so a chain of
@@ -147,7 +148,8 @@ public:
     /// The same for a name that has no entry.
     LSVariable* FindUnknown(VarFrame* frame, SubString name, uint64 hash, const char* pos)
     {
-        if (m_imports == nullptr && m_importers.m_newest == nullptr && !IsCountingLookups()) [[likely]]
+        if (m_imports == nullptr && m_importers.m_newest == nullptr && !IsCountingLookups())
+            [[likely]]
             return nullptr;
         return FindAboveImporters(frame, nullptr, name, hash, pos);
     }
@@ -250,7 +252,8 @@ private:
     /// A number that few names have in common: their ends and their length.
     static uint32 MarkOf(SubString name)
     {
-        const auto bits = [](ssize_t value, uint32 mask) { return static_cast<uint32>(value) & mask; };
+        const auto bits = [](ssize_t value, uint32 mask)
+        { return static_cast<uint32>(value) & mask; };
         return bits(name.m_p1[0], 31) | bits(name.m_p2[-1], 7) << 5 | bits(name.size(), 7) << 8;
     }
     void Mark(SubString name)
@@ -268,7 +271,7 @@ private:
     static constexpr uint32 s_marks = 2048;
 
     uint64 m_marks[s_marks / 64] = {}; ///< Of the names that have entries.
-    HeldVector<Slot> m_slots; ///< Open addressing, a power of two.
+    HeldVector<Slot> m_slots;          ///< Open addressing, a power of two.
     size_t m_size = 0;
     IndexedPool<NameEntry> m_entries;
     Pool<NameBinding> m_bindings;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory for many small things of one kind that come and go. What is given back is used again; all
 // of it is freed with the pool.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames and variable lists: ownership, look-ups and imports.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/LSVariable"
 

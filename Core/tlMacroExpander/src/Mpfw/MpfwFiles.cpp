@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading and expanding the files of a project.
 //
 // Files that are being expanded are nested, and a file enters the list when its turn begins; so the
@@ -7,8 +8,8 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Mpfw/MpfwParser"
 
 #include "tlMacroExpander/ExpansionRun.h"
-#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
+#include "tlMacroExpander/src/Run/ErrorContext.h"
 #include <algorithm>
 #include <memory>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Statements of project files. Reading and expanding the files is in MpfwFiles.cpp.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Mpfw/MpfwParser"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads project description files: settings, dollar macros and imports.
 //
 // A project file is macro text. `AddFile` reads and expands a file, and through `@import` the files

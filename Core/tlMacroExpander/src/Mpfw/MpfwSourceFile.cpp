@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Positions are looked for by address in each file in turn: a project has few.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Mpfw/MpfwSourceFile"
 

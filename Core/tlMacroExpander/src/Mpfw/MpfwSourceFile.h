@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files that a project was read from, each with its expansion and the map between the two, and
 // the way from an error's position back to file and line. MpfwParser.h reads them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines and columns of output, shared by the writing operations that record pieces and those that
 // do not.
 #pragma once

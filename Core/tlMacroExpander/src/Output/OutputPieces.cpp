@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mapping positions of the output back to addresses in the source.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpandedOutput"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The move from the short buffer to the string, and the string's growth.
 #include "tlMacroExpander/src/Output/StringSink.h"
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stream into a string, for expansions whose text is wanted and nothing else.
 //
 // A short text is collected in the sink itself and copied once; a longer one in a string that is

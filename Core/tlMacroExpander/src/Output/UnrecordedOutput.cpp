@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines matter only where indentation has to be put in front of them; else one put does.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpandedOutput"
 

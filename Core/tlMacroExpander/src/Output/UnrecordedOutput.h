@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing to an output whose pieces nobody reads: the same characters at the same columns, no
 // pieces.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading Python's library: the one that the user names, and no other; else every place is tried in
 // turn until one gives all the symbols, is of the right version and has Python's own modules beside
 // it. A failure is not remembered, so that a library that turns up, or a descriptor that becomes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The functions and objects of Python's library that the bridge uses, found when it is loaded.
 //
 // Nothing is linked: the bridge is compiled against Python's headers, which give the types, and

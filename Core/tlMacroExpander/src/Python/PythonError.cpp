@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pending exception as Python prints it.
 //
 // Python's own way of printing ends the process when the exception is SystemExit, or when its hook

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python's own lock stays taken from one use to the next, so a change of thread is a change of the
 // thread state. The thread that started the interpreter has its first one; any other gets one for
 // as long as it holds the lock.

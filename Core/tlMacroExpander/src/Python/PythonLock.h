@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python runs on one thread at a time: whoever calls the bridge holds this lock, and Python's own
 // lock with it. Threads that Python code has started run only while Python code runs.
 #pragma once

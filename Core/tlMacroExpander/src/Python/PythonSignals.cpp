@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Saves and restores the dispositions of signals around calls of Python.
 #include "tlMacroExpander/src/Python/PythonSignals.h"
 

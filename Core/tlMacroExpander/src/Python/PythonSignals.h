@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeps Python from taking over the signals of the process.
 //
 // Starting Python leaves them alone, but importing its module `signal` (many modules do) takes
@@ -5,8 +6,8 @@
 // note the signal and wait for Python code to run: after the bridge has returned, that is never.
 //
 // Looking at all of them costs more than a small expression. So the module is imported when Python
-// starts, and its functions tell when they are called; other modules that are no Python code are not
-// trusted.
+// starts, and its functions tell when they are called; other modules that are no Python code are
+// not trusted.
 #pragma once
 
 #include <array>

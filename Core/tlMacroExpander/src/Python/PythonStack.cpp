@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What Python's code takes of a stack, and the one that it gets.
 #ifdef TELV_PYTHON_ENABLED
 
@@ -18,10 +19,10 @@ constexpr size_t s_sizes[] = {32'768 * s_mebi, 1024 * s_mebi, 256 * s_mebi, 64 *
                               32 * s_mebi,     16 * s_mebi,   8 * s_mebi};
 
 // Measured with Python 2.7.18, as the growth of the stack over the levels of 45 ways of recursing
-// through C code: `sorted` whose key sorts takes most for a level, 1,251 bytes, importing modules that
-// import the next one 1,001. `with a,a,...` takes most for a byte of code, 165 bytes. What is bounded
-// by counters of its own (marshal, the parser's nesting) takes less than 2 MiB. A library that was
-// built without optimisation takes some times as much.
+// through C code: `sorted` whose key sorts takes most for a level, 1,251 bytes, importing modules
+// that import the next one 1,001. `with a,a,...` takes most for a byte of code, 165 bytes. What is
+// bounded by counters of its own (marshal, the parser's nesting) takes less than 2 MiB. A library
+// that was built without optimisation takes some times as much.
 constexpr ssize_t s_perLevel = 8 * 1024;
 constexpr ssize_t s_perByteOfCode = 512;
 constexpr ssize_t s_forAllElse = ssize_t(4) << 20;

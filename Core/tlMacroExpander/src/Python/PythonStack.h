@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stack that Python runs on: one of its own, of a size that is known.
 //
 // Python counts levels of recursion and knows nothing of bytes; what a level takes was measured.

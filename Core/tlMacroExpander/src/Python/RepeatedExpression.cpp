@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Taking expressions apart, and the compiled ones.
 #ifdef TELV_PYTHON_ENABLED
 
@@ -107,7 +108,8 @@ bool ExpressionShape::ReadString()
     const SubString text(inside.begin(), end);
     const bool isPlain = std::all_of(text.begin(), text.end(),
                                      [](char c) { return c >= ' ' && c < 0x7f && c != '\\'; });
-    if (end == inside.end() || !isPlain || m_isAfterName || (end + 1 != inside.end() && end[1] == quote))
+    if (end == inside.end() || !isPlain || m_isAfterName ||
+        (end + 1 != inside.end() && end[1] == quote))
         return false;
     m_rest.m_p1 = end + 1;
     return AddValue(text, true);
@@ -121,8 +123,8 @@ bool ExpressionShape::AddValue(SubString text, bool isString)
         return false;
     const char* const next =
         std::find_if_not(m_rest.begin(), m_rest.end(), [](char c) { return c == ' '; });
-    const bool isKeyword = next != m_rest.end() && *next == '=' &&
-                           (next + 1 == m_rest.end() || next[1] != '=');
+    const bool isKeyword =
+        next != m_rest.end() && *next == '=' && (next + 1 == m_rest.end() || next[1] != '=');
     if (isKeyword || m_values.size() == s_mostValues)
         return false;
     m_text += s_names[m_values.size()];

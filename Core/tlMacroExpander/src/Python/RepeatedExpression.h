@@ -1,10 +1,11 @@
-// Expressions that are evaluated again and again with other numbers and strings in them: what the body
-// of a Python macro expands to.
+// SPDX-License-Identifier: MIT
+// Expressions that are evaluated again and again with other numbers and strings in them: what the
+// body of a Python macro expands to.
 //
-// Compiling one takes far longer than evaluating it. So whole numbers and plain strings are taken out,
-// and what is left is compiled once, with names in their places: `3 * len("ab")` is a `3` and an `"ab"`
-// in `a * len(b)`. Only expressions whose value cannot depend on that are treated so: none with scopes
-// of their own, none that compare identities or look at their names.
+// Compiling one takes far longer than evaluating it. So whole numbers and plain strings are taken
+// out, and what is left is compiled once, with names in their places: `3 * len("ab")` is a `3` and
+// an `"ab"` in `a * len(b)`. Only expressions whose value cannot depend on that are treated so:
+// none with scopes of their own, none that compare identities or look at their names.
 #pragma once
 
 #ifdef TELV_PYTHON_ENABLED

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The functions of the module are put behind others that are no Python code either, so that nobody
 // sees them in a traceback.
 #ifdef TELV_PYTHON_ENABLED
@@ -38,7 +39,8 @@ bool IsTrusted(std::string_view file)
     if (place == std::string_view::npos)
         return false;
     const std::string_view name = file.substr(place + ownDirectory.size());
-    return std::ranges::none_of(untrusted, [&](std::string_view start) { return name.starts_with(start); });
+    return std::ranges::none_of(untrusted,
+                                [&](std::string_view start) { return name.starts_with(start); });
 }
 
 bool IsTrustedModule(PyObject* module)
@@ -77,7 +79,8 @@ void WatchSignalModule()
     {
         if (!module)
             break;
-        const PyObjectRef original(Python().PyObject_GetAttrString(module.m_pyObj, function.ml_name));
+        const PyObjectRef original(
+            Python().PyObject_GetAttrString(module.m_pyObj, function.ml_name));
         const PyObjectRef watched(
             original ? Python().PyCFunction_NewEx(&function, original.m_pyObj, nullptr) : nullptr);
         if (watched)

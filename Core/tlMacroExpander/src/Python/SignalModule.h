@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python's module `signal`, so far as it concerns the process: see PythonSignals.h.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bridge in a build without Python: everything that would need it says so.
 #ifndef TELV_PYTHON_ENABLED
 

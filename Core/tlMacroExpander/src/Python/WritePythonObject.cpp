@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python values as text.
 //
 // Lists are walked with a stack of their own on the heap, so any depth of nesting is written, and

@@ -1,5 +1,6 @@
-// What is open is a stack; a piece stores the part of it that is not stored yet. A step is stored at
-// most once, and before what is inside it.
+// SPDX-License-Identifier: MIT
+// What is open is a stack; a piece stores the part of it that is not stored yet. A step is stored
+// at most once, and before what is inside it.
 #include "tlMacroExpander/ChainRecorder.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include <algorithm>

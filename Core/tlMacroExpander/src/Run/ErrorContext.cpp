@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Composing errors and their context lines.
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
@@ -79,7 +80,8 @@ void ThrowAt(const char* pos, std::initializer_list<SubString> parts)
 
 bool IsSwallowed(const LexScannerException& e)
 {
-    return SwallowedErrors::AreExpected() && dynamic_cast<const ExpansionLimitException*>(&e) == nullptr;
+    return SwallowedErrors::AreExpected() &&
+           dynamic_cast<const ExpansionLimitException*>(&e) == nullptr;
 }
 
 bool TakesContext(const LexScannerException& e)

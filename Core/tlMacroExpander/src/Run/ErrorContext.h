@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Throwing errors at tokens, and adding to errors on their way out.
 //
 // An error that something ran out keeps its place and its words and collects only so many lines.

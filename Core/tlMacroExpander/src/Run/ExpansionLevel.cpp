@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Levels of expansion: what is rare. Positions of passing errors, and whose brackets are known.
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/LSToken.h"

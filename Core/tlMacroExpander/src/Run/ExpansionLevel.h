@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One expansion in progress: the innermost one is known to the run.
 //
 // Levels form a chain through the native stack. They hold what nested expansions need to be told
@@ -49,8 +50,7 @@ public:
                    const char* const& position, EPieces pieces)
         : m_state(state), m_limits(limits), m_outer(state.m_level), m_text(text.m_text),
           m_position(position), m_owner(text.m_owner), m_scanned(text.m_scanned),
-          m_first(text.m_first), m_isOfApplication(text.m_isOfApplication),
-          m_pieces(pieces)
+          m_first(text.m_first), m_isOfApplication(text.m_isOfApplication), m_pieces(pieces)
     {
         if (m_owner == nullptr && m_outer != nullptr && m_outer->m_owner != nullptr &&
             IsWithin(m_text, m_outer->m_owner->Text()))
@@ -90,7 +90,8 @@ public:
 
     RunState& State() const { return m_state; }
     SubString Text() const { return m_text; }
-    /// Whether `position` is what the level was made with: whether it is the level of that expander.
+    /// Whether `position` is what the level was made with: whether it is the level of that
+    /// expander.
     bool IsOf(const char* const& position) const { return &m_position == &position; }
     bool IsOfApplication() const { return m_isOfApplication; }
     EPieces Pieces() const { return m_pieces; }
@@ -137,7 +138,8 @@ public:
     /// a limit would be met.
     bool CountNested(ssize_t depth, ssize_t steps)
     {
-        if (depth > m_limits.m_maxDepth - m_state.m_depth || steps > m_limits.m_maxSteps - m_state.m_steps)
+        if (depth > m_limits.m_maxDepth - m_state.m_depth ||
+            steps > m_limits.m_maxSteps - m_state.m_steps)
             return false;
         m_state.m_steps += steps;
         return true;
@@ -148,8 +150,8 @@ public:
     /// To be called when the text has been expanded.
     void Finish() { m_isFinished = true; }
 
-    /// What is known of the brackets in this text, or in a larger one that holds it; null when there
-    /// is nothing worth knowing.
+    /// What is known of the brackets in this text, or in a larger one that holds it; null when
+    /// there is nothing worth knowing.
     BracketCache* Brackets();
 
     /// See CommentEnd.h.

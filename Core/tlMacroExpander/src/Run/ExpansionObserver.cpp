@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Observers that care for nothing, and those that stand for several.
 #include "tlMacroExpander/ExpansionObserver.h"
 

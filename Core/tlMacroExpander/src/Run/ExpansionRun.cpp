@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The run: which is current, and where positions belong.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Run/ExpansionRun"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All ways are taken, unless a test says otherwise.
 #include "tlMacroExpander/src/Run/FastPaths.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which of the ways that are only there for speed are taken.
 //
 // Each has a plain way beside it that does the same, byte for byte. Tests take them one by one and

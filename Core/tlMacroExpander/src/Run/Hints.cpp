@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hints err on the side of silence: one that is wrong is worse than none.
 #include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/VarFrame.h"

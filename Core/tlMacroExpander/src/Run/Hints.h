@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What would probably mend an error, noted where it is known; and where what was never closed was
 // opened. Both are read when the error is reported (ExpansionRun::Hint, ExpansionRun::OpenedAt).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an expansion is given besides frame and output.
 #pragma once
 

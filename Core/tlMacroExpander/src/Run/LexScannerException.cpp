@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Errors with a place in a text, and how they are written once their file and line are known.
 #include "tlMacroExpander/src/LSToken.h"
 

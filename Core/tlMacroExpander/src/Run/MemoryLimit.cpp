@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The limit in bytes of the thread: what others hold does not count.
 #include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/LSToken.h"
@@ -19,7 +20,8 @@ ssize_t MostOf(const ExpansionRun& run)
     const ssize_t most = run.m_limits.m_maxMemory;
     const RunState& state = RunState::Of(run);
     const ssize_t before = state.m_heldBefore + state.m_overdraft;
-    const bool isLimited = most != ExpansionLimits::s_none && most < HeldMemory::s_unlimited - before;
+    const bool isLimited =
+        most != ExpansionLimits::s_none && most < HeldMemory::s_unlimited - before;
     return isLimited ? before + most : HeldMemory::s_unlimited;
 }
 

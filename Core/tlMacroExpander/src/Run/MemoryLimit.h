@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // Applies the limit of a run to the memory that its thread holds.
 //
 // What is too much is refused where it is asked for, as if there were no more memory; the innermost
-// expansion makes of that an error with a place. Some more is allowed from then on, for the lines of
-// the error.
+// expansion makes of that an error with a place. Some more is allowed from then on, for the lines
+// of the error.
 #pragma once
 
 #include "tlMacroExpander/ExpansionRun.h"

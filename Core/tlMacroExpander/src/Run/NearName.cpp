@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Optimal string alignment, row by row: three rows are enough for swapped neighbours.
 #include "tlMacroExpander/src/Run/NearName.h"
 #include "tlMacroExpander/VarFrame.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The name that was probably meant where another is written.
 //
 // Names are near when few letters were added, left out, changed or swapped with their neighbours:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an observer was told has begun, until it ends.
 #pragma once
 

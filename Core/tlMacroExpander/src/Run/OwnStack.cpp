@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // A function is called with the stack pointer elsewhere; there is nothing else to switch. Other
-// processors than the one at hand, and sanitizers, which are told of each switch, get contexts of the
-// C library: these cost system calls.
+// processors than the one at hand, and sanitizers, which are told of each switch, get contexts of
+// the C library: these cost system calls.
 #include "tlMacroExpander/src/Run/OwnStack.h"
 #include <cstdint>
 #include <exception>
@@ -104,9 +105,9 @@ void SwitchTo(Switch& s, char* low, size_t size)
                  "movq %%rbx, %%rsp"
                  : "+D"(argument)
                  : [top] "r"(top), [enter] "r"(&Enter)
-                 : "rax", "rbx", "rcx", "rdx", "rsi", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2",
-                   "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", "xmm12",
-                   "xmm13", "xmm14", "xmm15", "st", "cc", "memory");
+                 : "rax", "rbx", "rcx", "rdx", "rsi", "r8", "r9", "r10", "r11", "xmm0", "xmm1",
+                   "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11",
+                   "xmm12", "xmm13", "xmm14", "xmm15", "st", "cc", "memory");
 }
 
 #else

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // A stack besides that of the thread: a mapping without reserved memory and with a guard page,
-// entered by a switch of contexts. So code stays on the thread that runs it, with all that belongs to
-// the thread, forking included.
+// entered by a switch of contexts. So code stays on the thread that runs it, with all that belongs
+// to the thread, forking included.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a run keeps to itself: the expansion in progress, what has been counted, and the texts that
 // were made while expanding.
 #pragma once
@@ -105,8 +106,8 @@ public:
     void NoteImport(const char* pos) { m_importPlaces.push_back(ResolvePosition(pos)); }
 
     ExpansionObserver* m_observer = nullptr; ///< See ExpansionRun::SetObserver.
-    ExpansionLevel* m_level = nullptr; ///< Innermost expansion in progress.
-    ssize_t m_depth = 0;               ///< Expansions inside one another.
+    ExpansionLevel* m_level = nullptr;       ///< Innermost expansion in progress.
+    ssize_t m_depth = 0;                     ///< Expansions inside one another.
     ssize_t m_steps = 0;
     ssize_t m_printed = 0;              ///< Bytes.
     bool m_printsTooMuch = false;       ///< Python code has.
@@ -127,9 +128,9 @@ public:
     ssize_t m_moreCallPlaces = 0;
     std::vector<const char*> m_importPlaces;
     ssize_t m_markFreeLength = 0; ///< Of the passing error's description; see ErrorContext.cpp.
-    bool m_errorsAreSwallowed = false; ///< See SwallowedErrors.
+    bool m_errorsAreSwallowed = false;                      ///< See SwallowedErrors.
     HeldVector<std::shared_ptr<TemporaryText>> m_keptTexts; ///< For the map; see NotePiece.
-    std::shared_ptr<LiveTexts> m_liveTexts;                  ///< Null while none was made.
+    std::shared_ptr<LiveTexts> m_liveTexts;                 ///< Null while none was made.
     HeldMap<const char*, KnownText> m_knownTexts;           ///< By where they begin.
     std::unique_ptr<Watch> m_watch; ///< What has been seen for warnings; null while nothing was.
     HeldMap<const char*, BracketCache*> m_brackets; ///< Of texts in progress, by where they begin.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bounds of the current thread's stack, cached per thread.
 #include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/LSToken.h"

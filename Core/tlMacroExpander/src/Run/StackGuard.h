@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one guard against running out of stack.
 //
 // It compares the address of the caller's frame with the lowest address that still leaves room for

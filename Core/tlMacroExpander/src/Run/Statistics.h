@@ -1,4 +1,6 @@
-// The counting of look-ups (VarFrame.h) as threads see it: who starts it does so while others expand.
+// SPDX-License-Identifier: MIT
+// The counting of look-ups (VarFrame.h) as threads see it: who starts it does so while others
+// expand.
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"

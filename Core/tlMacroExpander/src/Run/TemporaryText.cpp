@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Temporary texts: registered with the run that made them, reported when they die under an error.
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"

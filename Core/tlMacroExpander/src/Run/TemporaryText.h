@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text that exists only while expanding and is itself expanded: the first result of `@[...]`, the
 // text of a call through a function argument, the list of `@for`.
 //
@@ -56,7 +57,7 @@ public:
 private:
     TextMemory m_text;
     std::shared_ptr<TextOrigin> m_origin;
-    std::shared_ptr<LiveTexts> m_liveTexts; ///< Of the run in which the text was made.
+    std::shared_ptr<LiveTexts> m_liveTexts;        ///< Of the run in which the text was made.
     int m_exceptions = std::uncaught_exceptions(); ///< In flight when the text was made.
 };
 

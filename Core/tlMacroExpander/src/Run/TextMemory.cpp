@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Temporary texts on guarded pages. Dead texts queue up; the oldest is unmapped when there are
 // many.
 #include "tlMacroExpander/src/Run/TextMemory.h"

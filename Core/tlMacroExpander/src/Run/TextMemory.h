@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the characters of a temporary text are kept.
 //
 // Built with TELV_GUARD_TEXTS, each text ends at the end of its own pages, before one that cannot

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way to a warning is read off the levels of expansion: nothing is noted before there is one.
 #include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/LSToken.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Warnings: what has been seen while expanding, and how one reaches the application.
 //
 // A kind that is off costs one look at the run where its text is met anyway. Kinds that have to

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scans to matching brackets, and the table of those that were found.
 //
 // The scan is a loop with a list of the nested brackets that are open, not a recursion. A pair is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the bracket that closes another one, and remembers what it found.
 //
 // Directives nest, and each one cuts its own block out of the text before the block is expanded, so
@@ -65,7 +66,7 @@ private:
     HeldVector<Entry> m_table; ///< Open addressing; its size is 0 or a power of two.
     ssize_t m_count = 0;
     const char* m_furthest = nullptr; ///< Behind the last bracket in the text that is recorded.
-    HeldVector<const char*> m_open;  ///< Of the scan in progress: behind each open nested bracket.
+    HeldVector<const char*> m_open;   ///< Of the scan in progress: behind each open nested bracket.
 };
 
 /// The cache of the text that is being expanded, or null.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table by which the scanner decides on a token's first character.
 //
 // White space and identifiers are the ones of ScanWhiteSpace and ScanIdentifier. They stand here a

@@ -1,5 +1,6 @@
-// Remembers that no comment ends in the rest of a text: where an unclosed comment is no error, its end
-// is looked for once, not again at each sign that might begin one.
+// SPDX-License-Identifier: MIT
+// Remembers that no comment ends in the rest of a text: where an unclosed comment is no error, its
+// end is looked for once, not again at each sign that might begin one.
 #pragma once
 
 #include "tlUtils/BasicSubString.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The longer constructs of the scanner: numbers, comments, quoted strings, escapes.
 //
 // Each function runs a pointer over the text and puts it into the view when the construct is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The values of tokens, and the decoding of quoted strings that were made at run time.
 //
 // The getters read text that the scanner has accepted, so anything unexpected is a broken

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tells of a character that the end of a block takes away; see ScanBlock.cpp.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tells where what is never closed was opened, when an error at the end of the text is thrown.
 #pragma once
 

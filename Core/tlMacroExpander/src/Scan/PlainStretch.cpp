@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings and comments of plain text.
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Scan/CommentEnd.h"

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Passes over text that means nothing: most of most texts.
 //
 // Between two tokens that may matter, the expander only copies. What stands there is read here with
 // as little work as the grammar allows: operators need not be told apart, numbers and strings not
-// be decoded. Where a token is out of the ordinary or might be an error, the stretch ends before it,
-// and the token scanner reads it.
+// be decoded. Where a token is out of the ordinary or might be an error, the stretch ends before
+// it, and the token scanner reads it.
 #pragma once
 
 #include "tlMacroExpander/src/Scan/CharClass.h"
@@ -54,8 +55,8 @@ inline const char* SkipQuietTokens(const char* p, const char* end)
     return behind;
 }
 
-/// Where the first token of `s` begins that has to be looked at, or the end of `s`. What lies before
-/// it are whole tokens, comments and white space.
+/// Where the first token of `s` begins that has to be looked at, or the end of `s`. What lies
+/// before it are whole tokens, comments and white space.
 ///
 /// @param anyName    Whether any name can matter at all.
 /// @param mayMatter  Asked for each name, which it gets as a SubString; false to pass over it.

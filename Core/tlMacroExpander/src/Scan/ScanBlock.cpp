@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blocks of text: bracketed on the same line, bracketed on lines of their own, or a rest of line.
 //
 // The first character behind the blanks decides between the forms: a line feed means that the

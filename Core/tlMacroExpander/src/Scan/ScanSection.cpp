@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Bracketed sections and arguments. Blocks of text are in ScanBlock.cpp.
 //
 // Everything that counts brackets goes through SkipToMatchingBracket.
 #include "tlMacroExpander/src/Scan/ScanSection.h"
-#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include <cstring>
 
@@ -107,7 +108,8 @@ bool ScanOneName(SubString& s, SubString& arg, EToken close, LSToken& end)
     if (p == s.end())
         return false;
     const bool isComma = *p == ',';
-    if (!isComma && !(*p == ')' && close == TOKEN_RIGHT_PAREN) && !(*p == ']' && close == TOKEN_RIGHT_SQUARE))
+    if (!isComma && !(*p == ')' && close == TOKEN_RIGHT_PAREN) &&
+        !(*p == ']' && close == TOKEN_RIGHT_SQUARE))
         return false;
     arg = SubString(s.begin(), nameEnd);
     end = LSToken(isComma ? TOKEN_COMMA : close, SubString(p, p + 1));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cuts bracketed sections, arguments and blocks out of a text, with the token scanner, so that
 // brackets and commas in strings and comments never count.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scanner operations that only this library uses: loops over tokens without a call per token.
 #pragma once
 

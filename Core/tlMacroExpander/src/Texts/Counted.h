@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared ownership within one thread: a count in the object, without atomic operations.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a directive or a call in a scanned text asks for, read once.
 //
 // Reading depends on nothing but the characters, as long as the text is taken to end at the same
@@ -24,10 +25,10 @@ using PlannedAction = std::function<void(MacroExpander&)>;
 class Plan : public HeldObject
 {
 public:
-    PlannedAction m_action;        ///< Of a directive.
-    HeldVector<LevelText> m_args;  ///< Of a call.
-    bool m_keepsBlanks = false;    ///< Blanks before the directive are written.
-    const char* m_limit = nullptr; ///< Where the text was taken to end,
+    PlannedAction m_action;         ///< Of a directive.
+    HeldVector<LevelText> m_args;   ///< Of a call.
+    bool m_keepsBlanks = false;     ///< Blanks before the directive are written.
+    const char* m_limit = nullptr;  ///< Where the text was taken to end,
     const char* m_behind = nullptr; ///< and where it goes on.
     HeldVector<std::unique_ptr<ExpressionProgram>> m_programs; ///< Of the expressions in it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading for plans: the cuts of ScanSection.h, as parts of the scanned text.
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Texts/Plan.h"

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // A text that is expanded several times while its owner lives: the block of a loop.
 //
-// It is scanned before the second time, unless what surrounds it has been; a loop of one round would
-// not gain from it.
+// It is scanned before the second time, unless what surrounds it has been; a loop of one round
+// would not gain from it.
 #pragma once
 
 #include "tlMacroExpander/src/Expressions/ExpressionProgram.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pass over a text that writes down what can matter.
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"
@@ -130,8 +131,9 @@ uint32 ScannedText::IndexAt(const char* pos, uint32 from) const
     const uint32 offset = Offset(pos);
     if (offset > m_items.back().m_begin || IsInsideToken(offset))
         return s_unknown;
-    const auto found = std::partition_point(m_items.begin() + from, m_items.end() - 1,
-                                            [=](const ScanItem& item) { return item.m_begin < offset; });
+    const auto found =
+        std::partition_point(m_items.begin() + from, m_items.end() - 1,
+                             [=](const ScanItem& item) { return item.m_begin < offset; });
     return static_cast<uint32>(found - m_items.begin());
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a scan of a text found: the tokens that can matter when it is expanded, in order.
 //
 // Bodies of macros and blocks of loops are expanded again and again. The second time, the text is
@@ -7,9 +8,9 @@
 // with its item (Plan.h).
 //
 // The items are those of one pass over the whole text. An expansion of a part of it (a block, an
-// argument) meets the same tokens, provided that the part begins and ends between two of them; where
-// it does not, and behind a place where the text is no text of the language, nothing is known and
-// the text is read as if for the first time.
+// argument) meets the same tokens, provided that the part begins and ends between two of them;
+// where it does not, and behind a place where the text is no text of the language, nothing is known
+// and the text is read as if for the first time.
 #pragma once
 
 #include "tlMacroExpander/src/Frames/HeldNames.h"
@@ -48,7 +49,7 @@ struct ScanItem
     uint32 m_resumedIndex = 0; ///< and the item there; 0: not known.
     NameEntry* m_name = nullptr;
     std::unique_ptr<Plan> m_plan; ///< Of a directive or a call.
-    bool m_isPlanned = false; ///< A plan has been made, or there is none.
+    bool m_isPlanned = false;     ///< A plan has been made, or there is none.
 
     ScanItem();
     ~ScanItem();
@@ -130,7 +131,7 @@ private:
     SubString m_text;
     HeldVector<ScanItem> m_items;
     HeldVector<Span> m_solid; ///< Strings and comments.
-    HeldNames m_names; ///< Of the items that are names, in order.
+    HeldNames m_names;        ///< Of the items that are names, in order.
     size_t m_nameCount = 0;
     bool m_isLenient = RunState::IsLenient();
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The conversions of a literal to the types of C++.
 //
 // Each of the six basic ones is a switch over the kind whose rows either produce the value or name

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The operators over literals.
 //
 // None lists the combinations of kinds. Each tries conversions that lose nothing, in a fixed order,

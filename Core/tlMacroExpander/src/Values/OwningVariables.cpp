@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Making variables that share the text that they view, and keeping what is known of it.
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
@@ -75,7 +76,8 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
 std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
                                                   TemporaryText* bodyOwner, const LevelText& value)
 {
-    auto owning = MakeFor<OwningMacroVariable>(context, LSV_MACRO, name, context, false, false, false);
+    auto owning =
+        MakeFor<OwningMacroVariable>(context, LSV_MACRO, name, context, false, false, false);
     owning->m_owner = bodyOwner;
     owning->SetSubstitutionString(value.m_text, false, 0);
     KeepScanned(*owning, value);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Variables that the library makes.
 //
 // They may be defined in text which exists only while expanding, and be placed in a frame that
@@ -22,7 +23,7 @@ struct MacroExtras : HeldObject
 {
     std::shared_ptr<TemporaryText> m_nameOwner; ///< Null when the application owns the text.
     std::shared_ptr<TemporaryText> m_bodyOwner; ///< Keeps alive `m_owner` of the macro; or null.
-    HeldNames m_formalNames;                    ///< Of the formal arguments, once they have been bound.
+    HeldNames m_formalNames; ///< Of the formal arguments, once they have been bound.
 };
 
 /// A macro that the library made.
@@ -39,7 +40,7 @@ public:
     CountedRef<ScannedText> m_scanned; ///< Once it is known; of the body or a larger text.
     TemporaryText* m_owner = nullptr;  ///< Of the body and the formal names; or null.
     uint32 m_first = 0;                ///< The body's first item in it.
-    uint32 m_uses = 0;                 ///< How often the body has been expanded, as far as it matters.
+    uint32 m_uses = 0; ///< How often the body has been expanded, as far as it matters.
 
 private:
     std::unique_ptr<MacroExtras> m_extras;
@@ -60,8 +61,8 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner);
 
-/// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the text
-/// of the name alive, and `bodyOwner`, if there is one.
+/// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the
+/// text of the name alive, and `bodyOwner`, if there is one.
 std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
                                                   TemporaryText* bodyOwner, const LevelText& value);
 

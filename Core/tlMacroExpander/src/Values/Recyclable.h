@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Variables that come and go with the frames of a tree take their memory from that tree: binding an
 // argument then needs no allocation, once as many have been bound at a time.
 #pragma once

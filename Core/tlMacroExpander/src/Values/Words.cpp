@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Following words: from a text to the variable that it names, from a macro to its text.
 #include "tlMacroExpander/src/Values/Words.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
@@ -44,8 +45,8 @@ bool IsPlainText(const LSMacroVariable& macro)
            macro.GetNumArgs() == 0;
 }
 
-/// Goes from `var`, or from `word` when that is null, to what is not a word. `depth` expansions have
-/// been entered so far, and `steps` counted.
+/// Goes from `var`, or from `word` when that is null, to what is not a word. `depth` expansions
+/// have been entered so far, and `steps` counted.
 bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFrame* context,
             ssize_t depth, ssize_t steps, SubString& found)
 {
@@ -93,12 +94,14 @@ bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& fram
 
 bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found)
 {
-    if (!FastPaths::IsOn(FastPaths::WORDS) || !level.AllowsFastPaths() || frame.m_fileScopeFrame == nullptr)
+    if (!FastPaths::IsOn(FastPaths::WORDS) || !level.AllowsFastPaths() ||
+        frame.m_fileScopeFrame == nullptr)
         return false;
     try
     {
         const LSVariable* var = nullptr;
-        return FindVariable(text, frame, var) && Follow(level, var, text.m_text, &frame, 1, 1, found);
+        return FindVariable(text, frame, var) &&
+               Follow(level, var, text.m_text, &frame, 1, 1, found);
     }
     catch (const LexScannerException&)
     {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts that are one word: arguments, elements of lists and short macros mostly are, and what they
 // come to can be said without expanding them.
 #pragma once
@@ -10,11 +11,13 @@ namespace telv
 
 class ExpansionLevel;
 
-/// What `var`, named in `frame`, comes to when it is used: its value, or what a macro comes to whose
-/// text is one word, expanded in a child of `frame`: the word itself when it stands for nothing, or
-/// what the variable of that name comes to. Counts what using it counts. False, with nothing done,
-/// when it is anything else, or the plain way is to be taken. `found` views a text or a variable.
-bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& frame, SubString& found);
+/// What `var`, named in `frame`, comes to when it is used: its value, or what a macro comes to
+/// whose text is one word, expanded in a child of `frame`: the word itself when it stands for
+/// nothing, or what the variable of that name comes to. Counts what using it counts. False, with
+/// nothing done, when it is anything else, or the plain way is to be taken. `found` views a text or
+/// a variable.
+bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& frame,
+                    SubString& found);
 
 /// The same for a text that is expanded in a child of `frame`.
 bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found);
