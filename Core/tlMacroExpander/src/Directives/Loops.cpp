@@ -31,7 +31,7 @@ struct MacroExpander::ForHead
 /// text has the same elements.
 struct MacroExpander::KnownList
 {
-    static constexpr ssize_t s_longest = ssize_t(1) << 16;
+    static constexpr ssize_t s_longest = ssize_t(1) << 15;
 
     struct Round
     {
