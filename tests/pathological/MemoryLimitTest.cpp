@@ -18,7 +18,7 @@ struct Row
     const char* name;
     std::string source;
     std::vector<std::string> arguments = {};
-    bool isSlow = false; ///< It takes many rounds to hold much.
+    bool isSlow = false; ///< It takes long to hold much.
 };
 
 /// A string variable of 2^`power` characters.
@@ -62,7 +62,7 @@ std::vector<Row> Rows()
         {"macros that are used", Forever(Made("@def + m# = {a @(1 + 1) b m} m# m# m#")), {}, true},
         {"dollar macros", Forever(Made("@$A# = \"\"")), {}, true},
         {"a dollar macro", "@$A=\"x\"\n" + Forever("@[@quote(@$A=\"$(A)$(A)\")]"), {}, true},
-        {"descriptions", Long("s", 20) + deep + "f(@str(s), 5000)"},
+        {"descriptions", Long("s", 20) + deep + "f(@str(s), 5000)", {}, true},
         {"descriptions of loops",
          Long("s", 20) + Repeat("@for(a in [s]){", 500) + "@fail(\"x\")" + Repeat("}", 500)},
         {"descriptions of texts that are expanded twice",
@@ -71,7 +71,8 @@ std::vector<Row> Rows()
         {"a list", Long("s", 21) + "@for(a in [s,s,s,s]){a}"},
         {"frames",
          Long("s", 16) + "@def f(string a) = {f(@str(a))}\nf(@str(s))",
-         {"--max-depth", "10000"}},
+         {"--max-depth", "10000"},
+         true},
         {"brackets",
          Long("s", 10) + "@let string t := {(}\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t)",
          {},

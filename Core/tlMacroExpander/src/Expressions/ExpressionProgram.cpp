@@ -26,7 +26,14 @@ bool ExpressionProgram::Keep(ExpressionStep& step)
     if (step.m_kind == STEP_LITERAL)
     {
         xstring& text = m_texts.emplace_back();
-        LSToken(step.m_op, step.m_value.Text()).GetLiteralString(text);
+        try
+        {
+            LSToken(step.m_op, step.m_value.Text()).GetLiteralString(text);
+        }
+        catch (const TelvAssertionError&)
+        {
+            return false; // when and where it is an error is found by expanding
+        }
         step.m_kind = STEP_CONSTANT;
         step.m_value.SetText(text);
     }
