@@ -21,6 +21,7 @@ cmake_is_recent() {
 
 find_missing() {
     need_command g++ g++
+    need_command clang++-14 clang-14 # whose messages and findings tests read
     cmake_is_recent || missing+=(cmake)
     need_command ninja ninja-build
     need_command make make

@@ -206,11 +206,6 @@ protected:
         }
     }
 
-    static bool HasCompiler(const std::string& name)
-    {
-        return RunProgram({"/bin/sh", "-c", "command -v " + name}).status == 0;
-    }
-
     mutable std::vector<std::string> m_silent; ///< Places that are not reported.
 };
 
@@ -218,8 +213,6 @@ TEST_F(LineDirectiveTest, CompilersReportErrorsWhereTheyWerePlanted)
 {
     for (const std::string compiler : {"g++ -fmax-errors=0", "clang++-14 -ferror-limit=0"})
     {
-        if (!HasCompiler(compiler.substr(0, compiler.find(' '))))
-            continue; // clang is there for those who test with it.
         m_silent.clear();
         for (const Files& files : s_family)
         {
