@@ -9,7 +9,7 @@
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
-#include "tlMacroExpander/src/Frames/NameTable.h"
+#include "tlMacroExpander/src/Frames/NameFetcher.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/MemoryLimit.h"
@@ -172,12 +172,14 @@ template void MacroExpander::ExpandTokenByToken</*isObserved=*/true>();
 void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 {
     NameTable& names = FrameTree::Names(*m_vf);
+    NameFetcher fetcher(names);
     LSVariable* var = nullptr; // of the name at which a stretch ended
     const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name, var); };
     for (;;)
     {
         const char* const resumed = m_str.begin();
         var = nullptr;
+        fetcher.Advance(m_str);
         m_str.m_p1 = SkipPlainStretch(m_str, names.BindsAny(), mayMatter);
         if (m_str.empty())
             break;

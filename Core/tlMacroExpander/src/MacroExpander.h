@@ -259,6 +259,7 @@ private:
     LSToken ReadFormalArg(SubString name, LSMacroVariable& macroVar, LSToken token,
                           FormalNames& known);
     VarFrame* FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name);
+    bool IsFileScopeOfTree() const;
 
     void ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& args);
     const LSVariable* PassArgs(LSMacroVariable& macroVar, VarFrame& context,

@@ -62,8 +62,15 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner)
 {
+    return MakeMacroVariable(returnType, name, context, nameOwner, bodyOwner, context);
+}
+
+std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
+                                                   VarFrame* context, TemporaryText* nameOwner,
+                                                   TemporaryText* bodyOwner, const VarFrame* frame)
+{
     auto owning =
-        MakeFor<OwningMacroVariable>(context, returnType, name, context, false, false, false);
+        MakeFor<OwningMacroVariable>(frame, returnType, name, context, false, false, false);
     owning->m_owner = bodyOwner;
     if (nameOwner != nullptr || bodyOwner != nullptr)
     {

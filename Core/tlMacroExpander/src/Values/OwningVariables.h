@@ -60,6 +60,10 @@ public:
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner);
+/// The same for a frame of the tree of `frame`, which may be null.
+std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
+                                                   VarFrame* context, TemporaryText* nameOwner,
+                                                   TemporaryText* bodyOwner, const VarFrame* frame);
 
 /// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the
 /// text of the name alive, and `bodyOwner`, if there is one.

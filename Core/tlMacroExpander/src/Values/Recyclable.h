@@ -30,11 +30,8 @@ public:
         else
             HeldAllocator<char>().deallocate(static_cast<char*>(block), size + s_mark);
     }
-    /// For a constructor that throws.
-    static void operator delete(void* thing, BlockPool&) noexcept
-    {
-        ::operator delete(static_cast<char*>(thing) - s_mark);
-    }
+    /// For a constructor that throws: the block stays with the pool.
+    static void operator delete(void*, BlockPool&) noexcept {}
 
 private:
     static constexpr size_t s_mark = sizeof(BlockPool*);

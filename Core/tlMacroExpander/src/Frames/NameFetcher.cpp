@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// Each name passes four stages, some names apart: its slot, its entry, its variable, the body.
+#include "tlMacroExpander/src/Frames/NameFetcher.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
+#include <algorithm>
+
+namespace telv
+{
+
+namespace
+{
+
+/// Of the variable, the first lines of the cache.
+constexpr size_t s_line = 64;
+constexpr size_t s_lines = 3;
+
+} // namespace
+
+void NameFetcher::LookAhead(SubString rest)
+{
+    const char* p = rest.end() - std::min(m_unseen, rest.size());
+    const char* const end = rest.begin() + std::min(rest.size(), s_most);
+    while (p < end)
+    {
+        if (ClassOf(*p) > CHAR_RAW_PREFIX)
+        {
+            ++p;
+            continue;
+        }
+        const char* const start = p;
+        p = SkipNameCharacters(p + 1, rest.end());
+        const SubString name(start, p);
+        if (m_names.MayBeBound(name))
+            Fetch(name);
+    }
+    m_unseen = rest.end() - p;
+}
+
+void NameFetcher::Fetch(SubString name)
+{
+    const auto stage = [this](size_t namesAgo) -> Stage&
+    { return m_stages[(m_count - namesAgo) % s_stages]; };
+    stage(0) = {HashName(name), nullptr, nullptr};
+    m_names.FetchSlot(stage(0).m_hash);
+    if (m_count >= s_wait)
+        stage(s_wait).m_entry = m_names.FetchEntry(stage(s_wait).m_hash);
+    if (m_count >= 2 * s_wait)
+        FetchVariable(stage(2 * s_wait));
+    if (m_count >= 3 * s_wait)
+        FetchBody(stage(3 * s_wait).m_var);
+    ++m_count;
+}
+
+void NameFetcher::FetchVariable(Stage& stage)
+{
+    stage.m_var = stage.m_entry == nullptr ? nullptr : stage.m_entry->RootVar();
+    if (stage.m_var != nullptr)
+        for (size_t i = 0; i < s_lines; ++i)
+            __builtin_prefetch(reinterpret_cast<const char*>(stage.m_var) + i * s_line);
+}
+
+void NameFetcher::FetchBody(const LSVariable* var)
+{
+    if (var != nullptr && var->GetType() == LSV_MACRO)
+        __builtin_prefetch(static_cast<const LSMacroVariable*>(var)->GetSubstitutionString().m_p1);
+}
+
+} // namespace telv
