@@ -78,6 +78,8 @@ public:
     }
 
     int Run();
+    /// After a run that was the last of the process.
+    void AbandonFrames() { m_handler.AbandonFrames(); }
 
 private:
     void ExpandObserved();
@@ -237,10 +239,14 @@ void ExpandCommand::RefuseInputs() const
 {
     if (const auto identity = m_handler.MainIdentity())
         m_outputs.m_set.RefuseInput(*identity, m_outputs.m_text);
-    const std::vector<FileIdentity> imports = m_handler.ImportedIdentities();
+    const std::optional<FileIdentity> standardOutput = RegularFileAt(STDOUT_FILENO);
+    const auto isWritten = [&](const FileIdentity& identity)
+    { return m_outputs.m_set.Holds(identity) || standardOutput == identity; };
+    const std::vector<FileIdentity> imports = m_handler.ImportedIdentities(isWritten);
     for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
-    OutputSet::RefuseStandardOutput(imports);
+    if (!imports.empty())
+        throw UsageError("standard output is a file that is read");
 }
 
 /// Calls `visit` with what is not in the file yet, in order; of a file that is not written, that is
@@ -333,6 +339,15 @@ std::vector<std::string> ExpandCommand::Dependencies() const
 }
 
 } // namespace
+
+int RunExpandCommand(const ExpandOptions& options)
+{
+    ImportTexts texts;
+    ExpandCommand command(options, texts);
+    const int status = command.Run();
+    command.AbandonFrames();
+    return status;
+}
 
 int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts)
 {

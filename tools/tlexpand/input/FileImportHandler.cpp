@@ -87,6 +87,17 @@ FileImportHandler::~FileImportHandler()
         (*input)->m_frame.reset();
 }
 
+void FileImportHandler::AbandonFrames()
+{
+    using Frames = std::vector<std::unique_ptr<FileScopeVarFrame>>;
+    [[maybe_unused]] static Frames* volatile s_abandoned = nullptr; // where a search for lost memory finds them
+    auto frames = std::make_unique<Frames>();
+    frames->push_back(std::move(m_mainFrame));
+    for (Input* const input : m_expanded)
+        frames->push_back(std::move(input->m_frame));
+    s_abandoned = frames.release();
+}
+
 FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
                                                       std::shared_ptr<const InputText> text,
                                                       const char* importPos)
@@ -483,12 +494,16 @@ std::vector<std::string> FileImportHandler::ImportedPaths() const
     return paths;
 }
 
-std::vector<FileIdentity> FileImportHandler::ImportedIdentities() const
+std::vector<FileIdentity> FileImportHandler::ImportedIdentities(
+    const std::function<bool(const FileIdentity&)>& matters) const
 {
     std::vector<FileIdentity> identities;
     for (size_t i = 1; i < m_inputs.size(); ++i)
-        if (m_inputs[i]->m_identity && LeadsTo(m_inputs[i]->m_path, *m_inputs[i]->m_identity))
-            identities.push_back(*m_inputs[i]->m_identity);
+    {
+        const std::optional<FileIdentity>& identity = m_inputs[i]->m_identity;
+        if (identity && matters(*identity) && LeadsTo(m_inputs[i]->m_path, *identity))
+            identities.push_back(*identity);
+    }
     return identities;
 }
 
