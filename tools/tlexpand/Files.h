@@ -8,8 +8,8 @@
 
 #include "tlUtils/StringExt.h"
 #include <cerrno>
-#include <stdexcept>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 

@@ -90,7 +90,8 @@ FileImportHandler::~FileImportHandler()
 void FileImportHandler::AbandonFrames()
 {
     using Frames = std::vector<std::unique_ptr<FileScopeVarFrame>>;
-    [[maybe_unused]] static Frames* volatile s_abandoned = nullptr; // where a search for lost memory finds them
+    [[maybe_unused]] static Frames* volatile s_abandoned =
+        nullptr; // where a search for lost memory finds them
     auto frames = std::make_unique<Frames>();
     frames->push_back(std::move(m_mainFrame));
     for (Input* const input : m_expanded)
@@ -494,8 +495,8 @@ std::vector<std::string> FileImportHandler::ImportedPaths() const
     return paths;
 }
 
-std::vector<FileIdentity> FileImportHandler::ImportedIdentities(
-    const std::function<bool(const FileIdentity&)>& matters) const
+std::vector<FileIdentity>
+FileImportHandler::ImportedIdentities(const std::function<bool(const FileIdentity&)>& matters) const
 {
     std::vector<FileIdentity> identities;
     for (size_t i = 1; i < m_inputs.size(); ++i)

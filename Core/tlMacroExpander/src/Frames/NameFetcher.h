@@ -45,8 +45,8 @@ private:
 
     const NameTable& m_names;
     ssize_t m_unseen = std::numeric_limits<ssize_t>::max(); ///< At the end of the text.
-    size_t m_count = 0;        ///< Of the names that were seen.
-    Stage m_stages[s_stages]; ///< Of the last of them.
+    size_t m_count = 0;                                     ///< Of the names that were seen.
+    Stage m_stages[s_stages];                               ///< Of the last of them.
 };
 
 } // namespace telv

@@ -124,8 +124,8 @@ public:
         if (IsLarge())
             __builtin_prefetch(&m_slots[FirstPlace(TagOf(hash))]);
     }
-    /// Asks for what it reads then, provided that it is found at once; which may be freed later, and
-    /// then is another's. Null where it is not.
+    /// Asks for what it reads then, provided that it is found at once; which may be freed later,
+    /// and then is another's. Null where it is not.
     const NameEntry* FetchEntry(uint64 hash) const
     {
         const Slot slot = IsLarge() ? m_slots[FirstPlace(TagOf(hash))] : Slot();
