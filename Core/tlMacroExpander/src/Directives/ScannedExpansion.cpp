@@ -111,7 +111,7 @@ bool MacroExpander::WriteFollowed(ExpansionLevel& level, const LSVariable& var)
     if (!FollowVariable(level, var, *m_vf, found))
         return false;
     m_writePos = m_str.begin();
-    WriteUnrecorded(m_output, found, var.GetType() == LSV_MACRO ? GetOutputPos() : m_dstIndent);
+    WriteUnrecorded(m_output, found, AsOwningMacro(var) != nullptr ? GetOutputPos() : m_dstIndent);
     return true;
 }
 

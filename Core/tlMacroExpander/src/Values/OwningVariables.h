@@ -12,6 +12,7 @@
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Recyclable.h"
 #include <memory>
+#include <typeinfo>
 
 namespace telv
 {
@@ -55,6 +56,15 @@ public:
     std::shared_ptr<TemporaryText> m_nameOwner;
 };
 
+/// Null for another variable, or a macro that an application made. The class is made in this library
+/// only.
+inline const OwningMacroVariable* AsOwningMacro(const LSVariable& var)
+{
+    return &typeid(var) == &typeid(OwningMacroVariable)
+               ? static_cast<const OwningMacroVariable*>(&var)
+               : nullptr;
+}
+
 /// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. One
 /// with a `context` goes to a frame of the tree of that context and takes its memory from there.
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
@@ -79,9 +89,6 @@ std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString n
 /// The body of a macro for the next expansion: with its owner and with what is known of it. It is
 /// scanned before it is expanded the second time.
 LevelText BodyOf(LSMacroVariable& macroVar);
-
-/// The same, without expanding it.
-LevelText KnownBodyOf(const LSMacroVariable& macroVar);
 
 /// The entry of the name of a formal argument in `table`; held by the macro where the library made
 /// it.
