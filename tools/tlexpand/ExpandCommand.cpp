@@ -19,6 +19,7 @@
 #include "report/TraceWriter.h"
 #include <algorithm>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
 namespace telv::tool
@@ -78,8 +79,6 @@ public:
     }
 
     int Run();
-    /// After a run that was the last of the process.
-    void AbandonFrames() { m_handler.AbandonFrames(); }
 
 private:
     void ExpandObserved();
@@ -338,14 +337,25 @@ std::vector<std::string> ExpandCommand::Dependencies() const
     return paths;
 }
 
+/// The only run of a process.
+struct LastRun
+{
+    explicit LastRun(const ExpandOptions& options) : m_command(options, m_texts) {}
+
+    ImportTexts m_texts;
+    ExpandCommand m_command;
+};
+
 } // namespace
 
 int RunExpandCommand(const ExpandOptions& options)
 {
-    ImportTexts texts;
-    ExpandCommand command(options, texts);
-    const int status = command.Run();
-    command.AbandonFrames();
+    auto run = std::make_unique<LastRun>(options);
+    const int status = run->m_command.Run();
+    // The system takes all memory back at once. What is lost is looked for; this is found.
+    [[maybe_unused]] static LastRun* volatile s_abandoned = nullptr;
+    if (status == 0)
+        s_abandoned = run.release();
     return status;
 }
 

@@ -87,18 +87,6 @@ FileImportHandler::~FileImportHandler()
         (*input)->m_frame.reset();
 }
 
-void FileImportHandler::AbandonFrames()
-{
-    using Frames = std::vector<std::unique_ptr<FileScopeVarFrame>>;
-    [[maybe_unused]] static Frames* volatile s_abandoned =
-        nullptr; // where a search for lost memory finds them
-    auto frames = std::make_unique<Frames>();
-    frames->push_back(std::move(m_mainFrame));
-    for (Input* const input : m_expanded)
-        frames->push_back(std::move(input->m_frame));
-    s_abandoned = frames.release();
-}
-
 FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
                                                       std::shared_ptr<const InputText> text,
                                                       const char* importPos)

@@ -71,9 +71,6 @@ public:
 
     /// @throws FileError  An input was written to while it was used.
     void CheckUnchanged() const;
-    /// Keeps the frames for good: for a process that ends now, whose memory the system takes back
-    /// at once.
-    void AbandonFrames();
 
     /// The definitions and imports of the main file that nothing uses, in their order. An import
     /// that defines nothing, or dollar macros, counts as used: it may be read for what it does. To

@@ -47,22 +47,36 @@ void NameFetcher::Fetch(SubString name)
     if (m_count >= 2 * s_wait)
         FetchVariable(stage(2 * s_wait));
     if (m_count >= 3 * s_wait)
-        FetchBody(stage(3 * s_wait).m_var);
+        FetchBody(stage(3 * s_wait));
     ++m_count;
 }
 
 void NameFetcher::FetchVariable(Stage& stage)
 {
-    stage.m_var = stage.m_entry == nullptr ? nullptr : stage.m_entry->RootVar();
+    const auto fetch = [](const void* from, size_t lines)
+    {
+        for (size_t i = 0; i < lines; ++i)
+            __builtin_prefetch(static_cast<const char*>(from) + i * s_line);
+    };
+    if (stage.m_entry == nullptr)
+        return;
+    stage.m_var = stage.m_entry->RootVar();
     if (stage.m_var != nullptr)
-        for (size_t i = 0; i < s_lines; ++i)
-            __builtin_prefetch(reinterpret_cast<const char*>(stage.m_var) + i * s_line);
+        fetch(stage.m_var, s_lines);
+    else if (stage.m_entry->Import() != nullptr)
+        fetch(stage.m_entry->Import(), 1);
 }
 
-void NameFetcher::FetchBody(const LSVariable* var)
+void NameFetcher::FetchBody(const Stage& stage)
 {
-    if (var != nullptr && var->GetType() == LSV_MACRO)
-        __builtin_prefetch(static_cast<const LSMacroVariable*>(var)->GetSubstitutionString().m_p1);
+    if (stage.m_var == nullptr)
+    {
+        if (stage.m_entry != nullptr && stage.m_entry->Import() != nullptr)
+            __builtin_prefetch(stage.m_entry->Import()->m_var);
+    }
+    else if (stage.m_var->GetType() == LSV_MACRO)
+        __builtin_prefetch(
+            static_cast<const LSMacroVariable*>(stage.m_var)->GetSubstitutionString().m_p1);
 }
 
 } // namespace telv

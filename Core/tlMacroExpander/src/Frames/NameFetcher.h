@@ -41,7 +41,7 @@ private:
     TLEXPANDER_API void LookAhead(SubString rest);
     void Fetch(SubString name);
     static void FetchVariable(Stage& stage);
-    static void FetchBody(const LSVariable* var);
+    static void FetchBody(const Stage& stage);
 
     const NameTable& m_names;
     ssize_t m_unseen = std::numeric_limits<ssize_t>::max(); ///< At the end of the text.

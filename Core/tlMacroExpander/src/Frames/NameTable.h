@@ -59,6 +59,8 @@ public:
     uint64 Hash() const { return m_hash; }
     /// What the root of the tree binds, or null.
     const LSVariable* RootVar() const { return m_rootVar; }
+    /// What its imports provide, or null. Lives as long as the table.
+    const ImportedName* Import() const { return m_import; }
 
 private:
     friend class BindingSearch;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Lines matter only where indentation has to be put in front of them; else one put does. Most pieces
-// are words and the like, whose columns are their characters.
+// Lines matter only where indentation has to be put in front of them; else one put does. Most
+// pieces are words and the like, whose columns are their characters.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpandedOutput"
 
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"

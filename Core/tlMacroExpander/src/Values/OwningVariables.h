@@ -56,8 +56,8 @@ public:
     std::shared_ptr<TemporaryText> m_nameOwner;
 };
 
-/// Null for another variable, or a macro that an application made. The class is made in this library
-/// only.
+/// Null for another variable, or a macro that an application made. The class is made in this
+/// library only.
 inline const OwningMacroVariable* AsOwningMacro(const LSVariable& var)
 {
     return &typeid(var) == &typeid(OwningMacroVariable)
