@@ -95,6 +95,15 @@ void PutIndentedLines(ExpandedOutput& output, SubString s, ssize_t indent)
     }
 }
 
+[[gnu::noinline]] void PutLines(ExpandedOutput& output, SubString s, ssize_t indent)
+{
+    if (indent > 0)
+        return PutIndentedLines(output, s, indent);
+    if (output.m_columnPos == -1)
+        output.m_columnPos = indent;
+    Put(output, s);
+}
+
 } // namespace
 
 void WriteUnrecorded(ExpandedOutput& output, SubString s, ssize_t indent)
@@ -102,18 +111,20 @@ void WriteUnrecorded(ExpandedOutput& output, SubString s, ssize_t indent)
     TELV_ASSERT(output.m_os);
     if (s.empty())
         return;
-    const bool isShort = s.size() <= s_few && IsOneLineWithoutTab(s);
-    if (indent > 0 && !isShort)
-        return PutIndentedLines(output, s, indent);
-    if (output.m_columnPos == -1 && indent > 0)
-        StartLine(output, indent);
-    else if (output.m_columnPos == -1)
-        output.m_columnPos = indent;
-    if (!isShort)
-        return Put(output, s);
+    const bool endsLine = s.m_p2[-1] == '\n';
+    const SubString line(s.m_p1, s.m_p2 - (endsLine ? 1 : 0));
+    if (line.size() > s_few || (line && !IsOneLineWithoutTab(line)))
+        return PutLines(output, s, indent);
+    if (output.m_columnPos == -1)
+    {
+        if (indent > 0)
+            StartLine(output, indent);
+        else
+            output.m_columnPos = indent;
+    }
     output.m_os->put(s.begin(), s.size());
     output.m_size += s.size();
-    output.m_columnPos += s.size();
+    output.m_columnPos = endsLine ? -1 : output.m_columnPos + s.size();
 }
 
 } // namespace telv
