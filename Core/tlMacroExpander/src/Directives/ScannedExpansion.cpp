@@ -39,7 +39,7 @@ bool IsInert(ScannedText& scanned, uint32 first, const char* end, NameTable& nam
 
 } // namespace
 
-void MacroExpander::ExpandScanned(ExpansionLevel& level)
+void MacroExpander::ExpandScanned(ExpansionLevel& level) // NOLINT(readability-function-size)
 {
     ScannedText& scanned = *level.Scanned();
     NameTable& names = FrameTree::Names(*m_vf);
