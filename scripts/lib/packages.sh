@@ -26,6 +26,7 @@ find_missing() {
     need_command ninja ninja-build
     need_command make make
     need_command git git
+    need_command script bsdutils
     need_command python3 python3
     need_command zsh zsh
     need_command fish fish

@@ -197,15 +197,16 @@ void Batch::WaitForWorkers()
     }
 }
 
-/// One line that is written again and again, and goes at the end.
+/// One line that is written again and again, and goes at the end. What else is written meanwhile
+/// begins where it does and is longer.
 void Batch::ShowProgress(bool isLast) const
 {
     if (!m_showsProgress)
         return;
-    const std::string line = isLast ? "\r\033[K"
-                                    : "\r[" + std::to_string(m_shared->m_done) + "/" +
-                                          std::to_string(m_jobs.size()) + "]\033[K";
-    WriteAll(STDERR_FILENO, ViewOf(line));
+    const std::string line =
+        isLast ? ""
+               : "[" + std::to_string(m_shared->m_done) + "/" + std::to_string(m_jobs.size()) + "]";
+    WriteAll(STDERR_FILENO, ViewOf(line + "\033[K\r"));
 }
 
 int Batch::Report() const
@@ -248,6 +249,7 @@ int Batch::Run()
         if (m_workers.size() == before)
             break;
     }
+    ShowProgress(/*isLast=*/false);
     WaitForWorkers();
     ShowProgress(/*isLast=*/true);
     return Report();

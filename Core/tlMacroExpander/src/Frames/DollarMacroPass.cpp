@@ -120,7 +120,7 @@ public:
     }
 
 private:
-    static constexpr ssize_t s_small = 1024 * 1024;
+    static constexpr ssize_t s_small = ssize_t{1024} * 1024;
 
     ssize_t m_given;
     HeldSet<const xstring*> m_known; ///< Values that have been put in.
