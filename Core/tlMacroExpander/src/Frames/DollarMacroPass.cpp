@@ -264,7 +264,7 @@ bool SubstituteDollarMacros(const FileScopeVarFrame& frame, xstring& s)
             return pass > 0;
         }
         progress.EndPass(current.size(), os.size());
-        os.GetString(text, true);
+        os.GetString(text, /*all=*/true);
         current = text;
     }
 }
