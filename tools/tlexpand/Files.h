@@ -71,7 +71,7 @@ struct FileIdentity
         : m_device(status.st_dev), m_inode(status.st_ino)
     {
     }
-    auto operator<=>(const FileIdentity&) const = default;
+    auto operator<=>(const FileIdentity&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
 /// Makes descriptors 0 to 2 exist, so that no file that is opened later becomes a standard stream

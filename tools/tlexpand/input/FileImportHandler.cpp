@@ -207,7 +207,7 @@ void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, Expande
 /// Counts a string that is kept.
 void FileImportHandler::HoldToEnd(const std::string& kept) const
 {
-    RunState::Of(m_run).HoldToEnd(static_cast<ssize_t>(sizeof kept + kept.size()));
+    RunState::Of(m_run).HoldToEnd(static_cast<ssize_t>(sizeof(std::string) + kept.size()));
 }
 
 std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) const
