@@ -242,6 +242,7 @@ int Batch::Report() const
 int Batch::Run()
 {
     const size_t wanted = std::min(static_cast<size_t>(m_options.m_jobs), m_jobs.size());
+    ShowProgress(/*isLast=*/false);
     while (m_workers.size() < wanted && HasMore())
     {
         const size_t before = m_workers.size();
@@ -249,7 +250,6 @@ int Batch::Run()
         if (m_workers.size() == before)
             break;
     }
-    ShowProgress(/*isLast=*/false);
     WaitForWorkers();
     ShowProgress(/*isLast=*/true);
     return Report();

@@ -199,37 +199,59 @@ bool SetCommonOption(CommonOptions& options, int code, const char* value)
     }
 }
 
-void SetExpandOption(ExpandOptions& options, int code, const char* value)
+/// What decides about the text, where it goes and what is said of it; false for another code.
+bool SetTextOption(ExpandOptions& options, int code, const char* value)
 {
     switch (code)
     {
     case 'o':
         options.m_output = ParseFileName("-o", value);
-        break;
+        return true;
     case 'E':
         options.m_definitions.push_back({Definition::EKind::Text, "", value});
-        break;
+        return true;
     case OPT_LIST:
         options.m_definitions.push_back(ParseList(value));
-        break;
+        return true;
     case OPT_SRC_INDENT:
         options.m_srcIndent = ParseIndent("--src-indent", value);
-        break;
+        return true;
     case OPT_DST_INDENT:
         options.m_dstIndent = ParseIndent("--dst-indent", value);
-        break;
+        return true;
     case OPT_KEEP_IMPORTS:
         options.m_keepImports = true;
-        break;
+        return true;
     case OPT_LENIENT:
         options.m_lenient = true;
-        break;
+        return true;
     case OPT_KEEP_UNCHANGED:
         options.m_keepUnchanged = true;
-        break;
+        return true;
+    case OPT_FROM_MAP:
+        options.m_fromMap = ParseFileName("--from-map", value);
+        return true;
+    case OPT_WARN:
+        options.m_warnings = ParseWarnings(value);
+        return true;
+    case OPT_WERROR:
+        options.m_warningsAreErrors = true;
+        return true;
     case OPT_CHECK:
         options.m_check = true;
-        break;
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// What else may be made of an expansion.
+void SetExpandOption(ExpandOptions& options, int code, const char* value)
+{
+    if (SetTextOption(options, code, value))
+        return;
+    switch (code)
+    {
     case OPT_BATCH:
         options.m_batch = ParseFileName("--batch", value);
         break;
@@ -241,12 +263,6 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
         break;
     case OPT_KEEP_GOING:
         options.m_keepGoing = true;
-        break;
-    case OPT_WARN:
-        options.m_warnings = ParseWarnings(value);
-        break;
-    case OPT_WERROR:
-        options.m_warningsAreErrors = true;
         break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", value);
@@ -272,9 +288,6 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
         break;
     case OPT_SOURCE_MAP_CONTENTS:
         options.m_sourceMapContents = true;
-        break;
-    case OPT_FROM_MAP:
-        options.m_fromMap = ParseFileName("--from-map", value);
         break;
     case OPT_TRACE:
         options.m_trace = ParseFileName("--trace", value);
