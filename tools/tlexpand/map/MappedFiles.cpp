@@ -39,7 +39,7 @@ std::string MappedFiles::PathFromHere(const std::string& name) const
 {
     if (name.starts_with('/') || m_base.empty() || m_base == ".")
         return name;
-    const std::string path = JoinPath(m_base, name);
+    std::string path = JoinPath(m_base, name);
     if (!path.starts_with("../"))
         return path;
     // Out of this directory and back into it is no way.
