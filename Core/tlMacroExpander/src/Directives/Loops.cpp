@@ -103,10 +103,7 @@ void MacroExpander::ProcessForDirective()
     ForHead head;
     ReadForHead(head, [this] { return NextToken(); });
     head.m_listPos = m_str.begin();
-    const LevelText section = CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    xstring listString;
-    ExpandToString(section, 0, listString);
-    const TextScope list(listString, DirectiveRange());
+    const TextScope list(MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN)));
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
     LoopFor(head, list, block, indent, nullptr);
