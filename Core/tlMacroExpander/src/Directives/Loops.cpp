@@ -103,7 +103,8 @@ void MacroExpander::ProcessForDirective()
     ForHead head;
     ReadForHead(head, [this] { return NextToken(); });
     head.m_listPos = m_str.begin();
-    const TextScope list(MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN)));
+    const TextScope list(
+        MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN)));
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
     LoopFor(head, list, block, indent, nullptr);
