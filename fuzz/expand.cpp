@@ -7,6 +7,7 @@
 // calculated ones name a directive, and positions of errors lie in a file.
 #include "Checks.h"
 #include "Mutator.h"
+#include "Nowhere.h"
 #include "output/MapCheck.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
@@ -41,17 +42,6 @@ Files SplitFiles(const std::string& input)
         begin = end + 1;
     }
 }
-
-/// What is printed goes nowhere.
-class Nowhere final : public IndentingStream
-{
-public:
-    void Flush() override {}
-
-private:
-    void Write(const char*, ssize_t) override {}
-    char LastCharacter() const override { return '\n'; }
-};
 
 /// Imports the sections of the input, each once. Frames that are imported die last.
 class SectionImports final : public ImportHandler

@@ -4,6 +4,7 @@
 // their pieces; errors lie in a file or in its expansion.
 #include "Checks.h"
 #include "Mutator.h"
+#include "Nowhere.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include <algorithm>
@@ -31,17 +32,6 @@ xstring ToX(const std::string& text)
 {
     return xstring(SubString(text.data(), text.data() + text.size()));
 }
-
-/// What is printed goes nowhere.
-class Nowhere final : public IndentingStream
-{
-public:
-    void Flush() override {}
-
-private:
-    void Write(const char*, ssize_t) override {}
-    char LastCharacter() const override { return '\n'; }
-};
 
 /// A folder in memory where there is such a file system; gone when the process ends.
 class Folder

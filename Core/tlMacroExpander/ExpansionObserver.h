@@ -57,7 +57,7 @@ struct ObservedRound
     SubString m_place;   ///< The `@` of the loop.
     SubString m_loop;    ///< `for` or `while`.
     ssize_t m_round;     ///< Counted from 1.
-    SubString m_element; ///< Of the list of @for; else empty.
+    SubString m_element; ///< Of the list of `@for`; else empty.
 };
 
 /// A directive is read and obeyed. `@elseif` and `@else` are parts of their `@if`.

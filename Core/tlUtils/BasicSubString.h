@@ -118,7 +118,7 @@ inline bool operator!=(std::string_view a, SubString b)
     return !(a == b);
 }
 
-/// Writes the characters as a string_view is written: width and alignment count. Include <ostream>.
+/// Writes the characters as a string_view is written, with width and alignment; needs `<ostream>`.
 template <class Traits>
 std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os, SubString s)
 {

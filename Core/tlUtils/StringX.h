@@ -11,7 +11,7 @@ namespace telv
 class TLUTILS_API StringX
 {
 public:
-    StringX() : m_subString(), m_capacity(0) {}
+    StringX() : m_subString(), m_capacity(0) {} // NOLINT(readability-redundant-member-init)
     ~StringX();
     StringX(const StringX&) = delete;
     StringX& operator=(const StringX&) = delete;

@@ -137,7 +137,7 @@ inline bool operator!=(std::string_view a, const xstring& b)
     return !(b == a);
 }
 
-/// As for the view. Include <ostream>.
+/// As for the view. Include `<ostream>`.
 template <class Traits>
 std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os, const xstring& s)
 {

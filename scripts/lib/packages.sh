@@ -25,6 +25,8 @@ find_missing() {
     cmake_is_recent || missing+=(cmake)
     need_command ninja ninja-build
     need_command make make
+    need_command git git
+    need_command script bsdutils
     need_command python3 python3
     need_command zsh zsh
     need_command fish fish

@@ -3,16 +3,22 @@
 #
 #     cmake -DSOURCE=<top of the tree> -DWORK=<folder> -P TryArguments.cmake
 
-# refuses(MESSAGE CODE): configuring a project with CODE must stop with MESSAGE.
+# refuses(MESSAGE CODE [TOOL]): configuring a project with CODE must stop with MESSAGE. TOOL is what gives
+# the project the tool.
 function(refuses message code)
+    set(tool "
+add_executable(telv::tlexpand IMPORTED)
+set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION /bin/true)")
+    if(ARGC GREATER 2)
+        set(tool "${ARGV2}")
+    endif()
     file(REMOVE_RECURSE ${WORK})
     file(WRITE ${WORK}/a.txt.tl "text\n")
     file(WRITE ${WORK}/single.tl "text\n")
     file(WRITE ${WORK}/CMakeLists.txt "
 cmake_minimum_required(VERSION 3.25)
 project(arguments LANGUAGES NONE)
-add_executable(telv::tlexpand IMPORTED)
-set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION /bin/true)
+${tool}
 add_custom_target(unit)
 include(${SOURCE}/cmake/TelvExpand.cmake)
 ${code}
@@ -30,10 +36,17 @@ refuses("tl_expand: OUTPUT is missing" "tl_expand(INPUT a.txt.tl)")
 refuses("tl_expand: INPUT is missing" "tl_expand(OUTPUT a.txt)")
 refuses("tl_expand: unknown arguments: FLAGS;-x" "tl_expand(FLAGS -x OUTPUT a.txt INPUT a.txt.tl)")
 refuses("tl_expand: nothing follows MAP" "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP)")
+refuses("tl_expand: nothing follows OUTPUT" "tl_expand(OUTPUT INPUT a.txt.tl)")
+refuses("tl_expand_sources: nothing follows TARGET" "tl_expand_sources(TARGET SOURCES a.txt.tl)")
+refuses("tl_expand: there is no target telv::tlexpand; find_package(tlMacroExpander) first"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl)" "")
 refuses("tl_expand: there is no file '${WORK}/b.tl'" "tl_expand(OUTPUT a.txt INPUT b.tl)")
 refuses("tl_expand: 'X' in DEFINES is not NAME=VALUE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl DEFINES X)")
 refuses("tl_expand: 'rows.csv' in LISTS is not NAME=FILE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl LISTS rows.csv)")
 refuses("tl_expand: OUTPUT is the INPUT" "tl_expand(OUTPUT \${CMAKE_SOURCE_DIR}/a.txt.tl INPUT a.txt.tl)")
+refuses("custom rule to output" "tl_expand(OUTPUT a.txt INPUT a.txt.tl)\ntl_expand(OUTPUT a.txt INPUT single.tl)")
 refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(TARGET unit)")
+refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(SOURCES a.txt.tl)")
+refuses("tl_expand_sources: MAP is for tl_expand" "tl_expand_sources(TARGET unit SOURCES a.txt.tl MAP a.map)")
 refuses("tl_expand_sources: there is no target 'none'" "tl_expand_sources(TARGET none SOURCES a.txt.tl)")
 refuses("must be a file below the current source directory with two suffixes" "tl_expand_sources(TARGET unit SOURCES single.tl)")

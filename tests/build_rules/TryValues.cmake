@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-# Values with the characters that CMake, Ninja and the shell make something of reach the tool as they are,
-# through both functions.
+# What the CMake functions are told reaches the tool: values as they are, with the characters that CMake, Ninja and
+# the shell make something of, through both functions; rows of data, import paths and what is made before; and a
+# change of the data expands the text again.
 #
 #     cmake -DSOURCE=<top of the tree> -DTOOL=<tlexpand> -DWORK=<folder> -P TryValues.cmake
 file(REMOVE_RECURSE ${WORK})
@@ -28,17 +29,45 @@ tl_expand_sources(TARGET unit SOURCES value.c.tl
     DEFINES "SEMICOLON=a;b" "DOLLAR=$HOME $$ \${x}" [[QUOTES='a' "b" c]] EMPTY=
     EVALS "@def eval = {1;2}" "@def two = {_MORE_}" OPTIONS -D "MORE=x;y")
 add_custom_target(one ALL DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/one.txt)
+add_custom_command(OUTPUT made.tl COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_SOURCE_DIR}/lib/names.tl made.tl)
+tl_expand(OUTPUT rows.txt INPUT rows.tl LISTS rows=data/rows.csv:name,number
+    IMPORT_PATHS ${CMAKE_CURRENT_BINARY_DIR} lib LINE_DIRECTIVES DEPENDS made.tl)
+add_custom_target(rows ALL DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/rows.txt)
 ]=])
-foreach(arguments IN ITEMS "-S;${WORK};-B;${WORK}/out;-G;Ninja" "--build;${WORK}/out")
-    execute_process(COMMAND ${CMAKE_COMMAND} ${arguments}
+file(WRITE ${WORK}/data/rows.csv "number,name\n1,one\n2,two\n")
+file(WRITE ${WORK}/lib/names.tl "@def shown(x) = {<x>}\n")
+file(WRITE ${WORK}/lib/more.tl "@def mark = {!}\n")
+file(WRITE ${WORK}/rows.tl
+    "@import \"made.tl\"\n@import \"more.tl\"\nfirst\n@for((name, number) in rows){shown(name)=number@@mark}\n")
+
+# Configures or builds; what goes wrong is fatal.
+function(run)
+    execute_process(COMMAND ${CMAKE_COMMAND} ${ARGN}
         RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
     if(NOT status EQUAL 0)
-        message(FATAL_ERROR "cmake ${arguments}: ${said}")
+        message(FATAL_ERROR "cmake ${ARGN}: ${said}")
     endif()
-endforeach()
+endfunction()
+
+run(-S ${WORK} -B ${WORK}/out -G Ninja)
+run(--build ${WORK}/out)
 foreach(made IN ITEMS one.txt value.c)
     file(READ ${WORK}/out/${made} text)
     if(NOT text STREQUAL "a;b|$HOME $$ \${x}|'a' \"b\" c||1;2|x;y\n")
         message(SEND_ERROR "${made}: ${text}")
     endif()
 endforeach()
+
+# rows_are(TEXT): what the expansion of the rows must be, with the line directive before it.
+function(rows_are wanted)
+    file(READ ${WORK}/out/rows.txt text)
+    string(REPLACE "${WORK}" "WORK" text "${text}")
+    if(NOT text STREQUAL "${wanted}")
+        message(FATAL_ERROR "rows.txt has ${text}")
+    endif()
+endfunction()
+
+rows_are("#line 3 \"WORK/rows.tl\"\nfirst\n<one>=1!<two>=2!\n")
+file(WRITE ${WORK}/data/rows.csv "number,name\n3,three\n")
+run(--build ${WORK}/out)
+rows_are("#line 3 \"WORK/rows.tl\"\nfirst\n<three>=3!\n")

@@ -23,7 +23,7 @@ build_host() {
     local dir=$1
     shift
     quietly cmake -S "$host" -B "$dir" -G Ninja -DCMAKE_CXX_COMPILER="$TELV_CXX" "$@"
-    quietly cmake --build "$dir"
+    quietly cmake --build "$dir" -j "$(nproc)"
     quietly ctest --test-dir "$dir" --no-tests=error
 }
 

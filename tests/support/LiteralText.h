@@ -23,6 +23,25 @@ inline std::string LiteralText(const LSLiteral& literal)
     return text;
 }
 
+// Literals that no constructor makes as briefly.
+
+inline LSLiteral Void()
+{
+    LSLiteral literal;
+    literal.m_type = LITERAL_VOID;
+    return literal;
+}
+
+inline LSLiteral String(const char* text)
+{
+    return LSLiteral(xstring(text));
+}
+
+inline LSLiteral Char(char c)
+{
+    return LSLiteral::MakeChar(c);
+}
+
 /// What `Write` writes: the whole text of an error.
 inline std::string ErrorText(const IException& e)
 {

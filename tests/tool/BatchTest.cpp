@@ -76,6 +76,23 @@ TEST_F(BatchTest, SeveralProcessesMakeTheSame)
     }
 }
 
+TEST_F(BatchTest, ShowsProgressOnATerminalOnly)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "@fail(stop)");
+    const std::string command = "\"$TLEXPAND\" --out-dir out --keep-going a.tl b.tl";
+    const std::string start = "[0/2]\033[K\r";
+    const ProgramResult plain = RunShell(command);
+    EXPECT_EQ(plain.err.find("[0/2]"), std::string::npos);
+    const ProgramResult shown =
+        RunShell("export TLEXPAND; script -qec '" + command + "' /dev/null </dev/null");
+    EXPECT_EQ(shown.status, 1);
+    EXPECT_NE(shown.out.find(start), std::string::npos) << shown.out;
+    EXPECT_NE(shown.out.find("\033[K\rtlexpand: 1 of 2 files failed:\r\n"), std::string::npos)
+        << shown.out;
+    EXPECT_EQ(Read("out/a"), "a");
+}
+
 TEST_F(BatchTest, StopsAtTheFirstFailure)
 {
     Write("a.tl", "a");

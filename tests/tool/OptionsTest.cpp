@@ -99,6 +99,9 @@ TEST_F(OptionsTest, RefusesWhatMakesNoSense)
         {{"-o", "x", "--depfile", "d", "--depfile-target="},
          "bad value '' for --depfile-target: the name of a file is wanted"},
         {{"project", "-o", "x", "y"}, "unknown option or needless value: '-o'"},
+        {{"explain", "-j", "2", "y"}, "unknown option or needless value: '-j'"},
+        {{"explain", "--max-memory", "x", "y"},
+         "bad value 'x' for --max-memory: a number of bytes is wanted, or of K, M or G"},
         {{"project", "--setting", "a b", "y"},
          "bad value 'a b' for --setting: an identifier is wanted"},
     };

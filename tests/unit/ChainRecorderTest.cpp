@@ -29,6 +29,18 @@ std::string Way(const ChainRecorder& chains, ssize_t step, SubString source)
     return way;
 }
 
+/// The expansion of `source`, recorded by `chains`.
+xstring Record(const xstring& source, ChainRecorder& chains)
+{
+    ExpansionRun run;
+    run.SetObserver(&chains);
+    const ExpansionRunScope scope(run);
+    FileScopeVarFrame frame;
+    xstring output;
+    MacroExpand(nullptr, &frame, source, 0, 0, output);
+    return output;
+}
+
 /// A line for each stretch of output that came the same way: its text and the way.
 std::string Ways(const std::string& text)
 {
@@ -110,12 +122,7 @@ TEST(ChainRecorder, OnlyWhatLedToPiecesIsStored)
 {
     const xstring source("@def silent = {}@def f = {a b}silent f silent");
     ChainRecorder chains;
-    ExpansionRun run;
-    run.SetObserver(&chains);
-    const ExpansionRunScope scope(run);
-    FileScopeVarFrame frame;
-    xstring output;
-    MacroExpand(nullptr, &frame, source, 0, 0, output);
+    const xstring output = Record(source, chains);
     EXPECT_EQ(Str(output), " a b ");
     EXPECT_EQ(chains.Steps().size(), 1);
     EXPECT_EQ(chains.CountOfPieces(), 4);
@@ -145,12 +152,7 @@ TEST(ChainRecorder, ManyCalls)
     const xstring source(
         "@def g = {x}@def f = {g.}@let int i = {0}@while(i < 100000){f@let i = {i + 1}}");
     ChainRecorder chains;
-    ExpansionRun run;
-    run.SetObserver(&chains);
-    const ExpansionRunScope scope(run);
-    FileScopeVarFrame frame;
-    xstring output;
-    MacroExpand(nullptr, &frame, source, 0, 0, output);
+    Record(source, chains);
     EXPECT_EQ(chains.CountOfPieces(), 2 * n);
     EXPECT_EQ(chains.Steps().size(), 3 * n); // a round, f and g
 }
@@ -162,12 +164,7 @@ TEST(ChainRecorder, DeepCalls)
     {
         const xstring source("@def f(int n) = {x@if(n > 0){f(n - 1)}}f(20000)");
         ChainRecorder chains;
-        ExpansionRun run;
-        run.SetObserver(&chains);
-        const ExpansionRunScope scope(run);
-        FileScopeVarFrame frame;
-        xstring output;
-        MacroExpand(nullptr, &frame, source, 0, 0, output);
+        const xstring output = Record(source, chains);
         EXPECT_EQ(output.size(), depth + 1);
         EXPECT_EQ(chains.Steps().size(), depth + 1);
         ssize_t length = 0;

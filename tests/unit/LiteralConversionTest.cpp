@@ -89,21 +89,6 @@ LSLiteral Undef()
     return LSLiteral();
 }
 
-LSLiteral Void()
-{
-    LSLiteral literal;
-    literal.m_type = LITERAL_VOID;
-    return literal;
-}
-
-LSLiteral String(const char* text)
-{
-    return LSLiteral(xstring(text));
-}
-LSLiteral Char(char c)
-{
-    return LSLiteral::MakeChar(c);
-}
 LSLiteral Float(double v)
 {
     return LSLiteral(v);

@@ -11,22 +11,6 @@ using namespace telv;
 namespace
 {
 
-LSLiteral Void()
-{
-    LSLiteral literal;
-    literal.m_type = LITERAL_VOID;
-    return literal;
-}
-
-LSLiteral String(const char* text)
-{
-    return LSLiteral(xstring(text));
-}
-LSLiteral Char(char c)
-{
-    return LSLiteral::MakeChar(c);
-}
-
 const long s_max = std::numeric_limits<long>::max();
 const long s_min = std::numeric_limits<long>::min();
 const double s_nan = std::numeric_limits<double>::quiet_NaN();

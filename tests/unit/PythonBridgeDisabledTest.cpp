@@ -2,13 +2,7 @@
 // A build without Python: everything that would need it is an error.
 #if !TELV_HAS_PYTHON
 
-#include "tlMacroExpander/LSVariable.h"
-#include "tlMacroExpander/MacroExpand.h"
-#include "tlMacroExpander/VarFrame.h"
-#include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/UsePython.h"
-#include <gtest/gtest.h>
-#include <string>
+#include "PythonBridgeSupport.h"
 
 namespace telv
 {
@@ -16,27 +10,8 @@ namespace telv
 namespace
 {
 
-std::string Str(SubString s)
-{
-    return s.empty() ? std::string() : std::string(s.begin(), s.end());
-}
-
-/// Expands `source` in a frame of its own: the text, or the description of the error.
-std::string Expand(const std::string& source)
-{
-    FileScopeVarFrame frame;
-    xstring text;
-    try
-    {
-        MacroExpand(nullptr, &frame, SubString(source.data(), source.data() + source.size()), 0, 0,
-                    text);
-        return Str(text);
-    }
-    catch (const LexScannerException& e)
-    {
-        return "error: " + Str(e.m_description);
-    }
-}
+using python::Expand;
+using python::Str;
 
 TEST(PythonDisabled, DirectivesAreErrors)
 {

@@ -197,15 +197,16 @@ void Batch::WaitForWorkers()
     }
 }
 
-/// One line that is written again and again, and goes at the end.
+/// One line that is written again and again, and goes at the end. What else is written meanwhile
+/// begins where it does and is longer.
 void Batch::ShowProgress(bool isLast) const
 {
     if (!m_showsProgress)
         return;
-    const std::string line = isLast ? "\r\033[K"
-                                    : "\r[" + std::to_string(m_shared->m_done) + "/" +
-                                          std::to_string(m_jobs.size()) + "]\033[K";
-    WriteAll(STDERR_FILENO, ViewOf(line));
+    const std::string line =
+        isLast ? ""
+               : "[" + std::to_string(m_shared->m_done) + "/" + std::to_string(m_jobs.size()) + "]";
+    WriteAll(STDERR_FILENO, ViewOf(line + "\033[K\r"));
 }
 
 int Batch::Report() const
@@ -241,6 +242,7 @@ int Batch::Report() const
 int Batch::Run()
 {
     const size_t wanted = std::min(static_cast<size_t>(m_options.m_jobs), m_jobs.size());
+    ShowProgress(/*isLast=*/false);
     while (m_workers.size() < wanted && HasMore())
     {
         const size_t before = m_workers.size();

@@ -149,7 +149,7 @@ xstring ReadAll(int fd, const std::string& path)
 xstring ReadAll(int fd, const std::string& path, ssize_t size)
 try
 {
-    constexpr ssize_t chunk = 64 * 1024;
+    constexpr ssize_t chunk = ssize_t{64} * 1024;
     xstring text;
     ssize_t room = size > 0 ? size + 1 : chunk;
     while (const ssize_t got = ReadSome(fd, text, room, path))
@@ -208,7 +208,7 @@ bool HoldSameBytes(int a, int b)
     if (fstat(a, &statusOfA) != 0 || fstat(b, &statusOfB) != 0 || !S_ISREG(statusOfA.st_mode) ||
         !S_ISREG(statusOfB.st_mode) || statusOfA.st_size != statusOfB.st_size)
         return false;
-    constexpr ssize_t chunk = 64 * 1024;
+    constexpr ssize_t chunk = ssize_t{64} * 1024;
     std::string bytesOfA(chunk, '\0');
     std::string bytesOfB(chunk, '\0');
     for (ssize_t offset = 0; offset < statusOfA.st_size; offset += chunk)
@@ -225,7 +225,7 @@ bool HoldSameBytes(int a, int b)
 std::string RealPath(int fd, const std::string& path)
 {
     std::string normalised = JoinPath("", path);
-    const std::string name = NameOfOpenFile(fd);
+    std::string name = NameOfOpenFile(fd);
     const std::string start = NameOfOpenFile(StartDirectory());
     const bool isAbsolute = path.starts_with('/');
     const bool isKnown = name.starts_with('/') && start.starts_with('/');

@@ -72,7 +72,7 @@ struct FileIdentity
         : m_device(status.st_dev), m_inode(status.st_ino)
     {
     }
-    auto operator<=>(const FileIdentity&) const = default;
+    auto operator<=>(const FileIdentity&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
 /// What is open as `fd`; nothing when that is no regular file.

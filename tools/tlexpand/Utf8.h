@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Cutting bytes into UTF-8 characters, one at a time, whatever the bytes are.
+// Cutting bytes into UTF-8 characters, one at a time, whatever the bytes are. (The library knows
+// what is well formed for its messages, but exports nothing of it, and need not cut what is not.)
 #pragma once
 
 #include "tlUtils/StringExt.h"

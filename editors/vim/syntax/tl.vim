@@ -18,7 +18,8 @@ syntax match tlEscape /\\\%([abfnrtv0\\'"?]\|x\x\x\)/ contained
 syntax match tlDollar /\$([A-Za-z_]\w*)/ contained
 syntax match tlNumber /\<\%(0[xX]\x\+\|\d\+\%(\.\d\+\)\?\%([eE][-+]\?\d\+\)\?\)/
 syntax match tlComment +//.*$+
-syntax region tlComment start=+/\*+ end=+\*/+
+" Behind a word, as in dir/*, it must close on its line: with --lenient it may be a pattern of files.
+syntax region tlComment start=+\%([A-Za-z0-9_/.]\)\@1<!/\*+ start=+/\*\%(.*\*/\)\@=+ end=+\*/+
 
 " Directives.
 syntax match tlDirective /@\s*\%(let\|def\|exportdef\|nakeddef\|defpython\|runpython\|scope\|quote\)\>/

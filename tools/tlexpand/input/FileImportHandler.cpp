@@ -207,7 +207,7 @@ void FileImportHandler::ExpandMain(ssize_t srcIndent, ssize_t dstIndent, Expande
 /// Counts a string that is kept.
 void FileImportHandler::HoldToEnd(const std::string& kept) const
 {
-    RunState::Of(m_run).HoldToEnd(static_cast<ssize_t>(sizeof kept + kept.size()));
+    RunState::Of(m_run).HoldToEnd(static_cast<ssize_t>(sizeof(std::string) + kept.size()));
 }
 
 std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) const
@@ -359,7 +359,7 @@ bool FileImportHandler::HandleImportPath(const xstring& path, const char* pos)
 bool FileImportHandler::RemoveImport(const xstring& path, const char* pos)
 {
     SubString rest(pos, m_active.back().m_input->m_text->Text().end());
-    const LSToken token = LsScanToken(rest, false);
+    const LSToken token = LsScanToken(rest, /*returnComments=*/false);
     if (token.m_type != TOKEN_LEFT_PAREN)
     {
         m_mainText->RemoveSource(m_run.CurrentPosition(), token.m_str.end());

@@ -137,6 +137,7 @@ private:
     Input* FindKnown(const std::string& path, int fd, const struct stat& status);
     Input* Open(const std::string& path, const char* importPos);
     std::vector<SubString> TextsOf(const Input& import) const;
+    /// Project files have the same in the library, over another chain (MpfwParser::ThrowCycle).
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
     void NotePath(Input& input, int fd, const std::string& path);

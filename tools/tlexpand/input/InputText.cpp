@@ -18,7 +18,7 @@ namespace
 {
 
 /// From here on a mapping is cheaper than a copy.
-constexpr off_t s_largeFile = 1024 * 1024;
+constexpr off_t s_largeFile = off_t{1024} * 1024;
 
 struct Mapping
 {

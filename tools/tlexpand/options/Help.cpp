@@ -89,6 +89,7 @@ Options:
       --max-depth N        limit the nesting of expansions
       --max-steps N        limit the number of expansions, invocations and loop rounds
       --max-output SIZE    limit the output: bytes, or with K, M or G
+      --max-memory SIZE    limit the memory that the run holds
       --color WHEN         colour diagnostics: auto, always or never
   -V, --version            print the version
   -h, --help               print this

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tables of the options, and what each of them sets.
+// The table of the options, and what each of them sets.
 #include "options/Options.h"
 #include "Files.h"
 #include "options/OptionValues.h"
@@ -14,7 +14,8 @@ namespace
 /// Values of options without a letter.
 enum ELongOption
 {
-    OPT_SRC_INDENT = 256,
+    OPT_FIRST = 256,
+    OPT_SRC_INDENT = OPT_FIRST,
     OPT_LIST,
     OPT_DST_INDENT,
     OPT_KEEP_IMPORTS,
@@ -50,90 +51,92 @@ enum ELongOption
     OPT_PATH_SETTING
 };
 
+/// The commands whose options stand here.
+enum ECommand : unsigned
+{
+    Expand = 1,
+    Explain = 2, // takes what decides about the text, not what else is made of it
+    Project = 4,
+    Everywhere = Expand | Explain | Project
+};
+
+/// An option, and the commands that take it.
+struct OptionRow
+{
+    const char* m_name;
+    int m_argument; ///< As getopt_long names it.
+    int m_code;     ///< Its letter, or an ELongOption.
+    unsigned m_commands;
+};
+
 // clang-format off
-constexpr option s_expandTable[] = {
-    {"output",       required_argument, nullptr, 'o'},
-    {"import-path",  required_argument, nullptr, 'I'},
-    {"define",       required_argument, nullptr, 'D'},
-    {"eval",         required_argument, nullptr, 'E'},
-    {"list",         required_argument, nullptr, OPT_LIST},
-    {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
-    {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
-    {"lenient",      no_argument,       nullptr, OPT_LENIENT},
-    {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
-    {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
-    {"check",        no_argument,       nullptr, OPT_CHECK},
-    {"batch",        required_argument, nullptr, OPT_BATCH},
-    {"out-dir",      required_argument, nullptr, OPT_OUT_DIR},
-    {"jobs",         required_argument, nullptr, 'j'},
-    {"keep-going",   no_argument,       nullptr, OPT_KEEP_GOING},
-    {"map",          required_argument, nullptr, OPT_MAP},
-    {"map-runs",     no_argument,       nullptr, OPT_MAP_RUNS},
-    {"chains",       no_argument,       nullptr, OPT_CHAINS},
-    {"verify-map",   no_argument,       nullptr, OPT_VERIFY_MAP},
-    {"line-directives", no_argument,    nullptr, OPT_LINE_DIRECTIVES},
-    {"line-format",  required_argument, nullptr, OPT_LINE_FORMAT},
-    {"source-map",   required_argument, nullptr, OPT_SOURCE_MAP},
-    {"source-map-contents", no_argument, nullptr, OPT_SOURCE_MAP_CONTENTS},
-    {"trace",        required_argument, nullptr, OPT_TRACE},
-    {"depfile",      required_argument, nullptr, OPT_DEPFILE},
-    {"depend",       required_argument, nullptr, OPT_DEPEND},
-    {"depfile-target", required_argument, nullptr, OPT_DEPFILE_TARGET},
-    {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
-    {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
-    {"warn",         required_argument, nullptr, OPT_WARN},
-    {"werror",       no_argument,       nullptr, OPT_WERROR},
-    {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
-    {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
-    {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
-    {"max-memory",   required_argument, nullptr, OPT_MAX_MEMORY},
-    {"color",        required_argument, nullptr, OPT_COLOUR},
-    {"version",      no_argument,       nullptr, 'V'},
-    {"help",         no_argument,       nullptr, 'h'},
-    {nullptr, 0, nullptr, 0}};
-
-// What decides about the text, not what else is made of it.
-constexpr option s_explainTable[] = {
-    {"output",       required_argument, nullptr, 'o'},
-    {"import-path",  required_argument, nullptr, 'I'},
-    {"define",       required_argument, nullptr, 'D'},
-    {"eval",         required_argument, nullptr, 'E'},
-    {"list",         required_argument, nullptr, OPT_LIST},
-    {"src-indent",   required_argument, nullptr, OPT_SRC_INDENT},
-    {"dst-indent",   required_argument, nullptr, OPT_DST_INDENT},
-    {"lenient",      no_argument,       nullptr, OPT_LENIENT},
-    {"keep-imports", no_argument,       nullptr, OPT_KEEP_IMPORTS},
-    {"keep-unchanged", no_argument,     nullptr, OPT_KEEP_UNCHANGED},
-    {"from-map",     required_argument, nullptr, OPT_FROM_MAP},
-    {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
-    {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
-    {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
-    {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
-    {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
-    {"color",        required_argument, nullptr, OPT_COLOUR},
-    {"version",      no_argument,       nullptr, 'V'},
-    {"help",         no_argument,       nullptr, 'h'},
-    {nullptr, 0, nullptr, 0}};
-
-constexpr option s_projectTable[] = {
-    {"setting",      required_argument, nullptr, OPT_SETTING},
-    {"path-setting", required_argument, nullptr, OPT_PATH_SETTING},
-    {"import-path",  required_argument, nullptr, 'I'},
-    {"define",       required_argument, nullptr, 'D'},
-    {"no-python",    no_argument,       nullptr, OPT_NO_PYTHON},
-    {"python-path",  required_argument, nullptr, OPT_PYTHON_PATH},
-    {"max-depth",    required_argument, nullptr, OPT_MAX_DEPTH},
-    {"max-steps",    required_argument, nullptr, OPT_MAX_STEPS},
-    {"max-output",   required_argument, nullptr, OPT_MAX_OUTPUT},
-    {"max-memory",   required_argument, nullptr, OPT_MAX_MEMORY},
-    {"color",        required_argument, nullptr, OPT_COLOUR},
-    {"version",      no_argument,       nullptr, 'V'},
-    {"help",         no_argument,       nullptr, 'h'},
-    {nullptr, 0, nullptr, 0}};
+constexpr OptionRow s_rows[] = {
+    {"setting",              required_argument, OPT_SETTING,          Project},
+    {"path-setting",         required_argument, OPT_PATH_SETTING,     Project},
+    {"output",               required_argument, 'o',                  Expand | Explain},
+    {"import-path",          required_argument, 'I',                  Everywhere},
+    {"define",               required_argument, 'D',                  Everywhere},
+    {"eval",                 required_argument, 'E',                  Expand | Explain},
+    {"list",                 required_argument, OPT_LIST,             Expand | Explain},
+    {"src-indent",           required_argument, OPT_SRC_INDENT,       Expand | Explain},
+    {"dst-indent",           required_argument, OPT_DST_INDENT,       Expand | Explain},
+    {"lenient",              no_argument,       OPT_LENIENT,          Expand | Explain},
+    {"keep-imports",         no_argument,       OPT_KEEP_IMPORTS,     Expand | Explain},
+    {"keep-unchanged",       no_argument,       OPT_KEEP_UNCHANGED,   Expand | Explain},
+    {"check",                no_argument,       OPT_CHECK,            Expand},
+    {"batch",                required_argument, OPT_BATCH,            Expand},
+    {"out-dir",              required_argument, OPT_OUT_DIR,          Expand},
+    {"jobs",                 required_argument, 'j',                  Expand},
+    {"keep-going",           no_argument,       OPT_KEEP_GOING,       Expand},
+    {"from-map",             required_argument, OPT_FROM_MAP,         Explain},
+    {"map",                  required_argument, OPT_MAP,              Expand},
+    {"map-runs",             no_argument,       OPT_MAP_RUNS,         Expand},
+    {"chains",               no_argument,       OPT_CHAINS,           Expand},
+    {"verify-map",           no_argument,       OPT_VERIFY_MAP,       Expand},
+    {"line-directives",      no_argument,       OPT_LINE_DIRECTIVES,  Expand},
+    {"line-format",          required_argument, OPT_LINE_FORMAT,      Expand},
+    {"source-map",           required_argument, OPT_SOURCE_MAP,       Expand},
+    {"source-map-contents",  no_argument,       OPT_SOURCE_MAP_CONTENTS, Expand},
+    {"trace",                required_argument, OPT_TRACE,            Expand},
+    {"depfile",              required_argument, OPT_DEPFILE,          Expand},
+    {"depend",               required_argument, OPT_DEPEND,           Expand},
+    {"depfile-target",       required_argument, OPT_DEPFILE_TARGET,   Expand},
+    {"no-python",            no_argument,       OPT_NO_PYTHON,        Everywhere},
+    {"python-path",          required_argument, OPT_PYTHON_PATH,      Everywhere},
+    {"warn",                 required_argument, OPT_WARN,             Expand},
+    {"werror",               no_argument,       OPT_WERROR,           Expand},
+    {"max-depth",            required_argument, OPT_MAX_DEPTH,        Everywhere},
+    {"max-steps",            required_argument, OPT_MAX_STEPS,        Everywhere},
+    {"max-output",           required_argument, OPT_MAX_OUTPUT,       Everywhere},
+    {"max-memory",           required_argument, OPT_MAX_MEMORY,       Everywhere},
+    {"color",                required_argument, OPT_COLOUR,           Everywhere},
+    {"version",              no_argument,       'V',                  Everywhere},
+    {"help",                 no_argument,       'h',                  Everywhere},
+};
 // clang-format on
 
-constexpr const char* s_expandLetters = "-:o:I:D:E:j:Vh";
-constexpr const char* s_projectLetters = "-:I:D:Vh";
+/// The options of one command, as getopt_long takes them.
+struct OptionTable
+{
+    std::vector<option> m_long;
+    std::string m_letters = "-:";
+
+    explicit OptionTable(ECommand command)
+    {
+        for (const OptionRow& row : s_rows)
+        {
+            if ((row.m_commands & command) == 0)
+                continue;
+            m_long.push_back(option{row.m_name, row.m_argument, nullptr, row.m_code});
+            if (row.m_code >= OPT_FIRST)
+                continue;
+            m_letters += static_cast<char>(row.m_code);
+            if (row.m_argument == required_argument)
+                m_letters += ':';
+        }
+        m_long.push_back(option{nullptr, 0, nullptr, 0});
+    }
+};
 
 void SetFile(CommonOptions& options, const char* file)
 {
@@ -180,7 +183,7 @@ bool SetCommonOption(CommonOptions& options, int code, const char* value)
         options.m_limits.m_maxOutput = ParseSize("--max-output", value);
         return true;
     case OPT_MAX_MEMORY:
-        options.m_limits.m_maxMemory = ParseSize("--max-memory", optarg);
+        options.m_limits.m_maxMemory = ParseSize("--max-memory", value);
         return true;
     case OPT_COLOUR:
         options.m_colour = ParseColour(value);
@@ -196,37 +199,59 @@ bool SetCommonOption(CommonOptions& options, int code, const char* value)
     }
 }
 
-void SetExpandOption(ExpandOptions& options, int code, const char* value)
+/// What decides about the text, where it goes and what is said of it; false for another code.
+bool SetTextOption(ExpandOptions& options, int code, const char* value)
 {
     switch (code)
     {
     case 'o':
         options.m_output = ParseFileName("-o", value);
-        break;
+        return true;
     case 'E':
         options.m_definitions.push_back({Definition::EKind::Text, "", value});
-        break;
+        return true;
     case OPT_LIST:
         options.m_definitions.push_back(ParseList(value));
-        break;
+        return true;
     case OPT_SRC_INDENT:
         options.m_srcIndent = ParseIndent("--src-indent", value);
-        break;
+        return true;
     case OPT_DST_INDENT:
         options.m_dstIndent = ParseIndent("--dst-indent", value);
-        break;
+        return true;
     case OPT_KEEP_IMPORTS:
         options.m_keepImports = true;
-        break;
+        return true;
     case OPT_LENIENT:
         options.m_lenient = true;
-        break;
+        return true;
     case OPT_KEEP_UNCHANGED:
         options.m_keepUnchanged = true;
-        break;
+        return true;
+    case OPT_FROM_MAP:
+        options.m_fromMap = ParseFileName("--from-map", value);
+        return true;
+    case OPT_WARN:
+        options.m_warnings = ParseWarnings(value);
+        return true;
+    case OPT_WERROR:
+        options.m_warningsAreErrors = true;
+        return true;
     case OPT_CHECK:
         options.m_check = true;
-        break;
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// What else may be made of an expansion.
+void SetExpandOption(ExpandOptions& options, int code, const char* value)
+{
+    if (SetTextOption(options, code, value))
+        return;
+    switch (code)
+    {
     case OPT_BATCH:
         options.m_batch = ParseFileName("--batch", value);
         break;
@@ -238,12 +263,6 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
         break;
     case OPT_KEEP_GOING:
         options.m_keepGoing = true;
-        break;
-    case OPT_WARN:
-        options.m_warnings = ParseWarnings(value);
-        break;
-    case OPT_WERROR:
-        options.m_warningsAreErrors = true;
         break;
     case OPT_MAP:
         options.m_map = ParseFileName("--map", value);
@@ -270,9 +289,6 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
     case OPT_SOURCE_MAP_CONTENTS:
         options.m_sourceMapContents = true;
         break;
-    case OPT_FROM_MAP:
-        options.m_fromMap = ParseFileName("--from-map", value);
-        break;
     case OPT_TRACE:
         options.m_trace = ParseFileName("--trace", value);
         break;
@@ -296,11 +312,12 @@ void SetProjectOption(ProjectOptions& options, int code, const char* value)
 }
 
 template <class Options>
-Options ParseArguments(int argc, char** argv, const char* letters, const option* table,
+Options ParseArguments(int argc, char** argv, ECommand command,
                        void (*setOption)(Options&, int, const char*))
 {
+    const OptionTable table(command);
     Options options;
-    ForEachOption(argc, argv, letters, table,
+    ForEachOption(argc, argv, table.m_letters.c_str(), table.m_long.data(),
                   [&](int code, const char* value)
                   {
                       if (!SetCommonOption(options, code, value))
@@ -376,8 +393,7 @@ void CheckOutputs(const ExpandOptions& options)
 
 ExpandOptions ParseExpandOptions(int argc, char** argv)
 {
-    ExpandOptions options =
-        ParseArguments(argc, argv, s_expandLetters, s_expandTable, SetExpandOption);
+    ExpandOptions options = ParseArguments(argc, argv, Expand, SetExpandOption);
     if (options.m_file.empty())
         options.m_file = s_standardStream;
     if (!options.m_help && !options.m_version)
@@ -387,8 +403,7 @@ ExpandOptions ParseExpandOptions(int argc, char** argv)
 
 ExpandOptions ParseExplainOptions(int argc, char** argv)
 {
-    ExpandOptions options =
-        ParseArguments(argc, argv, s_expandLetters, s_explainTable, SetExpandOption);
+    ExpandOptions options = ParseArguments(argc, argv, Explain, SetExpandOption);
     options.m_isExplained = true;
     RefuseMoreFiles(options);
     if (options.m_fromMap && !options.m_file.empty())
@@ -400,8 +415,7 @@ ExpandOptions ParseExplainOptions(int argc, char** argv)
 
 ProjectOptions ParseProjectOptions(int argc, char** argv)
 {
-    ProjectOptions options =
-        ParseArguments(argc, argv, s_projectLetters, s_projectTable, SetProjectOption);
+    ProjectOptions options = ParseArguments(argc, argv, Project, SetProjectOption);
     if (options.m_file.empty())
         options.m_file = s_standardStream;
     RefuseMoreFiles(options);

@@ -14,7 +14,7 @@ namespace telv::tool
 namespace
 {
 
-constexpr size_t s_bufferSize = 256 * 1024;
+constexpr size_t s_bufferSize = size_t{256} * 1024;
 constexpr int s_mostLinks = 40;
 
 std::string ReadLink(int directory, const std::string& name, const std::string& path)

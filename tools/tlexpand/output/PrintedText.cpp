@@ -30,7 +30,7 @@ void PrintedText::Flush()
 
 void PrintedText::Write(const char* text, ssize_t length)
 {
-    constexpr size_t mostPending = 64 * 1024;
+    constexpr size_t mostPending = size_t{64} * 1024;
     if (length <= 0)
         return;
     m_last = text[length - 1];

@@ -132,7 +132,7 @@ void MappingsWriter::Write(const WrittenPiece& written)
         Advance(SubString(rest.begin(), p));
         rest = SubString(p, rest.end());
     }
-    constexpr size_t s_enough = 64 * 1024;
+    constexpr size_t s_enough = size_t{64} * 1024;
     if (m_text.size() > s_enough)
         Flush();
 }

@@ -15,12 +15,12 @@ namespace telv::tool
 namespace
 {
 
-constexpr ssize_t s_firstBuffer = 16 * 1024;
-constexpr ssize_t s_largestBuffer = 256 * 1024;
+constexpr ssize_t s_firstBuffer = ssize_t{16} * 1024;
+constexpr ssize_t s_largestBuffer = ssize_t{256} * 1024;
 /// Not worth copying.
-constexpr ssize_t s_longStretch = 64 * 1024;
+constexpr ssize_t s_longStretch = ssize_t{64} * 1024;
 /// Of what came last, so much is held in any case.
-constexpr ssize_t s_lookBack = 16 * 1024;
+constexpr ssize_t s_lookBack = ssize_t{16} * 1024;
 
 bool IsBlank(char c)
 {

@@ -22,7 +22,7 @@ namespace telv::tool
 namespace
 {
 
-constexpr size_t s_chunk = 64 * 1024;
+constexpr size_t s_chunk = size_t{64} * 1024;
 
 struct Pipe
 {

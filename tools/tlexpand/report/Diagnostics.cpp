@@ -15,7 +15,7 @@ namespace
 {
 
 /// A message can quote whole expanded texts; of a longer one, the beginning is shown.
-constexpr size_t s_longestMessage = 64 * 1024;
+constexpr size_t s_longestMessage = size_t{64} * 1024;
 
 constexpr const char* s_bold = "\x1b[1m";
 constexpr const char* s_red = "\x1b[31m";

@@ -33,7 +33,7 @@ public:
     void Release() { m_memory.reset(); }
 
 private:
-    static constexpr size_t s_size = 512 * 1024; // the longest message, several times
+    static constexpr size_t s_size = size_t{512} * 1024; // the longest message, several times
 
     std::unique_ptr<char[]> m_memory;
 };

@@ -16,7 +16,7 @@ namespace
 
 constexpr size_t s_longestText = 60;  // bytes
 constexpr size_t s_mostIndented = 30; // levels
-constexpr size_t s_mostPending = 64 * 1024;
+constexpr size_t s_mostPending = size_t{64} * 1024;
 
 std::string Escaped(SubString character)
 {

@@ -18,7 +18,7 @@ namespace telv::tool
 namespace
 {
 
-constexpr size_t s_pieceSize = 64 * 1024;
+constexpr size_t s_pieceSize = size_t{64} * 1024;
 
 class CsvReader
 {

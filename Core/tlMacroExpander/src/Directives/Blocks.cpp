@@ -13,7 +13,7 @@ void MacroExpander::ProcessQuoteDirective()
 {
     ssize_t indent = 0;
     SubString text = CutRoundBlock(indent).m_text;
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
     while (text)
     {
@@ -30,7 +30,7 @@ void MacroExpander::ProcessScopeDirective()
 {
     ssize_t indent = 0;
     const LevelText block = CutBlock(indent);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     ExpandBlock(block, indent, GetOutputPos());
 }
 
@@ -38,7 +38,7 @@ PlannedAction MacroExpander::PlanScope(PlanReader& reader)
 {
     return [block = reader.Block()](MacroExpander& expander)
     {
-        expander.AdvanceWritePos(expander.m_str.begin(), false);
+        expander.AdvanceWritePos(expander.m_str.begin(), /*write=*/false);
         expander.ExpandBlock(block.m_text, block.m_indent, expander.GetOutputPos());
     };
 }

@@ -41,8 +41,8 @@ bool IsDirectiveWord(const LSToken& at, const LSToken& name, const char* word)
 /// Takes two tokens, whatever the first one is: a mistake in either is an error.
 bool ScanDirectiveWord(SubString& str, const char* word)
 {
-    const LSToken at = LsScanToken(str, false);
-    const LSToken name = LsScanToken(str, false);
+    const LSToken at = LsScanToken(str, /*returnComments=*/false);
+    const LSToken name = LsScanToken(str, /*returnComments=*/false);
     return IsDirectiveWord(at, name, word);
 }
 
@@ -74,7 +74,7 @@ void MacroExpander::ProcessIfDirective()
     if (TakeDirectiveWord("else"))
     {
         block = CutBlock(indent);
-        chosen.Offer(true, block, indent);
+        chosen.Offer(/*condition=*/true, block, indent);
     }
     ExpandChosen(chosen.m_text, chosen.m_indent);
 }
@@ -104,14 +104,14 @@ PlannedAction MacroExpander::PlanIf(PlanReader& reader)
             word = "@elseif";
         }
         if (last)
-            chosen.Offer(true, last->m_text, last->m_indent);
+            chosen.Offer(/*condition=*/true, last->m_text, last->m_indent);
         expander.ExpandChosen(chosen.m_text, chosen.m_indent);
     };
 }
 
 void MacroExpander::ExpandChosen(const LevelText& block, ssize_t indent)
 {
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     if (!block.m_text.empty())
         ExpandBlock(block, indent, GetOutputPos());
 }
@@ -130,7 +130,8 @@ bool MacroExpander::TakeDirectiveWord(const char* word)
 
 bool MacroExpander::ParseBoolExpressionInBrackets(SubString directiveName)
 {
-    return EvaluateCondition(CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN), directiveName);
+    return EvaluateCondition(CutSection(/*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN),
+                             directiveName);
 }
 
 /// Expands a condition and evaluates it; for @while too.

@@ -106,7 +106,7 @@ void MacroExpander::ReadMacroVariableDefn(SubString name, LSMacroVariable* macro
         ThrowAtToken({"= or ( expected for definition of macro ", name, " when read "}, token);
     ssize_t indent = 0;
     const LevelText body = CutBlock(indent);
-    macroVar->SetSubstitutionString(body.m_text, false, indent);
+    macroVar->SetSubstitutionString(body.m_text, /*copy=*/false, indent);
     KeepScanned(*macroVar, body);
 }
 

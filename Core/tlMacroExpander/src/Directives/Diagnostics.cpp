@@ -32,8 +32,8 @@ EToken ClosingBracket(EToken open)
 
 void MacroExpander::ProcessPrintDirective(bool newline)
 {
-    const LevelText section = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    AdvanceWritePos(m_str.begin(), false);
+    const LevelText section = CutSection(/*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     xstring text;
     ExpandToString(section, 0, text);
     ExpansionRun* const run = ExpansionRun::Current();
@@ -49,7 +49,7 @@ void MacroExpander::ProcessPrintDirective(bool newline)
 void MacroExpander::ProcessAssertDirective()
 {
     const char* const pos = m_str.begin();
-    const LevelText section = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText section = CutSection(/*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     xstring text;
     bool holds = false;
     try
@@ -77,7 +77,7 @@ void MacroExpander::ProcessAssertFailsDirective()
     const EToken close = ClosingBracket(open.m_type);
     if (close == TOKEN_UNDEF)
         ThrowAtToken({"( expected after @assertfails when read "}, open);
-    const LevelText section = CutSection(false, open.m_type, close);
+    const LevelText section = CutSection(/*readOpen=*/false, open.m_type, close);
     if (!FailsToExpand(section))
         ThrowAt(pos, {"Macro expansion of ", section.m_text, " didn't generate an error"});
     ScanOverWhiteSpaceAfterDirective();
@@ -107,7 +107,8 @@ bool MacroExpander::FailsToExpand(const LevelText& text)
 void MacroExpander::ProcessFailDirective()
 {
     const char* const pos = m_str.begin();
-    throw LexScannerException(ParseStringExpressionInBrackets("@fail", true), pos);
+    throw LexScannerException(ParseStringExpressionInBrackets("@fail", /*readOpenBracket=*/true),
+                              pos);
 }
 
 } // namespace telv

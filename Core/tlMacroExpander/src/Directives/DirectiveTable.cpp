@@ -38,7 +38,7 @@ void ProcessDollar(Expander& e, const LSToken&)
 {
     if (e.m_importHandler == nullptr)
         return;
-    e.AdvanceWritePos(e.m_startDirectivePos, true);
+    e.AdvanceWritePos(e.m_startDirectivePos, /*write=*/true);
     e.ProcessDollarDefDirective();
 }
 

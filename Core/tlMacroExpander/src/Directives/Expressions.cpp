@@ -30,16 +30,16 @@ xstring ParseWrittenForm(ExpressionParser& parser, ELSVariable type)
     switch (type)
     {
     case LSV_BOOL:
-        return parser.ParseBool(false) ? "true" : "false";
+        return parser.ParseBool(/*allowDataLoss=*/false) ? "true" : "false";
     case LSV_INT:
-        return ToString(parser.ParseInt32(false));
+        return ToString(parser.ParseInt32(/*allowDataLoss=*/false));
     case LSV_DOUBLE:
-        return ToString(parser.ParseFloat64(false));
+        return ToString(parser.ParseFloat64(/*allowDataLoss=*/false));
     case LSV_CHAR:
-        MakeSingleQuotedLiteralChar(parser.ParseChar(false), value);
+        MakeSingleQuotedLiteralChar(parser.ParseChar(/*allowDataLoss=*/false), value);
         return value;
     case LSV_STRING:
-        return parser.ParseString(false);
+        return parser.ParseString(/*allowDataLoss=*/false);
     default:
         TELV_ASSERT(0);
     }
@@ -274,7 +274,7 @@ xstring MacroExpander::ParseStringExpressionInBrackets(SubString directiveName,
 
 void MacroExpander::ProcessRndBracketDirective()
 {
-    WriteExpression(CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
+    WriteExpression(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
 }
 
 PlannedAction MacroExpander::PlanRndBracket(PlanReader& reader)
@@ -285,7 +285,7 @@ PlannedAction MacroExpander::PlanRndBracket(PlanReader& reader)
 
 void MacroExpander::WriteExpression(const LevelText& section)
 {
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     if (WriteValueDirectly(section))
         return;
     xstring text;
@@ -320,7 +320,7 @@ void MacroExpander::WriteExpression(const LevelText& section)
 
 void MacroExpander::ProcessSqrBracketDirective()
 {
-    ExpandTwice(CutSection(false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE));
+    ExpandTwice(CutSection(/*readOpen=*/false, TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE));
 }
 
 PlannedAction MacroExpander::PlanSqrBracket(PlanReader& reader)
@@ -331,12 +331,10 @@ PlannedAction MacroExpander::PlanSqrBracket(PlanReader& reader)
 
 void MacroExpander::ExpandTwice(const LevelText& section)
 {
-    AdvanceWritePos(m_str.begin(), false);
-    xstring first;
-    ExpandToString(section, 0, first);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
+    const TextScope text(MakeText(section));
     if (Warns(WARN_UNKNOWN_NAME))
-        WatchComputedName(*this, first);
-    const TextScope text(first, DirectiveRange());
+        WatchComputedName(*this, text.Text());
     try
     {
         xstring second;

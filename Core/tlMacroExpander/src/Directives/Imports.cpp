@@ -16,7 +16,7 @@ xstring MacroExpander::ReadPathOperand(const LSToken& token, SubString word)
 {
     xstring path;
     if (token.m_type == TOKEN_LEFT_PAREN)
-        path = ParseStringExpressionInBrackets(xstring("@") + word, false);
+        path = ParseStringExpressionInBrackets(xstring("@") + word, /*readOpenBracket=*/false);
     else if (token.m_type == TOKEN_DOUBLE_QUOTED_STRING)
         token.GetLiteralString(path);
     else
@@ -31,7 +31,7 @@ void MacroExpander::ProcessImportDirective()
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
         // What reads the output sees the path that was imported. A literal stays as it stands.
-        AdvanceWritePos(m_str.begin(), false);
+        AdvanceWritePos(m_str.begin(), /*write=*/false);
         WriteCalculatedSubString(xstring("@import \"") + path + "\"");
     }
     TELV_ASSERT(m_importHandler);
@@ -73,7 +73,7 @@ void MacroExpander::ProcessImportPathDirective()
 {
     const LSToken token = NextToken();
     const xstring path = ReadPathOperand(token, "importpath");
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     TELV_ASSERT(m_importHandler);
     const char* const pos = token.m_str.begin();
     if (!m_importHandler->HandleImportPath(path, pos))
@@ -95,7 +95,7 @@ void MacroExpander::ProcessRelativePathDirective()
     if (close.m_type != TOKEN_RIGHT_PAREN)
         ThrowAtToken({") expected  in @relativepath directive when read "}, close);
     xstring to = EvaluateText(second, "@relativepath");
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
 
     NormalisePath(from);
     NormalisePath(to);

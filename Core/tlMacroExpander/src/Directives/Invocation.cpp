@@ -134,7 +134,7 @@ void MacroExpander::InvokeVariable(LSVariable* var)
     CountStep();
     if (var->GetType() != LSV_MACRO)
     {
-        AdvanceWritePos(m_str.begin(), false);
+        AdvanceWritePos(m_str.begin(), /*write=*/false);
         WriteValueOf(*var);
         return;
     }
@@ -218,7 +218,7 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
     {
         if (macroVar.m_isPython)
             CheckPythonAllowed(m_startDirectivePos);
-        AdvanceWritePos(m_str.begin(), false);
+        AdvanceWritePos(m_str.begin(), /*write=*/false);
     }
     const LevelText body = BodyOf(macroVar);
     if (isPlainText && WriteInertText(body, *context, macroVar.m_indentation))
@@ -273,7 +273,7 @@ void MacroExpander::InvokeObserved(ExpansionObserver& observer, LSVariable& var)
     ReadActualArgs(macroVar, args);
     if (macroVar.m_isPython)
         CheckPythonAllowed(m_startDirectivePos);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     frame.emplace(&context);
     return BindArgs(macroVar, args, macroVar.m_naked ? *m_vf : *frame);
 }
@@ -325,7 +325,7 @@ LSVariable* MacroExpander::MakeNamedArg(const LSMacroVariable& macroVar, const L
     auto bound = MakeMacroVariable(LSV_MACRO, formal.m_name, m_vf, BodyOwner(macroVar),
                                    ExpansionLevel::CurrentOwner());
     bound->m_isFnArg = formal.m_isFnArg;
-    bound->SetSubstitutionString(arg.m_text, false, 0);
+    bound->SetSubstitutionString(arg.m_text, /*copy=*/false, 0);
     KeepScanned(*bound, arg);
     return bound.release();
 }
@@ -403,15 +403,14 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
     const LSToken open = NextToken();
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowNoArgumentList(*macroVar, open);
-    const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    AdvanceWritePos(m_str.begin(), false);
+    const LevelText section = CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     std::optional<InvocationSpan<true>> span;
     if (RunState::CurrentObserver() != nullptr) [[unlikely]]
         span.emplace(*this, *macroVar, nullptr);
     try
     {
-        xstring call = ComposeCall(*macroVar, section);
-        const TextScope text(call, DirectiveRange());
+        const TextScope text(ComposeCall(*macroVar, section));
         const LevelText whole{text.Text(), text.Owner()};
         VarFrame* const context = macroVar->m_context != nullptr ? macroVar->m_context : m_vf;
         if (macroVar->m_returnType == LSV_MACRO)
@@ -432,15 +431,27 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
 }
 
 /// The call that a function argument stands for: its text with the arguments, expanded here.
-xstring MacroExpander::ComposeCall(const LSMacroVariable& macroVar, const LevelText& section)
+std::shared_ptr<TemporaryText> MacroExpander::ComposeCall(const LSMacroVariable& macroVar,
+                                                          const LevelText& section)
 {
+    const SubString name = macroVar.GetSubstitutionString();
+    const bool notesCopies = NotesCopies();
+    OutputPieces pieces;
+    if (notesCopies && !name.empty())
+        pieces.m_pieces.push_back({name, 0});
     xstring args;
-    ExpandIntoString(*m_vf, section, 0, args);
-    xstring call(macroVar.GetSubstitutionString());
+    OutputPieces argPieces;
+    ExpandIntoString(*m_vf, section, 0, args, notesCopies ? &argPieces : nullptr);
+    xstring call(name);
     call += '(';
     call += args;
     call += ')';
-    return call;
+    if (!notesCopies)
+        return MakeHeldShared<TemporaryText>(call, DirectiveRange());
+    pieces.m_pieces.push_back({DirectiveRange(), 1}); // the bracket
+    for (const OutputPiece& piece : argPieces)
+        pieces.m_pieces.push_back(piece);
+    return MakeHeldShared<TemporaryText>(call, DirectiveRange(), &pieces);
 }
 
 } // namespace telv

@@ -103,10 +103,8 @@ void MacroExpander::ProcessForDirective()
     ForHead head;
     ReadForHead(head, [this] { return NextToken(); });
     head.m_listPos = m_str.begin();
-    const LevelText section = CutSection(false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    xstring listString;
-    ExpandToString(section, 0, listString);
-    const TextScope list(listString, DirectiveRange());
+    const TextScope list(
+        MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN)));
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
     LoopFor(head, list, block, indent, nullptr);
@@ -140,7 +138,7 @@ PlannedAction MacroExpander::PlanFor(PlanReader& reader)
 void MacroExpander::LoopFor(const ForHead& head, const TextScope& list, const LevelText& block,
                             ssize_t indent, std::shared_ptr<KnownList>* known)
 {
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     ForLoop loop(*this, head, list, block, indent);
     if (known == nullptr || list.Text().size() > KnownList::s_longest)
         return loop.Run();
@@ -202,7 +200,7 @@ LevelText MacroExpander::ScanLoopBlock(ssize_t& indent, const char* context)
 
 void MacroExpander::ForLoop::Run()
 {
-    const LSToken open = LsScanToken(m_rest, false);
+    const LSToken open = LsScanToken(m_rest, /*returnComments=*/false);
     if (open.m_type != TOKEN_LEFT_SQUARE)
         ThrowAt(m_head.m_listPos, {"[ expected when read read ", TokenText(open)});
     for (;;)
@@ -305,7 +303,7 @@ void MacroExpander::ForLoop::ExpandObservedRound(VarFrame& frame, SubString elem
 void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) const
 {
     const SubString whole(element);
-    const LSToken open = LsScanToken(element, false);
+    const LSToken open = LsScanToken(element, /*returnComments=*/false);
     if (open.m_type != TOKEN_LEFT_PAREN)
         HintAtElement(whole, m_head.m_names.size());
     if (open.m_type != TOKEN_LEFT_PAREN)
@@ -335,7 +333,7 @@ void MacroExpander::ForLoop::Bind(VarFrame& frame, ssize_t name, const LevelText
 
 void MacroExpander::ProcessWhileDirective()
 {
-    const LevelText condition = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    const LevelText condition = CutSection(/*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @while directive");
     LoopWhile(condition, block, indent);
@@ -353,7 +351,7 @@ void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block
 {
     RepeatedText conditions(condition, /*isExpression=*/true);
     RepeatedText rounds(block);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     const ssize_t outputPos = GetOutputPos();
     const bool isObserved = RunState::CurrentObserver() != nullptr;
     for (ssize_t round = 1; EvaluateCondition(conditions.Next(), "@while"); ++round)

@@ -57,7 +57,7 @@ void MacroExpander::ProcessObservedToken(const LSToken& token)
     LSVariable* const var = token.m_type == TOKEN_IDENTIFIER ? FindVariable(token.m_str) : nullptr;
     if (var == nullptr)
         return ProcessToken(token);
-    AdvanceWritePos(token.m_str.begin(), true);
+    AdvanceWritePos(token.m_str.begin(), /*write=*/true);
     InvokeObserved(observer, *var);
 }
 
@@ -70,7 +70,7 @@ void MacroExpander::ProcessObservedDirective(ExpansionObserver& observer)
     if (directive == nullptr || isText)
         return ProcessDirective();
     if (directive->m_flush)
-        AdvanceWritePos(m_startDirectivePos, true);
+        AdvanceWritePos(m_startDirectivePos, /*write=*/true);
     observer.DirectiveBegins({SubString(m_startDirectivePos, token.m_str.end()), token.m_str});
     const ObservedSpan span(observer, &ExpansionObserver::DirectiveEnds);
     ProcessDirective();

@@ -39,7 +39,7 @@ bool IsInert(ScannedText& scanned, uint32 first, const char* end, NameTable& nam
 
 } // namespace
 
-void MacroExpander::ExpandScanned(ExpansionLevel& level)
+void MacroExpander::ExpandScanned(ExpansionLevel& level) // NOLINT(readability-function-size)
 {
     ScannedText& scanned = *level.Scanned();
     NameTable& names = FrameTree::Names(*m_vf);
@@ -100,7 +100,7 @@ void MacroExpander::ExpandScanned(ExpansionLevel& level)
         }
     }
     m_str.m_p1 = m_str.m_p2;
-    AdvanceWritePos(m_str.begin(), true);
+    AdvanceWritePos(m_str.begin(), /*write=*/true);
 }
 
 /// Writes what the name that has been read comes to, if that can be said at once; false, with
@@ -129,7 +129,7 @@ void MacroExpander::EndLine(const char* start)
     Flush(start);
     SubString rest(start, m_str.end());
     ScanIndentation(rest, m_srcIndent, s_tabWidth);
-    AdvanceWritePos(rest.begin(), false);
+    AdvanceWritePos(rest.begin(), /*write=*/false);
 }
 
 /// Does what a directive, a comment or a string asks for. `resumed`: where the text was taken up
@@ -144,7 +144,7 @@ void MacroExpander::ExpandItem(ExpansionLevel& level, ScanItem& item, const char
         return ProcessQuotedString(LSToken(TOKEN_DOUBLE_QUOTED_STRING, DirectiveRange()));
     const char* const pending = StartOfBlanks(resumed, m_startDirectivePos);
     if (pending > m_writePos)
-        AdvanceWritePos(pending, true);
+        AdvanceWritePos(pending, /*write=*/true);
     if (item.m_kind == ITEM_COMMENT)
         ScanOverWhiteSpaceAfterDirective();
     else
@@ -190,7 +190,7 @@ std::unique_ptr<Plan> MakePlan(ScannedText& scanned, SubString rest)
         {
             plan->m_keepsBlanks = true;
             plan->m_action = [](MacroExpander& expander)
-            { expander.AdvanceWritePos(expander.m_str.begin(), false); };
+            { expander.AdvanceWritePos(expander.m_str.begin(), /*write=*/false); };
         }
         else if (directive != nullptr && directive->m_plan != nullptr)
         {

@@ -57,7 +57,7 @@ template PlannedAction MacroExpander::PlanStr<true, SLM_WIDE>(PlanReader& reader
 void MacroExpander::WriteStr(const LevelText& text, ssize_t indent, bool splitLines,
                              EStrLiteralMode mode)
 {
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     xstring expanded;
     ExpandToString(text, indent, expanded);
     const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
@@ -102,8 +102,8 @@ void MacroExpander::WriteLiteral(SubString text, bool splitLines, EStrLiteralMod
 
 void MacroExpander::ProcessUnstrDirective()
 {
-    const LevelText section = CutSection(true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    AdvanceWritePos(m_str.begin(), false);
+    const LevelText section = CutSection(/*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
     xstring text;
     try
     {
@@ -131,7 +131,7 @@ void MacroExpander::ProcessDollarDefDirective()
     const LSToken token = NextToken();
     xstring value;
     if (token.m_type == TOKEN_LEFT_PAREN)
-        value = ParseStringExpressionInBrackets("@$", false);
+        value = ParseStringExpressionInBrackets("@$", /*readOpenBracket=*/false);
     else if (token.m_type == TOKEN_DOUBLE_QUOTED_STRING)
         token.GetLiteralString(value);
     else
@@ -142,7 +142,7 @@ void MacroExpander::ProcessDollarDefDirective()
     m_vf->m_fileScopeFrame->InsertDollarMacro(name.m_str, value);
     if (RunState::CurrentObserver() != nullptr) [[unlikely]]
         TellDefined(ObservedDefinition::DEFINED_DOLLAR, name.m_str, value, nullptr);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
 }
 
 } // namespace telv

@@ -60,7 +60,7 @@ TELV_WRAPS bool CombineInts(EToken op, DirectValue& x, int64 y)
         x.m_int64 = static_cast<int64>(a << (b & 63));
         return true;
     case TOKEN_DBL_GREATER:
-        x.m_int64 >>= b & 63;
+        x.m_int64 = x.m_int64 >> (b & 63);
         return true;
     case TOKEN_AMPERSAND:
         x.m_int64 &= y;
@@ -150,7 +150,7 @@ bool IsEquality(EToken op)
 bool CharOf(const DirectValue& value, int& c)
 {
     if (value.m_type == LITERAL_CHAR)
-        c = value.m_char;
+        c = value.m_char; // NOLINT(bugprone-signed-char-misuse): it has a sign
     else if (value.m_type == LITERAL_INT64 &&
              value.m_int64 == static_cast<signed char>(value.m_int64))
         c = static_cast<int>(value.m_int64);

@@ -28,7 +28,7 @@ bool ParseBoolInBracket(SubString text)
 {
     ExpressionParser parser;
     InitInBracket(parser, text);
-    const bool value = parser.ParseBool(false);
+    const bool value = parser.ParseBool(/*allowDataLoss=*/false);
     ExpectEnd(parser, " when read ");
     return value;
 }

@@ -120,7 +120,7 @@ public:
     }
 
 private:
-    static constexpr ssize_t s_small = 1024 * 1024;
+    static constexpr ssize_t s_small = ssize_t{1024} * 1024;
 
     ssize_t m_given;
     HeldSet<const xstring*> m_known; ///< Values that have been put in.
@@ -264,7 +264,7 @@ bool SubstituteDollarMacros(const FileScopeVarFrame& frame, xstring& s)
             return pass > 0;
         }
         progress.EndPass(current.size(), os.size());
-        os.GetString(text, true);
+        os.GetString(text, /*all=*/true);
         current = text;
     }
 }

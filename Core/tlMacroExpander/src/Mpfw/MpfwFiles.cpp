@@ -4,7 +4,8 @@
 // Files that are being expanded are nested, and a file enters the list when its turn begins; so the
 // files in progress, in the order of the list, are the chain of imports. A file in progress is
 // marked in its map, which is replaced at the end: by a single empty piece, which no finished map
-// holds.
+// holds. The class has no room for a field of its own (applications derive from it), and a list in
+// the parser would have to be found by the files that an application makes and adds itself.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/Mpfw/MpfwParser"
 
 #include "tlMacroExpander/ExpansionRun.h"

@@ -59,7 +59,9 @@ private:
 
 /// The files that have been parsed since the outermost call of ProcessImportedFile for one parser.
 /// Without it, files that import the next one twice would take exponential time. Lives in that
-/// call; parsers that call each other each have their own.
+/// call; parsers that call each other each have their own. It is found through the thread because
+/// the way from one file to the next leads through virtual operations of applications, whose
+/// signatures have no place for it, and because a parser has no room for a field.
 class MpfwParser::ImportTree
 {
 public:

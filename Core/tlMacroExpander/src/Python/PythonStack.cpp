@@ -23,7 +23,7 @@ constexpr size_t s_sizes[] = {32'768 * s_mebi, 1024 * s_mebi, 256 * s_mebi, 64 *
 // that import the next one 1,001. `with a,a,...` takes most for a byte of code, 165 bytes. What is
 // bounded by counters of its own (marshal, the parser's nesting) takes less than 2 MiB. A library
 // that was built without optimisation takes some times as much.
-constexpr ssize_t s_perLevel = 8 * 1024;
+constexpr ssize_t s_perLevel = ssize_t{8} * 1024;
 constexpr ssize_t s_perByteOfCode = 512;
 constexpr ssize_t s_forAllElse = ssize_t(4) << 20;
 

@@ -63,7 +63,7 @@ private:
     void Record(const char* behindOpen, EToken close, const MatchingBracket& found);
 
     SubString m_text;
-    HeldVector<Entry> m_table; ///< Open addressing; its size is 0 or a power of two.
+    HeldVector<Entry> m_table; ///< Open addressing, for little memory; 0 or a power of two slots.
     ssize_t m_count = 0;
     const char* m_furthest = nullptr; ///< Behind the last bracket in the text that is recorded.
     HeldVector<const char*> m_open;   ///< Of the scan in progress: behind each open nested bracket.

@@ -4,7 +4,7 @@
 // They may be defined in text which exists only while expanding, and be placed in a frame that
 // outlives that text, so they share its ownership: the text lives exactly as long as somebody views
 // it, at the same address. Macros besides keep what is known of their bodies. Most macros need
-// neither, so what they need is apart.
+// neither, so what they need is apart. There are two, as their public bases are two.
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
