@@ -72,15 +72,24 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
     return owning;
 }
 
-std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
-                                                  TemporaryText* bodyOwner, const LevelText& value)
+std::unique_ptr<OwningMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
+                                                      TemporaryText* bodyOwner,
+                                                      const LevelText& value)
 {
     auto owning =
         MakeFor<OwningMacroVariable>(context, LSV_MACRO, name, context, false, false, false);
     owning->m_owner = bodyOwner;
-    owning->SetSubstitutionString(value.m_text, false, 0);
-    KeepScanned(*owning, value);
+    SetLoopVariable(*owning, value);
     return owning;
+}
+
+void SetLoopVariable(OwningMacroVariable& var, const LevelText& value)
+{
+    var.SetSubstitutionString(value.m_text, /*copy=*/false, 0);
+    if (var.m_scanned.Get() != value.m_scanned)
+        var.m_scanned = CountedRef<ScannedText>(value.m_scanned);
+    var.m_first = value.m_scanned == nullptr ? 0 : value.m_first;
+    var.m_uses = 0;
 }
 
 std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString name,

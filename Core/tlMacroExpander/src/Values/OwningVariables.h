@@ -77,8 +77,11 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
 
 /// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the
 /// text of the name alive, and `bodyOwner`, if there is one.
-std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
-                                                  TemporaryText* bodyOwner, const LevelText& value);
+std::unique_ptr<OwningMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
+                                                      TemporaryText* bodyOwner,
+                                                      const LevelText& value);
+/// Makes it what a later round binds.
+void SetLoopVariable(OwningMacroVariable& var, const LevelText& value);
 
 /// A value that shares the text of its name; `nameOwner` may be null. With `frame`, it goes to a
 /// frame of that tree and takes its memory from there.
