@@ -9,7 +9,7 @@
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
-#include "tlMacroExpander/src/Frames/NameFetcher.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/MemoryLimit.h"
@@ -18,6 +18,7 @@
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
+#include <limits>
 
 namespace telv
 {
@@ -172,14 +173,14 @@ template void MacroExpander::ExpandTokenByToken</*isObserved=*/true>();
 void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 {
     NameTable& names = FrameTree::Names(*m_vf);
-    NameFetcher fetcher(names);
+    ssize_t unseen = std::numeric_limits<ssize_t>::max();
     LSVariable* var = nullptr; // of the name at which a stretch ended
     const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name, var); };
     for (;;)
     {
         const char* const resumed = m_str.begin();
         var = nullptr;
-        fetcher.Advance(m_str);
+        names.LookAhead(m_str, unseen);
         m_str.m_p1 = SkipPlainStretch(m_str, names.BindsAny(), mayMatter);
         if (m_str.empty())
             break;

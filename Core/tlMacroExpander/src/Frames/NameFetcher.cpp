@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Each name passes four stages, some names apart: its slot, its entry, its variable, the body.
 #include "tlMacroExpander/src/Frames/NameFetcher.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
 
@@ -16,9 +17,11 @@ constexpr size_t s_lines = 3;
 
 } // namespace
 
-void NameFetcher::LookAhead(SubString rest)
+void NameFetcher::LookAhead(SubString rest, ssize_t& unseen)
 {
-    const char* p = rest.end() - std::min(m_unseen, rest.size());
+    if (unseen == 0 || rest.size() - unseen >= s_least)
+        return;
+    const char* p = rest.end() - std::min(unseen, rest.size());
     const char* const end = rest.begin() + std::min(rest.size(), s_most);
     while (p < end)
     {
@@ -33,7 +36,7 @@ void NameFetcher::LookAhead(SubString rest)
         if (m_names.MayBeBound(name))
             Fetch(name);
     }
-    m_unseen = rest.end() - p;
+    unseen = rest.end() - p;
 }
 
 void NameFetcher::Fetch(SubString name)

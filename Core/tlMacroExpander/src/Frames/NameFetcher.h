@@ -6,31 +6,31 @@
 // waiting. It changes nothing; what it reads may be of another name by the time it is used.
 #pragma once
 
-#include "tlMacroExpander/src/Frames/NameTable.h"
-#include <limits>
+#include "tlMacroExpander/LSVariable.h"
+#include "tlUtils/HeldContainers.h"
 
 namespace telv
 {
 
-/// For one text that is expanded with the names of one table.
-class NameFetcher
+class NameEntry;
+class NameTable;
+
+/// Belongs to a table, whatever texts are expanded with its names.
+class NameFetcher : public HeldObject
 {
 public:
     explicit NameFetcher(const NameTable& names) : m_names(names) {}
 
-    /// The expansion has come to the begin of `rest`, a token of the text.
-    void Advance(SubString rest)
-    {
-        if (m_names.IsLarge() && m_unseen > 0 && rest.size() - m_unseen < s_least) [[unlikely]]
-            LookAhead(rest);
-    }
+    /// Looks at what comes behind the begin of `rest`, a token of a text. All but the last `unseen`
+    /// characters of the text have been looked at.
+    void LookAhead(SubString rest, ssize_t& unseen);
 
 private:
     struct Stage
     {
         uint64 m_hash;
         const NameEntry* m_entry;
-        const LSVariable* m_var; ///< Of the root: lives as long as the text is expanded.
+        const LSVariable* m_var; ///< Of the root: lives as long as the table.
     };
 
     static constexpr ssize_t s_least = 96; ///< So far ahead it stays,
@@ -38,15 +38,13 @@ private:
     static constexpr size_t s_stages = 16;
     static constexpr size_t s_wait = 4; ///< Names between two stages.
 
-    TLEXPANDER_API void LookAhead(SubString rest);
     void Fetch(SubString name);
     static void FetchVariable(Stage& stage);
     static void FetchBody(const Stage& stage);
 
     const NameTable& m_names;
-    ssize_t m_unseen = std::numeric_limits<ssize_t>::max(); ///< At the end of the text.
-    size_t m_count = 0;                                     ///< Of the names that were seen.
-    Stage m_stages[s_stages];                               ///< Of the last of them.
+    size_t m_count = 0;       ///< Of the names that were seen.
+    Stage m_stages[s_stages]; ///< Of the last of them.
 };
 
 } // namespace telv

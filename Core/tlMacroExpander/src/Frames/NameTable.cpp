@@ -300,6 +300,13 @@ DollarIndex& NameTable::DollarMacros()
     return *m_dollarMacros;
 }
 
+NameFetcher& NameTable::Fetcher()
+{
+    if (m_fetcher == nullptr)
+        m_fetcher = std::make_unique<NameFetcher>(*this);
+    return *m_fetcher;
+}
+
 void NameTable::CountChange()
 {
     m_isWatched = false;

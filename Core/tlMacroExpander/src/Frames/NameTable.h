@@ -18,6 +18,7 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
+#include "tlMacroExpander/src/Frames/NameFetcher.h"
 #include "tlMacroExpander/src/Frames/Pool.h"
 #include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlUtils/HeldContainers.h"
@@ -120,6 +121,13 @@ public:
 
     /// Whether looking up a name mostly means waiting for memory.
     bool IsLarge() const { return m_slots.size() >= s_large; }
+    /// Where the table is large, asks for what looking up the names behind the begin of `rest` will
+    /// need. `unseen` is the caller's for one text, at first more than its length.
+    void LookAhead(SubString rest, ssize_t& unseen)
+    {
+        if (IsLarge()) [[unlikely]]
+            Fetcher().LookAhead(rest, unseen);
+    }
     /// Asks for what a look-up reads first, without waiting for it.
     void FetchSlot(uint64 hash) const
     {
@@ -292,6 +300,7 @@ private:
     static uint32 TagOf(uint64 hash) { return static_cast<uint32>(hash >> (64 - s_bitsOfTag)); }
     bool HasRoom(size_t n) const { return (m_size + n) * 2 <= m_slots.size(); }
 
+    NameFetcher& Fetcher();
     void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
     NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
@@ -318,6 +327,7 @@ private:
     HeldNames* m_held = nullptr; ///< Who holds entries.
 
     BlockPool m_variableMemory;
+    std::unique_ptr<NameFetcher> m_fetcher; ///< Made when it is needed.
 };
 
 } // namespace telv
