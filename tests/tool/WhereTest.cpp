@@ -165,6 +165,14 @@ TEST_F(WhereTest, ABadMapIsRefused)
         {"{\"version\":1,\"sources\":[\"a\"],\"size\":1,\"pieces\":[{\"kind\":\"source\",\"out\":0,"
          "\"size\":1,\"source\":0,\"in\":0,\"inSize\":1,\"chain\":0}]}",
          "a chain that is not in the list"},
+        {"{\"version\":1,\"sources\":[\"a\"],\"size\":2,\"pieces\":[{\"kind\":\"source\",\"out\":0,"
+         "\"size\":2,\"source\":null,\"in\":null,\"inSize\":2,\"copied\":{\"source\":0,\"in\":0,"
+         "\"inSize\":1}}]}",
+         "the copied piece at 0 has another size than its source"},
+        {"{\"version\":1,\"sources\":[\"a\"],\"size\":1,\"pieces\":[{\"kind\":\"source\",\"out\":0,"
+         "\"size\":1,\"source\":null,\"in\":null,\"inSize\":1,\"copied\":{\"source\":1,\"in\":0,"
+         "\"inSize\":1}}]}",
+         "a source that is not in the list"},
         {"{\"version\":1,\"sources\":[\"a\"],\"size\":0,\"chains\":[{\"kind\":\"macro\",\"name\":"
          "\"m\",\"source\":0,\"in\":0,\"inSize\":1,\"parent\":0}],\"pieces\":[]}",
          "a chain has a parent that does not come before it"},
