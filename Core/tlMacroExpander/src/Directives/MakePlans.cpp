@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Reading ahead what a directive or a call of a scanned text asks for, the first time that it is met.
+// Reading ahead what a directive or a call of a scanned text asks for, the first time that it is
+// met.
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/FastPaths.h"

@@ -30,16 +30,17 @@ private:
     {
         uint64 m_hash;
         const NameEntry* m_entry;
-        const LSVariable* m_var; ///< Of the root: lives as long as the table.
+        const LSVariable* m_var; ///< Of the root or an import: lives as long as the table.
     };
 
     static constexpr ssize_t s_least = 96; ///< So far ahead it stays,
     static constexpr ssize_t s_most = 192; ///< or goes, in characters.
     static constexpr size_t s_stages = 16;
-    static constexpr size_t s_wait = 4; ///< Names between two stages.
+    static constexpr size_t s_wait = 3; ///< Names between two stages.
 
     void Fetch(SubString name);
-    static void FetchVariable(Stage& stage);
+    static void FetchBinding(Stage& stage);
+    static void FetchImported(Stage& stage);
     static void FetchBody(const Stage& stage);
 
     const NameTable& m_names;
