@@ -69,6 +69,7 @@ find_missing() {
             need_command lintian lintian
             need_command dpkg-shlibdeps dpkg-dev
             need_command fakeroot fakeroot
+            [ "${TELV_DEBOOTSTRAP-}" != 1 ] || need_command debootstrap debootstrap
             ;;
         format) need_command clang-format-14 clang-format-14 ;;
         tidy)

@@ -124,10 +124,13 @@ def run_rows(rows, way, build):
             done = subprocess.run(["bash", "-c", row[way]], cwd=copy, env=environment, text=True,
                                   stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                   stderr=subprocess.STDOUT, errors="replace", check=False)
+            found = [f"changes {name}" for name in changes(copy)
+                     if not any(fnmatch.fnmatch(name, pattern) for pattern in row.get("changes", []))]
             if done.returncode != 0:
-                faults.append(f"{row[way]}: exit status {done.returncode}\n{done.stdout[-3000:]}")
-            faults += [f"{row[way]}: changes {name}" for name in changes(copy)
-                       if not any(fnmatch.fnmatch(name, pattern) for pattern in row.get("changes", []))]
+                found.append(f"exit status {done.returncode}\n{done.stdout[-3000:]}")
+            for fault in found:
+                print(fault, flush=True)  # at once: what follows may take an hour
+            faults += [f"{row[way]}: {fault}" for fault in found]
     return faults
 
 

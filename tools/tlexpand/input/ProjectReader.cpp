@@ -169,7 +169,7 @@ void ProjectReader::ReadStatements(ProjectFile& file)
 void ProjectReader::ReadDollarStatement()
 {
     SubString rest = m_str;
-    const SubString name = LsScanToken(rest, false).m_str;
+    const SubString name = LsScanToken(rest, /*returnComments=*/false).m_str;
     const bool isSetting = Holds(m_options.m_settings, name);
     xstring value;
     if (isSetting || Holds(m_options.m_pathSettings, name))

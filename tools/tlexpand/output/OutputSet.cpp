@@ -47,9 +47,10 @@ bool OutputSet::Holds(const FileIdentity& identity) const
 
 void OutputSet::SetContent(OutputFile& file, Content content)
 {
-    for (Output& output : m_outputs)
-        if (&output.m_file == &file)
-            output.m_content = std::move(content);
+    const auto output =
+        std::ranges::find_if(m_outputs, [&](const Output& one) { return &one.m_file == &file; });
+    if (output != m_outputs.end())
+        output->m_content = std::move(content);
 }
 
 void OutputSet::WriteAllOf(bool direct)

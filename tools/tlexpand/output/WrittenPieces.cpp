@@ -163,6 +163,7 @@ ssize_t WrittenSize(const WrittenOutput& output)
 std::vector<TextEdit> MakeRemovals(const std::vector<OutputRange>& ranges)
 {
     std::vector<TextEdit> edits;
+    edits.reserve(ranges.size());
     for (const OutputRange& range : ranges)
         edits.push_back({range.m_begin, range.m_end, "", SourceRange()});
     return edits;

@@ -229,7 +229,7 @@ void SarifRemapper::RemapResult(Json& result)
         {
             related["physicalLocation"] = {{"artifactLocation", Json::object()},
                                            {"region", Json::object()}};
-            Place(related["physicalLocation"], note.m_place, false);
+            Place(related["physicalLocation"], note.m_place, /*isAbsolute=*/false);
         }
         result["relatedLocations"].push_back(related);
     }
@@ -238,7 +238,7 @@ void SarifRemapper::RemapResult(Json& result)
 /// The name itself, or that of the artifact that an index means.
 std::string SarifRemapper::UriOf(const Json& artifact) const
 {
-    const std::string uri = TextIn(artifact, "uri");
+    std::string uri = TextIn(artifact, "uri");
     const auto index = NumberIn(artifact, "index");
     if (!uri.empty() || !index || !m_run->contains("artifacts"))
         return uri;

@@ -88,7 +88,7 @@ void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
         const std::string separator =
             place.m_form == EPlaceForm::Brackets ? Separator(line, place.m_end) : ": ";
         if (place.m_form == EPlaceForm::Python)
-            m_before = line.substr(0, place.m_begin) + at + ", " + note.m_text + "\n" + m_before;
+            m_before.insert(0, line.substr(0, place.m_begin) + at + ", " + note.m_text + "\n");
         else
             m_notes += at + separator + "note" + separator + note.m_text + "\n";
     }
