@@ -69,6 +69,15 @@ TEST_F(ExplainTest, ThePageHasTextsPiecesAndChains)
     EXPECT_EQ(chain, "in expansion of macro 'pair'; in round 2 of the loop; ");
 }
 
+TEST_F(ExplainTest, ValuesInOtherWordsLightUpWhereTheyBegin)
+{
+    Write("rows.csv", "a\n\"x \"\"y\"\"\"\n");
+    Write("main.tl", "@for(a in rows){a}");
+    const Json data = PageData({"--list", "rows=rows.csv", "main.tl"});
+    EXPECT_EQ(data["output"]["text"], "x \"y\"");
+    EXPECT_EQ(Pieces(data), "copied rows.csv:3+1; made rows.csv:4+1; ");
+}
+
 TEST_F(ExplainTest, AMapGivesTheSamePage)
 {
     Expand({"-o", "out", "--map", "map", "--chains", "main.tl"});
