@@ -67,10 +67,11 @@ private:
         const size_t n = SizeOfChunk(m_chunks.size());
         m_chunks.reserve(m_chunks.size() + 1);
         m_chunks.push_back(MakeHeldArray<Cell>(n));
-        for (size_t i = n; i-- > 0;)
+        for (Cell* cell = m_chunks.back().get() + n; cell != m_chunks.back().get();)
         {
-            m_chunks.back()[i].m_next = m_free;
-            m_free = &m_chunks.back()[i];
+            --cell;
+            cell->m_next = m_free;
+            m_free = cell;
         }
     }
 

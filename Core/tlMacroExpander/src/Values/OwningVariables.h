@@ -28,7 +28,7 @@ struct MacroExtras : HeldObject
 };
 
 /// A macro that the library made.
-class OwningMacroVariable final : public LSMacroVariable, public Recyclable
+class OwningMacroVariable final : public LSMacroVariable, public Recyclable<OwningMacroVariable>
 {
 public:
     using LSMacroVariable::LSMacroVariable;
@@ -48,7 +48,7 @@ private:
 };
 
 /// A value whose name lies in a temporary text.
-class OwningValueVariable final : public LSValueVariable, public Recyclable
+class OwningValueVariable final : public LSValueVariable, public Recyclable<OwningValueVariable>
 {
 public:
     using LSValueVariable::LSValueVariable;
