@@ -22,6 +22,7 @@ cmake_is_recent() {
 find_missing() {
     need_command g++ g++
     need_command clang++-14 clang-14 # whose messages and findings tests read
+    need_command clang-format-14 clang-format-14 # a test compares the sources with what it makes
     cmake_is_recent || missing+=(cmake)
     need_command ninja ninja-build
     need_command make make
@@ -71,7 +72,6 @@ find_missing() {
             need_command fakeroot fakeroot
             [ "${TELV_DEBOOTSTRAP-}" != 1 ] || need_command debootstrap debootstrap
             ;;
-        format) need_command clang-format-14 clang-format-14 ;;
         tidy)
             need_clang
             need_command clang-tidy-14 clang-tidy-14

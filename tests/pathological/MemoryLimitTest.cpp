@@ -4,6 +4,9 @@
 // figures of builds with sanitizers say nothing; there, only the errors count.
 #include "HostileTest.h"
 
+#include <algorithm>
+#include <cstdio>
+
 namespace telv::test
 {
 namespace
@@ -44,6 +47,35 @@ std::string Made(const std::string& text)
     return made + ")]";
 }
 
+/// A macro that hands its many arguments on to itself, for ever.
+std::string Recursion(bool byValue)
+{
+    std::string formals;
+    std::string values;
+    std::string ones;
+    for (int i = 0; i < 200; ++i)
+    {
+        const std::string number = std::to_string(i);
+        const std::string separator = i == 0 ? "" : ",";
+        formals += separator + (byValue ? "string a" : "a") + number;
+        values += separator + (byValue ? "@str(a" + number + ")" : "a" + number);
+        ones += separator + "\"1\"";
+    }
+    return "@def f(" + formals + ") = {f(" + values + ")}f(" + ones + ")";
+}
+
+/// Each of `count` dollar macros stands for the one before it, twice.
+std::string DollarLadder(int count)
+{
+    std::string source = "@$A0=\"" + Repeat("x", 1'000) + "\"\n";
+    for (int i = 1; i <= count; ++i)
+    {
+        const std::string below = "$(A" + std::to_string(i - 1) + ")";
+        source += "@$A" + std::to_string(i) + "=\"" + below + below + "\"\n";
+    }
+    return source + "\"$(A" + std::to_string(count) + ")\"";
+}
+
 std::vector<Row> Rows()
 {
     const std::string deep =
@@ -80,6 +112,31 @@ std::vector<Row> Rows()
         {"a long expression",
          "@let string t := {1 + }\n" + Repeat("@let t := {t@@t}\n", 22) + "@(t 1)"},
         {"strings in strings", Repeat("@str(", 60) + "\"" + "\"" + Repeat(")", 60)},
+        {"joined pieces of a map",
+         "@def m = {" + Repeat("a , ", 5'000) + "}@while(true){m}",
+         {"--map", "/dev/null", "--map-runs", "-o", "/dev/null"}},
+        {"chains",
+         "@def a = {x}@def m = {" + Repeat("a ", 1'000) + "}@while(true){m}",
+         {"--map", "/dev/null", "--chains", "-o", "/dev/null"}},
+        {"a source map",
+         "@def m = {" + Repeat("a ", 1'000) + "}@while(true){m}",
+         {"--source-map", "/dev/null", "-o", "/dev/null"}},
+        {"line directives",
+         "@def m = {\n" + Repeat("a\n", 1'000) + "}\n@while(true){\nm\n}",
+         {"--line-directives", "-o", "/dev/null"}},
+        {"what may be unused", Forever(Made("@def + u# = {x}")), {"--warn", "all"}, true},
+        {"exported macros", "@def g(n) = {@exportdef + e = {n}}" + Forever("g(x)"), {}, true},
+        {"arguments", Recursion(/*byValue=*/false)},
+        {"arguments by value", Recursion(/*byValue=*/true)},
+        {"expected errors",
+         Long("s", 16) +
+             "@def f(string a, int n) = {@assertfails{f(@str(a), n - 1)}@fail(@str(a))}\n"
+             "f(@str(s), 9000)",
+         {},
+         true},
+        {"a text that doubles from argument to argument",
+         "@def f(string a) = {f(@str(a@@a))}f(\"x\")"},
+        {"dollar macros of one another", DollarLadder(40)},
     };
 }
 
@@ -88,12 +145,20 @@ class MemoryLimitTest : public HostileTest
 protected:
     void SetUp() override { Write("lib.tl", "@def lib = {lib}\n"); }
 
-    static void ExpectLittle(const ProgramResult& result, ssize_t limit)
+    void TearDown() override
     {
+        if (m_programs > 1)
+            std::printf("%d programs took at most %zd KiB\n", m_programs, m_mostKibi);
+        HostileTest::TearDown();
+    }
+
+    void ExpectLittle(const ProgramResult& result, ssize_t limit)
+    {
+        ++m_programs;
+        m_mostKibi = std::max(m_mostKibi, result.peakKibi);
 #if !defined(TELV_ADDRESS_SANITIZER)
         EXPECT_LT(result.peakKibi, (limit + s_besides) * 1024) << Describe(result);
 #else
-        static_cast<void>(result);
         static_cast<void>(limit);
 #endif
     }
@@ -104,6 +169,10 @@ protected:
         arguments.insert(arguments.end(), more.begin(), more.end());
         return arguments;
     }
+
+private:
+    int m_programs = 0;
+    ssize_t m_mostKibi = 0;
 };
 
 TEST_F(MemoryLimitTest, EveryWayToGrowEndsInAnErrorWithAPlace)
