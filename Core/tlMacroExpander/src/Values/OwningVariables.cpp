@@ -79,7 +79,7 @@ std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* cont
     auto owning =
         MakeFor<OwningMacroVariable>(context, LSV_MACRO, name, context, false, false, false);
     owning->m_owner = bodyOwner;
-    owning->SetSubstitutionString(value.m_text, false, 0);
+    owning->SetSubstitutionString(value.m_text, /*copy=*/false, 0);
     KeepScanned(*owning, value);
     return owning;
 }
