@@ -28,6 +28,14 @@ function(telv_set_warnings target)
     endif()
 endfunction()
 
+# GCC 12 packs the two halves of a view that came in registers through the stack into a vector
+# register: two stores and a load that has to wait for both, in every function that copies a view.
+function(telv_optimise target)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${target} PRIVATE -fno-tree-slp-vectorize)
+    endif()
+endfunction()
+
 # Release builds: checks that the compiler, the C library and the loader can make at run time.
 # Debug builds: the checks of the standard library. Fortification does not go with sanitizers.
 function(telv_harden target)
@@ -38,7 +46,7 @@ function(telv_harden target)
     target_compile_options(${target} PRIVATE
         $<$<CONFIG:Release>:-U_FORTIFY_SOURCE>
         $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>
-        $<$<CONFIG:Release>:-fstack-protector-strong>
+        $<$<CONFIG:Release>:-fstack-protector>
         $<$<CONFIG:Release>:-fstack-clash-protection>)
     target_link_options(${target} PRIVATE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
 endfunction()
@@ -118,6 +126,7 @@ function(telv_configure target)
         target_compile_definitions(${target} PRIVATE TELV_GUARD_TEXTS)
     endif()
     telv_set_warnings(${target})
+    telv_optimise(${target})
     telv_harden(${target})
     telv_sanitize(${target})
     telv_measure_coverage(${target})

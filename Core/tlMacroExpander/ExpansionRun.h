@@ -114,6 +114,12 @@ public:
     /// or macro name, in a text that the application gave, from which that text came.
     bool FindOrigin(const char* pos, SubString& origin) const;
 
+    /// Where the characters of `text`, a part of a live text that was made while expanding, stand
+    /// in a text that the application gave: an element of a `@for` list, say, in the macro that is
+    /// the list. Null when they were not copied from one place, or when no `m_mappedOutput` was set
+    /// at the time.
+    const char* FindCopied(SubString text) const;
+
     /// `pos` itself, or the start of its origin when it lies in text made while expanding.
     const char* ResolvePosition(const char* pos) const;
 

@@ -55,14 +55,21 @@ TLUTILS_API void HoldMemory(ssize_t bytes, ssize_t former = 0);
 /// Counts one that was given back.
 TLUTILS_API void ReleaseMemory(ssize_t bytes) noexcept;
 
-/// Counts a block for the length of a scope.
+/// Counts a block for the length of a scope, or longer.
 class MemoryHold
 {
 public:
     explicit MemoryHold(ssize_t bytes) : m_bytes(bytes) { HoldMemory(bytes); }
-    ~MemoryHold() { ReleaseMemory(m_bytes); }
+    ~MemoryHold()
+    {
+        if (m_bytes != 0)
+            ReleaseMemory(m_bytes);
+    }
     MemoryHold(const MemoryHold&) = delete;
     MemoryHold& operator=(const MemoryHold&) = delete;
+
+    /// The block stays; whoever gives it back releases it.
+    void Keep() { m_bytes = 0; }
 
 private:
     ssize_t m_bytes;

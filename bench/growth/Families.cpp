@@ -196,9 +196,10 @@ Work Comments(size_t n)
     return ExpansionOf(Times(n, "// note\n@// gone\n"));
 }
 /// In a lenient run they are text.
-Work OpenComments(size_t n)
+/// In a lenient run, where a comment that never ends is none.
+Work LenientExpansionOf(const std::string& text)
 {
-    const auto kept = std::make_shared<std::string>(Times(n, "dir/*.c @(1)\n"));
+    const auto kept = std::make_shared<std::string>(text);
     return [kept]
     {
         ExpansionRun run;
@@ -206,6 +207,19 @@ Work OpenComments(size_t n)
         const ExpansionRunScope scope(run);
         Expand(SubString(kept->data(), kept->data() + kept->size()));
     };
+}
+
+Work OpenComments(size_t n)
+{
+    return LenientExpansionOf(Times(n, "dir/*.c @(1)\n"));
+}
+Work OpenCommentsInBlocks(size_t n)
+{
+    return LenientExpansionOf(Nested(n, "@if(true){dir/*.c ", "x", "}"));
+}
+Work OpenCommentsInArguments(size_t n)
+{
+    return LenientExpansionOf("@def f(x) = {x}" + Nested(n, "f(dir/*.c ", "x", ")"));
 }
 
 Work Quote(size_t n)
@@ -405,6 +419,8 @@ std::vector<Family> TextFamilies()
         {"many short lines", 200'000, ShortLines, nullptr},
         {"many comments", 200'000, Comments, nullptr},
         {"comments without an end", 200'000, OpenComments, nullptr},
+        {"the same in nested blocks", 10'000, OpenCommentsInBlocks, nullptr},
+        {"the same in nested arguments", 10'000, OpenCommentsInArguments, nullptr},
         {"many expected errors", 20'000, ExpectedErrors, nullptr},
         {"nested @assertfails", 25'000, NestedExpectedErrors, nullptr},
         {"@assertfails in deep recursion", 10'000, ExpectedErrorsInMacros, nullptr},

@@ -20,8 +20,10 @@ build_preset() {
     cmake --build --preset "$preset" -j "$(nproc)" "$@"
 }
 
-# Runs all tests of a preset; what it prints last is CTest's summary.
+# Runs the tests of a preset; further arguments go to CTest. What it prints last is CTest's summary.
 test_preset() {
-    say "test: $1"
-    ctest --preset "$1" -j "$(nproc)"
+    local preset=$1
+    shift
+    say "test: $preset"
+    ctest --preset "$preset" -j "$(nproc)" "$@"
 }

@@ -38,7 +38,7 @@ file(WRITE ${WORK}/data/rows.csv "number,name\n1,one\n2,two\n")
 file(WRITE ${WORK}/lib/names.tl "@def shown(x) = {<x>}\n")
 file(WRITE ${WORK}/lib/more.tl "@def mark = {!}\n")
 file(WRITE ${WORK}/rows.tl
-    "@import \"made.tl\"\n@import \"more.tl\"\nfirst\n@for((name, number) in rows){shown(name)=number@@mark}\n")
+    "@import \"made.tl\"\n@import \"more.tl\"\nfirst\n@for((name, number) in rows){row shown(name)=number@@mark}\n")
 
 # Configures or builds; what goes wrong is fatal.
 function(run)
@@ -67,7 +67,7 @@ function(rows_are wanted)
     endif()
 endfunction()
 
-rows_are("#line 3 \"WORK/rows.tl\"\nfirst\n<one>=1!<two>=2!\n")
+rows_are("#line 3 \"WORK/rows.tl\"\nfirst\nrow <one>=1!row <two>=2!\n")
 file(WRITE ${WORK}/data/rows.csv "number,name\n3,three\n")
 run(--build ${WORK}/out)
-rows_are("#line 3 \"WORK/rows.tl\"\nfirst\n<three>=3!\n")
+rows_are("#line 3 \"WORK/rows.tl\"\nfirst\nrow <three>=3!\n")

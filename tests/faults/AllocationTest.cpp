@@ -28,6 +28,7 @@
 extern "C" void* TELV_REAL(malloc)(size_t);
 extern "C" void* TELV_REAL(realloc)(void*, size_t);
 extern "C" void TELV_REAL(free)(void*);
+extern "C" void* TELV_REAL(memalign)(size_t, size_t);
 
 namespace
 {
@@ -70,6 +71,18 @@ extern "C" TELV_REPLACES void* malloc(size_t size)
     NoteBlock(block, 1);
     return block;
 }
+
+#if !defined(TELV_ADDRESS_SANITIZER)
+
+// The sanitizer has operators of its own for aligned memory.
+extern "C" TELV_REPLACES void* aligned_alloc(size_t alignment, size_t size)
+{
+    void* const block = Fails() ? nullptr : TELV_REAL(memalign)(alignment, size);
+    NoteBlock(block, 1);
+    return block;
+}
+
+#endif
 
 extern "C" TELV_REPLACES void* realloc(void* block, size_t size)
 {

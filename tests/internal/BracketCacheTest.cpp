@@ -248,4 +248,26 @@ TEST(BracketCache, ErrorInsideIsFoundEveryTime)
     EXPECT_EQ(cache.size(), 0);
 }
 
+TEST(BracketCache, WhereNoCommentEndsIsKnownOfPartsThatOverlap)
+{
+    const std::string text(100, 'x');
+    const auto part = [&](ssize_t from, ssize_t to)
+    { return SubString(text.data() + from, text.data() + to); };
+    BracketCache cache(part(0, 90));
+    EXPECT_FALSE(cache.IsWithoutCommentEnd(part(0, 0)));
+    cache.NoteWithoutCommentEnd(part(10, 20));
+    EXPECT_TRUE(cache.IsWithoutCommentEnd(part(12, 20)));
+    EXPECT_FALSE(cache.IsWithoutCommentEnd(part(9, 20)));
+    cache.NoteWithoutCommentEnd(part(19, 30));
+    EXPECT_TRUE(cache.IsWithoutCommentEnd(part(10, 30)));
+    cache.NoteWithoutCommentEnd(part(30, 60)); // a comment may end across 30
+    EXPECT_TRUE(cache.IsWithoutCommentEnd(part(30, 60)));
+    EXPECT_FALSE(cache.IsWithoutCommentEnd(part(29, 31)));
+    cache.NoteWithoutCommentEnd(part(70, 80));
+    EXPECT_FALSE(cache.IsWithoutCommentEnd(part(70, 80)));
+    cache.NoteWithoutCommentEnd(part(20, 100)); // goes beyond the cache's text
+    EXPECT_TRUE(cache.IsWithoutCommentEnd(part(30, 60)));
+    EXPECT_FALSE(cache.IsWithoutCommentEnd(part(30, 70)));
+}
+
 } // namespace telv::scanner

@@ -46,6 +46,7 @@ def spoil(document):
     yield changed(lambda d: d["pieces"][0].pop("in"))
     yield changed(lambda d: d["pieces"][-1].update({"source": None}))
     yield changed(lambda d: d["pieces"][0].update(chain=-1))
+    yield changed(lambda d: d["pieces"][0].update(copied={"source": None, "in": None, "inSize": 0}))
     yield changed(lambda d: d.update(chains=[{"kind": "macro"}]))
 
 

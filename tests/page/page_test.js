@@ -21,7 +21,7 @@ const SMALL = {
   "lib.tl": "@def pair(first, second) =\n{\n    int first = 1; // <b>&amp;</b>\n" +
             "    int second = @(first_value + 1);\n}\n@let int first_value = {41}\n",
   "main.tl": "@import \"lib.tl\"\n/* ä 😀 */\nstruct S\n{\n    pair(alpha, beta)\n" +
-             "    @for(name in [x, y])\n    {\n        char name;\n\n    }@//\n};\n",
+             "    @for(name in [x, y@(1)])\n    {\n        char name;\n\n    }@//\n};\n",
 };
 
 function explain(name, files, ...options) {
@@ -134,6 +134,37 @@ async function testLarge(browser) {
   assert.deepStrictEqual(page.faults, []);
 }
 
+/// Elements of lists and rows of data light up where they stand; the chain is that of the run.
+async function testRows(browser, colorScheme) {
+  const files = {
+    "rows.csv": "type,name\nint,alpha\nunsigned,beta\n",
+    "lib.tl": "@def field(type, name) =\n{\n    type name = 0; // @str(name)\n}\n",
+    "main.tl": "@import \"lib.tl\"\n@def extra =\n{\n    [gamma,\n     delta]\n}\nstruct Row\n{\n" +
+               "    @for((type, name) in rows)\n    {\n        field(type, name)\n\n    }@//\n" +
+               "    @for(name in extra)\n    {\n        field(int, name)\n\n    }@//\n};\n",
+  };
+  const url = explain("rows.html", files, "--list", "rows=rows.csv", "main.tl");
+  const page = await open(browser, url, {colorScheme});
+  await piece(page, "output", "beta").hover();
+  assert.strictEqual(await texts(page, "#sources .hit"), "beta");
+  assert.match(await page.textContent("#status"), /copied from rows\.csv:3:10$/);
+  await piece(page, "output", "delta").click();
+  assert.strictEqual(await texts(page, "#sources .pin"), "delta");
+  const details = await page.textContent("#details");
+  const steps = ["main.tl:5:6 copied", "main.tl:16:20 in expansion of macro 'name'",
+                 "lib.tl:3:10 in expansion of macro 'name'",
+                 "main.tl:16:9 in expansion of macro 'field'", "main.tl:14:5 in round 2 of the loop"];
+  let from = 0;
+  for (const step of steps) {
+    const at = details.indexOf(step, from);
+    assert.notStrictEqual(at, -1, `${step} in ${details}`);
+    from = at + step.length;
+  }
+  await piece(page, "sources", "field").nth(0).hover();
+  await page.screenshot({path: `rows-${colorScheme}.png`});
+  assert.deepStrictEqual(page.faults, []);
+}
+
 /// docs/explain.png is the picture that this takes.
 async function testExample(browser) {
   const url = explain("example.html", {"shapes.tl": fs.readFileSync(EXAMPLE)}, "shapes.tl");
@@ -189,6 +220,8 @@ async function testChains(browser) {
       await page.screenshot({path: `${colorScheme}.png`});
       assert.deepStrictEqual(page.faults, []);
     }
+    for (const colorScheme of ["light", "dark"])
+      await testRows(browser, colorScheme);
     const narrow = await open(browser, url, {viewport: {width: 420, height: 800}});
     await narrow.screenshot({path: "narrow.png"});
     assert.deepStrictEqual(narrow.faults, []);

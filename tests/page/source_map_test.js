@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Source maps, read by the library that the tools of JavaScript use: at every piece of the output the
-// library must find the source that the tool's own map names, and the other way round.
+// library must find the source that the tool's own map names (of an element of a list, the one that it
+// was copied from), and the other way round.
 "use strict";
 
 const assert = require("node:assert");
@@ -42,7 +43,7 @@ async function check(name, files, most) {
   for (const [file, text] of Object.entries(files))
     fs.writeFileSync(file, text);
   const begin = Date.now();
-  execFileSync(tool, ["-o", "out.js", "--map", "out.map", "--source-map", "out.js.map",
+  execFileSync(tool, ["-o", "out.js", "--map", "out.map", "--chains", "--source-map", "out.js.map",
                       "--source-map-contents", "main.tl"]);
   const seconds = (Date.now() - begin) / 1000;
   const map = JSON.parse(fs.readFileSync("out.map", "utf8"));
@@ -57,7 +58,7 @@ async function check(name, files, most) {
     const step = Math.max(1, Math.floor(map.pieces.length / most));
     for (let i = 0; i < map.pieces.length; i += step) {
       const piece = map.pieces[i];
-      const range = piece.source === null ? piece.from : piece;
+      const range = piece.source === null ? piece.copied ?? piece.from : piece;
       const here = output.at(piece.out);
       const found = consumer.originalPositionFor(here);
       if (!range) {

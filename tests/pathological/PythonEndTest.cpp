@@ -51,13 +51,19 @@ TEST_F(PythonEndTest, FunctionsOfTheEndRunBeforeOutputsTakeTheirPlaces)
 
 TEST_F(PythonEndTest, AFileThatCannotBeWrittenIsAnErrorOfTheRun)
 {
-    Write("out.txt", "earlier");
-    const ProgramResult result = Expand("@runpython{import io; a = io.open('/dev/full', 'wb'); "
-                                        "a.write(b'x')}\ntext",
-                                        {"-o", "out.txt"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.err.find("No space left on device"), std::string::npos) << result.err;
-    EXPECT_EQ(Read("out.txt"), "earlier");
+    for (const char* const open :
+         {"import io; a = io.open('/dev/full', 'wb')", "a = open('/dev/full', 'wb')",
+          "import gzip; a = gzip.open('/dev/full', 'wb')",
+          "import os; a = os.fdopen(os.open('/dev/full', os.O_WRONLY), 'wb')"})
+    {
+        SCOPED_TRACE(open);
+        Write("out.txt", "earlier");
+        const ProgramResult result =
+            Expand("@runpython{" + std::string(open) + "; a.write(b'x')}\ntext", {"-o", "out.txt"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find("No space left on device"), std::string::npos) << result.err;
+        EXPECT_EQ(Read("out.txt"), "earlier");
+    }
 }
 
 TEST_F(PythonEndTest, ThreadsAreWaitedFor)

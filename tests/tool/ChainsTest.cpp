@@ -88,6 +88,27 @@ TEST_F(ChainsTest, WhereFollowsThem)
                                                     "   | ^\n");
 }
 
+TEST_F(ChainsTest, CopiesIntoTextsThatAreMade)
+{
+    Write("main.tl", "@def l = {[u,v@@w]}@def m(f()) = {f(x)}@def g(y) = {y}\n@for(i in l){i}m(g)");
+    const std::string pieces =
+        "{\"kind\":\"source\",\"out\":0,\"size\":1,\"source\":null,\"in\":null,\"inSize\":1,"
+        "\"from\":{\"source\":0,\"in\":55,\"inSize\":1},"
+        "\"copied\":{\"source\":0,\"in\":11,\"inSize\":1},\"chain\":1},\n"
+        // Put together from two pieces, one name: it has no place of its own.
+        "   {\"kind\":\"source\",\"out\":1,\"size\":2,\"source\":null,\"in\":null,\"inSize\":2,"
+        "\"from\":{\"source\":0,\"in\":55,\"inSize\":1},\"chain\":3},\n"
+        "   {\"kind\":\"source\",\"out\":3,\"size\":1,\"source\":null,\"in\":null,\"inSize\":1,"
+        "\"from\":{\"source\":0,\"in\":34,\"inSize\":1},"
+        "\"copied\":{\"source\":0,\"in\":36,\"inSize\":1},\"chain\":7}]}\n";
+    const std::string map = Chains();
+    EXPECT_EQ(Read("out"), "uvwx");
+    EXPECT_TRUE(map.ends_with(pieces)) << map;
+    // They belong to the chains: a map without them is as small as it can be.
+    Expand({"--map", "map", "-o", "out", "main.tl"});
+    EXPECT_EQ(Read("map").find("\"copied\""), std::string::npos);
+}
+
 TEST_F(ChainsTest, NeedsAMap)
 {
     ExpectFailure(Run({"--chains"}, "a"), 2, "tlexpand: --chains needs --map" + s_hint);

@@ -62,6 +62,43 @@ TEST_F(DiagnosticsTest, ALongLineIsCutAroundTheCaret)
                       std::string(203, ' ') + "^\n");
 }
 
+/// What is shown begins with a whole character, and bytes that are none count as one each.
+TEST_F(DiagnosticsTest, ALongLineOfManyByteCharactersIsCutAroundTheCaret)
+{
+    for (const std::string& character : {std::string("\xe2\x82\xac"), std::string("\x82")})
+    {
+        std::string line;
+        std::string shown;
+        for (int i = 0; i < 5'000; ++i)
+            line += character;
+        for (int i = 0; i < 199; ++i)
+            shown += character;
+        const std::string expected =
+            "\n 1 | ..." + shown + " @(1/0)" + shown.substr(0, 194 * character.size());
+        const ProgramResult result = Run({}, line + " @(1/0)" + line);
+        EXPECT_NE(result.err.find(expected), std::string::npos) << result.err;
+    }
+}
+
+/// Of the first few the lines are counted in another way than of those that follow.
+TEST_F(DiagnosticsTest, EveryOneOfManyWarningsHasItsLine)
+{
+    std::string text;
+    std::string expected;
+    for (int line = 1; line <= 2'000; ++line)
+    {
+        text += line % 20 == 0 ? "@wrod\n" : std::string(line % 7 * 10, 'x') + "\n";
+        if (line % 20 == 0)
+            expected += "<stdin>(" + std::to_string(line) + ") ";
+    }
+    const ProgramResult result = Run({"--warn", "unknown-directive"}, text);
+    std::string places;
+    for (size_t at = result.err.find("<stdin>("); at != std::string::npos;
+         at = result.err.find("<stdin>(", at + 1))
+        places += result.err.substr(at, result.err.find(' ', at) + 1 - at);
+    EXPECT_EQ(places, expected);
+}
+
 TEST_F(DiagnosticsTest, ColoursOnDemandOnly)
 {
     EXPECT_EQ(Run({"--color", "always"}, "@else").err,

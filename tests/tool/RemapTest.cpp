@@ -37,9 +37,11 @@ protected:
         return text.replace(text.find(from), from.size(), to);
     }
 
-    void Generate(const std::string& output = "gen.cpp") const
+    void Generate(const std::string& output = "gen.cpp",
+                  std::vector<std::string> arguments = {}) const
     {
-        Expand({"-o", output, "--map", output + ".map", "main.tl"});
+        arguments.insert(arguments.end(), {"-o", output, "--map", output + ".map", "main.tl"});
+        Expand(arguments);
     }
 
     /// Where each name is reported, as "FILE:LINE".
@@ -50,6 +52,41 @@ protected:
             if (line.find("error: ") != std::string::npos && line.find(name) != std::string::npos)
                 return line.substr(0, line.find(':', line.find(':') + 1));
         return "(not reported)";
+    }
+
+    /// The notes about steps of the expansion below the error that speaks of `name`.
+    static std::string NotesOf(const std::string& messages, const std::string& name)
+    {
+        std::istringstream lines(messages);
+        std::string notes;
+        bool isBelow = false;
+        for (std::string line; std::getline(lines, line);)
+        {
+            if (line.find("error: ") != std::string::npos)
+            {
+                if (isBelow)
+                    break;
+                isBelow = line.find(name) != std::string::npos;
+            }
+            else if (isBelow && line.find(" note: in ") != std::string::npos)
+                notes += line + "\n";
+        }
+        return isBelow ? notes : "(not reported)";
+    }
+
+    static void ExpectNotes(const std::string& messages)
+    {
+        EXPECT_EQ(NotesOf(messages, "bad_in_text"), "") << messages;
+        EXPECT_EQ(NotesOf(messages, "bad_in_body"),
+                  "main.tl:3:1: note: in expansion of macro 'pair'\n")
+            << messages;
+        EXPECT_EQ(NotesOf(messages, "bad_in_argument"),
+                  "lib.tl:4:9: note: in expansion of macro 'b'\n"
+                  "main.tl:4:1: note: in expansion of macro 'pair'\n")
+            << messages;
+        EXPECT_EQ(NotesOf(messages, "bad_in_loop"), "main.tl:5:1: note: in round 1 of the loop\n")
+            << messages;
+        EXPECT_EQ(NotesOf(messages, "bad_calculated"), "") << messages;
     }
 
     static void ExpectPlaces(const std::string& messages)
@@ -349,6 +386,69 @@ TEST_F(RemapTest, NotesShowTheChain)
         "{\"kind\":\"note\",\"message\":\"in round 2 of the loop\",\"locations\":"
         "[{\"caret\":{\"file\":\"main.tl\",\"line\":2,\"column\":1}}]}],\"locations\":"
         "[{\"caret\":{\"file\":\"lib.tl\",\"line\":3,\"column\":13,\"byte-column\":13}}]}]\n");
+}
+
+TEST_F(RemapTest, ChainsOfRealCompilers)
+{
+    Generate("gen.cpp", {"--chains"});
+    for (const char* compiler : {"g++", "clang++-14"})
+    {
+        const ProgramResult result =
+            RunShell(std::string(compiler) + " -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map");
+        ExpectPlaces(result.out);
+        ExpectNotes(result.out);
+        EXPECT_EQ(result.err, "");
+    }
+}
+
+TEST_F(RemapTest, ChainsOfTracebacks)
+{
+    Write("gen.tl", "@def check(x) =\n{\n    assert x > 1\n}\n"
+                    "def f():\n    check(2)\n    @for(n in [7, 0])\n    {\n        check(n)\n\n"
+                    "    }@//\nf()\n");
+    Expand({"-o", "gen.py", "--map", "gen.map", "--chains", "gen.tl"});
+    const ProgramResult result = Run({"remap", "gen.map", "--", "python3", "gen.py"});
+    EXPECT_EQ(result.status, 1);
+    // Places of a traceback stand outermost first, so the steps come before what they led to.
+    EXPECT_NE(result.err.find("  File \"gen.tl\", line 7, in round 2 of the loop\n"
+                              "  File \"gen.tl\", line 9, in expansion of macro 'check'\n"
+                              "  File \"gen.tl\", line 3, in f\n"),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(result.err.find("gen.py\", line"), std::string::npos) << result.err;
+}
+
+TEST_F(RemapTest, ElementsOfListsLeadToWhereTheyStand)
+{
+    Write("main.tl", "@def fields =\n"
+                     "{\n"
+                     "    [(float, samples),\n"
+                     "     (flaot, clipped)]\n"
+                     "}\n"
+                     "@for((type, name) in fields){type name;\n"
+                     "}\n"
+                     "@for((type, name) in rows)\n"
+                     "{\n"
+                     "    type name;\n"
+                     "\n"
+                     "}@//\n");
+    Write("rows.csv", "type,name\nint,good\nunsinged,bad\n");
+    const auto places = [this]
+    {
+        return RunShell("g++ -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map | "
+                        "sed -n 's/: error.*\\| note//p'")
+            .out;
+    };
+    Generate("gen.cpp", {"--list", "rows=rows.csv", "--chains"});
+    EXPECT_EQ(places(), "main.tl:4:7\n"
+                        "main.tl:6:30:: in expansion of macro 'type'\n"
+                        "main.tl:6:1:: in round 2 of the loop\n"
+                        "rows.csv:3:1\n"
+                        "main.tl:10:5:: in expansion of macro 'type'\n"
+                        "main.tl:8:1:: in round 2 of the loop\n");
+    // The map alone knows the loop.
+    Generate("gen.cpp", {"--list", "rows=rows.csv"});
+    EXPECT_EQ(places(), "main.tl:6:1\nmain.tl:8:1\n");
 }
 
 TEST_F(RemapTest, WhatCannotBeMappedPassesAndIsReported)

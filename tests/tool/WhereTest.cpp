@@ -165,6 +165,14 @@ TEST_F(WhereTest, ABadMapIsRefused)
         {"{\"version\":1,\"sources\":[\"a\"],\"size\":1,\"pieces\":[{\"kind\":\"source\",\"out\":0,"
          "\"size\":1,\"source\":0,\"in\":0,\"inSize\":1,\"chain\":0}]}",
          "a chain that is not in the list"},
+        {"{\"version\":1,\"sources\":[\"a\"],\"size\":2,\"pieces\":[{\"kind\":\"source\",\"out\":0,"
+         "\"size\":2,\"source\":null,\"in\":null,\"inSize\":2,\"copied\":{\"source\":0,\"in\":0,"
+         "\"inSize\":1}}]}",
+         "the copied piece at 0 has another size than its source"},
+        {"{\"version\":1,\"sources\":[\"a\"],\"size\":1,\"pieces\":[{\"kind\":\"source\",\"out\":0,"
+         "\"size\":1,\"source\":null,\"in\":null,\"inSize\":1,\"copied\":{\"source\":1,\"in\":0,"
+         "\"inSize\":1}}]}",
+         "a source that is not in the list"},
         {"{\"version\":1,\"sources\":[\"a\"],\"size\":0,\"chains\":[{\"kind\":\"macro\",\"name\":"
          "\"m\",\"source\":0,\"in\":0,\"inSize\":1,\"parent\":0}],\"pieces\":[]}",
          "a chain has a parent that does not come before it"},
@@ -179,6 +187,56 @@ TEST_F(WhereTest, ABadMapIsRefused)
     }
     ExpectFailure(Run({"where", "none.map", "out.c:1"}), 2,
                   "tlexpand: can't read 'none.map': No such file or directory\n");
+}
+
+TEST_F(WhereTest, ShowsTheChainOfARealMap)
+{
+    Write("main.tl", "@import \"lib.tl\"\n@def list = {[p,\n  q]}\n"
+                     "@for(i in list)\n{\n    pair(i, @(1 + 1))\n\n}@//\n");
+    ExpandAll({"--chains"});
+    EXPECT_EQ(Read("out.c"), "int p;\nint 2 = 2;\nint q;\nint 2 = 2;\n");
+    EXPECT_EQ(Where("out.c:3:5"), "main.tl:3:3: copied from here\n"
+                                  " 3 |   q]}\n"
+                                  "   |   ^\n"
+                                  "main.tl:6:10: in expansion of macro 'i'\n"
+                                  " 6 |     pair(i, @(1 + 1))\n"
+                                  "   |          ^\n"
+                                  "lib.tl:3:9: in expansion of macro 'a'\n"
+                                  " 3 |     int a;\n"
+                                  "   |         ^\n"
+                                  "main.tl:6:5: in expansion of macro 'pair'\n"
+                                  " 6 |     pair(i, @(1 + 1))\n"
+                                  "   |     ^\n"
+                                  "main.tl:4:1: in round 2 of the loop\n"
+                                  " 4 | @for(i in list)\n"
+                                  "   | ^\n");
+    EXPECT_EQ(Where("out.c:2:5"), "main.tl:6:13: calculated here\n"
+                                  " 6 |     pair(i, @(1 + 1))\n"
+                                  "   |             ^\n"
+                                  "lib.tl:4:9: in expansion of macro 'b'\n"
+                                  " 4 |     int b = @(1 + 1);\n"
+                                  "   |         ^\n"
+                                  "main.tl:6:5: in expansion of macro 'pair'\n"
+                                  " 6 |     pair(i, @(1 + 1))\n"
+                                  "   |     ^\n"
+                                  "main.tl:4:1: in round 1 of the loop\n"
+                                  " 4 | @for(i in list)\n"
+                                  "   | ^\n");
+    EXPECT_EQ(Run({"where", "out.map", "--source", "main.tl:3"}).out, "out.c:3:5-5: q\n");
+}
+
+TEST_F(WhereTest, RowsOfDataLeadToTheirFile)
+{
+    Write("rows.csv", "name,note\nx,plain\ny,\"a \"\"b\"\" c\"\n");
+    Write("main.tl", "@for((n, t) in rows){n: t\n}");
+    ExpandAll({"--chains", "--verify-map", "--list", "rows=rows.csv"});
+    EXPECT_EQ(Read("out.c"), "x: plain\ny: a \"b\" c\n");
+    EXPECT_EQ(Where("out.c:1:4").substr(0, 30), "rows.csv:2:3: copied from here");
+    EXPECT_EQ(Where("out.c:2:4").substr(0, 30), "rows.csv:3:4: copied from here");
+    // Where the file writes it in another way, the value is told.
+    EXPECT_EQ(Where("out.c:2:6").substr(0, 28), "rows.csv:3:5: made from this");
+    EXPECT_EQ(Run({"where", "out.map", "--source", "rows.csv:2"}).out,
+              "out.c:1:1-1: x\nout.c:1:4-8: plain\n");
 }
 
 TEST_F(WhereTest, ShowsTheChain)

@@ -97,6 +97,29 @@ TEST(ChainRecorder, Ways)
         {"@def l = {[u]}@def f = {@for(i in l){@for(j in [i]){j}}}f",
          "u: j@52 @for:1@37 @for:1@24 f@56\n"},
         {"@nakeddef f(x) = {@def g = {x}}f(1)g", "1: x@28 g@35\n"},
+        // The other ways to define; what a body defines is used where it is visible.
+        {"@nakeddef f = {@exportdef g = {x}}@scope{f@@g}g", "x: g@44\nx: g@46\n"},
+        {"@def f = {@def + g = {x}}f@@g", "x: g@28\n"},
+        // Chosen blocks are no steps, nor are scopes, quotes and directives that calculate.
+        {"@def f(int n) = {@if(n == 1){a}@elseif(n == 2){b}@else{c}}f(1)f(2)f(3)",
+         "a: f@58\nb: f@62\nc: f@66\n"},
+        {"@def f = {@unstr(\"x\")@strx(y)@relativepath(\"a\", \"a/b\")}f", "x\"y\"\"b\": f@55\n"},
+        // Strings, conditions and typed values are expanded, but not written: not even their names.
+        {"@def t = {true}@if(t){@str(t)}", "\"true\":\n"},
+        {"@def g = {1}@def f(int n) = {n}@let int k = {g + 1}f(k)", "2: f@51\n"},
+        {"@def double h = {0.5}@def f(string s) = {s}f(\"x\")h", "x: f@43\n0.5: h@49\n"},
+        // Back quotes are taken off, at every level.
+        {"@def in(x) = {x}@def out(x) = {in(`x`)}out(`a, b`)", "a, b: x@35 x@14 in@31 out@39\n"},
+        // An argument that is used twice, and one that nobody uses.
+        {"@def f(x, y) = {x.x}f(a, b)", "a: x@16 f@20\n.: f@20\na: x@18 f@20\n"},
+        // A passed macro with a type, and one passed on.
+        {"@def t(f()) = {f(1)}@def int n(int x) = {x + 1}t(n)", "2: n@15 f@15 t@47\n"},
+        {"@def a(f()) = {b(f)}@def b(g()) = {g(1)}@def c(x) = {x}a(c)",
+         "1: x@53 c@35 f@35 g@35 b@15 a@55\n"},
+        // Loops in loops in macros.
+        {"@def f(l) = {@for(i in l){@for(j in l){i-j}}}f([p])",
+         "p: i@39 @for:1@26 @for:1@13 f@45\n-: @for:1@26 @for:1@13 f@45\n"
+         "p: j@41 @for:1@26 @for:1@13 f@45\n"},
         {"@assertfails(@def f = {@(1 / 0)}f)a", "a:\n"},
         {"@def f(int n) = {n@if(n > 0){f(n - 1)}}f(1)", "1: f@39\n0: f@29 f@39\n"},
         // The same step twice is two steps; pieces of one step share it.
@@ -115,6 +138,9 @@ TEST(ChainRecorder, IndentationGoesTheWayOfItsBlock)
 TEST(ChainRecorder, PythonMacros)
 {
     EXPECT_EQ(Ways("@defpython p(a) = {str(a)}@def f = {p(7)}f"), "7: p@36 f@41\n");
+    // The names in its code are expanded into a string.
+    EXPECT_EQ(Ways("@def n = {2}@defpython l(int k) = {[k, n]}@for(i in l(n + 1)){i;}"),
+              "3: i@62 @for:1@42\n;: @for:1@42\n2: i@62 @for:2@42\n;: @for:2@42\n");
 }
 #endif
 

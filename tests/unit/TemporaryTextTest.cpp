@@ -357,6 +357,61 @@ TEST(TemporaryText, PiecesOfAMappedOutputAreReadable)
     EXPECT_EQ(copied, "ab one two got 1 ????");
 }
 
+/// For each piece that was made while expanding: its text and where that was copied from.
+std::string Copies(const char* source, bool isMapped = true)
+{
+    ExpansionRun run;
+    const ExpansionRunScope scope(run);
+    Session session;
+    const SubString text = session.Keep(source);
+    StringStream os(4096);
+    ExpandedOutput output(&os);
+    run.m_mappedOutput = isMapped ? &output : nullptr;
+    MacroExpand(nullptr, &session.m_frame, text, 0, 0, output);
+    OverwriteFreedMemory();
+    std::string copies;
+    for (const OutputPiece& piece : output.m_pieces.m_pieces)
+    {
+        if (piece.out != 0 || IsWithin(piece.in, text))
+            continue;
+        const char* const given = run.FindCopied(piece.in);
+        copies += isMapped ? Str(piece.in) : std::string("?");
+        copies += given == nullptr ? " " : "@" + std::to_string(given - text.begin()) + " ";
+        if (given != nullptr)
+        {
+            EXPECT_EQ(Str(SubString(given, given + piece.in.size())), Str(piece.in)) << source;
+        }
+    }
+    return copies;
+}
+
+TEST(TemporaryText, WhereCharactersWereCopiedFrom)
+{
+    static constexpr struct
+    {
+        const char* m_text;
+        const char* m_copies;
+    } rows[] = {
+        {"@for(x in [one, two]){x}", "one@11 two@16 "},
+        {"@def l = {[one, `t,o`]}@for(x in l){x}", "one@11 t@17 ,@18 o@19 "},
+        {"@def a = {one}@for(x in [a, b]){x}", "one@10 b@28 "},
+        // Texts in texts: the loop in a list, the list of an element, what is expanded twice.
+        {"@for(x in [@for(y in [p, q]){y,}]){x}", "p@22 q@25 "},
+        {"@for(x in [[p, q], [r]]){@for(y in x){y}}", "p@12 q@15 r@20 "},
+        {"@for(x in @[[p, q]]){x}", "p q "},
+        {"@[@quote(@def + m = {body})]m", "body@21 "},
+        {"@def t(f()) = {f(x, y)}@def b(u, v) = {v-u}t(b)", "y@20 x@17 "},
+        {"@def t(f()) = {f(`x`)}@def b(u) = {u}t(b)", "x@18 "},
+        // Calculated, or put together: it stands nowhere.
+        {"@for(x in [@(1 + 2), a@@b, c]){x}", "3 ab c@27 "},
+        {"@let int n = {7}@for(x in [n, n@@m]){x}", "7 7 m@33 "},
+        {"@for(x in [one, two]){@[x]}", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Copies(row.m_text), row.m_copies) << row.m_text;
+    EXPECT_EQ(Copies("@for(x in [one, two]){x}", false), "? ? ");
+}
+
 TEST(TemporaryText, PiecesOfOtherOutputsAreOnlyAddresses)
 {
     Session session;

@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <iterator>
+#include <pthread.h>
+#include <string_view>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -36,6 +38,9 @@ struct Entry
 /// One for each output that a run can have, and some.
 Entry s_entries[8];
 pid_t s_owner = 0;
+/// Whether this is a child process that Python code has made: asked after each piece of such code.
+bool s_isForked = false;
+bool s_forksAreNoted = false;
 /// The thread that makes, renames and removes temporary files.
 std::atomic<pid_t> s_worker = 0;
 /// What `s_worker` handles a fault on when its stack has run out.
@@ -153,7 +158,12 @@ void MakeName(Entry& entry)
     unsigned long random = 0;
     if (getrandom(&random, sizeof(random), 0) != sizeof(random))
         random = static_cast<unsigned long>(getpid()) + (s_count++ << 32);
-    std::snprintf(entry.m_name, sizeof(entry.m_name), ".tlexpand-%016lx", random);
+    // Not by printf, whose code would have to be fetched at each start.
+    static constexpr std::string_view prefix = ".tlexpand-";
+    char* end = std::ranges::copy(prefix, entry.m_name).out;
+    for (int shift = 60; shift >= 0; shift -= 4)
+        *end++ = "0123456789abcdef"[random >> shift & 15];
+    *end = '\0';
 }
 
 } // namespace
@@ -279,6 +289,9 @@ void TemporaryFile::MoveBack(const std::string& name)
 void InstallSignalHandlers()
 {
     s_owner = getpid();
+    s_isForked = false;
+    if (!s_forksAreNoted)
+        s_forksAreNoted = pthread_atfork(nullptr, nullptr, [] { s_isForked = true; }) == 0;
     // A program that is started gets defaults for handlers, but would inherit SIG_IGN.
     for (const int signal : s_ofWriting)
         if (HasDefault(signal))
@@ -331,7 +344,7 @@ void EndRun(const std::string& message)
 
 void EndForkedProcess(bool succeeded)
 {
-    if (getpid() != s_owner)
+    if (s_isForked || (!s_forksAreNoted && getpid() != s_owner))
         _exit(succeeded ? 0 : 1);
 }
 

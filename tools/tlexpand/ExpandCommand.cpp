@@ -19,6 +19,7 @@
 #include "report/TraceWriter.h"
 #include <algorithm>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
 namespace telv::tool
@@ -237,10 +238,14 @@ void ExpandCommand::RefuseInputs() const
 {
     if (const auto identity = m_handler.MainIdentity())
         m_outputs.m_set.RefuseInput(*identity, m_outputs.m_text);
-    const std::vector<FileIdentity> imports = m_handler.ImportedIdentities();
+    const std::optional<FileIdentity> standardOutput = RegularFileAt(STDOUT_FILENO);
+    const auto isWritten = [&](const FileIdentity& identity)
+    { return m_outputs.m_set.Holds(identity) || standardOutput == identity; };
+    const std::vector<FileIdentity> imports = m_handler.ImportedIdentities(isWritten);
     for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
-    OutputSet::RefuseStandardOutput(imports);
+    if (!imports.empty())
+        throw UsageError("standard output is a file that is read");
 }
 
 /// Calls `visit` with what is not in the file yet, in order; of a file that is not written, that is
@@ -332,7 +337,27 @@ std::vector<std::string> ExpandCommand::Dependencies() const
     return paths;
 }
 
+/// The only run of a process.
+struct LastRun
+{
+    explicit LastRun(const ExpandOptions& options) : m_command(options, m_texts) {}
+
+    ImportTexts m_texts;
+    ExpandCommand m_command;
+};
+
 } // namespace
+
+int RunExpandCommand(const ExpandOptions& options)
+{
+    auto run = std::make_unique<LastRun>(options);
+    const int status = run->m_command.Run();
+    // The system takes all memory back at once. What is lost is looked for; this is found.
+    [[maybe_unused]] static LastRun* volatile s_abandoned = nullptr;
+    if (status == 0)
+        s_abandoned = run.release();
+    return status;
+}
 
 int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts)
 {

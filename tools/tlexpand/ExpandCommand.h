@@ -8,11 +8,14 @@
 namespace telv::tool
 {
 
-/// Expands as the options say, with the imports' texts of earlier runs; the exit status 0, or 1
-/// after an error in the source text, which has been reported.
+/// Expands as the options say; the exit status 0, or 1 after an error in the source text, which has
+/// been reported. The process is to end then.
 ///
 /// @throws UsageError  Outputs that are one file, or a file that is read.
 /// @throws FileError
+int RunExpandCommand(const ExpandOptions& options);
+
+/// The same as one of several runs, with the imports' texts of earlier ones.
 int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts);
 
 } // namespace telv::tool

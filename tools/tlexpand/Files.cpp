@@ -258,6 +258,14 @@ std::string AbsolutePath(const std::string& path)
     return error ? path : JoinPath("", absolute.string());
 }
 
+std::optional<FileIdentity> RegularFileAt(int fd)
+{
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return FileIdentity(status);
+}
+
 bool IsSameFile(const std::string& a, const std::string& b)
 {
     struct stat first;

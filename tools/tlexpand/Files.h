@@ -8,6 +8,7 @@
 
 #include "tlUtils/StringExt.h"
 #include <cerrno>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -73,6 +74,9 @@ struct FileIdentity
     }
     auto operator<=>(const FileIdentity&) const = default; // NOLINT(modernize-use-nullptr)
 };
+
+/// What is open as `fd`; nothing when that is no regular file.
+std::optional<FileIdentity> RegularFileAt(int fd);
 
 /// Makes descriptors 0 to 2 exist, so that no file that is opened later becomes a standard stream
 /// by accident. Reading a closed input and writing to a closed output fail; what goes to a closed

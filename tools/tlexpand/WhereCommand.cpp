@@ -166,10 +166,11 @@ int WhereCommand::ShowOutput()
     ssize_t end = 0; // Of the range that grows.
     for (const MapPiece& piece : m_files.Map().m_pieces)
     {
-        const SourceRange& range = piece.m_place.IsKnown() ? piece.m_place : piece.m_from;
-        if (range.m_source != source || range.m_in >= last || range.m_in + range.m_inSize <= first)
+        const SourceRange& range = OriginRange(piece);
+        const ssize_t size = std::max(range.m_inSize, ssize_t{1});
+        if (range.m_source != source || range.m_in >= last || range.m_in + size <= first)
             continue;
-        const bool isCopy = piece.m_kind == EPieceKind::Source && piece.m_place.IsKnown();
+        const bool isCopy = IsCopy(piece);
         const ssize_t from = isCopy ? std::max(first - range.m_in, ssize_t{0}) : 0;
         const ssize_t to = isCopy ? std::min(last - range.m_in, piece.m_size) : piece.m_size;
         if (piece.m_out + from != end)

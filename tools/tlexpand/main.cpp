@@ -41,8 +41,7 @@ int RunExpand(int argc, char** argv)
         return PrintAndSucceed(s_version);
     if (IsBatch(options))
         return RunBatchCommand(options);
-    ImportTexts texts;
-    return RunExpandCommand(options, texts);
+    return RunExpandCommand(options);
 }
 
 int RunProject(int argc, char** argv)
@@ -84,8 +83,7 @@ int RunExplain(int argc, char** argv)
         return PrintAndSucceed(s_version);
     if (options.m_fromMap)
         return RunExplainMapCommand(options);
-    ImportTexts texts;
-    return RunExpandCommand(options, texts);
+    return RunExpandCommand(options);
 }
 
 /// A command that the first argument chooses.

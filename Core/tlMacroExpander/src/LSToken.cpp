@@ -7,8 +7,10 @@
 // or two more characters decide. Operators take the longest form that their row of kinds knows.
 // What fails is composed apart, in cold functions, so that the loops stay small.
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Scan/TokenScan.h"
 
 namespace telv
@@ -263,10 +265,73 @@ EToken LsScanTokenHelper(SubString& s)
     return ScanTokenHere(s);
 }
 
+namespace
+{
+
+constexpr bool IsBracket(char c)
+{
+    return c == '(' || c == ')' || c == '[' || c == ']' || c == '{' || c == '}';
+}
+
+constexpr bool IsBracket(EToken kind)
+{
+    return kind == TOKEN_LEFT_PAREN || kind == TOKEN_RIGHT_PAREN || kind == TOKEN_LEFT_SQUARE ||
+           kind == TOKEN_RIGHT_SQUARE || kind == TOKEN_LEFT_CURLY || kind == TOKEN_RIGHT_CURLY;
+}
+
+/// Where the first token begins that is a bracket or has to be looked at. `lastEnd` is moved behind
+/// the last one before it.
+const char* SkipTokensWithoutBrackets(const char* p, const char* end, const char*& lastEnd)
+{
+    while (p < end)
+    {
+        const char* const start = p;
+        switch (ClassOf(*p))
+        {
+        case CHAR_RAW_PREFIX:
+            if (end - p > 1 && (p[1] == '"' || p[1] == '\''))
+                return start;
+            [[fallthrough]];
+        case CHAR_NAME:
+            p = SkipNameCharacters(p + 1, end);
+            break;
+        case CHAR_DIGIT:
+            p = SkipPlainNumber(p, end);
+            if (p == nullptr)
+                return start;
+            break;
+        case CHAR_BLANK:
+            ++p;
+            continue;
+        case CHAR_DOUBLING:
+            if (*p == '+')
+                return start;
+            ++p;
+            break;
+        case CHAR_MINUS:
+        case CHAR_OPERATOR:
+            if (IsBracket(*p))
+                return start;
+            ++p;
+            break;
+        default:
+            return start;
+        }
+        lastEnd = p;
+    }
+    return end;
+}
+
+} // namespace
+
 LSToken ScanToEither(SubString& s, EToken a, EToken b, const char*& lastEnd)
 {
+    const bool passesOver =
+        FastPaths::IsOn(FastPaths::PLAIN_STRETCHES) && IsBracket(a) && IsBracket(b);
     for (;;)
     {
+        if (passesOver)
+            s.m_p1 = SkipTokensWithoutBrackets(s.begin(), s.end(), lastEnd);
         const LSToken token = ScanToken(s, /*returnComments=*/false);
         if (token.m_type == a || token.m_type == b || token.m_type == TOKEN_END)
             return token;

@@ -18,6 +18,7 @@
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
+#include <limits>
 
 namespace telv
 {
@@ -172,12 +173,14 @@ template void MacroExpander::ExpandTokenByToken</*isObserved=*/true>();
 void MacroExpander::ExpandInStretches(ExpansionLevel& level)
 {
     NameTable& names = FrameTree::Names(*m_vf);
+    ssize_t unseen = std::numeric_limits<ssize_t>::max();
     LSVariable* var = nullptr; // of the name at which a stretch ended
     const auto mayMatter = [&](SubString name) { return MayMatter(names, *m_vf, name, var); };
     for (;;)
     {
         const char* const resumed = m_str.begin();
         var = nullptr;
+        names.LookAhead(m_str, unseen);
         m_str.m_p1 = SkipPlainStretch(m_str, names.BindsAny(), mayMatter);
         if (m_str.empty())
             break;
@@ -414,7 +417,7 @@ void MacroExpander::CheckOutput(ExpansionLevel* level) const
         return;
     if (m_output.m_size > level->Limits().m_maxOutput) [[unlikely]]
         ExpansionLevel::ThrowOutputTooLarge(level->Position());
-    if (level->IsRecorded() && RunState::CurrentRun()->m_mappedOutput == &m_output)
+    if (level->KeepsPieces() && RunState::CurrentRun()->m_mappedOutput != nullptr)
         level->NotePiece();
 }
 
@@ -461,6 +464,35 @@ void MacroExpander::ExpandToString(const LevelText& text, ssize_t srcIndent, xst
     }
     VarFrame frame(m_vf);
     ExpandIntoString(frame, text, srcIndent, output);
+}
+
+/// Whether it is asked where the characters of texts that are made come from: for the map.
+bool MacroExpander::NotesCopies() const
+{
+    const ExpansionLevel* const level = OwnLevel();
+    return level != nullptr && level->KeepsPieces() &&
+           RunState::CurrentRun()->m_mappedOutput != nullptr;
+}
+
+/// The text that the current directive makes of `section`.
+std::shared_ptr<TemporaryText> MacroExpander::MakeText(const LevelText& section)
+{
+    if (NotesCopies())
+        return MakeNotedText(section);
+    xstring text;
+    ExpandToString(section, 0, text);
+    return MakeHeldShared<TemporaryText>(text, DirectiveRange());
+}
+
+/// The same, when it matters where its characters come from.
+[[gnu::noinline]] std::shared_ptr<TemporaryText>
+MacroExpander::MakeNotedText(const LevelText& section)
+{
+    xstring text;
+    OutputPieces pieces;
+    VarFrame frame(m_vf);
+    ExpandIntoString(frame, section, 0, text, &pieces);
+    return MakeHeldShared<TemporaryText>(text, DirectiveRange(), &pieces);
 }
 
 } // namespace telv

@@ -25,6 +25,7 @@ class MacroExpander;
 class Plan;
 class PlanReader;
 class ScannedText;
+class TemporaryText;
 class TextScope;
 struct ScanItem;
 struct LevelText;
@@ -184,7 +185,7 @@ public:
 
 private:
     friend void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent,
-                                 xstring& output);
+                                 xstring& output, OutputPieces* pieces);
     friend void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
                             ssize_t dstIndent, xstring& output);
     friend void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
@@ -259,6 +260,7 @@ private:
     LSToken ReadFormalArg(SubString name, LSMacroVariable& macroVar, LSToken token,
                           FormalNames& known);
     VarFrame* FindTargetFrame(bool fileScope, bool exportdef, const LSToken& name);
+    bool IsFileScopeOfTree() const;
 
     void ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& args);
     const LSVariable* PassArgs(LSMacroVariable& macroVar, VarFrame& context,
@@ -281,7 +283,11 @@ private:
     void NoteCall(const LSMacroVariable& macroVar) const;
     void NoteRound(ssize_t round) const;
     void BeginRound(ssize_t round) const;
-    xstring ComposeCall(const LSMacroVariable& macroVar, const LevelText& section);
+    std::shared_ptr<TemporaryText> ComposeCall(const LSMacroVariable& macroVar,
+                                               const LevelText& section);
+    bool NotesCopies() const;
+    std::shared_ptr<TemporaryText> MakeText(const LevelText& section);
+    std::shared_ptr<TemporaryText> MakeNotedText(const LevelText& section);
 
     bool WriteValueDirectly(const LevelText& expression);
     void WriteExpression(const LevelText& section);
@@ -329,8 +335,10 @@ TLEXPANDER_API void ReadVariableValueByParsingExpression(VarFrame* frame, SubStr
 void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
                           const char* origin);
 
-/// Expands a text in `frame` into a string, which is unchanged after an error.
-void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output);
+/// Expands a text in `frame` into a string, which is unchanged after an error. Its pieces are
+/// recorded when they are asked for.
+void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output,
+                      OutputPieces* pieces = nullptr);
 
 /// Read `@elseif` or `@else` from the front of `str`; false, with `str` moved, for anything else.
 TLEXPANDER_API bool ScanElseIfBlock(SubString& str);

@@ -71,7 +71,7 @@ constexpr const char* s_bootstrapScript = "import code\n"
 constexpr const char* s_flushScript = "myStdOut.flush = myStdErr.flush = lambda self: None\n";
 
 /// What is left to do at the end of a program. Files that Python closes on its own at its end would
-/// not tell about errors; those of C among them come last, since others write to them.
+/// not tell about errors. Those of C, which others write to, are sent off after this.
 constexpr const char* s_finishScript = R"(import gc, sys
 errors = []
 def attempt(call, kinds):
@@ -434,9 +434,15 @@ bool FinishCode(xstring& errorString)
         dict == nullptr
             ? nullptr
             : Python().PyRun_StringFlags(s_finishScript, Py_file_input, dict, dict, nullptr));
-    if (!result)
+    bool succeeded = static_cast<bool>(result);
+    if (succeeded && std::fflush(nullptr) != 0)
+    {
+        Python().PyErr_SetFromErrno(*Python().PyExc_IOError);
+        succeeded = false;
+    }
+    if (!succeeded)
         GetPythonError(errorString);
-    return static_cast<bool>(result);
+    return succeeded;
 }
 
 /// Compiles statements as if `linesBefore` empty lines stood before them; null with an error set.

@@ -7,6 +7,7 @@
 //                EINTRS, SHORTS: the same for it and every later one;
 //                EINVALS, ENOSYSS: two files can't be exchanged, from this call on;
 //                FORESEEN: the random numbers are zeros at first;
+//                GROW: before it, a read, somebody else appends a byte to the file;
 //                KILL, TERM: the signal comes before it;  TERM_AFTER: right after it
 //   FAULT_NOTE   a file that receives the name of the call that was met
 //
@@ -15,10 +16,12 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -169,15 +172,32 @@ EXPORTED int __openat_2(int directory, const char* path, int flags)
     return Forward<int>("__openat_2", Meet("open"), directory, path, flags);
 }
 
+/// Where the descriptor is that of a regular file.
+void Grow(int fd)
+{
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    char path[64];
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
+    const long end = syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_APPEND);
+    syscall(SYS_write, end, "x", 1);
+    syscall(SYS_close, end);
+}
+
 EXPORTED ssize_t read(int fd, void* buffer, size_t count)
 {
     const Fault fault = Meet("read", true);
+    if (Is("GROW") && s_plan.count == s_plan.at)
+        Grow(fd);
     return Forward<ssize_t>("read", fault, fd, buffer, Part(count, fault));
 }
 
 EXPORTED ssize_t __read_chk(int fd, void* buffer, size_t count, size_t size)
 {
     const Fault fault = Meet("read", true);
+    if (Is("GROW") && s_plan.count == s_plan.at)
+        Grow(fd);
     return Forward<ssize_t>("__read_chk", fault, fd, buffer, Part(count, fault), size);
 }
 

@@ -111,8 +111,9 @@ void DataWriter::WritePieces()
 std::string DataWriter::NumbersOf(const MapPiece& piece)
 {
     constexpr int s_made = 3;
-    const bool isMade = !piece.m_place.IsKnown() && piece.m_from.IsKnown();
-    const SourceRange& place = isMade ? piece.m_from : piece.m_place;
+    SourceRange place = OriginRange(piece);
+    const bool isMade = piece.m_kind == EPieceKind::Source && place.IsKnown() && !IsCopy(piece);
+    place.m_inSize = std::max(place.m_inSize, ssize_t{1}); // of a value, its beginning lights up
     const int kind = isMade ? s_made : static_cast<int>(piece.m_kind);
     const ssize_t size = m_output.Before(piece.m_out + piece.m_size) - m_output.Before(piece.m_out);
     std::string numbers = std::to_string(size) + "," + std::to_string(kind) + ",";

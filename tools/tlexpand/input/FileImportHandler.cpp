@@ -483,12 +483,16 @@ std::vector<std::string> FileImportHandler::ImportedPaths() const
     return paths;
 }
 
-std::vector<FileIdentity> FileImportHandler::ImportedIdentities() const
+std::vector<FileIdentity>
+FileImportHandler::ImportedIdentities(const std::function<bool(const FileIdentity&)>& matters) const
 {
     std::vector<FileIdentity> identities;
     for (size_t i = 1; i < m_inputs.size(); ++i)
-        if (m_inputs[i]->m_identity && LeadsTo(m_inputs[i]->m_path, *m_inputs[i]->m_identity))
-            identities.push_back(*m_inputs[i]->m_identity);
+    {
+        const std::optional<FileIdentity>& identity = m_inputs[i]->m_identity;
+        if (identity && matters(*identity) && LeadsTo(m_inputs[i]->m_path, *identity))
+            identities.push_back(*identity);
+    }
     return identities;
 }
 

@@ -17,6 +17,7 @@
 #include "rows/RowList.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/MacroExpand.h"
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -83,8 +84,9 @@ public:
     /// Names that lead to the files that were imported, in the order of reading: each name by which
     /// a file was reached and, where symbolic links were passed, that of the file itself.
     std::vector<std::string> ImportedPaths() const;
-    /// Those of the imported files that are still there.
-    std::vector<FileIdentity> ImportedIdentities() const;
+    /// Those of the imported files that are still there, of those that `matters` is true for.
+    std::vector<FileIdentity>
+    ImportedIdentities(const std::function<bool(const FileIdentity&)>& matters) const;
 
     bool HandleImportPath(const xstring& path, const char* pos) override;
     bool HandleImport(VarFrame* vf, const xstring& path, const char* pos) override;

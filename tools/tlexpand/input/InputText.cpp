@@ -58,6 +58,22 @@ bool IsSameTime(const timespec& a, const timespec& b)
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
+bool IsSameState(const struct stat& a, const struct stat& b)
+{
+    return a.st_size == b.st_size && IsSameTime(a.st_mtim, b.st_mtim);
+}
+
+/// For a file that gave another number of bytes than it had: there are such whose size means
+/// nothing, and one may have been read in part before.
+void CheckUnchanged(int fd, const std::string& path, const struct stat& before)
+{
+    struct stat now;
+    if (fstat(fd, &now) != 0)
+        throw MakeFileError("read", path, errno);
+    if (!IsSameState(before, now))
+        throw FileError("can't read '" + path + "': it changed while it was read");
+}
+
 } // namespace
 
 InputText::InputText(xstring text)
@@ -101,8 +117,11 @@ InputText InputText::Read(int fd, const std::string& path)
 InputText InputText::Read(int fd, const std::string& path, const struct stat& status)
 {
     InputText input;
-    if (!input.Map(fd, path, status))
-        input = InputText(ReadAll(fd, path, static_cast<ssize_t>(status.st_size)));
+    if (input.Map(fd, path, status))
+        return input;
+    input = InputText(ReadAll(fd, path, static_cast<ssize_t>(status.st_size)));
+    if (input.Text().size() != status.st_size)
+        CheckUnchanged(fd, path, status);
     return input;
 }
 
@@ -133,8 +152,7 @@ bool InputText::HasChanged(const std::string& path) const
 {
     struct stat now;
     return m_mapped && fstatat(StartDirectory(), path.c_str(), &now, 0) == 0 &&
-           FileIdentity(now) == FileIdentity(*m_mapped) &&
-           (now.st_size != m_mapped->st_size || !IsSameTime(now.st_mtim, m_mapped->st_mtim));
+           FileIdentity(now) == FileIdentity(*m_mapped) && !IsSameState(now, *m_mapped);
 }
 
 } // namespace telv::tool

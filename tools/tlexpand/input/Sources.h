@@ -40,7 +40,11 @@ public:
     const char* ImportPosition() const { return m_importPos; }
 
     /// Makes it a text that was made from a file.
-    void SetMadeFrom(const MadeFrom& made) { m_made = made; }
+    void SetMadeFrom(const MadeFrom& made)
+    {
+        m_made = made;
+        m_linesBefore.clear();
+    }
     bool IsMade() const { return m_made.m_places != nullptr; }
     /// The text that lines and offsets are counted in: of a made text, that of the file.
     SubString File() const { return IsMade() ? m_made.m_file : m_text; }
@@ -49,18 +53,24 @@ public:
     /// The offset in the file.
     ssize_t OffsetInFile(const char* pos) const { return PlaceInFile(pos) - File().begin(); }
 
-    /// The line of a position in the text or at its end, counted from 1. Linear; allocates
-    /// nothing.
+    /// The line of a position in the text or at its end, counted from 1. For an error, linear and
+    /// without an allocation: it may be that memory has run out. Who asks more often is answered at
+    /// once.
     ssize_t Line(const char* pos) const;
-    /// The line that holds `pos`, without its end (LF or CR LF).
-    SubString LineText(const char* pos) const;
+    /// The line that holds `pos`, without its end (LF or CR LF), and of a long one at most `most`
+    /// bytes on each side of `pos`. A part begins with a whole character.
+    SubString LineAround(const char* pos, ssize_t most) const;
 
 private:
+    bool MakeLineCounts() const;
+
     std::string m_name;
     SubString m_text;
     size_t m_index;
     const char* m_importPos;
     MadeFrom m_made = {};
+    mutable int m_linesAsked = 0;
+    mutable std::vector<ssize_t> m_linesBefore; ///< For each block of bytes, once it is worth it.
 };
 
 /// Owns the sources of a run.

@@ -21,6 +21,8 @@ const char* DescribeOrigin(const Origin& origin)
 {
     if (origin.m_isMade)
         return "made while expanding this";
+    if (origin.m_isReworded)
+        return "made from this";
     return origin.m_kind == EPieceKind::Source ? "copied from here" : "calculated here";
 }
 

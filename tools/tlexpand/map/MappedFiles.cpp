@@ -72,16 +72,15 @@ void MappedFiles::CheckCopies(size_t source, SubString text)
     const SubString output = Output().m_text;
     for (const MapPiece& piece : m_map.m_pieces)
     {
-        const SourceRange& place = piece.m_place.IsKnown() ? piece.m_place : piece.m_from;
+        const SourceRange& place = OriginRange(piece);
         if (place.m_source != static_cast<ssize_t>(source))
             continue;
         const bool isInside =
             place.m_in <= text.size() && place.m_inSize <= text.size() - place.m_in;
-        const bool isCopy = piece.m_kind == EPieceKind::Source && piece.m_place.IsKnown();
         const bool fits =
             isInside &&
-            (!isCopy || std::memcmp(text.begin() + place.m_in, output.begin() + piece.m_out,
-                                    static_cast<size_t>(piece.m_size)) == 0);
+            (!IsCopy(piece) || std::memcmp(text.begin() + place.m_in, output.begin() + piece.m_out,
+                                           static_cast<size_t>(piece.m_size)) == 0);
         if (!fits)
             throw MapError("'" + m_mapPath + "' does not fit '" + m_outputPath + "' and '" +
                            SourcePath(source) + "': one of them has changed since it was written");

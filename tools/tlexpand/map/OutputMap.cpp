@@ -20,17 +20,32 @@ const char* NameOf(EPieceKind kind)
     return "indentation";
 }
 
+bool IsCopy(const MapPiece& piece)
+{
+    return piece.m_kind == EPieceKind::Source && &OriginRange(piece) != &piece.m_from &&
+           OriginRange(piece).m_inSize == piece.m_size;
+}
+
+const SourceRange& OriginRange(const MapPiece& piece)
+{
+    if (piece.m_place.IsKnown())
+        return piece.m_place;
+    return piece.m_copied.IsKnown() ? piece.m_copied : piece.m_from;
+}
+
 std::optional<Origin> OriginIn(const MapPiece& piece, ssize_t offset)
 {
-    const bool isMade = !piece.m_place.IsKnown();
-    const SourceRange& range = isMade ? piece.m_from : piece.m_place;
+    const SourceRange& range = OriginRange(piece);
     if (!range.IsKnown())
         return std::nullopt;
+    const bool isMade = &range == &piece.m_from;
+    const bool isReworded = &range == &piece.m_copied && !IsCopy(piece);
     Origin origin{static_cast<size_t>(range.m_source),
                   range.m_in,
                   range.m_inSize,
                   piece.m_kind,
                   isMade,
+                  isReworded,
                   piece.m_chain};
     if (origin.IsCopied())
     {

@@ -46,6 +46,9 @@ struct MapPiece
     ssize_t m_size = 0;
     SourceRange m_place;
     SourceRange m_from; ///< What made the text that the place lies in, when that is no source.
+    /// Where the characters were copied into such a text from. Its size is that of the piece, or 0
+    /// where they stand there in other words: then it is where these begin.
+    SourceRange m_copied;
     ssize_t m_chain = s_none;
 };
 
@@ -67,10 +70,11 @@ struct Origin
     ssize_t m_size =
         1; ///< Of what made the byte: 1 for a copied one, else of the directive or name.
     EPieceKind m_kind = EPieceKind::Source;
-    bool m_isMade = false; ///< Copied, but from text made while expanding: this is its maker.
+    bool m_isMade = false;     ///< Copied, but from text made while expanding: this is its maker.
+    bool m_isReworded = false; ///< Copied, but it stands here in other words.
     ssize_t m_chain = s_none;
 
-    bool IsCopied() const { return m_kind == EPieceKind::Source && !m_isMade; }
+    bool IsCopied() const { return m_kind == EPieceKind::Source && !m_isMade && !m_isReworded; }
 };
 
 struct OutputMap
@@ -95,6 +99,12 @@ struct OutputMap
     /// The steps from the innermost outwards that lead to `chain`, which may be `s_none`.
     std::vector<const MapChain*> StepsOf(ssize_t chain) const;
 };
+
+/// The best that is known of where a piece came from: its place, where it was copied from into a
+/// text that was made, or what made that. May be unknown.
+const SourceRange& OriginRange(const MapPiece& piece);
+/// Whether the bytes of the piece are those of that range, one by one.
+bool IsCopy(const MapPiece& piece);
 
 /// The origin of the byte `offset` of a piece.
 std::optional<Origin> OriginIn(const MapPiece& piece, ssize_t offset);

@@ -93,12 +93,16 @@ void MapReader::ReadPiece(const json& value)
     piece.m_place = ReadRange(value);
     if (const auto from = value.find("from"); from != value.end() && from->is_object())
         piece.m_from = ReadRange(*from);
+    if (const auto copied = value.find("copied"); copied != value.end() && copied->is_object())
+        piece.m_copied = ReadRange(*copied);
     piece.m_chain = ReadOptional(value, "chain");
     const ssize_t end =
         m_map.m_pieces.empty() ? 0 : m_map.m_pieces.back().m_out + m_map.m_pieces.back().m_size;
     if (piece.m_out != end || piece.m_size == 0)
         Fail("the pieces leave a gap or overlap at " + std::to_string(end));
     if (piece.m_kind == EPieceKind::Source && piece.m_place.m_inSize != piece.m_size)
+        Fail("the copied piece at " + std::to_string(end) + " has another size than its source");
+    if (piece.m_copied.m_inSize != 0 && piece.m_copied.m_inSize != piece.m_size)
         Fail("the copied piece at " + std::to_string(end) + " has another size than its source");
     m_map.m_pieces.push_back(piece);
 }
@@ -177,6 +181,7 @@ void MapReader::CheckReferences() const
     {
         CheckRange(piece.m_place);
         CheckRange(piece.m_from);
+        CheckRange(piece.m_copied);
         if (piece.m_chain >= static_cast<ssize_t>(m_map.m_chains.size()))
             Fail("a chain that is not in the list");
     }

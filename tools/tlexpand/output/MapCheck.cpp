@@ -17,8 +17,21 @@ bool IsEqual(SubString a, SubString b)
            std::memcmp(a.begin(), b.begin(), static_cast<size_t>(a.size())) == 0;
 }
 
+/// Whether what was copied into a text that was made stands where it is said to.
+bool IsCopiedRight(const WrittenPiece& written, const Sources& sources)
+{
+    const SourceRange& copied = written.m_piece.m_copied;
+    if (copied.m_inSize == 0)
+        return true;
+    const SubString file = sources[static_cast<size_t>(copied.m_source)].File();
+    if (copied.m_in > file.size() - copied.m_inSize)
+        return false;
+    const char* const begin = file.begin() + copied.m_in;
+    return IsEqual(written.m_text, SubString(begin, begin + copied.m_inSize));
+}
+
 /// What is wrong with one piece, whose text is known to be the one that is written.
-const char* FindPieceError(const WrittenPiece& written)
+const char* FindPieceError(const WrittenPiece& written, const Sources& sources)
 {
     const MapPiece& piece = written.m_piece;
     const bool hasOrigin = piece.m_place.IsKnown() || piece.m_from.IsKnown();
@@ -29,7 +42,9 @@ const char* FindPieceError(const WrittenPiece& written)
     case EPieceKind::Source:
         if (!hasOrigin)
             return "was copied from an unknown text";
-        return IsEqual(written.m_text, written.m_in) ? nullptr : "differs from its source";
+        return IsEqual(written.m_text, written.m_in) && IsCopiedRight(written, sources)
+                   ? nullptr
+                   : "differs from its source";
     case EPieceKind::Calculated:
         return hasOrigin ? nullptr : "has no origin";
     case EPieceKind::Indentation:
@@ -53,7 +68,7 @@ std::string FindMapError(const WrittenOutput& output)
     const auto check = [&](const WrittenPiece& written)
     {
         const char* const fault = written.m_piece.m_out == offset
-                                      ? FindPieceError(written)
+                                      ? FindPieceError(written, output.m_sources)
                                       : "does not begin where the last one ends";
         if (fault != nullptr && error.empty())
             error = "the piece at " + std::to_string(written.m_piece.m_out) + " " + fault;

@@ -26,6 +26,7 @@ MapStyle MakeMapStyle(const ExpandOptions& options)
 {
     MapStyle style;
     style.m_joinRuns = options.m_mapRuns;
+    style.m_copies = options.m_chains;
     style.m_directory = DirectoryFrom(options.m_map);
     if (options.m_output != s_standardStream)
         style.m_output = options.m_output;

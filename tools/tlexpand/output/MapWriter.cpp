@@ -19,13 +19,15 @@ std::string Place(const SourceRange& range)
            ",\"in\":" + std::to_string(range.m_in) + size;
 }
 
-std::string JsonOf(const MapPiece& piece)
+std::string JsonOf(const MapPiece& piece, bool withCopies)
 {
     std::string json = std::string("{\"kind\":\"") + NameOf(piece.m_kind) +
                        "\",\"out\":" + std::to_string(piece.m_out) +
                        ",\"size\":" + std::to_string(piece.m_size) + "," + Place(piece.m_place);
     if (piece.m_from.IsKnown())
         json += ",\"from\":{" + Place(piece.m_from) + "}";
+    if (withCopies && piece.m_copied.IsKnown())
+        json += ",\"copied\":{" + Place(piece.m_copied) + "}";
     if (piece.m_chain != s_none)
         json += ",\"chain\":" + std::to_string(piece.m_chain);
     return json + "}";
@@ -57,6 +59,7 @@ public:
         {
             m_pending->m_size += written.m_piece.m_size;
             m_pending->m_place.m_inSize += written.m_piece.m_place.m_inSize;
+            m_pending->m_copied.m_inSize += written.m_piece.m_copied.m_inSize;
         }
         else
         {
@@ -80,7 +83,17 @@ private:
         return m_join && piece.m_kind == EPieceKind::Source && m_pending->m_kind == piece.m_kind &&
                written.m_in.begin() == m_inEnd &&
                m_pending->m_place.m_source == piece.m_place.m_source &&
-               m_pending->m_from == piece.m_from && m_pending->m_chain == piece.m_chain;
+               m_pending->m_from == piece.m_from && ContinuesCopy(piece) &&
+               m_pending->m_chain == piece.m_chain;
+    }
+    bool ContinuesCopy(const MapPiece& piece) const
+    {
+        const SourceRange& last = m_pending->m_copied;
+        const SourceRange& next = piece.m_copied;
+        if (last.m_source != next.m_source)
+            return false;
+        return !next.IsKnown() ||
+               (last.m_inSize != 0 && next.m_inSize != 0 && last.m_in + last.m_inSize == next.m_in);
     }
 
     bool m_join;
@@ -144,7 +157,7 @@ void WriteMap(ByteSink& sink, const WrittenOutput& output, const MapStyle& style
     }
     ListWriter pieces(sink, "pieces");
     ForEachMapPiece(output, style.m_joinRuns,
-                    [&](const MapPiece& piece) { pieces.Add(JsonOf(piece)); });
+                    [&](const MapPiece& piece) { pieces.Add(JsonOf(piece, style.m_copies)); });
     pieces.End();
     sink.Write("}\n");
 }

@@ -17,6 +17,7 @@ struct MapStyle
     /// From the directory of the map to the one that names are relative to; written with the name.
     std::string m_directory;
     bool m_joinRuns = false; ///< Copied neighbours that continue each other are one piece.
+    bool m_copies = false;   ///< Say where text made while expanding got its characters from.
 };
 
 /// Writes the map piece by piece.

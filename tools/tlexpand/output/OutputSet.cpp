@@ -9,19 +9,6 @@
 namespace telv::tool
 {
 
-namespace
-{
-
-std::optional<FileIdentity> RegularFileAt(int fd)
-{
-    struct stat status;
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    return FileIdentity(status);
-}
-
-} // namespace
-
 OutputFile& OutputSet::Add(const std::string& path)
 {
     OutputFile& added = m_outputs.emplace_back(path).m_file;
@@ -52,11 +39,10 @@ void OutputSet::RefuseStandardStreams() const
     }
 }
 
-void OutputSet::RefuseStandardOutput(const std::vector<FileIdentity>& imports)
+bool OutputSet::Holds(const FileIdentity& identity) const
 {
-    const std::optional<FileIdentity> identity = RegularFileAt(STDOUT_FILENO);
-    if (identity && std::ranges::find(imports, *identity) != imports.end())
-        throw UsageError("standard output is a file that is read");
+    return std::ranges::any_of(m_outputs, [&](const Output& output)
+                               { return output.m_file.IsFile(identity); });
 }
 
 void OutputSet::SetContent(OutputFile& file, Content content)

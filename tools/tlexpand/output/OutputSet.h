@@ -26,8 +26,8 @@ public:
     ///     what is printed or reported would be lost.
     void RefuseStandardStreams() const;
 
-    /// @throws UsageError  Standard output is the same regular file as an imported one.
-    static void RefuseStandardOutput(const std::vector<FileIdentity>& imports);
+    /// Whether an output is the file `identity`.
+    bool Holds(const FileIdentity& identity) const;
 
     /// What is to be written to `output`.
     void SetContent(OutputFile& output, Content content);

@@ -3,6 +3,7 @@
 // own part of the source; what is left of a calculated one keeps the whole range.
 #include "output/WrittenPieces.h"
 #include "Files.h"
+#include <algorithm>
 
 namespace telv::tool
 {
@@ -26,6 +27,7 @@ private:
     void VisitInserted(const TextEdit& edit);
     void Send(WrittenPiece& written);
     void SetPlace(MapPiece& piece, SubString in) const;
+    void SetCopied(MapPiece& piece, SubString in) const;
 
     const WrittenOutput& m_output;
     const std::function<void(const WrittenPiece&)>& m_visit;
@@ -77,9 +79,28 @@ void PieceWalk::SetPlace(MapPiece& piece, SubString in) const
     piece.m_place.m_inSize = in.size();
     SubString maker(in.begin(), in.begin());
     if (source == nullptr && m_output.m_run.FindOrigin(in.begin(), maker))
+    {
         source = m_output.m_sources.Find(maker.begin());
+        if (piece.m_kind == EPieceKind::Source)
+            SetCopied(piece, in);
+    }
     if (source != nullptr)
         piece.m_from = RangeIn(*source, maker);
+}
+
+/// Where text that was made while expanding got its characters from. Of rows of data, whose values
+/// may be written in other ways in their file, it is the value.
+void PieceWalk::SetCopied(MapPiece& piece, SubString in) const
+{
+    const char* const given = m_output.m_run.FindCopied(in);
+    const Source* const source = m_output.m_sources.Find(given);
+    if (source == nullptr)
+        return;
+    piece.m_copied = RangeIn(*source, SubString(given, given + in.size()));
+    const SubString rest(source->File().begin() + piece.m_copied.m_in, source->File().end());
+    const bool isAlike = in.size() <= rest.size() && std::equal(in.begin(), in.end(), rest.begin());
+    if (source->IsMade() && !isAlike)
+        piece.m_copied.m_inSize = 0;
 }
 
 /// The characters [from, to) of the expansion, which lie in the piece.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The line is read by characters (a UTF-8 sequence, an ill-formed byte): once to count them, once
-// to make what is shown and what stands under it. Lines can be as long as the text, and memory may
-// have run out, so only what is shown is stored.
+// to make what is shown and what stands under it. Lines can be as long as the text and have
+// thousands of warnings, and memory may have run out, so only what is near the caret is looked at,
+// and only what is shown is stored.
 #include "report/Excerpt.h"
 #include "Files.h"
 #include "Utf8.h"
@@ -17,6 +18,8 @@ namespace
 /// Longer lines are cut to this many characters on each side of the caret.
 constexpr size_t s_longestLine = 500;
 constexpr size_t s_sideOfCut = 200;
+/// So many bytes on a side of the caret are more characters than fit in a line that is not cut.
+constexpr ssize_t s_mostBytes = 4 * (s_longestLine + 2);
 
 std::string Escape(SubString bytes)
 {
@@ -56,13 +59,13 @@ Column MakeColumn(const Utf8Character& c, bool escape)
     return {std::move(shown), std::move(below)};
 }
 
-/// The characters of a line that are shown: [m_first, m_last).
+/// The characters of a line that are shown: [m_first, m_last) of those that are looked at.
 struct ShownPart
 {
     size_t m_first = 0;
     size_t m_last = 0;
     size_t m_caret = 0; ///< The character that the caret goes under.
-    size_t m_count = 0; ///< Of the whole line.
+    size_t m_count = 0; ///< Of those that are looked at.
 };
 
 ShownPart ChoosePart(SubString line, const char* pos)
@@ -86,7 +89,7 @@ ShownPart ChoosePart(SubString line, const char* pos)
 
 std::string MakeExcerpt(const Source& source, const char* pos, ExcerptStyle style)
 {
-    SubString line = source.LineText(pos);
+    SubString line = source.LineAround(pos, s_mostBytes);
     const ShownPart part = ChoosePart(line, source.PlaceInFile(pos));
     std::string shown = part.m_first > 0 ? "..." : "";
     std::string below(shown.size(), ' ');

@@ -7,6 +7,7 @@
 
 #include "tlMacroExpander/ExpansionObserver.h"
 #include "tlMacroExpander/src/Directives/Watching.h"
+#include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
@@ -47,8 +48,11 @@ void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defp
     if (token.m_type != TOKEN_IDENTIFIER)
         ThrowAtToken({"Identifier expected for macro name when read "}, token);
 
+    FrameTree::Names(*m_vf).FetchSlot(HashName(token.m_str));
     TemporaryText* const owner = ExpansionLevel::CurrentOwner();
-    auto macroVar = MakeMacroVariable(returnType, token.m_str, nullptr, owner, owner);
+    const bool isOfTree = !fileScope || IsFileScopeOfTree();
+    auto macroVar = MakeMacroVariable(returnType, token.m_str, nullptr, owner, owner,
+                                      isOfTree ? m_vf : nullptr);
     macroVar->m_isPython = defpython;
     macroVar->m_naked = nakeddef;
     ReadMacroVariableDefn(token.m_str, macroVar.get());
@@ -62,6 +66,13 @@ void MacroExpander::ProcessDefDirective(bool exportdef, bool nakeddef, bool defp
         TellDefined(ObservedDefinition::DEFINED_MACRO, token.m_str, added.GetSubstitutionString(),
                     &added);
     ScanOverWhiteSpaceAfterDirective();
+}
+
+/// Whether the file scope shares the names of this frame, and with them the memory of variables.
+bool MacroExpander::IsFileScopeOfTree() const
+{
+    const VarFrame* const file = m_vf->m_fileScopeFrame;
+    return file != nullptr && &FrameTree::Names(*file) == &FrameTree::Names(*m_vf);
 }
 
 /// The frame that a definition goes to; `+` takes precedence over exporting.

@@ -332,11 +332,9 @@ PlannedAction MacroExpander::PlanSqrBracket(PlanReader& reader)
 void MacroExpander::ExpandTwice(const LevelText& section)
 {
     AdvanceWritePos(m_str.begin(), /*write=*/false);
-    xstring first;
-    ExpandToString(section, 0, first);
+    const TextScope text(MakeText(section));
     if (Warns(WARN_UNKNOWN_NAME))
-        WatchComputedName(*this, first);
-    const TextScope text(first, DirectiveRange());
+        WatchComputedName(*this, text.Text());
     try
     {
         xstring second;

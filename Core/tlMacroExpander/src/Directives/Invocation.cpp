@@ -410,8 +410,7 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
         span.emplace(*this, *macroVar, nullptr);
     try
     {
-        xstring call = ComposeCall(*macroVar, section);
-        const TextScope text(call, DirectiveRange());
+        const TextScope text(ComposeCall(*macroVar, section));
         const LevelText whole{text.Text(), text.Owner()};
         VarFrame* const context = macroVar->m_context != nullptr ? macroVar->m_context : m_vf;
         if (macroVar->m_returnType == LSV_MACRO)
@@ -432,15 +431,27 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
 }
 
 /// The call that a function argument stands for: its text with the arguments, expanded here.
-xstring MacroExpander::ComposeCall(const LSMacroVariable& macroVar, const LevelText& section)
+std::shared_ptr<TemporaryText> MacroExpander::ComposeCall(const LSMacroVariable& macroVar,
+                                                          const LevelText& section)
 {
+    const SubString name = macroVar.GetSubstitutionString();
+    const bool notesCopies = NotesCopies();
+    OutputPieces pieces;
+    if (notesCopies && !name.empty())
+        pieces.m_pieces.push_back({name, 0});
     xstring args;
-    ExpandIntoString(*m_vf, section, 0, args);
-    xstring call(macroVar.GetSubstitutionString());
+    OutputPieces argPieces;
+    ExpandIntoString(*m_vf, section, 0, args, notesCopies ? &argPieces : nullptr);
+    xstring call(name);
     call += '(';
     call += args;
     call += ')';
-    return call;
+    if (!notesCopies)
+        return MakeHeldShared<TemporaryText>(call, DirectiveRange());
+    pieces.m_pieces.push_back({DirectiveRange(), 1}); // the bracket
+    for (const OutputPiece& piece : argPieces)
+        pieces.m_pieces.push_back(piece);
+    return MakeHeldShared<TemporaryText>(call, DirectiveRange(), &pieces);
 }
 
 } // namespace telv

@@ -3,8 +3,7 @@
 //
 // The list of @for exists only while the loop runs; its elements are bound by name, and what they
 // define may outlive it, so it is a temporary text.
-#include "tlMacroExpander/src/Frames/FrameTree.h"
-#include "tlMacroExpander/src/Frames/HeldNames.h"
+#include "tlMacroExpander/src/Directives/RoundFrame.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
@@ -14,7 +13,6 @@
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/RepeatedText.h"
-#include "tlMacroExpander/src/Values/OwningVariables.h"
 
 namespace telv
 {
@@ -64,10 +62,9 @@ public:
     ForLoop(MacroExpander& expander, const ForHead& head, const TextScope& list,
             const LevelText& block, ssize_t indent)
         : m_expander(expander), m_head(head), m_list(list), m_rest(list.Text()), m_block(block),
-          m_indent(indent), m_outputPos(expander.GetOutputPos())
+          m_indent(indent), m_outputPos(expander.GetOutputPos()),
+          m_frame(*expander.m_vf, head.m_names, list.Owner())
     {
-        m_names.Hold(FrameTree::Names(*expander.m_vf), static_cast<size_t>(head.m_names.size()),
-                     [&](size_t i) { return head.m_names[static_cast<ssize_t>(i)]; });
     }
 
     void Run();
@@ -82,8 +79,8 @@ private:
     void ExpandElement(SubString element);
     void ExpandRound(VarFrame& frame, SubString element);
     void ExpandObservedRound(VarFrame& frame, SubString element);
-    void BindValues(VarFrame& frame, SubString element) const;
-    void Bind(VarFrame& frame, ssize_t name, const LevelText& value) const;
+    void BindValues(SubString element);
+    void Bind(ssize_t name, const LevelText& value);
 
     MacroExpander& m_expander;
     const ForHead& m_head;
@@ -92,7 +89,7 @@ private:
     RepeatedText m_block;
     ssize_t m_indent;
     ssize_t m_outputPos;
-    HeldNames m_names;
+    RoundFrame m_frame;
     KnownList* m_noted = nullptr;
     ssize_t m_round = 0;                                         ///< Counted from 1.
     ExpansionObserver* m_observer = RunState::CurrentObserver(); ///< Or null.
@@ -103,10 +100,8 @@ void MacroExpander::ProcessForDirective()
     ForHead head;
     ReadForHead(head, [this] { return NextToken(); });
     head.m_listPos = m_str.begin();
-    const LevelText section = CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    xstring listString;
-    ExpandToString(section, 0, listString);
-    const TextScope list(listString, DirectiveRange());
+    const TextScope list(
+        MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN)));
     ssize_t indent = 0;
     const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
     LoopFor(head, list, block, indent, nullptr);
@@ -243,9 +238,9 @@ void MacroExpander::ForLoop::Run(const KnownList& list)
     for (const KnownList::Round& round : list.m_rounds)
     {
         BeginRound();
-        VarFrame frame(m_expander.m_vf);
+        VarFrame& frame = m_frame.Begin();
         for (ssize_t i = 0; i < n; ++i)
-            Bind(frame, i, list.m_values[round.m_firstValue + static_cast<size_t>(i)]);
+            Bind(i, list.m_values[round.m_firstValue + static_cast<size_t>(i)]);
         ExpandRound(frame, round.m_element);
     }
     m_expander.BeginRound(0);
@@ -262,11 +257,11 @@ void MacroExpander::ForLoop::ExpandElement(SubString element)
     BeginRound();
     if (m_noted != nullptr)
         m_noted->m_rounds.push_back({element, m_noted->m_values.size()});
-    VarFrame frame(m_expander.m_vf);
+    VarFrame& frame = m_frame.Begin();
     if (m_head.m_isSingle)
-        Bind(frame, 0, LevelText{element});
+        Bind(0, LevelText{element});
     else
-        BindValues(frame, element);
+        BindValues(element);
     ExpandRound(frame, element);
 }
 
@@ -302,7 +297,7 @@ void MacroExpander::ForLoop::ExpandObservedRound(VarFrame& frame, SubString elem
 }
 
 /// Binds the values of an element `(a, b)`. What follows its closing bracket is not looked at.
-void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) const
+void MacroExpander::ForLoop::BindValues(SubString element)
 {
     const SubString whole(element);
     const LSToken open = LsScanToken(element, /*returnComments=*/false);
@@ -315,7 +310,7 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
     {
         SubString value;
         const LSToken end = CutElement(element, value, TOKEN_RIGHT_PAREN);
-        Bind(frame, i, LevelText{value});
+        Bind(i, LevelText{value});
         if ((i < n - 1) != (end.m_type == TOKEN_COMMA))
             HintAtElement(whole, n);
         if (i < n - 1 && end.m_type != TOKEN_COMMA)
@@ -325,12 +320,11 @@ void MacroExpander::ForLoop::BindValues(VarFrame& frame, SubString element) cons
     }
 }
 
-void MacroExpander::ForLoop::Bind(VarFrame& frame, ssize_t name, const LevelText& value) const
+void MacroExpander::ForLoop::Bind(ssize_t name, const LevelText& value)
 {
     if (m_noted != nullptr)
         m_noted->m_values.push_back(value);
-    auto bound = MakeLoopVariable(m_head.m_names[name], m_expander.m_vf, m_list.Owner(), value);
-    frame.m_localVariables.AddBound(bound.release(), m_names[static_cast<size_t>(name)]);
+    m_frame.Bind(name, value);
 }
 
 void MacroExpander::ProcessWhileDirective()

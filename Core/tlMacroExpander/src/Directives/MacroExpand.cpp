@@ -51,14 +51,17 @@ void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcInde
     MacroExpander(ih, vf, str, srcIndent, dstIndent, output).Expand();
 }
 
-void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output)
+void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output,
+                      OutputPieces* pieces)
 {
     StringSink sink;
     xostream os(&sink);
     ExpandedOutput expanded(&os);
     MacroExpander(nullptr, &frame, text.m_text, srcIndent, 0, expanded)
-        .ExpandNested(text, /*isRecorded=*/false);
+        .ExpandNested(text, /*isRecorded=*/pieces != nullptr);
     sink.Take(output);
+    if (pieces != nullptr)
+        pieces->m_pieces.swap(expanded.m_pieces.m_pieces);
 }
 
 void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,

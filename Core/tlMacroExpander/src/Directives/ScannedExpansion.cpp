@@ -3,8 +3,8 @@
 //
 // The effect is that of reading it token by token. Nothing is recorded here, so what means nothing
 // stays pending until something is written before it or a directive needs to find it written.
-#include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
@@ -12,7 +12,6 @@
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Values/Words.h"
-#include <algorithm>
 
 namespace telv
 {
@@ -111,7 +110,7 @@ bool MacroExpander::WriteFollowed(ExpansionLevel& level, const LSVariable& var)
     if (!FollowVariable(level, var, *m_vf, found))
         return false;
     m_writePos = m_str.begin();
-    WriteUnrecorded(m_output, found, var.GetType() == LSV_MACRO ? GetOutputPos() : m_dstIndent);
+    WriteUnrecorded(m_output, found, AsOwningMacro(var) != nullptr ? GetOutputPos() : m_dstIndent);
     return true;
 }
 
@@ -171,102 +170,6 @@ bool MacroExpander::FollowPlan(ExpansionLevel& level, ScanItem& item, const char
     m_str.m_p1 = plan->m_behind;
     plan->m_action(*this);
     return true;
-}
-
-namespace
-{
-
-/// Reads a directive; null where that has to be done each time.
-std::unique_ptr<Plan> MakePlan(ScannedText& scanned, SubString rest)
-{
-    auto plan = std::make_unique<Plan>();
-    plan->m_limit = rest.end();
-    try
-    {
-        PlanReader reader(*plan, scanned, rest);
-        const LSToken word = reader.Token();
-        const Directive* const directive = FindDirective(word);
-        if (word.m_type == TOKEN_AT)
-        {
-            plan->m_keepsBlanks = true;
-            plan->m_action = [](MacroExpander& expander)
-            { expander.AdvanceWritePos(expander.m_str.begin(), /*write=*/false); };
-        }
-        else if (directive != nullptr && directive->m_plan != nullptr)
-        {
-            plan->m_keepsBlanks = directive->m_flush;
-            plan->m_action = directive->m_plan(reader);
-        }
-        plan->m_behind = reader.m_rest.begin();
-    }
-    catch (const LexScannerException&)
-    {
-        return nullptr; // reading it again finds the error
-    }
-    return plan->m_action ? std::move(plan) : nullptr;
-}
-
-/// Reads the arguments of a call; null where that has to be done each time.
-std::unique_ptr<Plan> MakePlanOfCall(const LSMacroVariable& macroVar, ScannedText& scanned,
-                                     SubString rest)
-{
-    auto plan = std::make_unique<Plan>();
-    plan->m_limit = rest.end();
-    try
-    {
-        PlanReader reader(*plan, scanned, rest);
-        LSToken end = reader.Token();
-        if (end.m_type != TOKEN_LEFT_PAREN)
-            return nullptr;
-        const ssize_t n = macroVar.GetNumArgs();
-        for (ssize_t i = 0; i < n; ++i)
-        {
-            plan->m_args.push_back(
-                reader.Argument(end, macroVar.m_argNames[i].m_type != LSV_MACRO));
-            if (end.m_type != (i == n - 1 ? TOKEN_RIGHT_PAREN : TOKEN_COMMA))
-                return nullptr;
-        }
-        plan->m_behind = reader.m_rest.begin();
-    }
-    catch (const LexScannerException&)
-    {
-        return nullptr;
-    }
-    return plan;
-}
-
-} // namespace
-
-/// The plan of a directive, made if need be; or null. `rest`: the text behind the `@`.
-const Plan* MacroExpander::PlanOf(ScannedText& scanned, ScanItem& item, SubString rest)
-{
-    if (!item.m_isPlanned)
-    {
-        item.m_isPlanned = true;
-        if (FastPaths::IsOn(FastPaths::PLANS))
-            item.m_plan = MakePlan(scanned, rest);
-    }
-    return item.m_plan.get();
-}
-
-/// The plan of the call that the current name is, with as many arguments as `macroVar` takes; or
-/// null.
-const Plan* MacroExpander::PlanOfCall(const LSMacroVariable& macroVar) const
-{
-    ExpansionLevel* const level = OwnLevel();
-    ScanItem* const item = level == nullptr ? nullptr : level->Item();
-    if (item == nullptr)
-        return nullptr;
-    if (!item->m_isPlanned)
-    {
-        item->m_isPlanned = true;
-        if (FastPaths::IsOn(FastPaths::PLANS))
-            item->m_plan = MakePlanOfCall(macroVar, *level->Scanned(), m_str);
-    }
-    const Plan* const plan = item->m_plan.get();
-    const bool suits = plan != nullptr && plan->m_limit == m_str.end() &&
-                       static_cast<ssize_t>(plan->m_args.size()) == macroVar.GetNumArgs();
-    return suits ? plan : nullptr;
 }
 
 /// Finds the item where the text goes on behind the one at `index`; false when that is not known.

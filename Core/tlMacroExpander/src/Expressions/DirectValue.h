@@ -10,6 +10,12 @@ namespace telv
 /// Text is viewed where it stands.
 struct DirectValue
 {
+    struct TextRange
+    {
+        const char* m_begin;
+        const char* m_end;
+    };
+
     ELiteral m_type;
     union
     {
@@ -17,11 +23,7 @@ struct DirectValue
         int64 m_int64;
         double m_float64;
         char m_char;
-        struct
-        {
-            const char* m_begin;
-            const char* m_end;
-        } m_text; ///< Of a string: in the source, or in the scratch of the evaluation.
+        TextRange m_text; ///< Of a string: in the source, or in the scratch of the evaluation.
     };
 
     SubString Text() const { return SubString(m_text.m_begin, m_text.m_end); }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tlMacroExpander/Export.h"
+#include "tlMacroExpander/src/Scan/ReadBytes.h"
 #include "tlUtils/BasicSubString.h"
 #include <cstring>
 
@@ -20,21 +21,6 @@ inline uint64 MultiplyFold(uint64 a, uint64 b)
 
 /// Its address is the seed: where a program is loaded is random.
 extern const char s_placeOfSeed;
-
-/// Eight bytes; `n` of them, at most eight, are read.
-inline uint64 ReadUpTo8(const char* p, size_t n)
-{
-    const auto word = [](const char* at)
-    {
-        uint32 bytes;
-        std::memcpy(&bytes, at, sizeof bytes);
-        return uint64{bytes};
-    };
-    const auto byte = [](const char* at) { return uint64{static_cast<unsigned char>(*at)}; };
-    if (n >= 4)
-        return word(p) << 32 | word(p + n - 4);
-    return n == 0 ? 0 : byte(p) << 16 | byte(p + n / 2) << 8 | byte(p + n - 1);
-}
 
 TELV_WRAPS inline uint64 HashName(SubString name)
 {

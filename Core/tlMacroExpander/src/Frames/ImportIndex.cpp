@@ -106,8 +106,12 @@ void ImportIndex::Read(Source& source)
     if (list.m_first == source.m_seen)
         return;
     HeldVector<LSVariable*> fresh;
+    const NameTable& names = FrameTree::Names(*m_importer);
     for (LSVariable* v = list.m_first; v != source.m_seen; v = v->m_next)
+    {
+        names.FetchSlot(HashName(v->m_name));
         fresh.push_back(v);
+    }
     while (!fresh.empty())
     {
         Provide(source.m_frame, fresh.back());

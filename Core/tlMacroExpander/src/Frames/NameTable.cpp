@@ -5,6 +5,7 @@
 #include "tlMacroExpander/src/Frames/ImportQuery.h"
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstring>
 
 namespace telv
@@ -18,11 +19,6 @@ namespace
 std::atomic<uint64> s_tables = 0;
 
 constexpr size_t s_fewestSlots = 16;
-
-uint32 TagOf(uint64 hash)
-{
-    return static_cast<uint32>(hash >> 32);
-}
 
 void FreeFarName(char* chars, size_t length)
 {
@@ -58,7 +54,7 @@ NameTable::~NameTable()
         held->m_entries.clear();
     }
     m_entries.ForEach(
-        [](const NameEntry& entry)
+        [](uint32, const NameEntry& entry)
         {
             if (entry.m_length > sizeof entry.m_chars)
                 FreeFarName(entry.m_far, entry.m_length);
@@ -69,7 +65,7 @@ NameTable::~NameTable()
 size_t NameTable::Probe(SubString name, uint64 hash) const
 {
     const size_t mask = m_slots.size() - 1;
-    size_t place = hash & mask;
+    size_t place = FirstPlace(TagOf(hash));
     for (; m_slots[place].m_index != 0; place = (place + 1) & mask)
     {
         const Slot slot = m_slots[place];
@@ -89,12 +85,19 @@ NameEntry* NameTable::Lookup(SubString name, uint64 hash) const
 
 NameEntry* NameTable::Intern(SubString name, uint64 hash)
 {
-    if (NameEntry* const known = Lookup(name, hash))
-        return known;
-    MakeRoom(1);
+    if (m_slots.empty())
+        MakeRoom(1);
+    size_t place = Probe(name, hash);
+    if (const uint32 known = m_slots[place].m_index)
+        return &m_entries[known];
+    if (!HasRoom(1))
+    {
+        MakeRoom(1);
+        place = Probe(name, hash);
+    }
     uint32 index = 0;
     NameEntry* const entry = MakeEntry(name, hash, index);
-    m_slots[Probe(name, hash)] = Slot{TagOf(hash), index};
+    m_slots[place] = Slot{TagOf(hash), index};
     ++m_size;
     return entry;
 }
@@ -126,43 +129,52 @@ bool NameTable::IsUnused(const NameEntry& entry)
 /// Half of the slots are used at most. Names that nobody needs any more go first.
 void NameTable::MakeRoom(size_t n)
 {
-    if ((m_size + n) * 2 <= m_slots.size())
+    if (HasRoom(n))
         return;
     size_t used = 0;
-    for (const Slot slot : m_slots)
-        used += slot.m_index != 0 && !IsUnused(m_entries[slot.m_index]) ? 1 : 0;
+    m_entries.ForEach([&](uint32, const NameEntry& entry)
+                      { used += entry.m_length != 0 && !IsUnused(entry) ? 1 : 0; });
     size_t capacity = s_fewestSlots;
     while ((used + n) * 2 > capacity || (used + 1) * 3 > capacity)
         capacity *= 2;
     HeldVector<Slot> slots(capacity);
-    m_entries.MakeRoomToGive(m_size - used);
-    FreeUnused();
+    if (used != m_size)
+        FreeUnused(m_size - used);
     slots.swap(m_slots);
-    std::fill(std::begin(m_marks), std::end(m_marks), 0);
+    m_shift = s_bitsOfTag - std::countr_zero(capacity);
+    const size_t mask = capacity - 1;
     for (const Slot slot : slots)
     {
         if (slot.m_index == 0)
             continue;
-        const NameEntry& entry = m_entries[slot.m_index];
-        if (entry.m_length == 0)
-            continue;
-        m_slots[Probe(entry.Name(), entry.m_hash)] = slot;
-        Mark(entry.Name());
+        size_t place = FirstPlace(slot.m_tag);
+        while (m_slots[place].m_index != 0)
+            place = (place + 1) & mask;
+        m_slots[place] = slot;
     }
-    m_size = used;
 }
 
-void NameTable::FreeUnused()
+/// Frees the names that nobody needs, `count` of them, and their slots: the others must move then.
+void NameTable::FreeUnused(size_t count)
 {
-    for (const Slot slot : m_slots)
+    m_entries.MakeRoomToGive(count);
+    std::fill(std::begin(m_marks), std::end(m_marks), 0);
+    for (Slot& slot : m_slots)
     {
-        if (slot.m_index == 0 || !IsUnused(m_entries[slot.m_index]))
+        if (slot.m_index == 0)
             continue;
         NameEntry& entry = m_entries[slot.m_index];
+        if (!IsUnused(entry))
+        {
+            Mark(entry.Name());
+            continue;
+        }
         if (entry.m_length > sizeof entry.m_chars)
             FreeFarName(entry.m_far, entry.m_length);
         m_entries.Give(slot.m_index);
+        slot = Slot();
     }
+    m_size -= count;
 }
 
 LSVariable* NameTable::FindBound(const VarFrame* frame, SubString name, uint64 hash) const
@@ -286,6 +298,13 @@ DollarIndex& NameTable::DollarMacros()
     if (m_dollarMacros == nullptr)
         m_dollarMacros = std::make_unique<DollarIndex>();
     return *m_dollarMacros;
+}
+
+NameFetcher& NameTable::Fetcher()
+{
+    if (m_fetcher == nullptr)
+        m_fetcher = std::make_unique<NameFetcher>(*this);
+    return *m_fetcher;
 }
 
 void NameTable::CountChange()

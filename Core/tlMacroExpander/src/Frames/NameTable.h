@@ -18,6 +18,7 @@
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
+#include "tlMacroExpander/src/Frames/NameFetcher.h"
 #include "tlMacroExpander/src/Frames/Pool.h"
 #include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlUtils/HeldContainers.h"
@@ -57,6 +58,10 @@ public:
         return SubString(chars, chars + m_length);
     }
     uint64 Hash() const { return m_hash; }
+    /// What the root of the tree binds, or null.
+    const LSVariable* RootVar() const { return m_rootVar; }
+    /// What its imports provide, or null. Lives as long as the table.
+    const ImportedName* Import() const { return m_import; }
 
 private:
     friend class BindingSearch;
@@ -112,6 +117,33 @@ public:
             return true;
         const uint32 mark = MarkOf(name);
         return (m_marks[mark / 64] >> (mark % 64) & 1) != 0;
+    }
+
+    /// Whether looking up a name mostly means waiting for memory.
+    bool IsLarge() const { return m_slots.size() >= s_large; }
+    /// Where the table is large, asks for what looking up the names behind the begin of `rest` will
+    /// need. `unseen` is the caller's for one text, at first more than its length.
+    void LookAhead(SubString rest, ssize_t& unseen)
+    {
+        if (IsLarge()) [[unlikely]]
+            Fetcher().LookAhead(rest, unseen);
+    }
+    /// Asks for what a look-up reads first, without waiting for it.
+    void FetchSlot(uint64 hash) const
+    {
+        if (IsLarge())
+            __builtin_prefetch(&m_slots[FirstPlace(TagOf(hash))]);
+    }
+    /// Asks for what it reads then, provided that it is found at once; which may be freed later,
+    /// and then is another's. Null where it is not.
+    const NameEntry* FetchEntry(uint64 hash) const
+    {
+        const Slot slot = IsLarge() ? m_slots[FirstPlace(TagOf(hash))] : Slot();
+        if (slot.m_index == 0 || slot.m_tag != TagOf(hash))
+            return nullptr;
+        const NameEntry* const entry = &m_entries[slot.m_index];
+        __builtin_prefetch(entry);
+        return entry;
     }
 
     /// After this, `n` new names find room in the table of slots.
@@ -212,7 +244,7 @@ public:
     void ForEachRootVar(Visitor visit) const
     {
         m_entries.ForEach(
-            [&](const NameEntry& entry)
+            [&](uint32, const NameEntry& entry)
             {
                 if (entry.m_rootVar != nullptr)
                     visit(entry.m_rootVar);
@@ -262,16 +294,26 @@ private:
         m_marks[mark / 64] |= uint64{1} << (mark % 64);
     }
 
+    /// Where the search for a name begins. The upper bits of the tag say it, so that a larger table
+    /// has the names in the order of the smaller one and is made without looking at them.
+    size_t FirstPlace(uint32 tag) const { return static_cast<size_t>(uint64{tag} >> m_shift); }
+    static uint32 TagOf(uint64 hash) { return static_cast<uint32>(hash >> (64 - s_bitsOfTag)); }
+    bool HasRoom(size_t n) const { return (m_size + n) * 2 <= m_slots.size(); }
+
+    NameFetcher& Fetcher();
     void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
     NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
-    void FreeUnused();
+    void FreeUnused(size_t count);
     static bool IsUnused(const NameEntry& entry);
 
     static constexpr uint32 s_marks = 2048;
+    static constexpr int s_bitsOfTag = 32;
+    static constexpr size_t s_large = 16384;
 
     uint64 m_marks[s_marks / 64] = {}; ///< Of the names that have entries.
     HeldVector<Slot> m_slots;          ///< Open addressing, a power of two.
+    int m_shift = s_bitsOfTag;         ///< From a tag to a place in them.
     size_t m_size = 0;
     IndexedPool<NameEntry> m_entries;
     Pool<NameBinding> m_bindings;
@@ -285,6 +327,7 @@ private:
     HeldNames* m_held = nullptr; ///< Who holds entries.
 
     BlockPool m_variableMemory;
+    std::unique_ptr<NameFetcher> m_fetcher; ///< Made when it is needed.
 };
 
 } // namespace telv

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Lines matter only where indentation has to be put in front of them; else one put does.
+// Lines matter only where indentation has to be put in front of them; else one put does. Most
+// pieces are words and the like, whose columns are their characters.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpandedOutput"
 
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Output/Columns.h"
+#include "tlMacroExpander/src/Scan/ReadBytes.h"
 #include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -36,13 +38,23 @@ bool HoldsTabOrFeed(__m128i text)
                                           _mm_cmpeq_epi8(text, _mm_set1_epi8('\n')))) != 0;
 }
 
-/// Whether each character of `s`, 8 to 32 of them, takes a column of the same line. Looks at both
+/// Whether each character of `s`, 1 to 32 of them, takes a column of the same line. Looks at both
 /// ends, which overlap.
 bool IsOneLineWithoutTab(SubString s)
 {
     if (s.size() >= 16)
         return !HoldsTabOrFeed(Load16(s.begin())) && !HoldsTabOrFeed(Load16(s.end() - 16));
-    return !HoldsTabOrFeed(_mm_unpacklo_epi64(Load8(s.begin()), Load8(s.end() - 8)));
+    if (s.size() >= 8)
+        return !HoldsTabOrFeed(_mm_unpacklo_epi64(Load8(s.begin()), Load8(s.end() - 8)));
+    const uint64 all = ReadUpTo8(s.begin(), static_cast<size_t>(s.size()));
+    return !HoldsTabOrFeed(_mm_cvtsi64_si128(static_cast<int64>(all)));
+}
+
+#else
+
+bool IsOneLineWithoutTab(SubString s)
+{
+    return std::none_of(s.begin(), s.end(), [](char c) { return c == '\t' || c == '\n'; });
 }
 
 #endif
@@ -53,10 +65,6 @@ ssize_t ColumnBehind(SubString s, ssize_t column)
 {
     if (s.m_p2[-1] == '\n')
         return -1;
-#if defined(__SSE2__)
-    if (s.size() >= 8 && s.size() <= s_few && IsOneLineWithoutTab(s))
-        return column + s.size();
-#endif
     if (s.size() <= s_few)
     {
         for (const char c : s)
@@ -87,6 +95,15 @@ void PutIndentedLines(ExpandedOutput& output, SubString s, ssize_t indent)
     }
 }
 
+[[gnu::noinline]] void PutLines(ExpandedOutput& output, SubString s, ssize_t indent)
+{
+    if (indent > 0)
+        return PutIndentedLines(output, s, indent);
+    if (output.m_columnPos == -1)
+        output.m_columnPos = indent;
+    Put(output, s);
+}
+
 } // namespace
 
 void WriteUnrecorded(ExpandedOutput& output, SubString s, ssize_t indent)
@@ -94,11 +111,20 @@ void WriteUnrecorded(ExpandedOutput& output, SubString s, ssize_t indent)
     TELV_ASSERT(output.m_os);
     if (s.empty())
         return;
-    if (indent > 0)
-        return PutIndentedLines(output, s, indent);
+    const bool endsLine = s.m_p2[-1] == '\n';
+    const SubString line(s.m_p1, s.m_p2 - (endsLine ? 1 : 0));
+    if (line.size() > s_few || (line && !IsOneLineWithoutTab(line)))
+        return PutLines(output, s, indent);
     if (output.m_columnPos == -1)
-        output.m_columnPos = indent;
-    Put(output, s);
+    {
+        if (indent > 0)
+            StartLine(output, indent);
+        else
+            output.m_columnPos = indent;
+    }
+    output.m_os->put(s.begin(), s.size());
+    output.m_size += s.size();
+    output.m_columnPos = endsLine ? -1 : output.m_columnPos + s.size();
 }
 
 } // namespace telv

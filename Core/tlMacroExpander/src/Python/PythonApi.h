@@ -18,7 +18,8 @@
     X(PyDict_New)                   X(PyDict_Next)                  X(PyDict_SetItem)               \
     X(PyDict_Size)                  X(PyErr_Clear)                  X(PyErr_Display)                \
     X(PyErr_Fetch)                  X(PyErr_NoMemory)               X(PyErr_NormalizeException)     \
-    X(PyErr_Occurred)               X(PyErr_SetString)              X(PyEval_EvalCode)              \
+    X(PyErr_Occurred)               X(PyErr_SetFromErrno)           X(PyErr_SetString)              \
+    X(PyEval_EvalCode)              X(PyExc_IOError)                                                \
     X(PyExc_TypeError)              X(PyFloat_AsDouble)             X(PyFloat_Type)                 \
     X(PyImport_AddModule)           X(PyImport_ImportModule)        X(PyInt_AsLong)                 \
     X(PyInt_FromLong)               X(PyInterpreterState_ThreadHead)X(PyList_GetItem)               \

@@ -35,7 +35,7 @@ void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e) noexcept
 /// A text can be part of one that is being expanded further out, with others in between: the
 /// argument of a macro whose body is another file's. What is known of brackets is kept with the
 /// text that asked first, so that arguments nested in arguments are scanned once.
-BracketCache* ExpansionLevel::Brackets()
+BracketCache* ExpansionLevel::KnownBrackets()
 {
     if (m_knownBrackets != nullptr)
         return m_knownBrackets;
@@ -46,8 +46,16 @@ BracketCache* ExpansionLevel::Brackets()
     const auto next = all.upper_bound(m_text.begin());
     if (next != all.begin() && IsWithin(m_text, std::prev(next)->second->Text()))
         return m_knownBrackets = std::prev(next)->second;
+    return nullptr;
+}
+
+BracketCache* ExpansionLevel::Brackets()
+{
+    if (BracketCache* const known = KnownBrackets())
+        return known;
     if (m_text.size() < BracketCache::s_minimumSpan) // nothing to be remembered
         return nullptr;
+    auto& all = m_state.m_brackets;
     m_ownBrackets = std::make_unique<BracketCache>(m_text);
     m_isBracketOwner = all.emplace(m_text.begin(), m_ownBrackets.get()).second;
     return m_knownBrackets = m_ownBrackets.get();
@@ -67,14 +75,15 @@ BracketCache* CurrentBracketCache()
 
 bool IsWithoutCommentEnd(SubString text)
 {
-    const ExpansionLevel* const level = ExpansionLevel::Current();
-    return level != nullptr && level->IsWithoutCommentEnd(text);
+    ExpansionLevel* const level = ExpansionLevel::Current();
+    const BracketCache* const known = level == nullptr ? nullptr : level->KnownBrackets();
+    return known != nullptr && known->IsWithoutCommentEnd(text);
 }
 
 void NoteWithoutCommentEnd(SubString text)
 {
-    if (ExpansionLevel* const level = ExpansionLevel::Current())
-        level->NoteWithoutCommentEnd(text);
+    if (BracketCache* const brackets = CurrentBracketCache())
+        brackets->NoteWithoutCommentEnd(text);
 }
 
 void ExpansionLevel::CheckSize(ssize_t size)

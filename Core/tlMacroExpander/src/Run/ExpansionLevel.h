@@ -154,17 +154,8 @@ public:
     /// there is nothing worth knowing.
     BracketCache* Brackets();
 
-    /// See CommentEnd.h.
-    bool IsWithoutCommentEnd(SubString text) const
-    {
-        return m_noCommentEnd != nullptr && m_noCommentEnd <= text.begin() &&
-               text.end() <= m_text.end();
-    }
-    void NoteWithoutCommentEnd(SubString text)
-    {
-        if (text.end() == m_text.end() && m_text.begin() <= text.begin())
-            m_noCommentEnd = text.begin();
-    }
+    /// The same if it is known already, else null.
+    BracketCache* KnownBrackets();
 
     /// Notes that a piece of the mapped output views the text.
     void NotePiece();
@@ -200,7 +191,6 @@ private:
     std::unique_ptr<BracketCache> m_ownBrackets;
     bool m_isBracketOwner = false; ///< Others find `m_ownBrackets` through the run.
     ScannedText* m_scanned;
-    const char* m_noCommentEnd = nullptr; ///< Behind this no comment ends in the text.
     ScanItem* m_item = nullptr;
     ssize_t m_round = 0;
     unsigned m_first;

@@ -96,6 +96,12 @@ bool ExpansionRun::FindOrigin(const char* pos, SubString& origin) const
     return m_state->FindOrigin(pos, origin);
 }
 
+const char* ExpansionRun::FindCopied(SubString text) const
+{
+    const TextOrigin* const made = m_state->FindLiveText(text.begin());
+    return made == nullptr ? nullptr : made->FindCopied(text);
+}
+
 const char* ExpansionRun::ResolvePosition(const char* pos) const
 {
     return m_state->ResolvePosition(pos);
@@ -140,18 +146,30 @@ void RunState::NoteCall(CallPlace::EKind kind, SubString name, const char* pos, 
         ++m_moreCallPlaces;
 }
 
-bool RunState::FindOrigin(const char* pos, SubString& origin) const
+const TextOrigin* RunState::FindLiveText(const char* pos) const
 {
     if (pos == nullptr || m_liveTexts == nullptr)
-        return false;
+        return nullptr;
     const auto next = m_liveTexts->upper_bound(pos);
     if (next == m_liveTexts->begin())
-        return false;
+        return nullptr;
     const TextOrigin& text = *std::prev(next)->second;
-    if (pos > text.m_end)
+    return pos <= text.m_end ? &text : nullptr;
+}
+
+bool RunState::FindOrigin(const char* pos, SubString& origin) const
+{
+    const TextOrigin* const text = FindLiveText(pos);
+    if (text == nullptr)
         return false;
-    origin = text.Outermost();
+    origin = text->Outermost();
     return true;
+}
+
+const char* RunState::FindGiven(SubString text) const
+{
+    const TextOrigin* const made = FindLiveText(text.begin());
+    return made == nullptr ? text.begin() : made->FindCopied(text);
 }
 
 const char* RunState::ResolvePosition(const char* pos) const

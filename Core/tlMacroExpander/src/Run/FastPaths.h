@@ -16,6 +16,7 @@ enum : unsigned
     PLANS = 8,              ///< What a directive or a call in such a text asks for is kept too.
     WORDS = 16,             ///< A macro that is one word is written without expanding it.
     WIDE_INSTRUCTIONS = 32, ///< Text is looked at 32 characters at a time.
+    ROUNDS = 64,            ///< A round of a @for takes over the frame of the one before.
     END                     ///< Above the last one.
 };
 

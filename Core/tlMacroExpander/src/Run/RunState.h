@@ -51,6 +51,9 @@ public:
         return state == nullptr ? nullptr : state->m_observer;
     }
 
+    /// The live text that holds `pos`, its end included, or null.
+    const TextOrigin* FindLiveText(const char* pos) const;
+
     /// A text that died while an exception was passing, and the place that replaces it.
     struct DeadText
     {
@@ -74,6 +77,9 @@ public:
     /// See ExpansionRun.
     bool FindOrigin(const char* pos, SubString& origin) const;
     const char* ResolvePosition(const char* pos) const;
+    /// Where the characters of `text` stand in a text that the application gave: there, or where
+    /// they were copied from into a live text; null when that is not known.
+    const char* FindGiven(SubString text) const;
 
     /// Called from destructors: room was made when the text was.
     void NoteDeath(const TextOrigin& text) noexcept;

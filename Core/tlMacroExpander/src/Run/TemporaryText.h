@@ -15,6 +15,8 @@
 namespace telv
 {
 
+class OutputPieces;
+
 /// Where a text came from. Forms a chain outwards through the texts that the directives stood in.
 class TextOrigin
 {
@@ -26,8 +28,20 @@ public:
     /// The start of the directive or macro name in the nearest text that is still alive.
     const char* NearestAlive() const;
 
+    /// Where the characters stand in a text that the application gave, if they were copied from
+    /// there, without a break, and that was noted; else null.
+    const char* FindCopied(SubString text) const;
+
+    /// Characters that were copied: from `m_offset` of the text on, as many as `m_given` has.
+    struct Copied
+    {
+        ssize_t m_offset;
+        SubString m_given;
+    };
+
     const char* m_begin = nullptr;
     const char* m_end = nullptr;
+    HeldVector<Copied> m_copied; ///< Increasing; empty where nobody asks.
     SubString m_origin; ///< What made the text: in `m_outer`'s text, or in one that was given.
     std::shared_ptr<TextOrigin> m_outer;
     bool m_alive = true;
@@ -42,7 +56,8 @@ class TemporaryText : public std::enable_shared_from_this<TemporaryText>
 public:
     /// Takes over the characters of `text`. `origin`: the directive or macro name that made them,
     /// in the text that is being expanded in the current run.
-    TemporaryText(xstring& text, SubString origin);
+    /// `pieces`: how the text came about, if that is known.
+    TemporaryText(xstring& text, SubString origin, const OutputPieces* pieces = nullptr);
     ~TemporaryText();
     TemporaryText(const TemporaryText&) = delete;
     TemporaryText& operator=(const TemporaryText&) = delete;

@@ -6,6 +6,7 @@
 // deeper pairs are only counted, and a scan that starts down there records the next ones.
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include "tlMacroExpander/src/Scan/TokenScan.h"
+#include <algorithm>
 
 namespace telv
 {
@@ -71,6 +72,18 @@ bool BracketCache::Find(SubString s, EToken close, MatchingBracket& found) const
 }
 
 /// Makes room for another entry; false when the table has its greatest size.
+/// Parts that overlap are joined: the end of a comment has two characters, so one of them holds it.
+void BracketCache::NoteWithoutCommentEnd(SubString text)
+{
+    SubString& known = m_withoutCommentEnd;
+    if (!IsWithin(text, m_text))
+        return;
+    if (text.begin() < known.end() && known.begin() < text.end())
+        known = SubString(std::min(known.begin(), text.begin()), std::max(known.end(), text.end()));
+    else if (text.size() > known.size())
+        known = text;
+}
+
 bool BracketCache::Grow()
 {
     const size_t used = static_cast<size_t>(m_count) + 1;

@@ -5,7 +5,8 @@
 // the innermost of n blocks would be read n times. The first scan that passes over nested brackets
 // therefore records where each of them closes, and later scans jump. What is recorded depends on
 // nothing but the characters between the brackets: results are those of scanning again, which is
-// tested. Only complete matches are recorded, so that errors are found as often as without.
+// tested. Only complete matches are recorded, so that errors are found as often as without. For
+// texts in which comments that never end are no errors, it is known besides where none ends.
 //
 // Internal: exported for its test alone.
 #pragma once
@@ -45,6 +46,15 @@ public:
     /// the one before `s`, and `s`, which lies in the text, holds it.
     bool Find(SubString s, EToken close, MatchingBracket& found) const;
 
+    /// True when it is known that `text` holds no end of a comment.
+    bool IsWithoutCommentEnd(SubString text) const
+    {
+        return m_withoutCommentEnd.begin() <= text.begin() &&
+               text.end() <= m_withoutCommentEnd.end();
+    }
+    /// Remembers that `text`, a part of the cache's, holds none. One such part is remembered.
+    void NoteWithoutCommentEnd(SubString text);
+
 private:
     friend class BracketScan;
 
@@ -66,7 +76,8 @@ private:
     HeldVector<Entry> m_table; ///< Open addressing, for little memory; 0 or a power of two slots.
     ssize_t m_count = 0;
     const char* m_furthest = nullptr; ///< Behind the last bracket in the text that is recorded.
-    HeldVector<const char*> m_open;   ///< Of the scan in progress: behind each open nested bracket.
+    SubString m_withoutCommentEnd;
+    HeldVector<const char*> m_open; ///< Of the scan in progress: behind each open nested bracket.
 };
 
 /// The cache of the text that is being expanded, or null.

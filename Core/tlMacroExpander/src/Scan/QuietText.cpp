@@ -8,6 +8,9 @@
 #include <bit>
 #if defined(__x86_64__)
 #include <immintrin.h>
+#if __has_include(<sys/platform/x86.h>)
+#include <sys/platform/x86.h>
+#endif
 #endif
 
 namespace telv
@@ -88,6 +91,21 @@ __attribute__((target("avx2"))) const char* SkipQuietTextWidely(const char* p, c
 
 #endif
 
+#if defined(__x86_64__)
+
+/// What the C library found at the start of the process, where it tells: asking the processor takes
+/// long in a virtual machine.
+bool HasWideInstructions()
+{
+#if __has_include(<sys/platform/x86.h>)
+    return CPU_FEATURE_ACTIVE(AVX2);
+#else
+    return __builtin_cpu_supports("avx2") != 0;
+#endif
+}
+
+#endif
+
 } // namespace
 
 const char* SkipQuietTextPortably(const char* p, const char* end)
@@ -100,7 +118,7 @@ const char* SkipQuietTextPortably(const char* p, const char* end)
 const char* SkipQuietText(const char* p, const char* end)
 {
 #if defined(__x86_64__)
-    static const bool s_hasWideInstructions = __builtin_cpu_supports("avx2") != 0;
+    static const bool s_hasWideInstructions = HasWideInstructions();
     if (s_hasWideInstructions && FastPaths::IsOn(FastPaths::WIDE_INSTRUCTIONS))
         return SkipQuietTextWidely(p, end);
 #endif

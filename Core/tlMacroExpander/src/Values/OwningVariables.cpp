@@ -20,17 +20,9 @@ std::shared_ptr<TemporaryText> Share(TemporaryText* text)
 constexpr ssize_t s_short = 64;
 constexpr uint32 s_fewUses = 3;
 
-/// Null for a macro that an application made. The class is made in this library only.
-const OwningMacroVariable* AsOwning(const LSMacroVariable& macroVar)
+OwningMacroVariable* AsOwningMacro(LSMacroVariable& macroVar)
 {
-    return &typeid(macroVar) == &typeid(OwningMacroVariable)
-               ? static_cast<const OwningMacroVariable*>(&macroVar)
-               : nullptr;
-}
-
-OwningMacroVariable* AsOwning(LSMacroVariable& macroVar)
-{
-    return const_cast<OwningMacroVariable*>(AsOwning(std::as_const(macroVar)));
+    return const_cast<OwningMacroVariable*>(AsOwningMacro(std::as_const(macroVar)));
 }
 
 /// A value that owns nothing but itself.
@@ -62,8 +54,15 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner)
 {
+    return MakeMacroVariable(returnType, name, context, nameOwner, bodyOwner, context);
+}
+
+std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
+                                                   VarFrame* context, TemporaryText* nameOwner,
+                                                   TemporaryText* bodyOwner, const VarFrame* frame)
+{
     auto owning =
-        MakeFor<OwningMacroVariable>(context, returnType, name, context, false, false, false);
+        MakeFor<OwningMacroVariable>(frame, returnType, name, context, false, false, false);
     owning->m_owner = bodyOwner;
     if (nameOwner != nullptr || bodyOwner != nullptr)
     {
@@ -73,15 +72,24 @@ std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubSt
     return owning;
 }
 
-std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
-                                                  TemporaryText* bodyOwner, const LevelText& value)
+std::unique_ptr<OwningMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
+                                                      TemporaryText* bodyOwner,
+                                                      const LevelText& value)
 {
     auto owning =
         MakeFor<OwningMacroVariable>(context, LSV_MACRO, name, context, false, false, false);
     owning->m_owner = bodyOwner;
-    owning->SetSubstitutionString(value.m_text, /*copy=*/false, 0);
-    KeepScanned(*owning, value);
+    SetLoopVariable(*owning, value);
     return owning;
+}
+
+void SetLoopVariable(OwningMacroVariable& var, const LevelText& value)
+{
+    var.SetSubstitutionString(value.m_text, /*copy=*/false, 0);
+    if (var.m_scanned.Get() != value.m_scanned)
+        var.m_scanned = CountedRef<ScannedText>(value.m_scanned);
+    var.m_first = value.m_scanned == nullptr ? 0 : value.m_first;
+    var.m_uses = 0;
 }
 
 std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString name,
@@ -97,7 +105,7 @@ std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString n
 LevelText BodyOf(LSMacroVariable& macroVar)
 {
     LevelText text{macroVar.GetSubstitutionString()};
-    OwningMacroVariable* const owning = AsOwning(macroVar);
+    OwningMacroVariable* const owning = AsOwningMacro(macroVar);
     if (owning == nullptr)
         return text;
     // An application may have given the macro another body.
@@ -114,22 +122,10 @@ LevelText BodyOf(LSMacroVariable& macroVar)
     return text;
 }
 
-LevelText KnownBodyOf(const LSMacroVariable& macroVar)
-{
-    LevelText text{macroVar.GetSubstitutionString()};
-    if (const OwningMacroVariable* const owning = AsOwning(macroVar))
-    {
-        text.m_scanned = owning->m_scanned.Get();
-        text.m_first = owning->m_first;
-        text.m_owner = owning->m_owner;
-    }
-    return text;
-}
-
 NameEntry& FormalName(LSMacroVariable& macroVar, ssize_t index, NameTable& table)
 {
     const xvector<LSFormalArg>& formals = macroVar.m_argNames;
-    OwningMacroVariable* const owning = AsOwning(macroVar);
+    OwningMacroVariable* const owning = AsOwningMacro(macroVar);
     if (owning == nullptr || (owning->m_uses <= 1 && !owning->m_scanned))
     {
         const SubString name = formals[index].m_name;
@@ -144,7 +140,7 @@ NameEntry& FormalName(LSMacroVariable& macroVar, ssize_t index, NameTable& table
 
 void KeepScanned(LSMacroVariable& macroVar, const LevelText& body)
 {
-    OwningMacroVariable* const owning = AsOwning(macroVar);
+    OwningMacroVariable* const owning = AsOwningMacro(macroVar);
     if (body.m_scanned == nullptr || owning == nullptr)
         return;
     owning->m_scanned = CountedRef<ScannedText>(body.m_scanned);
@@ -161,7 +157,7 @@ const LSValueVariable* AsValue(const LSVariable& var)
 
 TemporaryText* BodyOwner(const LSMacroVariable& macroVar)
 {
-    const OwningMacroVariable* const owning = AsOwning(macroVar);
+    const OwningMacroVariable* const owning = AsOwningMacro(macroVar);
     return owning == nullptr ? nullptr : owning->m_owner;
 }
 

@@ -12,6 +12,7 @@
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Recyclable.h"
 #include <memory>
+#include <typeinfo>
 
 namespace telv
 {
@@ -27,7 +28,7 @@ struct MacroExtras : HeldObject
 };
 
 /// A macro that the library made.
-class OwningMacroVariable final : public LSMacroVariable, public Recyclable
+class OwningMacroVariable final : public LSMacroVariable, public Recyclable<OwningMacroVariable>
 {
 public:
     using LSMacroVariable::LSMacroVariable;
@@ -47,7 +48,7 @@ private:
 };
 
 /// A value whose name lies in a temporary text.
-class OwningValueVariable final : public LSValueVariable, public Recyclable
+class OwningValueVariable final : public LSValueVariable, public Recyclable<OwningValueVariable>
 {
 public:
     using LSValueVariable::LSValueVariable;
@@ -55,16 +56,32 @@ public:
     std::shared_ptr<TemporaryText> m_nameOwner;
 };
 
+/// Null for another variable, or a macro that an application made. The class is made in this
+/// library only.
+inline const OwningMacroVariable* AsOwningMacro(const LSVariable& var)
+{
+    return &typeid(var) == &typeid(OwningMacroVariable)
+               ? static_cast<const OwningMacroVariable*>(&var)
+               : nullptr;
+}
+
 /// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. One
 /// with a `context` goes to a frame of the tree of that context and takes its memory from there.
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
                                                    TemporaryText* bodyOwner);
+/// The same for a frame of the tree of `frame`, which may be null.
+std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
+                                                   VarFrame* context, TemporaryText* nameOwner,
+                                                   TemporaryText* bodyOwner, const VarFrame* frame);
 
 /// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the
 /// text of the name alive, and `bodyOwner`, if there is one.
-std::unique_ptr<LSMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
-                                                  TemporaryText* bodyOwner, const LevelText& value);
+std::unique_ptr<OwningMacroVariable> MakeLoopVariable(SubString name, VarFrame* context,
+                                                      TemporaryText* bodyOwner,
+                                                      const LevelText& value);
+/// Makes it what a later round binds.
+void SetLoopVariable(OwningMacroVariable& var, const LevelText& value);
 
 /// A value that shares the text of its name; `nameOwner` may be null. With `frame`, it goes to a
 /// frame of that tree and takes its memory from there.
@@ -75,9 +92,6 @@ std::unique_ptr<LSValueVariable> MakeValueVariable(ELSVariable type, SubString n
 /// The body of a macro for the next expansion: with its owner and with what is known of it. It is
 /// scanned before it is expanded the second time.
 LevelText BodyOf(LSMacroVariable& macroVar);
-
-/// The same, without expanding it.
-LevelText KnownBodyOf(const LSMacroVariable& macroVar);
 
 /// The entry of the name of a formal argument in `table`; held by the macro where the library made
 /// it.

@@ -8,38 +8,37 @@
 namespace telv
 {
 
-/// Base of classes of variables that can be made in a pool, `new (pool) C(...)`, or as usual.
-/// Either way they are deleted as usual, and the pool must still be there. In front of each stands
-/// whose its memory is.
+/// Base of a class `T` of variables that can be made in a pool, `new (pool) T(...)`, or as usual.
+/// Nothing derives from `T`. Either way they are deleted as usual, and the pool must still be
+/// there. In front of each stands whose its memory is.
+template <class T>
 class Recyclable
 {
 public:
-    static void* operator new(size_t size)
+    static void* operator new(size_t)
     {
-        return Mark(HeldAllocator<char>().allocate(size + s_mark), nullptr);
+        return Mark(HeldAllocator<char>().allocate(Size()), nullptr);
     }
-    static void* operator new(size_t size, BlockPool& pool)
-    {
-        return Mark(pool.Take(size + s_mark), &pool);
-    }
-    static void operator delete(void* thing, size_t size) noexcept
-    {
-        void* const block = static_cast<char*>(thing) - s_mark;
-        if (BlockPool* const pool = *static_cast<BlockPool**>(block))
-            pool->Give(block, size + s_mark);
-        else
-            HeldAllocator<char>().deallocate(static_cast<char*>(block), size + s_mark);
-    }
+    static void* operator new(size_t, BlockPool& pool) { return Mark(pool.Take(Size()), &pool); }
+    static void operator delete(void* thing) noexcept { GiveBack(thing); }
     /// For a constructor that throws.
-    static void operator delete(void* thing, BlockPool&) noexcept
-    {
-        ::operator delete(static_cast<char*>(thing) - s_mark);
-    }
+    static void operator delete(void* thing, BlockPool&) noexcept { GiveBack(thing); }
 
 private:
     static constexpr size_t s_mark = sizeof(BlockPool*);
 
+    static constexpr size_t Size() { return sizeof(T) + s_mark; }
+
     static void* Mark(void* block, BlockPool* pool) { return ::new (block) BlockPool*(pool) + 1; }
+
+    static void GiveBack(void* thing) noexcept
+    {
+        void* const block = static_cast<char*>(thing) - s_mark;
+        if (BlockPool* const pool = *static_cast<BlockPool**>(block))
+            pool->Give(block, Size());
+        else
+            HeldAllocator<char>().deallocate(static_cast<char*>(block), Size());
+    }
 };
 
 } // namespace telv

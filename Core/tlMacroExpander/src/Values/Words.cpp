@@ -21,15 +21,16 @@ bool IsWord(SubString text)
            SkipNameCharacters(text.m_p1, text.m_p2) == text.m_p2;
 }
 
-/// The variable that the word means, or null. False when the text is no word.
-bool FindVariable(const LevelText& text, VarFrame& frame, const LSVariable*& var)
+/// The variable that the word means, or null. False when the text is no word. `scanned`: what is
+/// known of it from the item `first` on, or null.
+bool FindVariable(SubString word, ScannedText* scanned, uint32 first, VarFrame& frame,
+                  const LSVariable*& var)
 {
-    const SubString word = text.m_text;
     NameTable& names = FrameTree::Names(frame);
-    if (text.m_scanned != nullptr && text.m_scanned->IsWord(text.m_first, word))
+    if (scanned != nullptr && scanned->IsWord(first, word))
     {
-        text.m_scanned->ResolveNames(names);
-        NameEntry& entry = *text.m_scanned->Items()[text.m_first].m_name;
+        scanned->ResolveNames(names);
+        NameEntry& entry = *scanned->Items()[first].m_name;
         var = names.MayBeBound(entry) ? names.Find(&frame, entry, word.end()) : nullptr;
         return true;
     }
@@ -39,7 +40,7 @@ bool FindVariable(const LevelText& text, VarFrame& frame, const LSVariable*& var
     return true;
 }
 
-bool IsPlainText(const LSMacroVariable& macro)
+bool IsPlainText(const OwningMacroVariable& macro)
 {
     return !macro.m_isPython && !macro.m_isFnArg && macro.m_returnType == LSV_MACRO &&
            macro.GetNumArgs() == 0;
@@ -53,23 +54,22 @@ bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFra
     for (; var != nullptr; ++depth)
     {
         ++steps;
-        if (var->GetType() != LSV_MACRO)
+        const OwningMacroVariable* const macro = AsOwningMacro(*var);
+        if (macro == nullptr)
         {
-            const LSValueVariable* const value = AsValue(*var);
+            const auto* const value = var->GetType() == LSV_MACRO ? nullptr : AsValue(*var);
             if (value == nullptr || !level.CountNested(depth, steps))
                 return false;
             found = value->m_value;
             return true;
         }
-        const auto& macro = static_cast<const LSMacroVariable&>(*var);
-        if (macro.m_context != nullptr)
-            context = macro.m_context;
-        if (!IsPlainText(macro) || depth == s_mostMacros || context->m_fileScopeFrame == nullptr)
+        if (macro->m_context != nullptr)
+            context = macro->m_context;
+        if (!IsPlainText(*macro) || depth == s_mostMacros || context->m_fileScopeFrame == nullptr)
             return false;
-        const LevelText body = KnownBodyOf(macro);
-        word = body.m_text;
+        word = macro->GetSubstitutionString();
         ++steps;
-        if (!FindVariable(body, *context, var))
+        if (!FindVariable(word, macro->m_scanned.Get(), macro->m_first, *context, var))
             return false;
     }
     found = word;
@@ -100,7 +100,7 @@ bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, Sub
     try
     {
         const LSVariable* var = nullptr;
-        return FindVariable(text, frame, var) &&
+        return FindVariable(text.m_text, text.m_scanned, text.m_first, frame, var) &&
                Follow(level, var, text.m_text, &frame, 1, 1, found);
     }
     catch (const LexScannerException&)
