@@ -17,7 +17,7 @@ namespace
 [[gnu::used]] void Construct(void* place, LSLiteral& other, const xstring& s, LSToken& token)
 {
     ::new (place) LSLiteral;
-    ::new (place) LSLiteral(true);
+    ::new (place) LSLiteral(/*v=*/true);
     ::new (place) LSLiteral(static_cast<signed char>(1));
     ::new (place) LSLiteral(static_cast<short>(1));
     ::new (place) LSLiteral(1);
@@ -26,7 +26,7 @@ namespace
     ::new (place) LSLiteral(s);
     ::new (place) LSLiteral(other);
     ::new (place) LSLiteral(std::move(other));
-    static_cast<LSLiteral*>(place)->operator=(other);
+    static_cast<LSLiteral*>(place)->operator=(other); // NOLINT(bugprone-use-after-move): never run
     static_cast<LSLiteral*>(place)->operator=(std::move(other));
     static_cast<LSLiteral*>(place)->~LSLiteral();
     ::new (place) LiteralException(s);

@@ -150,7 +150,7 @@ void MacroExpander::ExpandTokenByToken()
     for (;;)
     {
         PassOverLineStarts();
-        const LSToken token = LsScanToken(m_str, true);
+        const LSToken token = LsScanToken(m_str, /*returnComments=*/true);
         if (token.m_type == TOKEN_END)
             break;
         m_startDirectivePos = token.m_str.begin();
@@ -161,9 +161,9 @@ void MacroExpander::ExpandTokenByToken()
             ProcessObservedToken(token);
         else
             ProcessToken(token);
-        AdvanceWritePos(m_str.begin(), true);
+        AdvanceWritePos(m_str.begin(), /*write=*/true);
     }
-    AdvanceWritePos(m_str.begin(), true);
+    AdvanceWritePos(m_str.begin(), /*write=*/true);
 }
 
 template void MacroExpander::ExpandTokenByToken</*isObserved=*/true>();
@@ -193,14 +193,14 @@ void MacroExpander::ExpandInStretches(ExpansionLevel& level)
                 InvokeVariable(var);
             continue;
         }
-        const LSToken token = LsScanToken(m_str, true);
+        const LSToken token = LsScanToken(m_str, /*returnComments=*/true);
         m_startDirectivePos = token.m_str.begin();
         m_endDirectivePos = token.m_str.end();
         if (token.m_type == TOKEN_AT || token.m_type == TOKEN_PREPROC_COMMENT)
             Flush(StartOfBlanks(resumed, token.m_str.begin()));
         ProcessToken(token);
     }
-    AdvanceWritePos(m_str.begin(), true);
+    AdvanceWritePos(m_str.begin(), /*write=*/true);
 }
 
 /// Whether a name may stand for something here: for `var`, which is null where that is an error.
@@ -244,9 +244,9 @@ void MacroExpander::PassOverLineStarts()
         ++m_str.m_p1;
         if (c != '\n')
             continue;
-        AdvanceWritePos(m_str.begin(), true);
+        AdvanceWritePos(m_str.begin(), /*write=*/true);
         ScanIndentation(m_str, m_srcIndent, s_tabWidth);
-        AdvanceWritePos(m_str.begin(), false);
+        AdvanceWritePos(m_str.begin(), /*write=*/false);
     }
 }
 
@@ -257,7 +257,7 @@ void MacroExpander::ProcessToken(const LSToken& token)
     case TOKEN_IDENTIFIER:
         if (LSVariable* var = FindVariable(token.m_str))
         {
-            AdvanceWritePos(token.m_str.begin(), true);
+            AdvanceWritePos(token.m_str.begin(), /*write=*/true);
             InvokeVariable(var);
         }
         break;
@@ -292,9 +292,9 @@ void MacroExpander::ProcessQuotedString(const LSToken& token)
         e.m_pos = token.m_str.begin();
         throw;
     }
-    AdvanceWritePos(token.m_str.begin(), true);
+    AdvanceWritePos(token.m_str.begin(), /*write=*/true);
     WriteCalculatedSubString(text);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
 }
 
 void MacroExpander::ProcessDirective()
@@ -304,7 +304,7 @@ void MacroExpander::ProcessDirective()
     if (directive != nullptr)
     {
         if (directive->m_flush)
-            AdvanceWritePos(m_startDirectivePos, true);
+            AdvanceWritePos(m_startDirectivePos, /*write=*/true);
         directive->m_process(*this, token);
     }
     else if (token.m_type == TOKEN_IDENTIFIER)
@@ -325,7 +325,7 @@ void MacroExpander::ProcessUnknownDirective(const LSToken& name)
             WarnOfUnknownDirective(*this, name.m_str);
         return;
     }
-    AdvanceWritePos(m_startDirectivePos, true);
+    AdvanceWritePos(m_startDirectivePos, /*write=*/true);
     TELV_ASSERT(var->GetType() == LSV_STRING);
     std::optional<ObservedSpan> span;
     if (ExpansionObserver* const observer = RunState::CurrentObserver())
@@ -335,14 +335,14 @@ void MacroExpander::ProcessUnknownDirective(const LSToken& name)
         span.emplace(*observer, &ExpansionObserver::InvocationEnds);
     }
     WriteCalculatedSubString(static_cast<const LSValueVariable*>(var)->m_value);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
 }
 
 /// `@@` stands for nothing: it separates or joins what is around it.
 void MacroExpander::ProcessPastedTokens()
 {
-    AdvanceWritePos(m_startDirectivePos, true);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_startDirectivePos, /*write=*/true);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
 }
 
 void MacroExpander::AddVariable(LSVariable* v)
@@ -435,7 +435,7 @@ void MacroExpander::ScanOverWhiteSpaceAfterDirective()
     if (lineFeed != nullptr)
         m_str.m_p1 = lineFeed + 1;
     ScanIndentation(m_str, m_srcIndent, s_tabWidth);
-    AdvanceWritePos(m_str.begin(), false);
+    AdvanceWritePos(m_str.begin(), /*write=*/false);
 }
 
 void MacroExpander::ExpandHere(VarFrame& frame, const LevelText& text, ssize_t srcIndent,
@@ -443,7 +443,8 @@ void MacroExpander::ExpandHere(VarFrame& frame, const LevelText& text, ssize_t s
 {
     const ExpansionLevel* const level = OwnLevel();
     MacroExpander expander(nullptr, &frame, text.m_text, srcIndent, dstIndent, m_output);
-    expander.ExpandText(text, level == nullptr ? WantedPieces(true) : level->Pieces());
+    expander.ExpandText(text,
+                        level == nullptr ? WantedPieces(/*isRecorded=*/true) : level->Pieces());
 }
 
 void MacroExpander::ExpandBlock(const LevelText& block, ssize_t indent, ssize_t dstIndent)

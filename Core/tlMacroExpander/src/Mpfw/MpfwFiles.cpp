@@ -180,7 +180,7 @@ MpfwSourceFile* MpfwParser::AddFileAt(const xstring& path, const char* pos)
         return known;
     }
     xstring buffer;
-    if (!ReadStringFromFile(buffer, path, true))
+    if (!ReadStringFromFile(buffer, path, /*binary=*/true))
         ThrowAt(pos, {"Couldn't open file ", path});
     return AddText(path, buffer);
 }

@@ -66,17 +66,17 @@ class MpfwParser::ImportTree
 {
 public:
     explicit ImportTree(const MpfwParser& parser)
-        : m_parser(parser), m_previous(std::exchange(t_current, this))
+        : m_parser(parser), m_previous(std::exchange(s_current, this))
     {
     }
-    ~ImportTree() { t_current = m_previous; }
+    ~ImportTree() { s_current = m_previous; }
     ImportTree(const ImportTree&) = delete;
     ImportTree& operator=(const ImportTree&) = delete;
 
     /// The tree of `parser`, or null when this call is its outermost.
     static ImportTree* Find(const MpfwParser& parser)
     {
-        ImportTree* tree = t_current;
+        ImportTree* tree = s_current;
         while (tree != nullptr && &tree->m_parser != &parser)
             tree = tree->m_previous;
         return tree;
@@ -86,14 +86,14 @@ public:
     bool Enter(const MpfwSourceFile& srcFile) { return m_files.insert(&srcFile).second; }
 
 private:
-    static thread_local constinit ImportTree* t_current;
+    static thread_local constinit ImportTree* s_current;
 
     const MpfwParser& m_parser;
     ImportTree* m_previous;
     HeldHashSet<const MpfwSourceFile*> m_files;
 };
 
-thread_local constinit MpfwParser::ImportTree* MpfwParser::ImportTree::t_current = nullptr;
+thread_local constinit MpfwParser::ImportTree* MpfwParser::ImportTree::s_current = nullptr;
 
 MpfwFrame::MpfwFrame(MpfwSourceFileList& srcFileList) : m_srcFileList(srcFileList) {}
 
@@ -162,7 +162,7 @@ void MpfwParser::ReadString(xstring& value)
     if (m_token.m_type == TOKEN_LEFT_PAREN)
     {
         ReadNextToken();
-        value = ParseString(false);
+        value = ParseString(/*allowDataLoss=*/false);
         ParseGivenToken(TOKEN_RIGHT_PAREN, ")");
         ApplyMacrosAt(value, pos);
         return;

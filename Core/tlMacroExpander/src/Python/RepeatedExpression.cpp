@@ -96,7 +96,7 @@ bool ExpressionShape::ReadNumber()
     const char* const next = std::find_if_not(end, m_rest.end(), [](char c) { return c == ' '; });
     const bool goesOn = (end != m_rest.end() && (IsLetter(*end) || *end == '"' || *end == '\'')) ||
                         (next != m_rest.end() && *next == '.');
-    return !isOctal && !goesOn && number.size() <= longest && AddValue(number, false);
+    return !isOctal && !goesOn && number.size() <= longest && AddValue(number, /*isString=*/false);
 }
 
 /// A string whose characters stand for themselves.
@@ -112,7 +112,7 @@ bool ExpressionShape::ReadString()
         (end + 1 != inside.end() && end[1] == quote))
         return false;
     m_rest.m_p1 = end + 1;
-    return AddValue(text, true);
+    return AddValue(text, /*isString=*/true);
 }
 
 /// A value in the place of a keyword or an attribute would be an error, a name would be none.

@@ -31,7 +31,7 @@ bool TakesContext(const LexScannerException& e);
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts);
 
 /// The same for an error in text that was expanded to be parsed: the end of that text reads as
-/// `bracket`, and the error is moved to `pos`.
+/// `bracket`, and the error is moved to `pos`. What directives parse and hint at differs, not this.
 void AddExpressionErrorContext(LexScannerException& e, const char* bracket, const char* pos,
                                std::initializer_list<SubString> parts);
 

@@ -32,8 +32,8 @@ std::vector<SubString> WordsOf(SubString text)
     std::vector<SubString> words;
     try
     {
-        for (LSToken token = LsScanToken(text, false); token.m_type != TOKEN_END;
-             token = LsScanToken(text, false))
+        for (LSToken token = LsScanToken(text, /*returnComments=*/false); token.m_type != TOKEN_END;
+             token = LsScanToken(text, /*returnComments=*/false))
             if (token.m_type == TOKEN_IDENTIFIER)
                 words.push_back(token.m_str);
     }
@@ -143,7 +143,7 @@ ssize_t CountValues(SubString element)
 {
     try
     {
-        LSToken end = LsScanToken(element, false);
+        LSToken end = LsScanToken(element, /*returnComments=*/false);
         if (end.m_type != TOKEN_LEFT_PAREN)
             return -1;
         ssize_t count = 0;

@@ -16,10 +16,10 @@ namespace
 {
 
 /// Left free for composing an error, for destructors, and for a signal handler.
-constexpr std::uintptr_t s_reserve = 160 * 1024;
+constexpr std::uintptr_t s_reserve = 160UL * 1024;
 /// What is assumed of a main stack without a limit, and of a fiber's from its outermost entry.
 constexpr std::uintptr_t s_mostOfUnlimited = 256UL * 1024 * 1024;
-constexpr std::uintptr_t s_fiber = 256 * 1024;
+constexpr std::uintptr_t s_fiber = 256UL * 1024;
 /// What expansions take at most: enough for 100,000 nested macro calls of some size.
 #if defined(__OPTIMIZE__) && !defined(TELV_ADDRESS_SANITIZER)
 constexpr std::uintptr_t s_mostOfLevels = 176UL * 1024 * 1024;

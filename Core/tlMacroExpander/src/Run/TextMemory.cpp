@@ -5,6 +5,7 @@
 
 #ifdef TELV_GUARD_TEXTS
 
+#include "tlUtils/HeldMemory.h"
 #include <cstring>
 #include <new>
 #include <sys/mman.h>
@@ -40,6 +41,7 @@ public:
 
     void Bury(char* pages, size_t size)
     {
+        madvise(pages, size, MADV_DONTNEED); // the addresses stay taken, the memory need not
         mprotect(pages, size, PROT_NONE);
         DeadPages& oldest = m_ring[m_next];
         Unmap(oldest);
@@ -71,10 +73,14 @@ TextMemory::TextMemory(xstring& text)
     const size_t length = static_cast<size_t>(text.size());
     const size_t readable = (length + page - 1) / page * page;
     m_size = readable + page;
+    HoldMemory(text.size()); // as if no pages were guarded
     void* const pages =
         mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pages == MAP_FAILED)
+    {
+        ReleaseMemory(text.size());
         throw std::bad_alloc();
+    }
     m_pages = static_cast<char*>(pages);
     char* const start = m_pages + readable - length;
     std::memcpy(start, text.begin(), length);
@@ -86,8 +92,10 @@ TextMemory::TextMemory(xstring& text)
 
 TextMemory::~TextMemory()
 {
-    if (m_pages != nullptr)
-        t_graveyard.Bury(m_pages, m_size);
+    if (m_pages == nullptr)
+        return;
+    ReleaseMemory(m_text.size());
+    t_graveyard.Bury(m_pages, m_size);
 }
 
 } // namespace telv
