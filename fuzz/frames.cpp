@@ -3,6 +3,7 @@
 // imports and parents literally, without an index. Dollar macros are looked up and substituted too.
 #include "Checks.h"
 #include "FrameModel.h"
+#include "tlMacroExpander/ExpansionRun.h"
 #include <iterator>
 #include <memory>
 #include <string>
@@ -261,6 +262,9 @@ void Frames::Substitute(Decisions& decisions)
         plain = next;
     }
     xstring whole(SubString(text.data(), text.data() + text.size()));
+    ExpansionRun run;
+    run.m_limits.m_maxOutput = 100'000; // else many texts of megabytes, which take long
+    const ExpansionRunScope scope(run);
     try
     {
         const bool changed = frame.m_file->ApplyDollarMacros(whole);
@@ -270,6 +274,8 @@ void Frames::Substitute(Decisions& decisions)
     catch (const ExpansionLimitException& e)
     {
         const std::string message = ToStd(e.m_description);
+        if (message == "Output too large")
+            return;
         FUZZ_REQUIRE(message.starts_with("Dollar macro ") && message.ends_with(" contains itself"));
         // A macro that stands for itself alone changes nothing, but never comes to an end either.
         FUZZ_REQUIRE(!ends || plain.find("$(") != std::string::npos);
