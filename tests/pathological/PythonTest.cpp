@@ -102,6 +102,16 @@ TEST_F(PythonTest, AForkedProcessDoesNotFinishTheRun)
     ExpectText(result, "text\n");
 }
 
+/// By a function that tells no handler of forks, where there is one.
+TEST_F(PythonTest, AProcessForkedInSilenceDoesNotFinishTheRun)
+{
+    ExpectText(Expand("@runpython\n{\nimport os\ntry:\n  import ctypes\n"
+                      "  fork = getattr(ctypes.CDLL(None), '_Fork', os.fork)\n"
+                      "except ImportError:\n  fork = os.fork\n"
+                      "child = fork()\nif child: os.waitpid(child, 0)\n}\ntext\n"),
+               "text\n");
+}
+
 TEST_F(PythonTest, PrintsOfAnyBytes)
 {
     const ProgramResult result = RunPython("print unichr(228).encode('utf8'), 'a\\tb'\n");

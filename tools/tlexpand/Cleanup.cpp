@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <iterator>
-#include <pthread.h>
 #include <string_view>
+#include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -38,9 +38,8 @@ struct Entry
 /// One for each output that a run can have, and some.
 Entry s_entries[8];
 pid_t s_owner = 0;
-/// Whether this is a child process that Python code has made: asked after each piece of such code.
-bool s_isForked = false;
-bool s_forksAreNoted = false;
+/// A byte that the system clears in a child process, however that was made. Null: not known.
+const volatile unsigned char* s_isOwner = nullptr;
 /// The thread that makes, renames and removes temporary files.
 std::atomic<pid_t> s_worker = 0;
 /// What `s_worker` handles a fault on when its stack has run out.
@@ -289,9 +288,7 @@ void TemporaryFile::MoveBack(const std::string& name)
 void InstallSignalHandlers()
 {
     s_owner = getpid();
-    s_isForked = false;
-    if (!s_forksAreNoted)
-        s_forksAreNoted = pthread_atfork(nullptr, nullptr, [] { s_isForked = true; }) == 0;
+    s_isOwner = nullptr; // that of the process that forked this one, if any
     // A program that is started gets defaults for handlers, but would inherit SIG_IGN.
     for (const int signal : s_ofWriting)
         if (HasDefault(signal))
@@ -342,9 +339,21 @@ void EndRun(const std::string& message)
     _exit(2);
 }
 
+void WatchForForks()
+{
+    constexpr size_t size = 1; // a page
+    void* const page =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED || madvise(page, size, MADV_WIPEONFORK) != 0)
+        return;
+    auto* const isOwner = static_cast<unsigned char*>(page);
+    *isOwner = 1;
+    s_isOwner = isOwner;
+}
+
 void EndForkedProcess(bool succeeded)
 {
-    if (s_isForked || (!s_forksAreNoted && getpid() != s_owner))
+    if (s_isOwner != nullptr ? *s_isOwner == 0 : getpid() != s_owner)
         _exit(succeeded ? 0 : 1);
 }
 

@@ -90,6 +90,10 @@ void HandleSignalsHere();
 /// exception may leave.
 [[noreturn]] void EndRun(const std::string& message);
 
+/// Lets `EndForkedProcess` know without a system call; to be called before the first code that can
+/// fork, once in a process.
+void WatchForForks();
+
 /// Ends a process that was forked off the one that started the run, at once and without a word,
 /// with status 0 when its Python code `succeeded`, else 1. Does nothing in the process that started
 /// it.

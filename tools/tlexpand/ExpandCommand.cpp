@@ -244,7 +244,7 @@ void ExpandCommand::RefuseInputs() const
     const std::vector<FileIdentity> imports = m_handler.ImportedIdentities(isWritten);
     for (const FileIdentity& identity : imports)
         m_outputs.m_set.RefuseInput(identity, nullptr);
-    if (!imports.empty())
+    if (!imports.empty()) // and no other output
         throw UsageError("standard output is a file that is read");
 }
 
@@ -352,7 +352,8 @@ int RunExpandCommand(const ExpandOptions& options)
 {
     auto run = std::make_unique<LastRun>(options);
     const int status = run->m_command.Run();
-    // The system takes all memory back at once. What is lost is looked for; this is found.
+    // The system takes all memory back at once. Nothing may use the run any more; a search for lost
+    // memory finds it here.
     [[maybe_unused]] static LastRun* volatile s_abandoned = nullptr;
     if (status == 0)
         s_abandoned = run.release();

@@ -280,7 +280,7 @@ constexpr bool IsBracket(EToken kind)
 }
 
 /// Where the first token begins that is a bracket or has to be looked at. `lastEnd` is moved behind
-/// the last one before it.
+/// the last one before it. Operators are taken character by character: none holds a bracket.
 const char* SkipTokensWithoutBrackets(const char* p, const char* end, const char*& lastEnd)
 {
     while (p < end)

@@ -91,6 +91,8 @@ bool RunGuarded(const std::function<void()>& work, ExpansionRun& run, const Sour
     const char* lastPython = nullptr;
     run.m_pythonBegins = [&]
     {
+        if (!s_pythonHasRun)
+            WatchForForks();
         s_pythonHasRun = true;
         printed.Flush();
         if (const char* const pos = run.CurrentPosition())

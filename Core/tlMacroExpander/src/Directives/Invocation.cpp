@@ -323,7 +323,7 @@ LSVariable* MacroExpander::MakeNamedArg(const LSMacroVariable& macroVar, const L
                                         const LevelText& arg)
 {
     auto bound = MakeMacroVariable(LSV_MACRO, formal.m_name, m_vf, BodyOwner(macroVar),
-                                   ExpansionLevel::CurrentOwner());
+                                   ExpansionLevel::CurrentOwner(), m_vf);
     bound->m_isFnArg = formal.m_isFnArg;
     bound->SetSubstitutionString(arg.m_text, /*copy=*/false, 0);
     KeepScanned(*bound, arg);

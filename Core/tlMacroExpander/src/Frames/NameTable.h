@@ -309,7 +309,7 @@ private:
 
     static constexpr uint32 s_marks = 2048;
     static constexpr int s_bitsOfTag = 32;
-    static constexpr size_t s_large = 16384;
+    static constexpr size_t s_large = 16384; ///< With entries and variables, more than a cache.
 
     uint64 m_marks[s_marks / 64] = {}; ///< Of the names that have entries.
     HeldVector<Slot> m_slots;          ///< Open addressing, a power of two.

@@ -6,6 +6,7 @@
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Output/Columns.h"
 #include "tlMacroExpander/src/Scan/ReadBytes.h"
+#include <algorithm>
 #include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>

@@ -71,7 +71,6 @@ bool BracketCache::Find(SubString s, EToken close, MatchingBracket& found) const
     return true;
 }
 
-/// Makes room for another entry; false when the table has its greatest size.
 /// Parts that overlap are joined: the end of a comment has two characters, so one of them holds it.
 void BracketCache::NoteWithoutCommentEnd(SubString text)
 {
@@ -84,6 +83,7 @@ void BracketCache::NoteWithoutCommentEnd(SubString text)
         known = text;
 }
 
+/// Makes room for another entry; false when the table has its greatest size.
 bool BracketCache::Grow()
 {
     const size_t used = static_cast<size_t>(m_count) + 1;

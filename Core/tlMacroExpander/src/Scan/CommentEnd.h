@@ -11,7 +11,7 @@ namespace telv
 /// Whether it is known that the text holds no end of a comment.
 bool IsWithoutCommentEnd(SubString text);
 
-/// To be called when `text`, up to the end of what is being expanded, holds none.
+/// To be called when `text` holds none.
 void NoteWithoutCommentEnd(SubString text);
 
 } // namespace telv

@@ -8,7 +8,8 @@
 #include <bit>
 #if defined(__x86_64__)
 #include <immintrin.h>
-#if __has_include(<sys/platform/x86.h>)
+// The header knows the type of a truth value in C only, which clang does not take in C++.
+#if __has_include(<sys/platform/x86.h>) && !defined(__clang__)
 #include <sys/platform/x86.h>
 #endif
 #endif
@@ -97,7 +98,7 @@ __attribute__((target("avx2"))) const char* SkipQuietTextWidely(const char* p, c
 /// long in a virtual machine.
 bool HasWideInstructions()
 {
-#if __has_include(<sys/platform/x86.h>)
+#if defined(CPU_FEATURE_ACTIVE)
     return CPU_FEATURE_ACTIVE(AVX2);
 #else
     return __builtin_cpu_supports("avx2") != 0;

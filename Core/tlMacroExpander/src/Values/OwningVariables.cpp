@@ -52,17 +52,10 @@ MacroExtras& OwningMacroVariable::Extras()
 
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
-                                                   TemporaryText* bodyOwner)
-{
-    return MakeMacroVariable(returnType, name, context, nameOwner, bodyOwner, context);
-}
-
-std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
-                                                   VarFrame* context, TemporaryText* nameOwner,
-                                                   TemporaryText* bodyOwner, const VarFrame* frame)
+                                                   TemporaryText* bodyOwner, const VarFrame* memory)
 {
     auto owning =
-        MakeFor<OwningMacroVariable>(frame, returnType, name, context, false, false, false);
+        MakeFor<OwningMacroVariable>(memory, returnType, name, context, false, false, false);
     owning->m_owner = bodyOwner;
     if (nameOwner != nullptr || bodyOwner != nullptr)
     {

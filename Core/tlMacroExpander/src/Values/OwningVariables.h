@@ -3,8 +3,8 @@
 //
 // They may be defined in text which exists only while expanding, and be placed in a frame that
 // outlives that text, so they share its ownership: the text lives exactly as long as somebody views
-// it, at the same address. Macros besides keep what is known of their bodies. Most macros need
-// neither, so what they need is apart. There are two, as their public bases are two.
+// it, at the same address. There are two classes, as there are two public bases. Macros besides
+// keep what is known of their bodies; most need neither, so what some need is apart (MacroExtras).
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
@@ -65,15 +65,12 @@ inline const OwningMacroVariable* AsOwningMacro(const LSVariable& var)
                : nullptr;
 }
 
-/// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. One
-/// with a `context` goes to a frame of the tree of that context and takes its memory from there.
+/// A macro that shares the texts of `nameOwner` and `bodyOwner`, each of which may be null. With
+/// `memory` it takes its memory from that tree of frames and has to go to a frame of it.
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
                                                    VarFrame* context, TemporaryText* nameOwner,
-                                                   TemporaryText* bodyOwner);
-/// The same for a frame of the tree of `frame`, which may be null.
-std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,
-                                                   VarFrame* context, TemporaryText* nameOwner,
-                                                   TemporaryText* bodyOwner, const VarFrame* frame);
+                                                   TemporaryText* bodyOwner,
+                                                   const VarFrame* memory);
 
 /// What a round of a loop binds: a macro in a frame of the tree of `context`. The loop keeps the
 /// text of the name alive, and `bodyOwner`, if there is one.

@@ -27,7 +27,11 @@ public:
 private:
     static constexpr size_t s_mark = sizeof(BlockPool*);
 
-    static constexpr size_t Size() { return sizeof(T) + s_mark; }
+    static constexpr size_t Size()
+    {
+        static_assert(sizeof(T) + s_mark <= BlockPool::s_largest && alignof(T) <= s_mark);
+        return sizeof(T) + s_mark;
+    }
 
     static void* Mark(void* block, BlockPool* pool) { return ::new (block) BlockPool*(pool) + 1; }
 
