@@ -108,7 +108,8 @@ public:
     /// False when no name at all is bound or provided.
     bool BindsAny() const
     {
-        return m_size != 0 || m_imports != nullptr || m_importers.m_newest != nullptr || s_started;
+        return m_size != 0 || m_imports != nullptr || m_importers.m_newest != nullptr ||
+               IsCountingLookups();
     }
     /// False only for names that no frame of the tree binds and no import provides. Needs no hash.
     bool MayBeBound(SubString name) const
