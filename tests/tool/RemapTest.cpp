@@ -326,6 +326,116 @@ TEST_F(RemapTest, Sarif)
     EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\"a\": 1}\n{\n").out, "{\"a\": 1}\n{\n");
 }
 
+TEST_F(RemapTest, JsonOfUnexpectedShapesPasses)
+{
+    Generate();
+    for (const std::string text : {
+             R"({"x":1e400})",
+             R"([{"kind":"e","message":"m","locations":{"a":1}}])",
+             R"([{"kind":"e","message":"m","locations":"x"}])",
+             R"([{"kind":"e","message":"m","locations":7}])",
+             R"([{"kind":"e","message":"m","locations":[7, null]}])",
+             R"([{"kind":"e","locations":[],"fixits":3}])",
+             R"([{"kind":"e","locations":[],"file":"gen.cpp","line":"1"}])",
+             R"({"runs":[{"results":[{"message":{},"locations":{"a":1}}]}]})",
+             R"({"runs":[1, {"results":2}, {"results":[{"fixes":[{"artifactChanges":"x"}]}]}]})",
+             R"({"runs":[{"artifacts":{"location":{"uri":"gen.cpp"}},"results":[{"message":{},)"
+             R"("locations":[{"physicalLocation":{"artifactLocation":{"index":0},)"
+             R"("region":{"startLine":1}}}]}]}]})",
+         })
+    {
+        EXPECT_EQ(Filter(text + "\ngen.cpp:1: after\n"), text + "\nmain.tl:2: after\n");
+        EXPECT_EQ(Filter(text), text);
+    }
+    const ProgramResult result = Run({"remap", "gen.cpp.map", "--", "sh", "-c",
+                                      "echo '{\"x\":1e400}'; echo gen.cpp:1: after; exit 3"});
+    EXPECT_EQ(result.out, "{\"x\":1e400}\nmain.tl:2: after\n");
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 3);
+}
+
+/// Where notes are to be added, something else can stand.
+TEST_F(RemapTest, JsonThatHasNoRoomForNotesPasses)
+{
+    Generate("gen.cpp", {"--chains"});
+    const std::string gcc = R"([{"kind":"e","message":"m","locations":[{"caret":)"
+                            R"({"file":"gen.cpp","line":2,"column":9}}],"children":@}])";
+    const std::string sarif = R"({"runs":[{"results":[{"message":{},"locations":)"
+                              R"([{"physicalLocation":{"artifactLocation":{"uri":"gen.cpp"},)"
+                              R"("region":{"startLine":2}}}],"relatedLocations":@}]}]})";
+    for (const std::string& text : {gcc, sarif})
+    {
+        for (const char* other : {"7", R"({"a":1})", R"("x")"})
+        {
+            const std::string document = Replace(text, "@", other) + "\n";
+            EXPECT_EQ(Filter(document), document);
+        }
+        EXPECT_NE(Filter(Replace(text, "@", "[]")).find("in expansion of macro"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(RemapTest, JsonInWhichNothingIsMappedKeepsItsBytes)
+{
+    Generate();
+    for (const char* text : {
+             "[{\"kind\":\"e\",\"locations\":[]} ]",
+             "[ {\"kind\":\"e\",\"message\":\"m\",\"locations\":[{\"caret\":{\"file\":\"o.cpp\","
+             "\"line\":1}}]}]\n\n",
+             "{\n \"runs\": [ {\"results\": [{\"message\": {}, \"fixes\": []}]} ] }\r\n",
+             "{\"runs\" :[]}",
+         })
+        EXPECT_EQ(Filter(text), text);
+    // What stands behind the document stays, too.
+    EXPECT_EQ(Filter("[{\"kind\":\"e\",\"locations\":[],\"file\":\"gen.cpp\",\"line\":1}]"),
+              "[{\"kind\":\"e\",\"locations\":[],\"file\":\"main.tl\",\"line\":2}]");
+}
+
+TEST_F(RemapTest, LinesThatJsonCannotMeanAreReportedOnce)
+{
+    Generate();
+    const auto said = [&](const std::string& line)
+    {
+        const std::string text = "[{\"kind\":\"e\",\"message\":\"m\",\"locations\":[{\"caret\":"
+                                 "{\"file\":\"gen.cpp\",\"line\":" +
+                                 line + "}}]} ]\n";
+        const ProgramResult result = Run({"remap", "gen.cpp.map"}, text);
+        EXPECT_EQ(result.out, text);
+        EXPECT_EQ(result.status, 2);
+        return result.err;
+    };
+    EXPECT_EQ(said("99"), "tlexpand: 'gen.cpp' has no line 99\n");
+    EXPECT_EQ(said("-1"), "tlexpand: 'gen.cpp' has no line -1\n");
+    EXPECT_EQ(said("18446744073709551615"), "tlexpand: 'gen.cpp' has no line 9223372036854775807\n");
+}
+
+TEST_F(RemapTest, FixesInSarifStayForOtherFiles)
+{
+    Generate();
+    const auto fix = [](const std::string& file)
+    {
+        return R"({"artifactChanges":[{"artifactLocation":{"uri":")" + file +
+               R"("},"replacements":[{"deletedRegion":{"startLine":2},)"
+               R"("insertedContent":{"text":"x"}}]}]})";
+    };
+    const auto result = [](const std::string& file, const std::string& fixes)
+    {
+        return R"({"message":{"text":"m"},"locations":[{"physicalLocation":)"
+               R"({"artifactLocation":{"uri":")" +
+               file + R"("},"region":{"startLine":2}}}])" + fixes + "}";
+    };
+    const auto document = [](const std::string& results)
+    { return R"({"runs":[{"results":[)" + results + "]}]}\n"; };
+    const std::string others = ",\"fixes\":[" + fix("other.cpp") + "]";
+    EXPECT_EQ(Filter(document(result("other.cpp", others))), document(result("other.cpp", others)));
+    const std::string both = ",\"fixes\":[" + fix("gen.cpp") + "," + fix("other.cpp") + "]";
+    const std::string own = ",\"fixes\":[" + fix("gen.cpp") + "]";
+    const std::string text = Filter(document(result("gen.cpp", both) + "," + result("o.cpp", own)));
+    std::string expected = document(result("lib.tl", others) + "," + result("o.cpp", ""));
+    expected = Replace(expected, "\"startLine\":2}}}],\"fixes\"", "\"startLine\":3}}}],\"fixes\"");
+    EXPECT_EQ(text, expected);
+}
+
 TEST_F(RemapTest, LongLinesAndDeepDocumentsPass)
 {
     Generate();

@@ -63,7 +63,7 @@ ssize_t CharacterOffset(SubString line, ssize_t column, bool utf16)
 
 ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit)
 {
-    ssize_t offset = column - 1;
+    ssize_t offset = std::max(column, ssize_t{1}) - 1;
     if (unit == EColumnUnit::Guess)
         offset = GuessOffset(line, column);
     else if (unit != EColumnUnit::Bytes)
@@ -143,7 +143,8 @@ std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
     const LineTable& lines = files.Output().m_lines;
     if (line < 1 || line > lines.Count())
     {
-        m_report("'" + files.OutputPath() + "' has no line " + std::to_string(line));
+        if (output.m_missing.insert(line).second)
+            m_report("'" + files.OutputPath() + "' has no line " + std::to_string(line));
         return std::nullopt;
     }
     const SubString text = lines.Line(line);

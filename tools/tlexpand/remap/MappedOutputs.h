@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -66,7 +67,7 @@ public:
     /// now; nothing when it is none.
     std::optional<size_t> Find(const std::string& path);
     /// The origin of a place in the output; nothing when there is none. A line that the output does
-    /// not have, and an output that does not fit its map, are reported.
+    /// not have, and an output that does not fit its map, are reported once.
     std::optional<MessageOrigin> Map(size_t output, ssize_t line, std::optional<ssize_t> column,
                                      EColumnUnit unit);
 
@@ -81,6 +82,7 @@ private:
         MappedFiles m_files;
         std::string m_absolute; ///< Its name from the root.
         bool m_isBroken = false;
+        std::set<ssize_t> m_missing; ///< Lines that it does not have, and that were reported.
     };
 
     std::optional<size_t> FindAbsolute(const std::string& path) const;
