@@ -229,6 +229,56 @@ TEST_F(RemapTest, ColumnsOfTerminalsAreUnderstood)
     EXPECT_EQ(Filter("gen.cpp:1:10: error: b\n"), "main.tl:2:10: error: b\n");
 }
 
+TEST_F(RemapTest, TheWordThatAMessageQuotesTellsWhatItsColumnCounts)
+{
+    Write("main.tl", "@def m =\n{\n1\n}\nvoid g()\n{\n\tint k = abc + (m);\n}\n"
+                     "/* \u00e4\u00e4 */ int x = bad;\n");
+    Generate();
+    EXPECT_EQ(Filter("gen.cpp:3:17: error: 'abc' was not declared\n"),
+              "main.tl:7:10: error: 'abc' was not declared\n");
+    EXPECT_EQ(Filter("gen.cpp:3:17: error: \u2018abc\u2019 was not declared\n"),
+              "main.tl:7:10: error: \u2018abc\u2019 was not declared\n");
+    EXPECT_EQ(Filter("gen.cpp:3:10: error: use of undeclared identifier 'abc'\n"),
+              "main.tl:7:10: error: use of undeclared identifier 'abc'\n");
+    EXPECT_EQ(Filter("gen.cpp:3:17: error: can't use '\x1b[1mabc\x1b[m'\n"),
+              "main.tl:7:10: error: can't use '\x1b[1mabc\x1b[m'\n");
+    // Without a word, GCC's columns are meant where both can be.
+    EXPECT_EQ(Filter("gen.cpp:3:9: error: x\n"), "main.tl:7:2: error: x\n");
+    for (const char* compiler : {"g++", "LC_ALL=C.UTF-8 g++", "clang++-14"})
+        EXPECT_EQ(RunShell(std::string(compiler) + " -c gen.cpp 2>&1 | \"$TLEXPAND\" remap "
+                                                   "gen.cpp.map | sed -n 's/: error.*//p'")
+                      .out,
+                  "main.tl:7:10\nmain.tl:9:20\n")
+            << compiler;
+}
+
+TEST_F(RemapTest, ColumnsInJsonHaveTheirUnits)
+{
+    Write("main.tl", "@def x = {1}\n/* \U00010400 */\tint a = b;\n");
+    Generate();
+    // Behind the letter (four bytes, two units of UTF-16) and the tab: b has byte column 20.
+    const auto gcc = [](const std::string& file, const std::string& column)
+    {
+        return R"([{"kind":"e","locations":[],"file":")" + file + R"(","line":)" +
+               (file == "gen.cpp" ? "1" : "2") + R"(,"display-column":17,"byte-column":20,)" +
+               R"("column":)" + column + "}]\n";
+    };
+    EXPECT_EQ(Filter(gcc("gen.cpp", "17")), gcc("main.tl", "17"));
+    EXPECT_EQ(Filter(gcc("gen.cpp", "20")), gcc("main.tl", "20"));
+    const auto sarif =
+        [](const std::string& unit, const std::string& file, int line, const std::string& column)
+    {
+        return R"({"runs":[{"columnKind":")" + unit +
+               R"(","results":[{"message":{},"locations":[{"physicalLocation":)" +
+               R"({"artifactLocation":{"uri":")" + file + R"("},"region":{"startLine":)" +
+               std::to_string(line) + R"(,"startColumn":)" + column + "}}}]}]}]}\n";
+    };
+    EXPECT_EQ(Filter(sarif("unicodeCodePoints", "gen.cpp", 1, "17")),
+              sarif("unicodeCodePoints", "main.tl", 2, "17"));
+    EXPECT_EQ(Filter(sarif("utf16CodeUnits", "gen.cpp", 1, "18")),
+              sarif("utf16CodeUnits", "main.tl", 2, "18"));
+}
+
 TEST_F(RemapTest, PathsOfEveryKind)
 {
     std::filesystem::create_directories(Path("build/deep"));
@@ -406,7 +456,8 @@ TEST_F(RemapTest, LinesThatJsonCannotMeanAreReportedOnce)
     };
     EXPECT_EQ(said("99"), "tlexpand: 'gen.cpp' has no line 99\n");
     EXPECT_EQ(said("-1"), "tlexpand: 'gen.cpp' has no line -1\n");
-    EXPECT_EQ(said("18446744073709551615"), "tlexpand: 'gen.cpp' has no line 9223372036854775807\n");
+    EXPECT_EQ(said("18446744073709551615"),
+              "tlexpand: 'gen.cpp' has no line 9223372036854775807\n");
 }
 
 TEST_F(RemapTest, FixesInSarifStayForOtherFiles)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Both kinds are trees in which a place is an object with a file and a line, wherever it stands.
-// Programs print JSON that is neither, and JSON of unexpected shapes: the library's exceptions about
-// them mean that a document is passed on as it is.
+// Programs print JSON that is neither, and JSON of unexpected shapes: the library's exceptions
+// about them mean that a document is passed on as it is.
 #include "remap/JsonRemapper.h"
 #include "Files.h"
 #include <limits>
@@ -36,7 +36,8 @@ std::string TextIn(const Json& object, const char* name)
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-/// GCC: {"file":F,"line":L,"column":C,"byte-column":B,"display-column":D}.
+/// GCC: {"file":F,"line":L,"column":C,"byte-column":B,"display-column":D}. C is B or D, as GCC was
+/// told; before there were B and D it was B.
 class GccRemapper
 {
 public:
@@ -59,7 +60,8 @@ private:
     std::optional<MessageOrigin> OriginOf(const Json& place);
     void RemapPlace(Json& place);
     bool CanFix(const Json& fixes);
-    void AddNotes(Json& message, const MessageOrigin& origin);
+    static EColumnUnit UnitOfColumn(const Json& place);
+    static void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
 
     MappedOutputs& m_outputs;
     bool m_isChanged = false;
@@ -72,7 +74,7 @@ void GccRemapper::RemapObject(Json& object)
         const Json& locations = object["locations"];
         if (!locations.empty() && locations[0].contains("caret"))
             if (const auto origin = OriginOf(locations[0]["caret"]))
-                AddNotes(object, *origin);
+                AddNotes(object, *origin, UnitOfColumn(locations[0]["caret"]));
     }
     if (object.contains("fixits") && !CanFix(object["fixits"]))
     {
@@ -89,9 +91,17 @@ std::optional<MessageOrigin> GccRemapper::OriginOf(const Json& place)
     const std::optional<ssize_t> line = NumberIn(place, "line");
     if (!output || !line)
         return std::nullopt;
-    const auto byte = NumberIn(place, "byte-column");
-    return m_outputs.Map(*output, *line, byte ? byte : NumberIn(place, "column"),
-                         byte ? EColumnUnit::Bytes : EColumnUnit::Guess);
+    if (const auto byte = NumberIn(place, "byte-column"))
+        return m_outputs.Map(*output, *line, byte, EColumnUnit::Bytes);
+    return m_outputs.Map(*output, *line, NumberIn(place, "column"), UnitOfColumn(place));
+}
+
+/// What "column" counts; GCC's default if that can't be told.
+EColumnUnit GccRemapper::UnitOfColumn(const Json& place)
+{
+    const auto shown = NumberIn(place, "display-column");
+    const bool isShown = shown && shown == NumberIn(place, "column");
+    return isShown ? EColumnUnit::Terminal : EColumnUnit::Bytes;
 }
 
 void GccRemapper::RemapPlace(Json& place)
@@ -102,9 +112,12 @@ void GccRemapper::RemapPlace(Json& place)
     m_isChanged = true;
     place["file"] = origin->m_place.m_path;
     place["line"] = origin->m_place.m_line;
-    for (const char* column : {"column", "byte-column", "display-column"})
-        if (place.contains(column))
-            place[column] = origin->m_place.m_column;
+    const EColumnUnit unit = UnitOfColumn(place);
+    for (const auto& [name, counted] : {std::pair("column", unit),
+                                        {"byte-column", EColumnUnit::Bytes},
+                                        {"display-column", EColumnUnit::Terminal}})
+        if (place.contains(name))
+            place[name] = ColumnIn(origin->m_place, counted);
 }
 
 /// A fix of calculated text would spoil the directive, and one of which only an end has a source
@@ -124,13 +137,13 @@ bool GccRemapper::CanFix(const Json& fixes)
     return areCopied || !areMapped;
 }
 
-void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin)
+void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit)
 {
     for (const MessageNote& note : origin.m_notes)
     {
         const Json caret = {{"file", note.m_place.m_path},
                             {"line", note.m_place.m_line},
-                            {"column", note.m_place.m_column}};
+                            {"column", ColumnIn(note.m_place, unit)}};
         Json child = {{"kind", "note"}, {"message", note.m_text}, {"locations", Json::array()}};
         if (!note.m_place.m_path.empty())
             child["locations"].push_back({{"caret", caret}});
@@ -341,7 +354,7 @@ void SarifRemapper::Place(Json& location, const MessagePlace& place, bool isAbso
     const bool hasColumn = location["region"].contains("startColumn") || location["region"].empty();
     location["region"] = {{"startLine", place.m_line}};
     if (hasColumn)
-        location["region"]["startColumn"] = place.m_column;
+        location["region"]["startColumn"] = ColumnIn(place, m_unit);
 }
 
 bool HasGccMessages(const Json& document)
