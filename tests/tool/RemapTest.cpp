@@ -229,6 +229,56 @@ TEST_F(RemapTest, ColumnsOfTerminalsAreUnderstood)
     EXPECT_EQ(Filter("gen.cpp:1:10: error: b\n"), "main.tl:2:10: error: b\n");
 }
 
+TEST_F(RemapTest, TheWordThatAMessageQuotesTellsWhatItsColumnCounts)
+{
+    Write("main.tl", "@def m =\n{\n1\n}\nvoid g()\n{\n\tint k = abc + (m);\n}\n"
+                     "/* \u00e4\u00e4 */ int x = bad;\n");
+    Generate();
+    EXPECT_EQ(Filter("gen.cpp:3:17: error: 'abc' was not declared\n"),
+              "main.tl:7:10: error: 'abc' was not declared\n");
+    EXPECT_EQ(Filter("gen.cpp:3:17: error: \u2018abc\u2019 was not declared\n"),
+              "main.tl:7:10: error: \u2018abc\u2019 was not declared\n");
+    EXPECT_EQ(Filter("gen.cpp:3:10: error: use of undeclared identifier 'abc'\n"),
+              "main.tl:7:10: error: use of undeclared identifier 'abc'\n");
+    EXPECT_EQ(Filter("gen.cpp:3:17: error: can't use '\x1b[1mabc\x1b[m'\n"),
+              "main.tl:7:10: error: can't use '\x1b[1mabc\x1b[m'\n");
+    // Without a word, GCC's columns are meant where both can be.
+    EXPECT_EQ(Filter("gen.cpp:3:9: error: x\n"), "main.tl:7:2: error: x\n");
+    for (const char* compiler : {"g++", "LC_ALL=C.UTF-8 g++", "clang++-14"})
+        EXPECT_EQ(RunShell(std::string(compiler) + " -c gen.cpp 2>&1 | \"$TLEXPAND\" remap "
+                                                   "gen.cpp.map | sed -n 's/: error.*//p'")
+                      .out,
+                  "main.tl:7:10\nmain.tl:9:20\n")
+            << compiler;
+}
+
+TEST_F(RemapTest, ColumnsInJsonHaveTheirUnits)
+{
+    Write("main.tl", "@def x = {1}\n/* \U00010400 */\tint a = b;\n");
+    Generate();
+    // Behind the letter (four bytes, two units of UTF-16) and the tab: b has byte column 20.
+    const auto gcc = [](const std::string& file, const std::string& column)
+    {
+        return R"([{"kind":"e","locations":[],"file":")" + file + R"(","line":)" +
+               (file == "gen.cpp" ? "1" : "2") + R"(,"display-column":17,"byte-column":20,)" +
+               R"("column":)" + column + "}]\n";
+    };
+    EXPECT_EQ(Filter(gcc("gen.cpp", "17")), gcc("main.tl", "17"));
+    EXPECT_EQ(Filter(gcc("gen.cpp", "20")), gcc("main.tl", "20"));
+    const auto sarif =
+        [](const std::string& unit, const std::string& file, int line, const std::string& column)
+    {
+        return R"({"runs":[{"columnKind":")" + unit +
+               R"(","results":[{"message":{},"locations":[{"physicalLocation":)" +
+               R"({"artifactLocation":{"uri":")" + file + R"("},"region":{"startLine":)" +
+               std::to_string(line) + R"(,"startColumn":)" + column + "}}}]}]}]}\n";
+    };
+    EXPECT_EQ(Filter(sarif("unicodeCodePoints", "gen.cpp", 1, "17")),
+              sarif("unicodeCodePoints", "main.tl", 2, "17"));
+    EXPECT_EQ(Filter(sarif("utf16CodeUnits", "gen.cpp", 1, "18")),
+              sarif("utf16CodeUnits", "main.tl", 2, "18"));
+}
+
 TEST_F(RemapTest, PathsOfEveryKind)
 {
     std::filesystem::create_directories(Path("build/deep"));
@@ -324,6 +374,117 @@ TEST_F(RemapTest, Sarif)
     EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\n  \"runs\": [\nend\n").out,
               "{\n  \"runs\": [\nend\n");
     EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\"a\": 1}\n{\n").out, "{\"a\": 1}\n{\n");
+}
+
+TEST_F(RemapTest, JsonOfUnexpectedShapesPasses)
+{
+    Generate();
+    for (const std::string text : {
+             R"({"x":1e400})",
+             R"([{"kind":"e","message":"m","locations":{"a":1}}])",
+             R"([{"kind":"e","message":"m","locations":"x"}])",
+             R"([{"kind":"e","message":"m","locations":7}])",
+             R"([{"kind":"e","message":"m","locations":[7, null]}])",
+             R"([{"kind":"e","locations":[],"fixits":3}])",
+             R"([{"kind":"e","locations":[],"file":"gen.cpp","line":"1"}])",
+             R"({"runs":[{"results":[{"message":{},"locations":{"a":1}}]}]})",
+             R"({"runs":[1, {"results":2}, {"results":[{"fixes":[{"artifactChanges":"x"}]}]}]})",
+             R"({"runs":[{"artifacts":{"location":{"uri":"gen.cpp"}},"results":[{"message":{},)"
+             R"("locations":[{"physicalLocation":{"artifactLocation":{"index":0},)"
+             R"("region":{"startLine":1}}}]}]}]})",
+         })
+    {
+        EXPECT_EQ(Filter(text + "\ngen.cpp:1: after\n"), text + "\nmain.tl:2: after\n");
+        EXPECT_EQ(Filter(text), text);
+    }
+    const ProgramResult result = Run({"remap", "gen.cpp.map", "--", "sh", "-c",
+                                      "echo '{\"x\":1e400}'; echo gen.cpp:1: after; exit 3"});
+    EXPECT_EQ(result.out, "{\"x\":1e400}\nmain.tl:2: after\n");
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 3);
+}
+
+/// Where notes are to be added, something else can stand.
+TEST_F(RemapTest, JsonThatHasNoRoomForNotesPasses)
+{
+    Generate("gen.cpp", {"--chains"});
+    const std::string gcc = R"([{"kind":"e","message":"m","locations":[{"caret":)"
+                            R"({"file":"gen.cpp","line":2,"column":9}}],"children":@}])";
+    const std::string sarif = R"({"runs":[{"results":[{"message":{},"locations":)"
+                              R"([{"physicalLocation":{"artifactLocation":{"uri":"gen.cpp"},)"
+                              R"("region":{"startLine":2}}}],"relatedLocations":@}]}]})";
+    for (const std::string& text : {gcc, sarif})
+    {
+        for (const char* other : {"7", R"({"a":1})", R"("x")"})
+        {
+            const std::string document = Replace(text, "@", other) + "\n";
+            EXPECT_EQ(Filter(document), document);
+        }
+        EXPECT_NE(Filter(Replace(text, "@", "[]")).find("in expansion of macro"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(RemapTest, JsonInWhichNothingIsMappedKeepsItsBytes)
+{
+    Generate();
+    for (const char* text : {
+             "[{\"kind\":\"e\",\"locations\":[]} ]",
+             "[ {\"kind\":\"e\",\"message\":\"m\",\"locations\":[{\"caret\":{\"file\":\"o.cpp\","
+             "\"line\":1}}]}]\n\n",
+             "{\n \"runs\": [ {\"results\": [{\"message\": {}, \"fixes\": []}]} ] }\r\n",
+             "{\"runs\" :[]}",
+         })
+        EXPECT_EQ(Filter(text), text);
+    // What stands behind the document stays, too.
+    EXPECT_EQ(Filter("[{\"kind\":\"e\",\"locations\":[],\"file\":\"gen.cpp\",\"line\":1}]"),
+              "[{\"kind\":\"e\",\"locations\":[],\"file\":\"main.tl\",\"line\":2}]");
+}
+
+TEST_F(RemapTest, LinesThatJsonCannotMeanAreReportedOnce)
+{
+    Generate();
+    const auto said = [&](const std::string& line)
+    {
+        const std::string text = "[{\"kind\":\"e\",\"message\":\"m\",\"locations\":[{\"caret\":"
+                                 "{\"file\":\"gen.cpp\",\"line\":" +
+                                 line + "}}]} ]\n";
+        const ProgramResult result = Run({"remap", "gen.cpp.map"}, text);
+        EXPECT_EQ(result.out, text);
+        EXPECT_EQ(result.status, 2);
+        return result.err;
+    };
+    EXPECT_EQ(said("99"), "tlexpand: 'gen.cpp' has no line 99\n");
+    EXPECT_EQ(said("-1"), "tlexpand: 'gen.cpp' has no line -1\n");
+    EXPECT_EQ(said("18446744073709551615"),
+              "tlexpand: 'gen.cpp' has no line 9223372036854775807\n");
+}
+
+TEST_F(RemapTest, FixesInSarifStayForOtherFiles)
+{
+    Generate();
+    const auto fix = [](const std::string& file)
+    {
+        return R"({"artifactChanges":[{"artifactLocation":{"uri":")" + file +
+               R"("},"replacements":[{"deletedRegion":{"startLine":2},)"
+               R"("insertedContent":{"text":"x"}}]}]})";
+    };
+    const auto result = [](const std::string& file, const std::string& fixes)
+    {
+        return R"({"message":{"text":"m"},"locations":[{"physicalLocation":)"
+               R"({"artifactLocation":{"uri":")" +
+               file + R"("},"region":{"startLine":2}}}])" + fixes + "}";
+    };
+    const auto document = [](const std::string& results)
+    { return R"({"runs":[{"results":[)" + results + "]}]}\n"; };
+    const std::string others = ",\"fixes\":[" + fix("other.cpp") + "]";
+    EXPECT_EQ(Filter(document(result("other.cpp", others))), document(result("other.cpp", others)));
+    const std::string both = ",\"fixes\":[" + fix("gen.cpp") + "," + fix("other.cpp") + "]";
+    const std::string own = ",\"fixes\":[" + fix("gen.cpp") + "]";
+    const std::string text = Filter(document(result("gen.cpp", both) + "," + result("o.cpp", own)));
+    std::string expected = document(result("lib.tl", others) + "," + result("o.cpp", ""));
+    expected = Replace(expected, "\"startLine\":2}}}],\"fixes\"", "\"startLine\":3}}}],\"fixes\"");
+    EXPECT_EQ(text, expected);
 }
 
 TEST_F(RemapTest, LongLinesAndDeepDocumentsPass)

@@ -118,4 +118,16 @@ ssize_t BytesOfColumns(SubString line, ssize_t columns, ssize_t tabWidth)
     return rest.begin() - line.begin();
 }
 
+ssize_t ColumnsOfBytes(SubString line, ssize_t bytes, ssize_t tabWidth)
+{
+    SubString rest(line.begin(), line.begin() + bytes);
+    ssize_t column = 0;
+    while (!rest.empty())
+    {
+        column = *rest.begin() == '\t' ? (column / tabWidth + 1) * tabWidth : column + 1;
+        TakeUtf8Character(rest);
+    }
+    return column;
+}
+
 } // namespace telv::tool

@@ -70,5 +70,7 @@ private:
 /// The bytes of the first `columns` terminal columns of a line: a tab goes to the next multiple of
 /// `tabWidth`, every other character is one column.
 ssize_t BytesOfColumns(SubString line, ssize_t columns, ssize_t tabWidth);
+/// The terminal columns of the first `bytes` bytes of a line, counted in the same way.
+ssize_t ColumnsOfBytes(SubString line, ssize_t bytes, ssize_t tabWidth);
 
 } // namespace telv::tool

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Both kinds are trees in which a place is an object with a file and a line, wherever it stands.
+// Programs print JSON that is neither, and JSON of unexpected shapes: the library's exceptions
+// about them mean that a document is passed on as it is.
 #include "remap/JsonRemapper.h"
 #include "Files.h"
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace telv::tool
@@ -15,11 +18,15 @@ using Json = nlohmann::ordered_json;
 /// No messages nest deeper; what does is passed on as it is.
 constexpr int s_deepest = 1000;
 
+/// One that is too large is the largest there is.
 std::optional<ssize_t> NumberIn(const Json& object, const char* name)
 {
+    constexpr ssize_t largest = std::numeric_limits<ssize_t>::max();
     const auto found = object.find(name);
     if (found == object.end() || !found->is_number_integer())
         return std::nullopt;
+    if (found->is_number_unsigned() && found->get<size_t>() > static_cast<size_t>(largest))
+        return largest;
     return found->get<ssize_t>();
 }
 
@@ -29,11 +36,15 @@ std::string TextIn(const Json& object, const char* name)
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-/// GCC: {"file":F,"line":L,"column":C,"byte-column":B,"display-column":D}.
+/// GCC: {"file":F,"line":L,"column":C,"byte-column":B,"display-column":D}. C is B or D, as GCC was
+/// told; before there were B and D it was B.
 class GccRemapper
 {
 public:
     explicit GccRemapper(MappedOutputs& outputs) : m_outputs(outputs) {}
+
+    /// Whether a place was mapped.
+    bool IsChanged() const { return m_isChanged; }
 
     void Remap(Json& value)
     {
@@ -49,9 +60,11 @@ private:
     std::optional<MessageOrigin> OriginOf(const Json& place);
     void RemapPlace(Json& place);
     bool CanFix(const Json& fixes);
-    void AddNotes(Json& message, const MessageOrigin& origin);
+    static EColumnUnit UnitOfColumn(const Json& place);
+    static void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
 
     MappedOutputs& m_outputs;
+    bool m_isChanged = false;
 };
 
 void GccRemapper::RemapObject(Json& object)
@@ -61,10 +74,13 @@ void GccRemapper::RemapObject(Json& object)
         const Json& locations = object["locations"];
         if (!locations.empty() && locations[0].contains("caret"))
             if (const auto origin = OriginOf(locations[0]["caret"]))
-                AddNotes(object, *origin);
+                AddNotes(object, *origin, UnitOfColumn(locations[0]["caret"]));
     }
     if (object.contains("fixits") && !CanFix(object["fixits"]))
+    {
         object.erase("fixits");
+        m_isChanged = true;
+    }
     if (object.contains("file") && object.contains("line"))
         RemapPlace(object);
 }
@@ -75,9 +91,17 @@ std::optional<MessageOrigin> GccRemapper::OriginOf(const Json& place)
     const std::optional<ssize_t> line = NumberIn(place, "line");
     if (!output || !line)
         return std::nullopt;
-    const auto byte = NumberIn(place, "byte-column");
-    return m_outputs.Map(*output, *line, byte ? byte : NumberIn(place, "column"),
-                         byte ? EColumnUnit::Bytes : EColumnUnit::Guess);
+    if (const auto byte = NumberIn(place, "byte-column"))
+        return m_outputs.Map(*output, *line, byte, EColumnUnit::Bytes);
+    return m_outputs.Map(*output, *line, NumberIn(place, "column"), UnitOfColumn(place));
+}
+
+/// What "column" counts; GCC's default if that can't be told.
+EColumnUnit GccRemapper::UnitOfColumn(const Json& place)
+{
+    const auto shown = NumberIn(place, "display-column");
+    const bool isShown = shown && shown == NumberIn(place, "column");
+    return isShown ? EColumnUnit::Terminal : EColumnUnit::Bytes;
 }
 
 void GccRemapper::RemapPlace(Json& place)
@@ -85,34 +109,41 @@ void GccRemapper::RemapPlace(Json& place)
     const auto origin = OriginOf(place);
     if (!origin)
         return;
+    m_isChanged = true;
     place["file"] = origin->m_place.m_path;
     place["line"] = origin->m_place.m_line;
-    for (const char* column : {"column", "byte-column", "display-column"})
-        if (place.contains(column))
-            place[column] = origin->m_place.m_column;
+    const EColumnUnit unit = UnitOfColumn(place);
+    for (const auto& [name, counted] : {std::pair("column", unit),
+                                        {"byte-column", EColumnUnit::Bytes},
+                                        {"display-column", EColumnUnit::Terminal}})
+        if (place.contains(name))
+            place[name] = ColumnIn(origin->m_place, counted);
 }
 
-/// A fix of calculated text would spoil the directive.
+/// A fix of calculated text would spoil the directive, and one of which only an end has a source
+/// would change something else. Fixes of no known source stay as they are.
 bool GccRemapper::CanFix(const Json& fixes)
 {
+    bool areCopied = true;
+    bool areMapped = false;
     for (const Json& fix : fixes)
         for (const char* end : {"start", "next"})
             if (fix.contains(end) && m_outputs.Find(TextIn(fix[end], "file")))
             {
                 const auto origin = OriginOf(fix[end]);
-                if (!origin || !origin->m_isCopied)
-                    return false;
+                areMapped = areMapped || origin;
+                areCopied = areCopied && origin && origin->m_isCopied;
             }
-    return true;
+    return areCopied || !areMapped;
 }
 
-void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin)
+void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit)
 {
     for (const MessageNote& note : origin.m_notes)
     {
         const Json caret = {{"file", note.m_place.m_path},
                             {"line", note.m_place.m_line},
-                            {"column", note.m_place.m_column}};
+                            {"column", ColumnIn(note.m_place, unit)}};
         Json child = {{"kind", "note"}, {"message", note.m_text}, {"locations", Json::array()}};
         if (!note.m_place.m_path.empty())
             child["locations"].push_back({{"caret", caret}});
@@ -171,6 +202,9 @@ class SarifRemapper
 public:
     explicit SarifRemapper(MappedOutputs& outputs) : m_outputs(outputs) {}
 
+    /// Whether a place was mapped.
+    bool IsChanged() const { return m_isChanged; }
+
     void Remap(Json& document)
     {
         for (Json& run : document["runs"])
@@ -186,6 +220,8 @@ public:
 private:
     void RemapPart(Json& value);
     void RemapResult(Json& result);
+    void EraseFixes(Json& result);
+    bool IsMapped(const Json& fix);
     std::optional<MessageOrigin> OriginOf(const Json& location);
     std::string UriOf(const Json& artifact) const;
     void RemapLocation(Json& location);
@@ -194,6 +230,7 @@ private:
     MappedOutputs& m_outputs;
     Json* m_run = nullptr;
     EColumnUnit m_unit = EColumnUnit::CodePoints;
+    bool m_isChanged = false;
 };
 
 void SarifRemapper::RemapPart(Json& value)
@@ -202,7 +239,8 @@ void SarifRemapper::RemapPart(Json& value)
     {
         if (value.contains("ruleId") || value.contains("message"))
             RemapResult(value);
-        value.erase("fixes"); // Their texts belong into the output.
+        if (value.contains("fixes"))
+            EraseFixes(value);
         if (value.contains("artifactLocation"))
             RemapLocation(value);
     }
@@ -233,6 +271,41 @@ void SarifRemapper::RemapResult(Json& result)
         }
         result["relatedLocations"].push_back(related);
     }
+}
+
+/// Takes away the fixes that change mapped files: what they insert is text of the output, and the
+/// ends of what they delete can come from two places. Those of other files can be applied.
+void SarifRemapper::EraseFixes(Json& result)
+{
+    Json others = Json::array();
+    const Json& fixes = result["fixes"];
+    for (const Json& fix : fixes)
+        if (!IsMapped(fix))
+            others.push_back(fix);
+    if (others.size() == fixes.size())
+        return;
+    m_isChanged = true;
+    if (others.empty())
+        result.erase("fixes");
+    else
+        result["fixes"] = std::move(others);
+}
+
+bool SarifRemapper::IsMapped(const Json& fix)
+{
+    if (!fix.contains("artifactChanges"))
+        return false;
+    for (const Json& change : fix["artifactChanges"])
+    {
+        if (!change.contains("artifactLocation") || !change.contains("replacements"))
+            continue;
+        for (const Json& replacement : change["replacements"])
+            if (replacement.contains("deletedRegion") &&
+                OriginOf({{"artifactLocation", change["artifactLocation"]},
+                          {"region", replacement["deletedRegion"]}}))
+                return true;
+    }
+    return false;
 }
 
 /// The name itself, or that of the artifact that an index means.
@@ -266,6 +339,7 @@ void SarifRemapper::RemapLocation(Json& location)
     if (!origin)
         return;
     const bool isAbsolute = UriOf(location["artifactLocation"]).starts_with(s_fileScheme);
+    m_isChanged = true;
     location.erase("contextRegion");
     Place(location, origin->m_place, isAbsolute);
 }
@@ -280,13 +354,29 @@ void SarifRemapper::Place(Json& location, const MessagePlace& place, bool isAbso
     const bool hasColumn = location["region"].contains("startColumn") || location["region"].empty();
     location["region"] = {{"startLine", place.m_line}};
     if (hasColumn)
-        location["region"]["startColumn"] = place.m_column;
+        location["region"]["startColumn"] = ColumnIn(place, m_unit);
 }
 
 bool HasGccMessages(const Json& document)
 {
     return document.is_array() && !document.empty() && document[0].is_object() &&
            document[0].contains("kind") && document[0].contains("locations");
+}
+
+/// Remaps `document` if it is of a known kind. Whether something was mapped.
+bool RemapDocument(Json& document, MappedOutputs& outputs)
+{
+    if (document.is_object() && document.contains("runs") && document["runs"].is_array())
+    {
+        SarifRemapper remapper(outputs);
+        remapper.Remap(document);
+        return remapper.IsChanged();
+    }
+    if (!HasGccMessages(document))
+        return false;
+    GccRemapper remapper(outputs);
+    remapper.Remap(document);
+    return remapper.IsChanged();
 }
 
 } // namespace
@@ -317,19 +407,26 @@ EJson RecogniseJson(const std::string& text)
     {
         return e.byte > text.size() ? EJson::Beginning : EJson::None;
     }
+    catch (const Json::exception&)
+    {
+        return EJson::None; // A number that is none of this machine.
+    }
 }
 
 std::string RemapJson(const std::string& text, MappedOutputs& outputs)
+try
 {
     Json document = Json::parse(text);
-    if (document.is_object() && document.contains("runs") && document["runs"].is_array())
-        SarifRemapper(outputs).Remap(document);
-    else if (HasGccMessages(document))
-        GccRemapper(outputs).Remap(document);
-    else
+    if (!RemapDocument(document, outputs))
         return text;
-    const bool isIndented = text.find('\n') < text.find_last_not_of(" \t\r\n");
-    return document.dump(isIndented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
+    const size_t end = text.find_last_not_of(" \t\r\n") + 1;
+    const bool isIndented = text.find('\n') < end;
+    return document.dump(isIndented ? 2 : -1, ' ', false, Json::error_handler_t::replace) +
+           text.substr(end);
+}
+catch (const Json::exception&)
+{
+    return text;
 }
 
 } // namespace telv::tool

@@ -19,8 +19,9 @@ enum class EJson
 EJson RecogniseJson(const std::string& text);
 
 /// The document with its places rewritten, as compact or as indented as it was; `text` itself when
-/// it is neither of the two kinds. A fix that a message offers is rewritten only where the text
-/// that it changes was copied.
+/// no place was, or when something in it has a shape that it has in neither kind. A fix that GCC
+/// offers is rewritten where the text that it changes was copied, all other fixes of outputs are
+/// left out.
 std::string RemapJson(const std::string& text, MappedOutputs& outputs);
 
 } // namespace telv::tool

@@ -2,6 +2,7 @@
 // An excerpt is what compilers print under a message: lines with a bar, or lines with a caret and
 // the line above. GCC's and clang's can be told from messages by their first characters.
 #include "remap/LineRemapper.h"
+#include "remap/MessageText.h"
 #include <utility>
 
 namespace telv::tool
@@ -51,11 +52,13 @@ std::string LineRemapper::Remap(const std::string& line)
         output = m_outputs.Find(path);
         return output.has_value();
     };
+    const std::string plain = WithoutColours(line);
+    const ColumnHints hints{QuotedWords(plain), HasSeverity(plain)};
     const KnownFiles files{m_outputs.LastParts(), isKnown};
     while (const auto place = FindPlace(line, from, files))
     {
         const auto origin =
-            m_outputs.Map(*output, place->m_line, place->m_column, EColumnUnit::Guess);
+            m_outputs.Map(*output, place->m_line, place->m_column, EColumnUnit::Guess, hints);
         rewritten += line.substr(from, place->m_begin - from);
         if (!origin)
             rewritten += line.substr(place->m_begin, place->m_end - place->m_begin);

@@ -4,6 +4,7 @@
 #include "Files.h"
 #include "Utf8.h"
 #include "map/ChainText.h"
+#include "remap/MessageText.h"
 #include <algorithm>
 
 namespace telv::tool
@@ -23,31 +24,47 @@ std::string AbsolutePath(const std::string& directory, const std::string& path)
     return path.starts_with('/') ? JoinPath("", path) : JoinPath(directory, path);
 }
 
-bool IsWordByte(char c)
+/// As of GCC, whose default can't be seen in its messages.
+constexpr ssize_t s_tabWidth = 8;
+
+bool IsBlank(char c)
 {
-    const auto byte = static_cast<unsigned char>(c);
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           byte >= 0x80;
+    return c == ' ' || c == '\t';
 }
 
-bool BeginsSomething(SubString line, ssize_t offset)
+/// Whether something can begin or end there: not inside a word, nor between blanks.
+bool IsEdge(SubString line, ssize_t offset)
 {
-    if (offset >= line.size())
+    if (offset > line.size())
         return false;
-    const char c = line.begin()[offset];
-    const bool isInWord = offset > 0 && IsWordByte(c) && IsWordByte(line.begin()[offset - 1]);
-    return c != ' ' && c != '\t' && !isInWord;
+    const char before = offset == 0 ? ' ' : line.begin()[offset - 1];
+    const char here = offset == line.size() ? ' ' : line.begin()[offset];
+    return !(IsBlank(before) && IsBlank(here)) && !(IsWordByte(before) && IsWordByte(here));
 }
 
-/// GCC counts terminal columns, most others bytes; they differ where a tab stands before.
-ssize_t GuessOffset(SubString line, ssize_t column)
+bool HasWordAt(SubString line, ssize_t offset, const std::string& word)
 {
-    constexpr ssize_t s_tabWidth = 8;
+    const auto end = offset + static_cast<ssize_t>(word.size());
+    return end <= line.size() && IsEdge(line, offset) && IsEdge(line, end) &&
+           std::equal(word.begin(), word.end(), line.begin() + offset);
+}
+
+/// GCC counts terminal columns, most others bytes; they differ behind tabs and what is not ASCII.
+/// The word that the message speaks of decides, else where something can stand.
+ssize_t GuessOffset(SubString line, ssize_t column, const ColumnHints& hints)
+{
     const ssize_t byte = column - 1;
     const ssize_t shown = BytesOfColumns(line, column - 1, s_tabWidth);
-    if (byte == shown || BeginsSomething(line, byte))
-        return byte;
-    return byte > line.size() || BeginsSomething(line, shown) ? shown : byte;
+    const auto fits = [&](ssize_t offset)
+    {
+        return std::any_of(hints.m_quoted.begin(), hints.m_quoted.end(),
+                           [&](const std::string& word) { return HasWordAt(line, offset, word); });
+    };
+    if (fits(byte) != fits(shown))
+        return fits(byte) ? byte : shown;
+    if (IsEdge(line, byte) != IsEdge(line, shown))
+        return IsEdge(line, byte) ? byte : shown;
+    return hints.m_isOfCompiler || byte > line.size() ? shown : byte;
 }
 
 ssize_t CharacterOffset(SubString line, ssize_t column, bool utf16)
@@ -61,14 +78,34 @@ ssize_t CharacterOffset(SubString line, ssize_t column, bool utf16)
 
 } // namespace
 
-ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit)
+ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit, const ColumnHints& hints)
 {
+    column = std::max(column, ssize_t{1});
     ssize_t offset = column - 1;
     if (unit == EColumnUnit::Guess)
-        offset = GuessOffset(line, column);
+        offset = GuessOffset(line, column, hints);
+    else if (unit == EColumnUnit::Terminal)
+        offset = BytesOfColumns(line, column - 1, s_tabWidth);
     else if (unit != EColumnUnit::Bytes)
         offset = CharacterOffset(line, column, unit == EColumnUnit::Utf16);
     return std::clamp(offset, ssize_t{0}, line.size());
+}
+
+ssize_t ColumnIn(const MessagePlace& place, EColumnUnit unit)
+{
+    if (unit == EColumnUnit::Guess || unit == EColumnUnit::Bytes)
+        return place.m_column;
+    const ssize_t offset = std::min(place.m_column - 1, place.m_text.size());
+    if (unit == EColumnUnit::Terminal)
+        return ColumnsOfBytes(place.m_text, offset, s_tabWidth) + 1;
+    SubString rest(place.m_text.begin(), place.m_text.begin() + offset);
+    ssize_t column = 1;
+    while (!rest.empty())
+    {
+        const bool isPair = TakeUtf8Character(rest).m_bytes.size() == 4;
+        column += isPair && unit == EColumnUnit::Utf16 ? 2 : 1;
+    }
+    return column;
 }
 
 void MappedOutputs::Add(const std::string& mapPath, const std::string& output)
@@ -119,14 +156,15 @@ std::optional<size_t> MappedOutputs::Find(const std::string& path)
 }
 
 std::optional<MessageOrigin> MappedOutputs::Map(size_t index, ssize_t line,
-                                                std::optional<ssize_t> column, EColumnUnit unit)
+                                                std::optional<ssize_t> column, EColumnUnit unit,
+                                                const ColumnHints& hints)
 {
     Output& output = *m_outputs[index];
     if (output.m_isBroken)
         return std::nullopt;
     try
     {
-        return MapIn(output, line, column, unit);
+        return MapIn(output, line, column, unit, hints);
     }
     catch (const std::runtime_error& e)
     {
@@ -137,20 +175,22 @@ std::optional<MessageOrigin> MappedOutputs::Map(size_t index, ssize_t line,
 }
 
 std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
-                                                  std::optional<ssize_t> column, EColumnUnit unit)
+                                                  std::optional<ssize_t> column, EColumnUnit unit,
+                                                  const ColumnHints& hints)
 {
     MappedFiles& files = output.m_files;
     const LineTable& lines = files.Output().m_lines;
     if (line < 1 || line > lines.Count())
     {
-        m_report("'" + files.OutputPath() + "' has no line " + std::to_string(line));
+        if (output.m_missing.insert(line).second)
+            m_report("'" + files.OutputPath() + "' has no line " + std::to_string(line));
         return std::nullopt;
     }
     const SubString text = lines.Line(line);
     SubString seen = text;
     ScanWhiteSpace(seen);
     const ssize_t visible = seen.empty() ? 0 : seen.begin() - text.begin();
-    const ssize_t offset = column ? ColumnOffset(text, *column, unit) : visible;
+    const ssize_t offset = column ? ColumnOffset(text, *column, unit, hints) : visible;
     const ssize_t begin = lines.Start(line);
     auto origin =
         files.Map().FirstOrigin(std::min(begin + offset, lines.End(line) - 1), lines.End(line));
@@ -177,7 +217,9 @@ std::optional<MessagePlace> MappedOutputs::PlaceOf(MappedFiles& files, const Sou
     if (text == nullptr)
         return std::nullopt;
     const LineColumn at = text->m_lines.At(std::min(range.m_in, text->m_text.size()));
-    return MessagePlace{files.SourcePath(source), at.m_line, at.m_column};
+    const SubString line =
+        at.m_line <= text->m_lines.Count() ? text->m_lines.Line(at.m_line) : SubString();
+    return MessagePlace{files.SourcePath(source), at.m_line, at.m_column, line};
 }
 
 void MappedOutputs::AddNotes(MappedFiles& files, const Origin& origin, MessageOrigin& result)

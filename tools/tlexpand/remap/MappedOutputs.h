@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct MessagePlace
     std::string m_path;
     ssize_t m_line = 0;
     ssize_t m_column = 0;
+    SubString m_text; ///< The line, without its end; of the outputs, which must outlive this.
 };
 
 /// A step of a chain: where, and its sentence. Without a place the path is empty.
@@ -42,10 +44,18 @@ struct MessageOrigin
 /// What a column counts.
 enum class EColumnUnit
 {
-    Guess, ///< Bytes, unless only terminal columns lead to the beginning of something.
+    Guess, ///< Bytes or terminal columns, whichever fits the message.
     Bytes,
+    Terminal, ///< A tab goes to the next multiple of eight.
     CodePoints,
     Utf16
+};
+
+/// What a message says about what stands at its place.
+struct ColumnHints
+{
+    std::vector<std::string> m_quoted; ///< Words, one of which is likely to stand there.
+    bool m_isOfCompiler = false;       ///< If in doubt, columns are GCC's.
 };
 
 class MappedOutputs
@@ -66,9 +76,9 @@ public:
     /// now; nothing when it is none.
     std::optional<size_t> Find(const std::string& path);
     /// The origin of a place in the output; nothing when there is none. A line that the output does
-    /// not have, and an output that does not fit its map, are reported.
+    /// not have, and an output that does not fit its map, are reported once.
     std::optional<MessageOrigin> Map(size_t output, ssize_t line, std::optional<ssize_t> column,
-                                     EColumnUnit unit);
+                                     EColumnUnit unit, const ColumnHints& hints = {});
 
     /// Heeds what make and ninja say about the directory that they work in.
     void NoteDirectory(const std::string& line);
@@ -81,11 +91,12 @@ private:
         MappedFiles m_files;
         std::string m_absolute; ///< Its name from the root.
         bool m_isBroken = false;
+        std::set<ssize_t> m_missing; ///< Lines that it does not have, and that were reported.
     };
 
     std::optional<size_t> FindAbsolute(const std::string& path) const;
     std::optional<MessageOrigin> MapIn(Output& output, ssize_t line, std::optional<ssize_t> column,
-                                       EColumnUnit unit);
+                                       EColumnUnit unit, const ColumnHints& hints);
     std::optional<MessagePlace> PlaceOf(MappedFiles& files, const SourceRange& range);
     void AddNotes(MappedFiles& files, const Origin& origin, MessageOrigin& result);
 
@@ -99,6 +110,9 @@ private:
 };
 
 /// The offset of a column of a line, from 0, held within the line.
-ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit);
+ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit, const ColumnHints& hints);
+
+/// The column of a place, from 1, in a unit; a guess is one of bytes.
+ssize_t ColumnIn(const MessagePlace& place, EColumnUnit unit);
 
 } // namespace telv::tool
