@@ -126,6 +126,27 @@ TEST_F(ExplainTest, AMapThatDoesNotFitIsRefused)
     expect("tlexpand: can't read 'out': No such file or directory\n");
 }
 
+TEST_F(ExplainTest, ThePageTakesThePlaceOfNothingThatItShows)
+{
+    Expand({"-o", "out", "--map", "map", "main.tl"});
+    std::filesystem::create_symlink("map", Path("link"));
+    const auto expect = [this](const std::vector<std::string>& shown, const std::string& page)
+    {
+        const std::string earlier = Read(page);
+        std::vector<std::string> arguments{"explain", "-o", page};
+        arguments.insert(arguments.end(), shown.begin(), shown.end());
+        ExpectFailure(Run(arguments), 2,
+                      "tlexpand: the output '" + page + "' is a file that is read" + s_hint);
+        EXPECT_EQ(Read(page), earlier);
+    };
+    for (const char* const page : {"map", "out", "main.tl", "lib.tl", "./out", "link"})
+        expect({"--from-map", "map"}, page);
+    for (const char* const page : {"main.tl", "lib.tl"})
+        expect({"main.tl"}, page);
+    Expand({"explain", "-o", "page", "--from-map", "map"});
+    Expand({"explain", "-o", "page", "--from-map", "map"}); // The page itself is no input.
+}
+
 TEST_F(ExplainTest, AnErrorOfTheTextLeavesTheEarlierPage)
 {
     Write("page", "earlier");

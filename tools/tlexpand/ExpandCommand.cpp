@@ -236,8 +236,10 @@ void ExpandCommand::Warn(const ExpansionWarning& warning)
 
 void ExpandCommand::RefuseInputs() const
 {
+    // A text may take the place of its source, a page that shows it not.
+    const OutputFile* const mayReplaceMain = m_options.m_isExplained ? nullptr : m_outputs.m_text;
     if (const auto identity = m_handler.MainIdentity())
-        m_outputs.m_set.RefuseInput(*identity, m_outputs.m_text);
+        m_outputs.m_set.RefuseInput(*identity, mayReplaceMain);
     const std::optional<FileIdentity> standardOutput = RegularFileAt(STDOUT_FILENO);
     const auto isWritten = [&](const FileIdentity& identity)
     { return m_outputs.m_set.Holds(identity) || standardOutput == identity; };

@@ -23,6 +23,16 @@ Page MakePage(MappedFiles& files)
     return page;
 }
 
+/// A page must not take the place of what it shows.
+void RefuseInputs(const OutputSet& outputs, const MappedFiles& files)
+{
+    outputs.RefuseInput(files.MapPath());
+    outputs.RefuseInput(files.OutputPath());
+    for (size_t i = 0; i < files.Map().m_sources.size(); ++i)
+        if (IsFileName(files.Map().m_sources[i]))
+            outputs.RefuseInput(files.SourcePath(i));
+}
+
 } // namespace
 
 int RunExplainMapCommand(const ExpandOptions& options)
@@ -33,6 +43,7 @@ int RunExplainMapCommand(const ExpandOptions& options)
     MappedFiles files(*options.m_fromMap, "");
     if (files.OutputPath().empty())
         throw UsageError("'" + *options.m_fromMap + "' does not name its output");
+    RefuseInputs(outputs, files);
     const Page page = MakePage(files);
     const auto content = [&](ByteSink& sink) { WritePage(sink, page); };
     if (file != nullptr)

@@ -4,6 +4,7 @@
 #include "output/OutputSet.h"
 #include "options/Options.h"
 #include <algorithm>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace telv::tool
@@ -24,6 +25,13 @@ void OutputSet::RefuseInput(const FileIdentity& identity, const OutputFile* allo
     for (const Output& output : m_outputs)
         if (&output.m_file != allowed && output.m_file.IsFile(identity))
             throw UsageError("the output '" + output.m_file.Path() + "' is a file that is read");
+}
+
+void OutputSet::RefuseInput(const std::string& path) const
+{
+    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_PATH));
+    if (const std::optional<FileIdentity> identity = RegularFileAt(file.Get()))
+        RefuseInput(*identity, nullptr);
 }
 
 void OutputSet::RefuseStandardStreams() const

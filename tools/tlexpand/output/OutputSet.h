@@ -22,6 +22,9 @@ public:
     ///     which the run has read.
     void RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const;
 
+    /// The same for what is at `path`, if anything is; no output may be it.
+    void RefuseInput(const std::string& path) const;
+
     /// @throws UsageError  Standard output or standard error is the same regular file as an output:
     ///     what is printed or reported would be lost.
     void RefuseStandardStreams() const;
