@@ -407,15 +407,21 @@ void HintAtPythonMacro(const LSMacroVariable& macro, const LexScannerException& 
                   macro.m_name, ") or give the macro another name"});
 }
 
-/// In a lenient run errors of the scanner are none, so what is noted here may be old: it belongs to
-/// the error at `errorPos` alone.
+/// What is noted here may be old: it belongs to the error at `errorPos` alone.
 void NoteOpened(const char* opened, const char* errorPos)
 {
     RunState* const state = RunState::Current();
-    if (state == nullptr || state->m_errorsAreSwallowed || RunState::IsLenient())
+    if (state == nullptr || state->m_errorsAreSwallowed)
         return;
     state->m_openedAt = state->ResolvePosition(opened);
     state->m_neverClosed = state->ResolvePosition(errorPos);
+}
+
+/// In a lenient run no error of a token leaves the scanner, and there may be one for each byte.
+void NoteOpenedToken(const char* opened, const char* errorPos)
+{
+    if (!RunState::IsLenient())
+        NoteOpened(opened, errorPos);
 }
 
 } // namespace telv
