@@ -10,6 +10,7 @@
 #include "tlMacroExpander/src/Python/PythonApi.h"
 #include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/UsePython.h"
+#include <cstring>
 #include <unordered_set>
 #include <vector>
 
@@ -23,6 +24,8 @@ namespace
 {
     if (PyList_Check(p))
         NoteHint({"the list holds itself"});
+    else if (std::strcmp(Py_TYPE(p)->tp_name, "unicode") == 0)
+        NoteHint({"the value is of type 'unicode'; .encode('utf8') makes a str of it"});
     else
         NoteHint({"the value is of type '", Py_TYPE(p)->tp_name,
                   "'; an int, a float, a str or a list of these is wanted, such as str(...)"});

@@ -26,21 +26,30 @@ RunState* HintedState()
                                                                                      : state;
 }
 
-/// The words of a text that are no strings, comments or numbers.
-std::vector<SubString> WordsOf(SubString text)
+/// The tokens of a text; none when it can't be read.
+std::vector<LSToken> TokensOf(SubString text)
 {
-    std::vector<SubString> words;
+    std::vector<LSToken> tokens;
     try
     {
         for (LSToken token = LsScanToken(text, /*returnComments=*/false); token.m_type != TOKEN_END;
              token = LsScanToken(text, /*returnComments=*/false))
-            if (token.m_type == TOKEN_IDENTIFIER)
-                words.push_back(token.m_str);
+            tokens.push_back(token);
     }
     catch (const LexScannerException&)
     {
         return {};
     }
+    return tokens;
+}
+
+/// The words of a text that are no strings, comments or numbers.
+std::vector<SubString> WordsOf(SubString text)
+{
+    std::vector<SubString> words;
+    for (const LSToken& token : TokensOf(text))
+        if (token.m_type == TOKEN_IDENTIFIER)
+            words.push_back(token.m_str);
     return words;
 }
 
@@ -70,6 +79,15 @@ SubString WordAt(SubString expanded, const LexScannerException& error)
     return SubString(pos, SkipNameCharacters(pos, expanded.end()));
 }
 
+/// The visible or built-in name that the word is probably meant to be; empty for none.
+SubString NearestTo(VarFrame& frame, SubString word)
+{
+    NearName near(word);
+    near.OfferVisible(frame);
+    ForEachBuiltIn([&](SubString name) { near.Offer(name); });
+    return near.Best();
+}
+
 /// The text that a name without arguments stands for; empty for any other.
 SubString PlainTextOf(const LSVariable& var)
 {
@@ -81,22 +99,85 @@ SubString PlainTextOf(const LSVariable& var)
     return macro.m_isPython || macro.GetNumArgs() > 0 ? SubString() : macro.GetSubstitutionString();
 }
 
-/// A name in the source whose text brought the word into the expression: a string that is not
-/// written as one.
-bool HintAtText(VarFrame& frame, const std::vector<SubString>& source, SubString word)
+bool IsString(VarFrame& frame, const LSToken& token)
 {
-    if (HasWord(source, word))
-        return false;
-    for (const SubString& name : source)
+    if (token.m_type == TOKEN_SINGLE_QUOTED_STRING || token.m_type == TOKEN_DOUBLE_QUOTED_STRING)
+        return true;
+    const LSVariable* const var =
+        token.m_type == TOKEN_IDENTIFIER ? FindVisible(frame, token.m_str) : nullptr;
+    return var != nullptr && var->GetType() == LSV_STRING;
+}
+
+bool ComparesOrAppends(const LSToken& token)
+{
+    switch (token.m_type)
     {
-        const LSVariable* const var = FindVisible(frame, name);
+    case TOKEN_PLUS:
+    case TOKEN_DBL_EQUAL:
+    case TOKEN_EXCLAM_EQUAL:
+    case TOKEN_LESS:
+    case TOKEN_GREATER:
+    case TOKEN_LESS_EQUAL:
+    case TOKEN_GREATER_EQUAL:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Whether the name at `i` is compared with a string, or joined to one.
+bool IsBesideString(VarFrame& frame, const std::vector<LSToken>& source, size_t i)
+{
+    return (i + 2 < source.size() && ComparesOrAppends(source[i + 1]) &&
+            IsString(frame, source[i + 2])) ||
+           (i >= 2 && ComparesOrAppends(source[i - 1]) && IsString(frame, source[i - 2]));
+}
+
+/// Whether the text of a name is meant as text and not as a part of the expression.
+bool IsMeantAsText(VarFrame& frame, const LSVariable& var, const std::vector<LSToken>& source,
+                   size_t i)
+{
+    const bool isBesideString = IsBesideString(frame, source, i);
+    const bool isAlone = source.size() == 1;
+    if (var.GetType() == LSV_STRING)
+        return isBesideString || isAlone;
+    const std::vector<LSToken> text = TokensOf(PlainTextOf(var));
+    const bool isWords = std::ranges::all_of(text, [](const LSToken& token)
+                                             { return token.m_type == TOKEN_IDENTIFIER; });
+    return isWords && (isBesideString || (isAlone && text.size() > 1));
+}
+
+/// A name in the source whose text brought the word into the expression: a string that is not
+/// written as one. What is near a known name is rather that name, written wrong.
+void HintAtText(VarFrame& frame, const std::vector<LSToken>& source, SubString word)
+{
+    for (size_t i = 0; i < source.size(); ++i)
+    {
+        const SubString name = source[i].m_str;
+        const LSVariable* const var =
+            source[i].m_type == TOKEN_IDENTIFIER ? FindVisible(frame, name) : nullptr;
         if (var == nullptr || !HasWord(WordsOf(PlainTextOf(*var)), word))
             continue;
-        NoteHint({"'", name, "' is replaced by its text before the expression is read; @str(", name,
-                  ") is its text as a string"});
-        return true;
+        if (NearestTo(frame, word).empty() && IsMeantAsText(frame, *var, source, i))
+            NoteHint({"'", name, "' is replaced by its text before the expression is read; @str(",
+                      name, ") is its text as a string"});
+        return;
     }
-    return false;
+}
+
+/// The text without the blanks around it when it can stand between quotes as it is: words on one
+/// line, none of which is replaced.
+SubString QuotableWords(VarFrame& frame, SubString source)
+{
+    source.m_p1 = SkipBlanks(source.begin(), source.end());
+    while (source && ClassOf(source.end()[-1]) == CHAR_BLANK)
+        --source.m_p2;
+    const bool isWords = std::ranges::all_of(source.begin(), source.end(),
+                                             [](char c) { return c == ' ' || IsNameCharacter(c); });
+    const std::vector<SubString> words = isWords ? WordsOf(source) : std::vector<SubString>();
+    const bool isPlain = std::ranges::none_of(words, [&](SubString word)
+                                              { return FindVisible(frame, word) != nullptr; });
+    return isWords && isPlain ? source : SubString();
 }
 
 void HintAt(VarFrame& frame, SubString source, SubString expanded, const LexScannerException& error,
@@ -105,35 +186,71 @@ void HintAt(VarFrame& frame, SubString source, SubString expanded, const LexScan
     const SubString word = WordAt(expanded, error);
     if (HintedState() == nullptr || word.empty())
         return;
-    const std::vector<SubString> words = WordsOf(source);
-    if (HintAtText(frame, words, word) || !HasWord(words, word) || IsBuiltIn(word) ||
-        FindVisible(frame, word) != nullptr)
+    if (!HasWord(WordsOf(source), word))
+        return HintAtText(frame, TokensOf(source), word);
+    if (IsBuiltIn(word) || FindVisible(frame, word) != nullptr)
         return;
-    NearName near(word);
-    near.OfferVisible(frame);
-    ForEachBuiltIn([&](SubString name) { near.Offer(name); });
-    if (!near.Best().empty())
-        NoteHint({"'", word, "' names nothing here; did you mean '", near.Best(), "'?"});
-    else if (wantsString)
-        NoteHint({"a string is written in quotes: \"", word, "\""});
+    const SubString quotable = wantsString ? QuotableWords(frame, source) : SubString();
+    const SubString nearest = NearestTo(frame, word);
+    if (!nearest.empty() && (quotable.empty() || quotable == word))
+        NoteHint({"'", word, "' names nothing here; did you mean '", nearest, "'?"});
+    else if (!quotable.empty())
+        NoteHint({"a string is written in quotes: \"", quotable, "\""});
     else
         NoteHint({"'", word, "' names nothing here"});
 }
 
-/// Whether a list of arguments holds `name<`, a comma and `>` in this order: no comparison is
-/// written so.
+/// Behind the `>` that closes the `<` before `p`, when only what lists of types have stands between
+/// them, and a comma; else null.
+const char* SkipTypes(const char* p, const char* end)
+{
+    ssize_t depth = 1;
+    bool hasComma = false;
+    for (; p != end; ++p)
+    {
+        const char last = p[-1];
+        if (*p == '<' && IsNameCharacter(last))
+            ++depth;
+        else if (*p == '>' && ClassOf(last) != CHAR_BLANK)
+            --depth;
+        else if (!IsNameCharacter(*p) && ClassOf(*p) != CHAR_BLANK && *p != ',' && *p != ':' &&
+                 *p != '*' && *p != '&')
+            return nullptr;
+        hasComma = hasComma || *p == ',';
+        if (depth == 0)
+            return hasComma ? p + 1 : nullptr;
+    }
+    return nullptr;
+}
+
+/// Whether `p` can be behind the closing `>` of a type: right behind that of a comparison stands
+/// its operand.
+bool IsBehindType(const char* p, const char* end)
+{
+    const char* const next = SkipBlanks(p, end);
+    if (next == end)
+        return true;
+    if (ClassOf(*next) <= CHAR_RAW_PREFIX)
+        return next != p;
+    return *next == ',' || *next == ':' || *next == '*' || *next == '&';
+}
+
+/// Whether a list of arguments holds, outside comments, strings and back quotes, a type such as
+/// `name<a, b>`.
 bool HasCommaInAngles(SubString list)
 {
-    bool isOpen = false;
-    bool hasComma = false;
-    char last = ' ';
-    for (const char c : list)
+    const char* nameEnd = nullptr; // of the identifier that was read last
+    while (list)
     {
-        isOpen = isOpen || (c == '<' && ClassOf(last) <= CHAR_RAW_PREFIX);
-        hasComma = hasComma || (isOpen && c == ',');
-        if (hasComma && c == '>' && ClassOf(last) != CHAR_BLANK)
-            return true;
-        last = c;
+        const char* const p = SkipBlanks(list.begin(), list.end());
+        if (p != list.end() && *p == '`')
+            list.m_p1 = std::find(p + 1, list.end(), '`');
+        else if (p == nameEnd && p != list.end() && *p == '<')
+            if (const char* const behind = SkipTypes(p + 1, list.end());
+                behind != nullptr && IsBehindType(behind, list.end()))
+                return true;
+        const LSToken token = LsScanToken(list, /*returnComments=*/false);
+        nameEnd = token.m_type == TOKEN_IDENTIFIER ? token.m_str.end() : nullptr;
     }
     return false;
 }
@@ -159,6 +276,27 @@ ssize_t CountValues(SubString element)
     {
         return -1;
     }
+}
+
+/// Whether `.name` stands in the text outside @quote.
+bool HasMethod(SubString text, SubString name)
+{
+    const std::vector<LSToken> tokens = TokensOf(text);
+    ssize_t depth = 0; // of the brackets of @quote
+    for (size_t i = 1; i < tokens.size(); ++i)
+    {
+        const EToken kind = tokens[i].m_type;
+        const bool isQuote = i >= 2 && kind == TOKEN_LEFT_PAREN &&
+                             tokens[i - 1].m_str == SubString("quote") &&
+                             tokens[i - 2].m_type == TOKEN_AT;
+        if (isQuote || (depth > 0 && kind == TOKEN_LEFT_PAREN))
+            ++depth;
+        else if (depth > 0 && kind == TOKEN_RIGHT_PAREN)
+            --depth;
+        else if (depth == 0 && tokens[i - 1].m_type == TOKEN_DOT && tokens[i].m_str == name)
+            return true;
+    }
+    return false;
 }
 
 /// Long texts are named by their first characters.
@@ -258,31 +396,32 @@ void HintAtElement(SubString element, ssize_t names)
 
 void HintAtPythonMacro(const LSMacroVariable& macro, const LexScannerException& error)
 {
-    if (HintedState() == nullptr || dynamic_cast<const ExpansionLimitException*>(&error) == nullptr)
+    const RunState* const state = HintedState();
+    if (state == nullptr || dynamic_cast<const ExpansionLimitException*>(&error) == nullptr)
         return;
-    const SubString body = macro.GetSubstitutionString();
-    const std::vector<SubString> words = WordsOf(body);
-    const auto isMethod = [&](SubString word)
-    {
-        const char* p = word.begin();
-        while (p != body.begin() && ClassOf(p[-1]) == CHAR_BLANK)
-            --p;
-        return word == macro.m_name && p != body.begin() && p[-1] == '.';
-    };
-    if (std::ranges::any_of(words, isMethod))
+    const auto isOfMacro = [&](const CallPlace& call)
+    { return call.m_kind == CallPlace::CALL_MACRO && call.m_name == macro.m_name; };
+    if (std::ranges::count_if(state->m_callPlaces, isOfMacro) > 1 &&
+        HasMethod(macro.GetSubstitutionString(), macro.m_name))
         NoteHint({"the method's name ", macro.m_name, " calls the macro itself: write @quote(.",
                   macro.m_name, ") or give the macro another name"});
 }
 
-/// In a lenient run errors of the scanner are none, so what is noted here may be old: it belongs to
-/// the error at `errorPos` alone.
+/// What is noted here may be old: it belongs to the error at `errorPos` alone.
 void NoteOpened(const char* opened, const char* errorPos)
 {
     RunState* const state = RunState::Current();
-    if (state == nullptr || state->m_errorsAreSwallowed || RunState::IsLenient())
+    if (state == nullptr || state->m_errorsAreSwallowed)
         return;
     state->m_openedAt = state->ResolvePosition(opened);
     state->m_neverClosed = state->ResolvePosition(errorPos);
+}
+
+/// In a lenient run no error of a token leaves the scanner, and there may be one for each byte.
+void NoteOpenedToken(const char* opened, const char* errorPos)
+{
+    if (!RunState::IsLenient())
+        NoteOpened(opened, errorPos);
 }
 
 } // namespace telv

@@ -100,7 +100,7 @@ void ScanBlockCommentBody(SubString& s)
     }
     NoteWithoutCommentEnd(body);
     s.m_p1 = s.m_p2;
-    NoteOpened(body.begin() - 2, s.begin());
+    NoteOpenedToken(body.begin() - 2, s.begin());
     throw LexScannerException("Met EOS in middle of /* ... */ comment", s);
 }
 
@@ -171,7 +171,7 @@ bool LsScanLiteralString(SubString& s, char quote, const char* description)
         if (c == quote)
             return true;
     }
-    NoteOpened(start, s.begin());
+    NoteOpenedToken(start, s.begin());
     ThrowInString(s, "EOS", description, start);
 }
 

@@ -7,5 +7,7 @@ namespace telv
 
 /// What begins at `opened` has no end; the error is thrown at `errorPos`.
 void NoteOpened(const char* opened, const char* errorPos);
+/// The same for a comment or a string, which is one token; in a lenient run it is text.
+void NoteOpenedToken(const char* opened, const char* errorPos);
 
 } // namespace telv
