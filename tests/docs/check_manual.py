@@ -72,6 +72,8 @@ def check_bash_lists(folder):
            bash(folder, ["tlexpand", "--warn", "tabs,unused,h"]))
     made = ["_tlexpand", "tlexpand.1", "tlexpand.bash", "tlexpand.fish"]
     expect("bash --", made, bash(folder, ["tlexpand", "--", ""]))
+    expect("bash --batch", made, bash(folder, ["tlexpand", "--batch", ""]))
+    expect("bash explain --from-map", made, bash(folder, ["tlexpand", "explain", "--from-map", ""]))
     expect("bash -- -", [""], bash(folder, ["tlexpand", "--", "-"]) or [""])
     expect("bash -- behind --color", made, bash(folder, ["tlexpand", "--", "--color", ""]))
     expect("bash --, a subcommand", made, bash(folder, ["tlexpand", "explain", "--", ""]))
