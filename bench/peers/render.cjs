@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Renders a template to standard output: render.cjs MODULES ENGINE TEMPLATE DATA (JSON, may be missing).
 // Nothing is escaped; the template sees the data as `it` (Nunjucks: as names of their own).
 'use strict';

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Renders a Jinja template to standard output: render_jinja.py TEMPLATE DATA (JSON, may be missing)."""
 import json
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Renders a Mako template to standard output: render_mako.py TEMPLATE DATA (JSON, may be missing).
 
 Where there is a file with the ending .csv beside it, its rows but the first are `rows`.

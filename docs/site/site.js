@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search, the choice of light or dark, and the menu of small windows. `searchIndex`, from
 // search-index.js, has a row [page, address, heading, text] for each section of each page. All of it
 // works from disk: nothing is loaded but scripts.

@@ -3,18 +3,19 @@
 #
 #     cmake -DSOURCE=<top of the tree> -DWORK=<folder> -P TryArguments.cmake
 
-# refuses(MESSAGE CODE [TOOL]): configuring a project with CODE must stop with MESSAGE. TOOL is what gives
-# the project the tool.
-function(refuses message code)
+# Configures a project with CODE; the status and what is said are the variables of that name. TOOL is what
+# gives the project the tool.
+function(configure code)
     set(tool "
 add_executable(telv::tlexpand IMPORTED)
 set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION /bin/true)")
-    if(ARGC GREATER 2)
-        set(tool "${ARGV2}")
+    if(ARGC GREATER 1)
+        set(tool "${ARGV1}")
     endif()
     file(REMOVE_RECURSE ${WORK})
     file(WRITE ${WORK}/a.txt.tl "text\n")
     file(WRITE ${WORK}/single.tl "text\n")
+    file(MAKE_DIRECTORY ${WORK}/folder)
     file(WRITE ${WORK}/CMakeLists.txt "
 cmake_minimum_required(VERSION 3.25)
 project(arguments LANGUAGES NONE)
@@ -26,9 +27,27 @@ ${code}
     execute_process(COMMAND ${CMAKE_COMMAND} -S ${WORK} -B ${WORK}/out
         RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
     string(REGEX REPLACE "[ \n]+" " " said "${said}")
+    set(status "${status}" PARENT_SCOPE)
+    set(said "${said}" PARENT_SCOPE)
+endfunction()
+
+# refuses(MESSAGE CODE [TOOL]): configuring a project with CODE must stop with MESSAGE.
+function(refuses message code)
+    if(ARGC GREATER 2)
+        configure("${code}" "${ARGV2}")
+    else()
+        configure("${code}")
+    endif()
     string(FIND "${said}" "${message}" found)
     if(status EQUAL 0 OR found EQUAL -1)
         message(SEND_ERROR "expected '${message}' for ${code}, status ${status}: ${said}")
+    endif()
+endfunction()
+
+function(accepts code)
+    configure("${code}")
+    if(NOT status EQUAL 0)
+        message(SEND_ERROR "expected success for ${code}, status ${status}: ${said}")
     endif()
 endfunction()
 
@@ -44,6 +63,20 @@ refuses("tl_expand: there is no file '${WORK}/b.tl'" "tl_expand(OUTPUT a.txt INP
 refuses("tl_expand: 'X' in DEFINES is not NAME=VALUE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl DEFINES X)")
 refuses("tl_expand: 'rows.csv' in LISTS is not NAME=FILE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl LISTS rows.csv)")
 refuses("tl_expand: OUTPUT is the INPUT" "tl_expand(OUTPUT \${CMAKE_SOURCE_DIR}/a.txt.tl INPUT a.txt.tl)")
+refuses("tl_expand: MAP is the OUTPUT '${WORK}/out/a.txt'; give the map a name of its own"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP ../out/a.txt)")
+refuses("tl_expand: MAP is the INPUT '${WORK}/a.txt.tl'; give the map a name of its own"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP ../a.txt.tl)")
+foreach(option IN ITEMS "-o;b.txt" "-ob.txt" "--output;b.txt" "--output=b.txt" "--outp=b.txt" "--depfile;a.d" "--depfile=a.d")
+    list(GET option 0 name)
+    set(said "'${name}' in OPTIONS names a file that the build makes already; leave it out")
+    list(JOIN option " " option)
+    refuses("tl_expand: ${said}" "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS --keep-imports ${option})")
+endforeach()
+refuses("tl_expand_sources: '-o' in OPTIONS names a file that the build makes already"
+    "tl_expand_sources(TARGET unit SOURCES a.txt.tl OPTIONS -o b.txt)")
+refuses("tl_expand: the input '${WORK}/folder' is a directory; name a file" "tl_expand(OUTPUT a.txt INPUT folder)")
+accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map OPTIONS --depfile-target a.txt)")
 refuses("custom rule to output" "tl_expand(OUTPUT a.txt INPUT a.txt.tl)\ntl_expand(OUTPUT a.txt INPUT single.tl)")
 refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(TARGET unit)")
 refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(SOURCES a.txt.tl)")

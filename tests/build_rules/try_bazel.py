@@ -26,7 +26,22 @@ tl_expand(
     deps = [":inner"],
     options = ["--keep-imports"],
 )
+tl_library(name = "own", srcs = ["own/y.tl"])
+tl_expand(
+    name = "rows",
+    src = "rows.tl",
+    out = "rows.txt",
+    lists = {"data/parts.csv": "parts:part,price", "data/names.json": "names"},
+    import_paths = ["own"],
+    deps = [":own"],
+)
 '''
+ROWS = {
+    "rows.tl": '@import "y.tl"\n@for((p, c) in parts){own(p) c }@for((n, k) in names){n k }',
+    "own/y.tl": "@def own(x) = {<x>}\n",
+    "data/parts.csv": "price,part\n3,bolt\n5,nut\n",
+    "data/names.json": '[{"n": "ann", "k": 1}, {"n": "bob", "k": 2}]\n',
+}
 FORGOTTEN = 'tl_expand(name = "forgotten", src = "src/f0.txt.tl", out = "forgotten.txt")\n'
 
 
@@ -47,14 +62,25 @@ def main():
         (root / "inner" / "lib").mkdir(parents=True)
         (root / "inner" / "lib" / "x.tl").write_text("@def x = {inner}\n")
         (root / "options.tl").write_text('@import "x.tl"\n_A_ _B_ x\n')
+        for name, text in ROWS.items():
+            (root / name).parent.mkdir(exist_ok=True)
+            (root / name).write_text(text)
         done, ran, _ = bazel.build(root, base)
-        check("the first build", (0, FILES + 1), (done.returncode, ran), done.stderr)
+        check("the first build", (0, FILES + 2), (done.returncode, ran), done.stderr)
         for n in range(FILES):
             check(f"file {n}", generate.expected(n, LIBRARIES),
                   (root / "bazel-bin" / "out" / f"f{n}.txt").read_text())
         check("options", '@import "x.tl"\none two 3 inner\n', (root / "bazel-bin" / "options.txt").read_text())
         if not (root / "bazel-bin" / "options.map").read_text().startswith('{"version":1'):
             raise SystemExit("the map is none")
+
+        check("rows", "<bolt> 3 <nut> 5 ann 1 bob 2 ", (root / "bazel-bin" / "rows.txt").read_text())
+
+        rows = root / "data" / "parts.csv"
+        rows.write_text(rows.read_text().replace("bolt", "screw"))
+        done, ran, _ = bazel.build(root, base)
+        check("rows changed", (0, 1), (done.returncode, ran), done.stderr)
+        check("their text", "<screw> 3 <nut> 5 ann 1 bob 2 ", (root / "bazel-bin" / "rows.txt").read_text())
 
         library = root / "lib1.tl"
         library.write_text(library.read_text().replace("library 1", "library one"))

@@ -32,7 +32,7 @@ def bash(folder, words):
     quoted = " ".join(f"'{word}'" for word in words)
     script = (f"source {folder}/tlexpand.bash; COMP_WORDS=({quoted}); "
               f"COMP_CWORD={len(words) - 1}; _tlexpand; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
-    return run("bash", "--norc", "-c", script).split()
+    return run("bash", "--norc", "-c", script, cwd=folder).split()
 
 
 def zsh(folder, words):
@@ -58,6 +58,26 @@ def check_bash(folder, subcommand, options):
            bash(folder, [*before, "--color", ""]))
     expect(f"bash {before} --color=a", ["auto", "always"],
            bash(folder, [*before, "--color", "=", "a"]))
+
+
+def check_bash_lists(folder):
+    """The words of --warn, each behind those that stand there, and files alone behind `--`."""
+    names = ["dropped-text", "unknown-directive", "unknown-name", "hidden-name", "unused", "tabs"]
+    expect("bash --warn", [*names, "all", "none"], bash(folder, ["tlexpand", "--warn", ""]))
+    expect("bash --warn=u", ["unknown-directive", "unknown-name", "unused"],
+           bash(folder, ["tlexpand", "--warn", "=", "u"]))
+    expect("bash --warn tabs,un", ["tabs,unknown-directive", "tabs,unknown-name", "tabs,unused"],
+           bash(folder, ["tlexpand", "--warn", "tabs,un"]))
+    expect("bash --warn tabs,unused,h", ["tabs,unused,hidden-name"],
+           bash(folder, ["tlexpand", "--warn", "tabs,unused,h"]))
+    made = ["_tlexpand", "tlexpand.1", "tlexpand.bash", "tlexpand.fish"]
+    expect("bash --", made, bash(folder, ["tlexpand", "--", ""]))
+    expect("bash --batch", made, bash(folder, ["tlexpand", "--batch", ""]))
+    expect("bash explain --from-map", made, bash(folder, ["tlexpand", "explain", "--from-map", ""]))
+    expect("bash -- -", [""], bash(folder, ["tlexpand", "--", "-"]) or [""])
+    expect("bash -- behind --color", made, bash(folder, ["tlexpand", "--", "--color", ""]))
+    expect("bash --, a subcommand", made, bash(folder, ["tlexpand", "explain", "--", ""]))
+    expect("bash: options before --", ["--color"], bash(folder, ["tlexpand", "--col"]))
 
 
 def check_zsh(folder, subcommand, options):
@@ -111,6 +131,7 @@ def main():
             for shell, check in (("bash", check_bash), ("zsh", check_zsh), ("fish", check_fish)):
                 if shell == "bash" or shutil.which(shell):
                     check(folder, subcommand, options)
+        check_bash_lists(folder)
         check_page(folder, every)
         expect("bash: the first word", subcommands,
                [word for word in bash(folder, ["tlexpand", ""]) if word in subcommands])

@@ -28,6 +28,7 @@ TEST_F(BatchTest, AListNamesInputsAndOutputs)
     EXPECT_EQ(Read("place/x"), "a");
     EXPECT_EQ(Read("out/b"), "b");
     EXPECT_EQ(Read("out/c d"), "c");
+    EXPECT_EQ(Read("out/place/x"), "(none)");
     Expand({"--batch", "-"}, "a.tl\tfrom input\n");
     EXPECT_EQ(Read("from input"), "a");
 }
@@ -174,6 +175,37 @@ TEST_F(BatchTest, NoInputIsLost)
     EXPECT_EQ(Read("a.txt"), "2");
 }
 
+TEST_F(BatchTest, TheListIsNoOutput)
+{
+    Write("a.tl", "a");
+    Write("L.tl", "l");
+    const std::string text = "a.tl\tx\na.tl\t./L\n";
+    Write("L", text);
+    ExpectFailure(Run({"--batch", "L"}), 2,
+                  "tlexpand: L(2): the output './L' of 'a.tl' is the list itself" + s_hint);
+    const ProgramResult redirected = RunShell("$TLEXPAND --batch - < L");
+    ExpectFailure(redirected, 2,
+                  "tlexpand: <stdin>(2): the output './L' of 'a.tl' is the list itself" + s_hint);
+    EXPECT_EQ(Read("L"), text);
+    Write("L", "a.tl\n");
+    std::filesystem::create_symlink("L", Path("link"));
+    ExpectFailure(Run({"--batch", "link", "--out-dir", ".", "L.tl"}), 2,
+                  "tlexpand: the output './L' of 'L.tl' is the list itself" + s_hint);
+    EXPECT_EQ(Read("L"), "a.tl\n");
+    EXPECT_EQ(Names(), " L L.tl a.tl link");
+}
+
+TEST_F(BatchTest, ALineOfTheListHasTwoFieldsAtMost)
+{
+    Write("a.tl", "a");
+    Write("list", "# inputs\na.tl\tx\na.tl\tp.txt\textra\n");
+    ExpectFailure(Run({"--batch", "list"}), 2,
+                  "tlexpand: list(3): a second tab: a line has an input, and behind a tab its "
+                  "output, and no more" +
+                      s_hint);
+    EXPECT_EQ(Names(), " a.tl list");
+}
+
 TEST_F(BatchTest, WhatIsNoFileIsRefused)
 {
     Write("a.tl", "a");
@@ -231,6 +263,16 @@ TEST_F(BatchTest, AProcessThatDiesTakesItsFileOnly)
     EXPECT_EQ(Read("out/a"), "(none)");
 }
 #endif
+
+TEST_F(BatchTest, ANumberOfProcessesIsOneOrMore)
+{
+    Write("a.tl", "a");
+    for (const std::string wrong : {"0", "-1", "x", ""})
+        ExpectFailure(Run({"--out-dir", "out", "-j", wrong, "a.tl"}), 2,
+                      "tlexpand: bad value '" + wrong +
+                          "' for -j: a number of 1 or more is wanted" + s_hint);
+    EXPECT_EQ(Names(), " a.tl");
+}
 
 TEST_F(BatchTest, AnEmptyListIsDone)
 {

@@ -2,6 +2,8 @@
 // --check: the output is compared, and nothing is written.
 #include "ToolTest.h"
 
+#include <sys/stat.h>
+
 namespace telv::test
 {
 
@@ -95,6 +97,17 @@ TEST_F(CheckTest, ErrorsAreThoseOfAnExpansion)
     EXPECT_EQ(result.out, "");
     EXPECT_NE(result.err.find("main.tl(1) : error : "), std::string::npos);
     EXPECT_EQ(Read("out"), "y\n");
+}
+
+TEST_F(CheckTest, OnlyARegularFileIsCompared)
+{
+    Write("main.tl", "@println(seen)x\n");
+    ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+    ExpectFailure(RunShell("timeout 20 $TLEXPAND --check -o pipe main.tl"), 2,
+                  "tlexpand: can't compare 'pipe' with the expansion: it is no regular file\n");
+    ExpectFailure(
+        Run({"--check", "-o", "/dev/null", "main.tl"}), 2,
+        "tlexpand: can't compare '/dev/null' with the expansion: it is no regular file\n");
 }
 
 TEST_F(CheckTest, NeedsAnOutputAndNoOther)

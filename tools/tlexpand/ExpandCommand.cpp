@@ -55,6 +55,18 @@ private:
     }
 };
 
+/// The output that the expansion is compared with; not open when there is none.
+Descriptor OpenCompared(const std::string& path)
+{
+    // Opening a pipe would wait for somebody who writes to it.
+    Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK));
+    if (!file.IsOpen() && errno != ENOENT)
+        throw MakeFileError("read", path, errno);
+    if (file.IsOpen() && !RegularFileAt(file.Get()))
+        throw FileError("can't compare '" + path + "' with the expansion: it is no regular file");
+    return file;
+}
+
 /// One expansion from the options to the outputs.
 class ExpandCommand
 {
@@ -124,6 +136,8 @@ try
     const ExpansionRunScope scope(m_run);
     if (m_options.m_depfile)
         m_handler.NotePaths();
+    if (m_options.m_check)
+        OpenCompared(m_options.m_output);
     m_handler.ReadMain(m_options.m_file);
     const auto work = [this] { ExpandObserved(); };
     if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
@@ -273,12 +287,10 @@ int ExpandCommand::CompareWithOutput() const
     ForEachPart([&](SubString part) { text += part; });
     const std::string& path = m_options.m_output;
     xstring there;
-    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
+    const Descriptor file = OpenCompared(path);
     const bool isThere = file.IsOpen();
     if (isThere)
         there = ReadAll(file.Get(), path);
-    else if (errno != ENOENT)
-        throw MakeFileError("read", path, errno);
     if (isThere && there == text)
         return 0;
     const std::string difference =

@@ -1,3 +1,4 @@
+" SPDX-License-Identifier: MIT
 " Run by scripts/check-editors: vim -Nes -u NONE -c 'source tests/check.vim' with the folder of the
 " plug-in in $TL_VIM, the texts to be read in $TL_TEXTS (separated by line feeds) and the directives in
 " $TL_DIRECTIVES. Prints what is wrong; the exit status says whether anything is.

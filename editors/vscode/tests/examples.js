@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads texts with the grammar and checks what must hold for each of them: at the end nothing is
 // left open, every directive outside of strings and comments is shown as one, and nothing else is.
 //

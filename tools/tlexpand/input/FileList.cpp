@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <unistd.h>
 
 namespace telv::tool
@@ -47,19 +48,28 @@ BatchJob MakeJob(const ExpandOptions& options, const std::string& input, const s
     return {input, OutputIn(*options.m_outDirectory, input), place, /*outputIsNamed=*/false};
 }
 
-xstring ReadList(const std::string& path)
+/// A list that was read, and which file it is, unless it is none.
+struct ListText
+{
+    std::string m_text;
+    std::optional<FileIdentity> m_identity;
+};
+
+ListText ReadList(const std::string& path)
 {
     if (path == s_standardStream)
-        return ReadAll(STDIN_FILENO, "<stdin>");
+        return {ToStdString(ReadAll(STDIN_FILENO, "<stdin>")), RegularFileAt(STDIN_FILENO)};
     const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY));
     if (!file.IsOpen())
         throw MakeFileError("read", path, errno);
-    return ReadAll(file.Get(), path);
+    return {ToStdString(ReadAll(file.Get(), path)), RegularFileAt(file.Get())};
 }
 
-void AddList(const ExpandOptions& options, const std::string& path, std::vector<BatchJob>& jobs)
+/// Adds what the list at `path` names; which file that is.
+std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::string& path,
+                                    std::vector<BatchJob>& jobs)
 {
-    const std::string text = ToStdString(ReadList(path));
+    const auto [text, identity] = ReadList(path);
     const std::string name = path == s_standardStream ? "<stdin>" : path;
     size_t line = 0;
     for (size_t begin = 0; begin < text.size();)
@@ -72,11 +82,15 @@ void AddList(const ExpandOptions& options, const std::string& path, std::vector<
             entry.pop_back();
         if (entry.empty() || entry[0] == '#')
             continue;
+        const std::string place = name + "(" + std::to_string(line) + "): ";
         const size_t tab = entry.find('\t');
         const std::string output = tab == std::string::npos ? "" : entry.substr(tab + 1);
-        jobs.push_back(MakeJob(options, entry.substr(0, tab), output,
-                               name + "(" + std::to_string(line) + "): "));
+        if (output.find('\t') != std::string::npos)
+            throw UsageError(place + "a second tab: a line has an input, and behind a tab its "
+                                     "output, and no more");
+        jobs.push_back(MakeJob(options, entry.substr(0, tab), output, place));
     }
+    return identity;
 }
 
 /// Messages of many files, one a line, that end with how many more there are.
@@ -125,12 +139,17 @@ void CheckInputs(const std::vector<BatchJob>& jobs)
 class FileNames
 {
 public:
+    static std::string Key(const FileIdentity& file)
+    {
+        return std::to_string(file.m_device) + " " + std::to_string(file.m_inode);
+    }
+
     /// The same text for all names of a file.
     std::string Key(const std::string& path)
     {
         struct stat status;
         if (fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 && S_ISREG(status.st_mode))
-            return std::to_string(status.st_dev) + " " + std::to_string(status.st_ino);
+            return Key(FileIdentity(status));
         const fs::path name(path);
         const auto [entry, isNew] = m_directories.try_emplace(name.parent_path().string());
         if (isNew)
@@ -142,7 +161,7 @@ private:
     std::map<std::string, std::string> m_directories;
 };
 
-void CheckOutputs(const std::vector<BatchJob>& jobs)
+void CheckOutputs(const std::vector<BatchJob>& jobs, const std::optional<FileIdentity>& list)
 {
     Messages wrong;
     FileNames names;
@@ -166,6 +185,10 @@ void CheckOutputs(const std::vector<BatchJob>& jobs)
             wrong.Add(job.m_place + "'" + job.m_input +
                       "' would be overwritten by its own output: give another --out-dir");
     }
+    if (const auto entry = list ? outputs.find(names.Key(*list)) : outputs.end();
+        entry != outputs.end())
+        wrong.Add(entry->second->m_place + "the output '" + entry->second->m_output + "' of '" +
+                  entry->second->m_input + "' is the list itself");
     if (!wrong.Empty())
         throw UsageError(wrong.Text());
 }
@@ -193,10 +216,11 @@ std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
     std::vector<BatchJob> jobs;
     for (const std::string& file : options.m_files)
         jobs.push_back(MakeJob(options, file, "", ""));
+    std::optional<FileIdentity> list;
     if (options.m_batch)
-        AddList(options, *options.m_batch, jobs);
+        list = AddList(options, *options.m_batch, jobs);
     CheckInputs(jobs);
-    CheckOutputs(jobs);
+    CheckOutputs(jobs, list);
     MakeDirectories(jobs);
     return jobs;
 }

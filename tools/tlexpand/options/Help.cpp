@@ -29,7 +29,7 @@ Options of an expansion:
                            print the difference, exit status 1, when there is one
       --batch LIST         expand the files that LIST names, one a line, each with its own
                            outcome; a tab and the name of its output may stand behind it
-      --out-dir DIR        where the outputs of several FILEs or of a LIST go, without '.tl'
+      --out-dir DIR        where the outputs go that LIST does not name, without '.tl'
   -j, --jobs N             expand them in N processes (default: 1)
       --keep-going         go on after one that failed
       --map FILE           write the map from the output to the sources as JSON

@@ -127,6 +127,14 @@ ssize_t ParseCount(const char* option, const std::string& text)
     return count;
 }
 
+ssize_t ParsePositiveCount(const char* option, const std::string& text)
+{
+    ssize_t count = 0;
+    if (ReadDigits(text, count) != text.data() + text.size() || count == 0)
+        ThrowBadValue(option, text, "a number of 1 or more is wanted");
+    return count;
+}
+
 ssize_t ParseSize(const char* option, const std::string& text)
 {
     static const std::string s_units = "KMG";

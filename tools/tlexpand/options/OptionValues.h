@@ -19,6 +19,8 @@ std::string ParseFileName(const char* option, const std::string& text);
 ssize_t ParseIndent(const char* option, const std::string& text);
 /// A number of 0 or more.
 ssize_t ParseCount(const char* option, const std::string& text);
+/// A number of 1 or more.
+ssize_t ParsePositiveCount(const char* option, const std::string& text);
 /// Bytes, or with K, M or G behind the number: 1024 to the power of 1, 2 or 3 of them.
 ssize_t ParseSize(const char* option, const std::string& text);
 /// A form of line directives: `%l` and `%f` in it, on one line.

@@ -259,7 +259,7 @@ void SetExpandOption(ExpandOptions& options, int code, const char* value)
         options.m_outDirectory = ParseFileName("--out-dir", value);
         break;
     case 'j':
-        options.m_jobs = ParseCount("-j", value);
+        options.m_jobs = ParsePositiveCount("-j", value);
         break;
     case OPT_KEEP_GOING:
         options.m_keepGoing = true;
@@ -341,8 +341,6 @@ bool CheckBatch(const ExpandOptions& options)
         throw UsageError(
             "-o, --map, --source-map, --depfile, --trace and --check are for one file; with many, "
             "outputs are named by --out-dir or by the list");
-    if (options.m_jobs < 1)
-        throw UsageError("-j wants at least one process");
     if (options.m_files.empty() && !options.m_batch)
         throw UsageError("there is no file for --out-dir");
     return true;
