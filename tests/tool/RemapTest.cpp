@@ -562,6 +562,41 @@ TEST_F(RemapTest, ChainsOfRealCompilers)
     }
 }
 
+/// Clang shows a tab as blanks, and what it would insert below the caret.
+TEST_F(RemapTest, NotesStandBehindTheWholeExcerpt)
+{
+    Write("main.tl", "@def m(x) =\n{\nint z;\n\tint x = bad\nint w;\n}\n"
+                     "@def n(x) =\n{\nint y;\nflaot x = 1\nint v;\n}\n"
+                     "void g()\n{\nm(a)\nn(b)\n}\n");
+    Generate("gen.cpp", {"--chains"});
+    EXPECT_EQ(Filter("gen.cpp:4:13: error: expected ';'\n        int a = bad\n"
+                     "                   ^\n                   ;\nnext\n"),
+              "main.tl:4:13: error: expected ';'\n        int a = bad\n"
+              "                   ^\n                   ;\n"
+              "main.tl:15:1: note: in expansion of macro 'm'\nnext\n");
+    EXPECT_EQ(Filter("gen.cpp:7:1: error: unknown 'flaot'\nflaot b = 1\n^~~~~\nfloat\n"
+                     "2 errors generated.\n"),
+              "main.tl:10:1: error: unknown 'flaot'\nflaot b = 1\n^~~~~\nfloat\n"
+              "main.tl:16:1: note: in expansion of macro 'n'\n2 errors generated.\n");
+    const std::string plain =
+        RunShell("clang++-14 -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map").out;
+    const std::string coloured = RunShell("clang++-14 -fcolor-diagnostics -c gen.cpp 2>&1 | "
+                                          "\"$TLEXPAND\" remap gen.cpp.map | "
+                                          "sed 's/\\x1b\\[[0-9;]*m//g'")
+                                     .out;
+    EXPECT_EQ(coloured, plain);
+    std::istringstream lines(plain);
+    std::string last;
+    size_t count = 0;
+    for (std::string line; std::getline(lines, line); last = line)
+        if (line.find("note: in expansion of macro") != std::string::npos)
+        {
+            EXPECT_EQ(last.find_first_not_of(" ^~;"), std::string::npos) << plain;
+            ++count;
+        }
+    EXPECT_GE(count, 2U) << plain;
+}
+
 TEST_F(RemapTest, ChainsOfTracebacks)
 {
     Write("gen.tl", "@def check(x) =\n{\n    assert x > 1\n}\n"

@@ -11,14 +11,39 @@ namespace telv::tool
 namespace
 {
 
-/// "   12 | text" and "      |  ^", or a line of blanks and signs.
-bool IsExcerpt(const std::string& line)
+const std::string s_colourEnd = "\x1b[0m";
+
+/// "   12 | text" and "      |  ^".
+bool HasBar(const std::string& line)
 {
     const size_t bar = line.find('|');
-    if (bar != std::string::npos && line.find_first_not_of(" 0123456789+-") == bar)
-        return true;
-    return line.starts_with(' ') && line.find('^') != std::string::npos &&
+    return bar != std::string::npos && line.find_first_not_of(" 0123456789+-") == bar;
+}
+
+/// The line of blanks and signs.
+bool HasMarks(const std::string& line)
+{
+    return line.find('^') != std::string::npos &&
            line.find_first_not_of(" ^~\r\n") == std::string::npos;
+}
+
+/// What clang would insert, below the marks. Only at the very beginning of a line can it be
+/// mistaken for the next message, in which there are blanks.
+bool IsFix(const std::string& line, const std::string& marks)
+{
+    if (line.starts_with(' '))
+        return true;
+    const bool isMarked = marks.starts_with('^') || marks.starts_with('~');
+    return isMarked && line.find_first_of(" \t\r\n") == line.find_first_of("\r\n");
+}
+
+std::string WithoutBlanks(const std::string& line)
+{
+    std::string text;
+    for (const char c : line)
+        if (c != ' ' && c != '\t' && c != '\r' && c != '\n')
+            text += c;
+    return text;
 }
 
 /// Of "FILE(LINE) : error : text" and "FILE(LINE): error: text", what stands between.
@@ -41,18 +66,22 @@ bool IsMessage(const std::string& line, const PlaceInLine& place)
 std::string LineRemapper::Remap(const std::string& line)
 {
     m_outputs.NoteDirectory(line);
-    const bool isQuoted = !m_quoted.empty() && line.starts_with(m_quoted);
-    std::string written = isQuoted || IsExcerpt(line) ? "" : Finish();
-    m_quoted.clear();
+    const std::string plain = WithoutColours(line);
+    std::string written;
     std::string rewritten;
     size_t from = 0;
+    if (!ContinuesExcerpt(plain) && !m_notes.empty())
+    {
+        // The end of the excerpt's colour stands before what follows it.
+        from = line.starts_with(s_colourEnd) ? s_colourEnd.size() : 0;
+        written = line.substr(0, from) + Finish();
+    }
     std::optional<size_t> output;
     const auto isKnown = [&](const std::string& path)
     {
         output = m_outputs.Find(path);
         return output.has_value();
     };
-    const std::string plain = WithoutColours(line);
     const ColumnHints hints{QuotedWords(plain), HasSeverity(plain)};
     const KnownFiles files{m_outputs.LastParts(), isKnown};
     while (const auto place = FindPlace(line, from, files))
@@ -77,10 +106,25 @@ std::string LineRemapper::Remap(const std::string& line)
     return written;
 }
 
+/// Clang quotes a line with blanks for its tabs.
+bool LineRemapper::ContinuesExcerpt(const std::string& plain)
+{
+    const std::string quoted = std::exchange(m_quoted, "");
+    const std::string marks = std::exchange(m_marks, "");
+    if (HasBar(plain) || (!quoted.empty() && WithoutBlanks(plain) == quoted))
+        return true;
+    if (HasMarks(plain))
+    {
+        m_marks = plain;
+        return true;
+    }
+    return !marks.empty() && IsFix(plain, marks);
+}
+
 void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
                             const MessageOrigin& origin)
 {
-    m_quoted = origin.m_line;
+    m_quoted = WithoutBlanks(origin.m_line);
     for (const MessageNote& note : origin.m_notes)
     {
         if (note.m_place.m_path.empty())

@@ -22,12 +22,14 @@ public:
     std::string Finish();
 
 private:
+    bool ContinuesExcerpt(const std::string& plain);
     void AddNotes(const std::string& line, const PlaceInLine& place, const MessageOrigin& origin);
 
     MappedOutputs& m_outputs;
     std::string m_before; ///< Notes of the line at hand that stand before it.
     std::string m_notes;  ///< Notes that wait for the end of the excerpt,
-    std::string m_quoted; ///< which can begin with this line of the output.
+    std::string m_quoted; ///< which can begin with this line of the output, here without blanks.
+    std::string m_marks;  ///< The line of the excerpt with the caret, if it was the last one.
 };
 
 } // namespace telv::tool

@@ -50,7 +50,8 @@ bool HasWordAt(SubString line, ssize_t offset, const std::string& word)
 }
 
 /// GCC counts terminal columns, most others bytes; they differ behind tabs and what is not ASCII.
-/// The word that the message speaks of decides, else where something can stand.
+/// The word that the message speaks of decides, else where something can stand. The very end of a
+/// line, where clang misses a semicolon, is hardly met by chance.
 ssize_t GuessOffset(SubString line, ssize_t column, const ColumnHints& hints)
 {
     const ssize_t byte = column - 1;
@@ -64,7 +65,8 @@ ssize_t GuessOffset(SubString line, ssize_t column, const ColumnHints& hints)
         return fits(byte) ? byte : shown;
     if (IsEdge(line, byte) != IsEdge(line, shown))
         return IsEdge(line, byte) ? byte : shown;
-    return hints.m_isOfCompiler || byte > line.size() ? shown : byte;
+    const bool isShown = byte > line.size() || (hints.m_isOfCompiler && byte < line.size());
+    return isShown ? shown : byte;
 }
 
 ssize_t CharacterOffset(SubString line, ssize_t column, bool utf16)
