@@ -15,12 +15,14 @@ namespace telv::test
 namespace
 {
 
+using Arguments = std::vector<std::string>;
+
 /// Runs the case with a map; false when it is one that fails.
-bool ExpandWithMap(const TestCase& testCase, const TempDir& temp)
+bool ExpandWithMap(const TestCase& testCase, const TempDir& temp, const Arguments& kindOfMap)
 {
-    std::vector<std::string> argv{TELV_TLEXPAND_PATH, "--verify-map", "--chains",        "--map",
-                                  temp.Path("map"),   "--trace",      temp.Path("trace")};
-    std::vector<std::string> arguments = ReadArguments(testCase);
+    Arguments argv{TELV_TLEXPAND_PATH, "--verify-map", "--map", temp.Path("map")};
+    argv.insert(argv.end(), kindOfMap.begin(), kindOfMap.end());
+    Arguments arguments = ReadArguments(testCase);
     for (std::string& argument : arguments)
         if (argument == "{out}")
             argument = temp.Path("out");
@@ -73,10 +75,10 @@ std::string CheckChains(const tool::OutputMap& map)
                : "a step through which no piece came";
 }
 
-void CheckCase(const TestCase& testCase)
+void CheckCase(const TestCase& testCase, const Arguments& kindOfMap)
 {
     const TempDir temp;
-    if (!ExpandWithMap(testCase, temp))
+    if (!ExpandWithMap(testCase, temp, kindOfMap))
         return;
     tool::MappedFiles files(temp.Path("map"), "");
     const ssize_t size = files.Map().m_size;
@@ -91,7 +93,7 @@ void CheckCase(const TestCase& testCase)
     }
 }
 
-TEST(RoundTripTest, EveryByteOfEveryCaseLeadsToItsOrigin)
+void CheckAllCases(const Arguments& kindOfMap)
 {
     size_t count = 0;
     for (const TestCase& testCase : FindCases(TELV_SOURCE_DIR "/tests/cases"))
@@ -100,10 +102,25 @@ TEST(RoundTripTest, EveryByteOfEveryCaseLeadsToItsOrigin)
             continue;
         if (!ReadExpectation(testCase).out)
             continue;
-        CheckCase(testCase);
+        CheckCase(testCase, kindOfMap);
         ++count;
     }
     EXPECT_GT(count, 100u);
+}
+
+TEST(RoundTripTest, EveryByteOfEveryCaseLeadsToItsOrigin)
+{
+    CheckAllCases({"--chains", "--trace", "/dev/null"});
+}
+
+TEST(RoundTripTest, SoItDoesInAMapWithoutChains)
+{
+    CheckAllCases({});
+}
+
+TEST(RoundTripTest, SoItDoesInOneOfJoinedPieces)
+{
+    CheckAllCases({"--chains", "--map-runs"});
 }
 
 } // namespace

@@ -119,6 +119,47 @@ TEST_F(MapTest, RunsAreJoinedWhereTheyContinueEachOther)
         "   {\"kind\":\"source\",\"out\":12,\"size\":2,\"source\":0,\"in\":15,\"inSize\":2}]}\n");
 }
 
+TEST_F(MapTest, TheMapOfATextWithoutMacrosIsOnePiece)
+{
+    std::string text;
+    while (text.size() < 1024 * 1024)
+        text += "for (int i = 0; i < n; ++i) /* all of them */\n    total += values[i];\n\n";
+    Write("main.tl", text);
+    Expand({"-o", "out", "--map", "map", "--map-runs", "--verify-map", "main.tl"});
+    EXPECT_EQ(Read("out"), text);
+    const std::string size = std::to_string(text.size());
+    EXPECT_EQ(Read("map"), "{\"version\":1,\n \"output\":\"out\",\n \"directory\":\".\",\n"
+                           " \"sources\":[\"main.tl\"],\n \"size\":" +
+                               size +
+                               ",\n \"pieces\":[\n"
+                               "   {\"kind\":\"source\",\"out\":0,\"size\":" +
+                               size + ",\"source\":0,\"in\":0,\"inSize\":" + size + "}]}\n");
+    Expand({"-o", "out", "--map", "map", "--map-runs", "--chains", "main.tl"});
+    EXPECT_LT(Read("map").size(), text.size());
+}
+
+TEST_F(MapTest, ASourceMapNamesItsOutputByTheShortestWay)
+{
+    Write("sub/deep/main.tl", "a\n");
+    Write("other/x", "");
+    std::filesystem::create_directory_symlink("sub/deep", Path("link"));
+    const auto fileIn = [this](const std::string& output, const std::string& map)
+    {
+        Expand({"-o", output, "--source-map", map, "sub/deep/main.tl"});
+        const std::string text = Read(map);
+        const std::string key = "\"file\":\"";
+        const size_t begin = text.find(key) + key.size();
+        return text.substr(begin, text.find('"', begin) - begin);
+    };
+    EXPECT_EQ(fileIn("sub/out.js", "sub/deep/map"), "../out.js");
+    EXPECT_EQ(fileIn("sub/out.js", "link/map"), "../out.js");
+    EXPECT_EQ(fileIn("sub/out.js", "sub/map"), "out.js");
+    EXPECT_EQ(fileIn("sub/out.js", "other/map"), "../sub/out.js");
+    EXPECT_EQ(fileIn("sub/out.js", "map"), "sub/out.js");
+    EXPECT_EQ(fileIn("out.js", "sub/deep/map"), "../../out.js");
+    EXPECT_EQ(fileIn(Path("out.js"), "sub/map"), Path("out.js"));
+}
+
 TEST_F(MapTest, DirectivesOfLinesAreCalculated)
 {
     Expand({"--map", "map", "--map-runs", "--line-directives", "--verify-map", "-o", "out"},

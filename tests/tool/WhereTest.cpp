@@ -66,6 +66,56 @@ TEST_F(WhereTest, ListsTheRangesThatComeFromALine)
     EXPECT_EQ(list.out, "out.c:4:1-2: p\n");
 }
 
+TEST_F(WhereTest, WithChainsWhatCameThroughTheLineIsListedToo)
+{
+    Write("g.tl", "@def greet = {hello}\n[@//\ngreet@//\n]\n");
+    Expand({"-o", "g.txt", "--map", "g.map", "g.tl"});
+    EXPECT_EQ(Read("g.txt"), "[hello]\n");
+    ExpectFailure(Run({"where", "g.map", "--source", "g.tl:3"}), 1,
+                  "tlexpand: nothing in 'g.txt' comes from there\n");
+    for (const char* const kind : {"--map", "--map-runs"})
+    {
+        std::vector<std::string> arguments{"-o", "g.txt", "--map", "g.map", "--chains", "g.tl"};
+        if (kind == std::string("--map-runs"))
+            arguments.insert(arguments.begin(), kind);
+        Expand(arguments);
+        EXPECT_EQ(Expand({"where", "g.map", "--source", "g.tl:3"}),
+                  "g.txt:1:2-6 through this: hello\n");
+        EXPECT_EQ(Expand({"where", "g.map", "--source", "g.tl:1"}), "g.txt:1:2-6: hello\n");
+        EXPECT_EQ(Expand({"where", "g.map", "--source", "g.tl:2"}), "g.txt:1:1-1: [\n");
+    }
+}
+
+TEST_F(WhereTest, WhatTheLineGaveIsToldFromWhatCameThroughIt)
+{
+    ExpandAll({"--chains"});
+    EXPECT_EQ(Expand({"where", "out.map", "--source", "main.tl:3"}),
+              "out.c:2:1-2:   \nout.c:2:3-6 through this: int \nout.c:2:7-7: x\n"
+              "out.c:2:8-3:6 through this: ;\nout.c:3:7-7: y\n"
+              "out.c:3:8-12 through this:  = 2;\nout.c:3:13-13: \n");
+    Write("main.tl", "@for(i in [p, q])\n{\n    <i>\n}\n");
+    ExpandAll({"--chains"});
+    EXPECT_EQ(Read("out.c"), "<p><q>\n");
+    EXPECT_EQ(Expand({"where", "out.map", "--source", "main.tl:3"}),
+              "out.c:1:1-1: <\nout.c:1:2-2 through this: p\nout.c:1:3-4: ><\n"
+              "out.c:1:5-5 through this: q\nout.c:1:6-6: >\n");
+}
+
+TEST_F(WhereTest, ANameCanEndLikeALine)
+{
+    Write("x:7", "a\nb\n");
+    Expand({"-o", "o:2", "--map", "o.map", "x:7"});
+    const std::string second = "x:7:2:1: copied from here\n 2 | b\n   | ^\n";
+    EXPECT_EQ(Expand({"where", "o.map", "o:2:2"}), second);
+    EXPECT_EQ(Expand({"where", "o.map", "./o:2:2"}), second);
+    EXPECT_EQ(Expand({"where", "o.map", "o:2:2:1"}), second);
+    EXPECT_EQ(Expand({"where", "-o", "o:2", "o.map", "o:2:2"}), second);
+    EXPECT_EQ(Expand({"where", "o.map", "--source", "x:7:2"}), "o:2:2:1-2: b\n");
+    // A column where the name ends otherwise, even beside such a file.
+    Expand({"-o", "o", "--map", "o.map", "x:7"});
+    EXPECT_EQ(Expand({"where", "o.map", "o:2:1"}), second);
+}
+
 TEST_F(WhereTest, PathsAreThoseFromHere)
 {
     std::filesystem::create_directories(Path("sub/deep"));

@@ -3,6 +3,7 @@
 #include "WhereCommand.h"
 #include "Files.h"
 #include "map/ChainText.h"
+#include "map/LineUses.h"
 #include "map/MappedFiles.h"
 #include "output/OutputFile.h"
 #include "report/Diagnostics.h"
@@ -24,6 +25,12 @@ std::string LineOfText(const std::string& path, ssize_t line)
     return "'" + path + "' has no line " + std::to_string(line);
 }
 
+/// Whether both names, from the working directory, are those of one file, be it there or not.
+bool IsSamePath(const std::string& a, const std::string& b)
+{
+    return JoinPath("", a) == JoinPath("", b) || IsSameFile(a, b);
+}
+
 class WhereCommand
 {
 public:
@@ -38,17 +45,20 @@ public:
     int Run();
 
 private:
+    int Print(int status) const;
     int Fail(const std::string& message) const
     {
         ReportToolError(message);
         return 1;
     }
-    int ShowSource();
-    int ShowOutput();
+    FilePlace PlaceInOutput() const;
+    FilePlace PlaceInSource() const;
+    int ShowSource(const FilePlace& place);
+    int ShowOutput(const FilePlace& place);
     std::optional<Origin> FindOrigin(const LineTable& lines, const FilePlace& place) const;
     void Add(const SourceRange& range, const std::string& sentence);
-    size_t FindSource(const std::string& file) const;
-    void AddRange(ssize_t begin, ssize_t end);
+    std::optional<size_t> FindSource(const std::string& file) const;
+    void AddUse(const RangeUse& use);
 
     const WhereOptions& m_options;
     MappedFiles m_files;
@@ -58,12 +68,40 @@ private:
 
 int WhereCommand::Run()
 {
+    if (m_options.m_place)
+    {
+        const FilePlace place = PlaceInOutput();
+        if (m_options.m_output.empty())
+            m_files.SetOutputPath(place.m_file);
+        return Print(ShowSource(place));
+    }
     if (m_files.OutputPath().empty())
         throw UsageError("'" + m_options.m_map + "' does not name its output: name it with -o");
-    const int status = m_options.m_place ? ShowSource() : ShowOutput();
+    return Print(ShowOutput(PlaceInSource()));
+}
+
+int WhereCommand::Print(int status) const
+{
     if (status == 0)
         WriteStandardOutput([this](ByteSink& sink) { sink.Write(m_text); });
     return status;
+}
+
+/// A name can end like a line: the longest one that is the output's counts.
+FilePlace WhereCommand::PlaceInOutput() const
+{
+    const FilePlace& place = *m_options.m_place;
+    const bool isLonger = !place.m_longerFile.empty() && !m_files.OutputPath().empty() &&
+                          IsSamePath(m_files.OutputPath(), place.m_longerFile);
+    return isLonger ? place.InLongerFile() : place;
+}
+
+/// The same for a source.
+FilePlace WhereCommand::PlaceInSource() const
+{
+    const FilePlace& place = *m_options.m_source;
+    const bool isLonger = !place.m_longerFile.empty() && FindSource(place.m_longerFile);
+    return isLonger ? place.InLongerFile() : place;
 }
 
 std::optional<Origin> WhereCommand::FindOrigin(const LineTable& lines, const FilePlace& place) const
@@ -80,9 +118,8 @@ std::optional<Origin> WhereCommand::FindOrigin(const LineTable& lines, const Fil
     return map.FirstOrigin(begin + skipped, lines.End(place.m_line));
 }
 
-int WhereCommand::ShowSource()
+int WhereCommand::ShowSource(const FilePlace& place)
 {
-    const FilePlace& place = *m_options.m_place;
     const LineTable& lines = m_files.Output().m_lines;
     if (place.m_line > lines.Count())
         return Fail(LineOfText(m_files.OutputPath(), place.m_line));
@@ -123,19 +160,18 @@ void WhereCommand::Add(const SourceRange& range, const std::string& sentence)
     m_text += MakeExcerpt(shown, text->m_text.begin() + range.m_in, m_style);
 }
 
-size_t WhereCommand::FindSource(const std::string& file) const
+std::optional<size_t> WhereCommand::FindSource(const std::string& file) const
 {
     const OutputMap& map = m_files.Map();
-    const std::string path = JoinPath("", file);
     for (size_t i = 0; i < map.m_sources.size(); ++i)
-        if (map.m_sources[i] == file || m_files.SourcePath(i) == path ||
-            IsSameFile(m_files.SourcePath(i), path))
+        if (map.m_sources[i] == file || IsSamePath(m_files.SourcePath(i), file))
             return i;
-    throw UsageError("'" + file + "' is no source of '" + m_files.OutputPath() + "'");
+    return std::nullopt;
 }
 
-void WhereCommand::AddRange(ssize_t begin, ssize_t end)
+void WhereCommand::AddUse(const RangeUse& use)
 {
+    const auto [begin, end, isThrough] = use;
     const LineTable& lines = m_files.Output().m_lines;
     const LineColumn from = lines.At(begin);
     const LineColumn to = lines.At(end - 1);
@@ -145,44 +181,27 @@ void WhereCommand::AddRange(ssize_t begin, ssize_t end)
     const SubString line = lines.Line(from.m_line);
     const char* const last = std::min(lines.Text().begin() + end, line.end());
     const SubString shown(std::min(lines.Text().begin() + begin, last), last);
-    m_text += std::to_string(to.m_column) + ": ";
+    m_text += std::to_string(to.m_column) + (isThrough ? " through this: " : ": ");
     m_text += m_style.m_escape ? EscapeForTerminal(shown) : ToStdString(shown);
     m_text += "\n";
 }
 
-int WhereCommand::ShowOutput()
+int WhereCommand::ShowOutput(const FilePlace& place)
 {
-    const FilePlace& place = *m_options.m_source;
-    const auto source = static_cast<ssize_t>(FindSource(place.m_file));
-    const std::string path = m_files.SourcePath(static_cast<size_t>(source));
-    const MappedText* const text = m_files.SourceText(static_cast<size_t>(source));
+    const std::optional<size_t> source = FindSource(place.m_file);
+    if (!source)
+        throw UsageError("'" + place.m_file + "' is no source of '" + m_files.OutputPath() + "'");
+    const std::string path = m_files.SourcePath(*source);
+    const MappedText* const text = m_files.SourceText(*source);
     if (text == nullptr)
         throw UsageError("'" + path + "' is no file: its lines are not known");
     if (place.m_line > text->m_lines.Count())
         return Fail(LineOfText(path, place.m_line));
     const ssize_t first = text->m_lines.Start(place.m_line);
     const ssize_t last = text->m_lines.End(place.m_line);
-    ssize_t begin = 0;
-    ssize_t end = 0; // Of the range that grows.
-    for (const MapPiece& piece : m_files.Map().m_pieces)
-    {
-        const SourceRange& range = OriginRange(piece);
-        const ssize_t size = std::max(range.m_inSize, ssize_t{1});
-        if (range.m_source != source || range.m_in >= last || range.m_in + size <= first)
-            continue;
-        const bool isCopy = IsCopy(piece);
-        const ssize_t from = isCopy ? std::max(first - range.m_in, ssize_t{0}) : 0;
-        const ssize_t to = isCopy ? std::min(last - range.m_in, piece.m_size) : piece.m_size;
-        if (piece.m_out + from != end)
-        {
-            if (begin != end)
-                AddRange(begin, end);
-            begin = piece.m_out + from;
-        }
-        end = piece.m_out + to;
-    }
-    if (begin != end)
-        AddRange(begin, end);
+    for (const RangeUse& use :
+         FindUses(m_files.Map(), {static_cast<ssize_t>(*source), first, last - first}))
+        AddUse(use);
     return m_text.empty() ? Fail("nothing in '" + m_files.OutputPath() + "' comes from there") : 0;
 }
 

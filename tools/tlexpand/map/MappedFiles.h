@@ -37,6 +37,8 @@ public:
     const std::string& MapPath() const { return m_mapPath; }
     /// Where the output is, from the working directory; empty when nobody named it.
     const std::string& OutputPath() const { return m_outputPath; }
+    /// The output is at `path`, wherever the map says; to be said before it is read.
+    void SetOutputPath(const std::string& path) { m_outputPath = path; }
     /// Where a source is, from the working directory; "<stdin>" and the like as they are.
     std::string SourcePath(size_t source) const;
 

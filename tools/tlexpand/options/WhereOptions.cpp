@@ -47,12 +47,16 @@ FilePlace ParsePlace(const std::string& text)
     FilePlace place;
     place.m_file = text;
     const std::optional<ssize_t> last = TakeNumber(place.m_file);
+    const std::string longer = place.m_file;
     const std::optional<ssize_t> first = last ? TakeNumber(place.m_file) : std::nullopt;
     if (!last || place.m_file.empty())
         throw UsageError("bad place '" + text + "': FILE:LINE or FILE:LINE:COLUMN is wanted");
     place.m_line = first.value_or(*last);
     if (first)
+    {
         place.m_column = last;
+        place.m_longerFile = longer;
+    }
     return place;
 }
 
@@ -103,8 +107,6 @@ WhereOptions ParseWhereOptions(int argc, char** argv)
         throw UsageError("the map is missing");
     if (options.m_place.has_value() == options.m_source.has_value())
         throw UsageError("either OUTPUT:LINE[:COLUMN] or --source FILE:LINE is wanted");
-    if (options.m_place && options.m_output.empty())
-        options.m_output = options.m_place->m_file;
     return options;
 }
 

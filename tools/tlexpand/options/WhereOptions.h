@@ -13,6 +13,12 @@ struct FilePlace
     std::string m_file;
     ssize_t m_line = 0;
     std::optional<ssize_t> m_column;
+    /// With a column: the file when what looks like its line belongs to its name, and what looks
+    /// like the column is the line.
+    std::string m_longerFile;
+
+    /// The place in that file.
+    FilePlace InLongerFile() const { return {m_longerFile, m_column.value_or(0), {}, {}}; }
 };
 
 struct WhereOptions
@@ -20,7 +26,8 @@ struct WhereOptions
     std::string m_map;
     std::optional<FilePlace> m_place;  ///< In the output. Either this
     std::optional<FilePlace> m_source; ///< or a line of a source.
-    std::string m_output;              ///< Where the output is; empty: where the map says.
+    /// Where the output is; empty: what `m_place` names, or where the map says.
+    std::string m_output;
     Colour m_colour = Colour::Auto;
     bool m_help = false;
     bool m_version = false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One pass over the pieces beside one over the text.
+// One pass over the steps of the chains, one over the pieces.
 #include "output/MapCheck.h"
 #include "Files.h"
 #include <algorithm>
@@ -30,10 +30,47 @@ bool IsCopiedRight(const WrittenPiece& written, const Sources& sources)
     return IsEqual(written.m_text, SubString(begin, begin + copied.m_inSize));
 }
 
+bool IsIndexOrNone(ssize_t index, size_t count)
+{
+    return index == s_none || (index >= 0 && static_cast<size_t>(index) < count);
+}
+
+bool IsInside(const SourceRange& range, const Sources& sources)
+{
+    if (!IsIndexOrNone(range.m_source, sources.Count()))
+        return false;
+    if (!range.IsKnown())
+        return true;
+    const ssize_t size = sources[static_cast<size_t>(range.m_source)].File().size();
+    return range.m_in >= 0 && range.m_in <= size && range.m_inSize <= size - range.m_in;
+}
+
+/// What is wrong with the steps that led to the pieces.
+std::string FindChainError(const WrittenOutput& output)
+{
+    const std::vector<MapChain>& steps = output.m_chains.m_chains;
+    for (size_t i = 0; i < steps.size(); ++i)
+    {
+        const std::string step = "the step " + std::to_string(i);
+        if (!IsIndexOrNone(steps[i].m_parent, i))
+            return step + " has a parent that does not come before it";
+        if (!IsInside(steps[i].m_place, output.m_sources))
+            return step + " stands outside its source";
+    }
+    const size_t chains = output.m_chains.m_chainOfPiece.size();
+    const auto pieces = static_cast<size_t>(output.m_pieces.m_pieces.size());
+    if (chains == 0 || chains == pieces)
+        return "";
+    return "there are the chains of " + std::to_string(chains) + " pieces, and " +
+           std::to_string(pieces) + " pieces";
+}
+
 /// What is wrong with one piece, whose text is known to be the one that is written.
-const char* FindPieceError(const WrittenPiece& written, const Sources& sources)
+const char* FindPieceError(const WrittenPiece& written, const WrittenOutput& output)
 {
     const MapPiece& piece = written.m_piece;
+    if (!IsIndexOrNone(piece.m_chain, output.m_chains.m_chains.size()))
+        return "has a chain that does not exist";
     const bool hasOrigin = piece.m_place.IsKnown() || piece.m_from.IsKnown();
     if (piece.m_size <= 0)
         return "is empty";
@@ -42,7 +79,7 @@ const char* FindPieceError(const WrittenPiece& written, const Sources& sources)
     case EPieceKind::Source:
         if (!hasOrigin)
             return "was copied from an unknown text";
-        return IsEqual(written.m_text, written.m_in) && IsCopiedRight(written, sources)
+        return IsEqual(written.m_text, written.m_in) && IsCopiedRight(written, output.m_sources)
                    ? nullptr
                    : "differs from its source";
     case EPieceKind::Calculated:
@@ -59,7 +96,9 @@ const char* FindPieceError(const WrittenPiece& written, const Sources& sources)
 
 std::string FindMapError(const WrittenOutput& output)
 {
-    std::string error;
+    std::string error = FindChainError(output);
+    if (!error.empty())
+        return error;
     const ssize_t pieces = output.m_pieces.size();
     if (pieces != output.m_text.size())
         return "the pieces hold " + std::to_string(pieces) + " bytes, the text " +
@@ -67,9 +106,7 @@ std::string FindMapError(const WrittenOutput& output)
     ssize_t offset = 0;
     const auto check = [&](const WrittenPiece& written)
     {
-        const char* const fault = written.m_piece.m_out == offset
-                                      ? FindPieceError(written, output.m_sources)
-                                      : "does not begin where the last one ends";
+        const char* const fault = FindPieceError(written, output);
         if (fault != nullptr && error.empty())
             error = "the piece at " + std::to_string(written.m_piece.m_out) + " " + fault;
         offset += written.m_piece.m_size;

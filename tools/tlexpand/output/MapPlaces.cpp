@@ -10,14 +10,26 @@ namespace telv::tool
 namespace
 {
 
+std::string ResolvedDirectoryOf(const std::string& path)
+{
+    const std::string directory = DirectoryOf(path);
+    return ResolvedPath(directory.empty() ? "." : directory);
+}
+
 /// From the directory of the map at `path` to the one of the start. Names of a map that goes to
 /// standard output are meant from where they are read.
 std::string DirectoryFrom(const std::optional<std::string>& path)
 {
     if (!path || *path == s_standardStream)
         return ".";
-    const std::string directory = DirectoryOf(*path);
-    return RelativePath(ResolvedPath(directory.empty() ? "." : directory), ResolvedPath("."));
+    return RelativePath(ResolvedDirectoryOf(*path), ResolvedPath("."));
+}
+
+/// The shortest way from the directory of the map at `map` to the output.
+std::string NameBeside(const std::string& map, const std::string& output)
+{
+    const std::string name = output.substr(output.rfind('/') + 1);
+    return RelativePath(ResolvedDirectoryOf(map), JoinPath(ResolvedDirectoryOf(output), name));
 }
 
 } // namespace
@@ -41,7 +53,7 @@ SourceMapStyle MakeSourceMapStyle(const ExpandOptions& options)
     if (options.m_output != s_standardStream)
         style.m_file = options.m_output.starts_with('/') || style.m_directory == "."
                            ? options.m_output
-                           : JoinPath(style.m_directory, options.m_output);
+                           : NameBeside(*options.m_sourceMap, options.m_output);
     return style;
 }
 
