@@ -22,6 +22,10 @@ public:
     ///     which the run has read.
     void RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const;
 
+    /// @throws UsageError  An output is the file `path`, existing or to be made, which the outputs
+    ///     depend on.
+    void RefuseDependency(const std::string& path) const;
+
     /// @throws UsageError  Standard output or standard error is the same regular file as an output:
     ///     what is printed or reported would be lost.
     void RefuseStandardStreams() const;
