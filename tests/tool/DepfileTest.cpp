@@ -125,6 +125,30 @@ TEST_F(DepfileTest, NamesWhatIsReadByOtherMeansAndAnotherTarget)
                   "tlexpand: can't write the name 'a*' to a dependency file: it holds '*'\n");
 }
 
+TEST_F(DepfileTest, AnOutputThatDependsOnItselfIsRefused)
+{
+    Write("data", "kept");
+    std::filesystem::create_symlink("data", Path("link"));
+    const auto expectRefused = [&](const std::vector<std::string>& arguments,
+                                   const std::string& output, const std::string& dependency)
+    {
+        ExpectFailure(Run(arguments, "x"), 2,
+                      "tlexpand: the output '" + output + "' depends on itself: --depend " +
+                          dependency + s_hint);
+    };
+    expectRefused({"-o", "data", "--depfile", "dep", "--depend", "data"}, "data", "data");
+    expectRefused({"-o", "out", "--map", "data", "--depfile", "dep", "--depend", "./link"}, "data",
+                  "./link");
+    expectRefused({"-o", "new", "--depfile", "dep", "--depend", "x", "--depend", "./new"}, "new",
+                  "./new");
+    expectRefused({"-o", "out", "--depfile", "dep", "--depend", "dep"}, "dep", "dep");
+    EXPECT_EQ(Read("data"), "kept");
+    for (const char* const name : {"out", "dep", "new"})
+        EXPECT_FALSE(std::filesystem::exists(Path(name))) << name;
+    // A folder, or a file that is missing, is no output.
+    Expand({"-o", "out", "--depfile", "dep", "--depend", ".", "--depend", "no/such"}, "x");
+}
+
 /// What the tool accepts is read back by a build program: an output is made again when the import
 /// with that name has changed or has gone, and only then.
 class DepfileNamesTest : public ToolTest

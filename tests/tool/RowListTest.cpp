@@ -70,7 +70,8 @@ TEST_F(RowListTest, ColumnsAreChosenAndOrdered)
     EXPECT_EQ(Json("[{\"a\":1,\"b\":2,\"c\":3},{\"x\":[{}],\"c\":6,\"a\":4}]", ":c,a"),
               "[(3,1),(6,4)]");
     EXPECT_EQ(Json("[]", ":c,a"), "[]");
-    EXPECT_EQ(Csv("a,a,b\n1,2,3\n"), "[(1,2,3)]");
+    EXPECT_EQ(Csv("a,a,b\n1,2,3\n"), "[(1,2,3)]"); // told apart by their places
+    EXPECT_EQ(Json("[{\"a\":1,\"a\":2,\"b\":3},{\"a\":1,\"a\":2,\"b\":4}]", ":b"), "[3,4]");
 }
 
 TEST_F(RowListTest, ALoopGetsTheValuesBack)
@@ -173,6 +174,12 @@ TEST_F(RowListTest, WhatIsWrongIsLocatedInTheFile)
                 "3) : error : The first row has no column 'b'");
     ExpectError("a.json", "[{\"a\":1},\n{\"a\":1,\n\"a\":2}]",
                 "3) : error : The row has several values for column 'a'");
+    ExpectError("a.json", "[{\"a\":1,\n\"a\":2}]",
+                "2) : error : The row has several values for column 'a'");
+    ExpectError("a.json", "[{\"a\":1,\n\"b\":{\"b\":1,\"b\":2},\n\"a\":[2]}]",
+                "3) : error : The row has several values for column 'a'");
+    ExpectError("a.json", "[{\"a\":1,\"a\":2}]", "1) : error : There are several columns 'a'",
+                ":a");
     ExpectError("a.json", "[{\"a\":1}]", "1) : error : There is no column 'b'", ":b");
     ExpectError("a.json", "[[1]]", "1) : error : There is no column 'b': the rows are arrays",
                 ":b");

@@ -46,6 +46,8 @@ struct WantedOutputs
         if (options.m_keepUnchanged)
             m_set.KeepUnchanged();
         m_set.RefuseStandardStreams();
+        for (const std::string& path : options.m_dependencies)
+            m_set.RefuseDependency(path);
     }
 
 private:

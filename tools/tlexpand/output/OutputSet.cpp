@@ -34,6 +34,23 @@ void OutputSet::RefuseInput(const std::string& path) const
         RefuseInput(*identity, nullptr);
 }
 
+void OutputSet::RefuseDependency(const std::string& path) const
+{
+    std::optional<OutputFile> file;
+    try
+    {
+        file.emplace(path);
+    }
+    catch (const FileError&)
+    {
+        return; // Nothing that can be written, so no output.
+    }
+    for (const Output& output : m_outputs)
+        if (output.m_file.IsSameFile(*file))
+            throw UsageError("the output '" + output.m_file.Path() +
+                             "' depends on itself: --depend " + path);
+}
+
 void OutputSet::RefuseStandardStreams() const
 {
     for (const int fd : {STDOUT_FILENO, STDERR_FILENO})

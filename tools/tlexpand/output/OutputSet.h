@@ -25,6 +25,10 @@ public:
     /// The same for what is at `path`, if anything is; no output may be it.
     void RefuseInput(const std::string& path) const;
 
+    /// @throws UsageError  An output is the file `path`, existing or to be made, which the outputs
+    ///     depend on.
+    void RefuseDependency(const std::string& path) const;
+
     /// @throws UsageError  Standard output or standard error is the same regular file as an output:
     ///     what is printed or reported would be lost.
     void RefuseStandardStreams() const;

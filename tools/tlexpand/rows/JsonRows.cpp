@@ -8,9 +8,11 @@
 #include "Utf8.h"
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <utility>
 
 namespace telv::tool
@@ -157,7 +159,7 @@ private:
     bool Key(SubString source, const std::string& name) override;
     bool Open(SubString bracket, bool isObject) override;
     bool Close(SubString bracket) override;
-    void CountValue() { m_count += m_depth == 2 ? 1 : 0; }
+    void CountValue(SubString source);
 
     RowWriter& m_writer;
     size_t m_depth = 0;
@@ -165,6 +167,8 @@ private:
     bool m_isObject = false;
     ssize_t m_row = 0;
     std::vector<std::string> m_names;
+    std::set<std::string, std::less<>> m_known; ///< The same names.
+    bool m_isRepeated = false;                  ///< The last one of them.
 };
 
 constexpr const char* s_wanted = "An array of objects or of arrays is wanted";
@@ -173,14 +177,28 @@ bool ColumnReader::Scalar(SubString source, SubString)
 {
     if (m_depth < 2)
         throw RowError(s_wanted, Offset(source));
-    CountValue();
+    CountValue(source);
     return true;
+}
+
+/// Of a column that is not wanted there may be several values, as in any other row; one that is
+/// wanted by its name is looked up by the writer.
+void ColumnReader::CountValue(SubString source)
+{
+    if (m_depth != 2)
+        return;
+    ++m_count;
+    if (m_isRepeated && m_writer.WantsAll())
+        throw RowError("The row has several values for column '" + m_names.back() + "'",
+                       Offset(source));
 }
 
 bool ColumnReader::Key(SubString, const std::string& name)
 {
-    if (m_depth == 2)
-        m_names.push_back(name);
+    if (m_depth != 2)
+        return true;
+    m_isRepeated = !m_known.insert(name).second;
+    m_names.push_back(name);
     return true;
 }
 
@@ -188,7 +206,7 @@ bool ColumnReader::Open(SubString bracket, bool isObject)
 {
     if (m_depth == 0 && isObject)
         throw RowError(s_wanted, Offset(bracket));
-    CountValue();
+    CountValue(bracket);
     if (++m_depth == 2)
     {
         m_isObject = isObject;
