@@ -226,6 +226,9 @@ TEST_F(WhereTest, ABadMapIsRefused)
         {"{\"version\":1,\"sources\":[\"a\"],\"size\":0,\"chains\":[{\"kind\":\"macro\",\"name\":"
          "\"m\",\"source\":0,\"in\":0,\"inSize\":1,\"parent\":0}],\"pieces\":[]}",
          "a chain has a parent that does not come before it"},
+        {"{\"version\":1,\"sources\":[\"a\"],\"size\":0,\"chains\":[{\"kind\":\"macro\",\"name\":"
+         "\"m\",\"source\":0,\"in\":9223372036854775807,\"inSize\":1}],\"pieces\":[]}",
+         "\"in\" is larger than any text"},
     };
     Write("out.c", "x");
     for (const auto& row : rows)

@@ -12,6 +12,9 @@ namespace
 
 using nlohmann::json;
 
+/// No text is so long; sums of such numbers still fit.
+constexpr int64_t s_most = int64_t{1} << 60;
+
 class MapReader
 {
 public:
@@ -47,6 +50,8 @@ ssize_t MapReader::ReadNumber(const json& value, const char* name) const
     const auto found = value.find(name);
     if (found == value.end() || !found->is_number_integer() || found->get<int64_t>() < 0)
         Fail(std::string("\"") + name + "\" is missing or no number");
+    if (found->get<int64_t>() > s_most)
+        Fail(std::string("\"") + name + "\" is larger than any text");
     return found->get<ssize_t>();
 }
 
