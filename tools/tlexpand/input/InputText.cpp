@@ -37,7 +37,7 @@ std::vector<Mapping>& Mappings()
 void OnBusError(int signal, siginfo_t* info, void* /*context*/)
 {
     const auto* const address = static_cast<const char*>(info->si_addr);
-    const auto page = static_cast<ssize_t>(sysconf(_SC_PAGESIZE));
+    const auto page = static_cast<ssize_t>(getpagesize());
     for (const Mapping& mapping : Mappings())
         if (mapping.m_text.begin() <= address && address < mapping.m_text.end() + page)
             EndRun("can't read '" + mapping.m_path + "': it became shorter while it was read");
