@@ -313,8 +313,9 @@ void MacroExpander::ProcessDirective()
         ProcessPastedTokens();
 }
 
-/// A string variable may bear the name of a directive, with its `@`.
-void MacroExpander::ProcessUnknownDirective(const LSToken& name)
+/// A string variable may bear the name of a directive, with its `@`. Not inlined: its strings would
+/// take stack from all directives that nest.
+[[gnu::noinline]] void MacroExpander::ProcessUnknownDirective(const LSToken& name)
 {
     xstring variableName("@");
     variableName += name.m_str;
