@@ -370,7 +370,8 @@ Work LongUnknownName(size_t n)
     return ExpansionOf("@def a" + letters + " = {1}@(x" + letters + ")");
 }
 
-/// Words that name nothing, each as near to none of as many names, while warnings look for near ones.
+/// Words that name nothing, each as near to none of as many names, while warnings look for near
+/// ones.
 Work WatchedWords(size_t n)
 {
     const auto text = std::make_shared<std::string>(

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Names that are near a word: the distance against its plain definition, the index against a look
 // at every name, and how much the index looks at.
+#include "tlMacroExpander/src/Run/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/Run/NearIndex.h"
-#include "tlMacroExpander/src/Run/NearName.h"
 #include <algorithm>
 #include <deque>
 #include <gtest/gtest.h>
@@ -149,7 +149,7 @@ TEST_F(NearIndexTest, LongNamesAreFoundToo)
     {
         const std::string name(length, letter++);
         Define(m_one, name + "ab");
-        for (const std::string& end : {"b", "a", "xb", "ax", "ba", "axb", "xab", "abx", "AB"})
+        for (const char* const end : {"b", "a", "xb", "ax", "ba", "axb", "xab", "abx", "AB"})
             EXPECT_EQ(Text(index.Find(m_inner, View(name + end))), name + "ab") << name << end;
         EXPECT_EQ(Text(index.Find(m_inner, View(name + "cd"))), "");
     }

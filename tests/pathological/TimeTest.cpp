@@ -54,7 +54,8 @@ TEST_F(TimeTest, WarningsLookForManyWordsAmongManyNames)
     std::string words;
     for (int i = 0; i < 30'000; ++i)
         words += Numbered("other", i) + "word()\n";
-    const ProgramResult result = Expand(source + words + "some1nam()\n", {"--warn", "unknown-name"});
+    const ProgramResult result =
+        Expand(source + words + "some1nam()\n", {"--warn", "unknown-name"});
     EXPECT_EQ(result.status, 0) << Describe(result);
     EXPECT_EQ(result.out.substr(result.out.find("other0")), words + "some1nam()\n");
     EXPECT_EQ(result.err.substr(0, result.err.find('[')),

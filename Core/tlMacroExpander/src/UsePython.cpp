@@ -70,12 +70,14 @@ constexpr const char* s_bootstrapScript = "import code\n"
 /// passed on already.
 constexpr const char* s_flushScript = "myStdOut.flush = myStdErr.flush = lambda self: None\n";
 
-/// What an earlier interpreter of the process would leave to the next one, as Python starts with it.
+/// What an earlier interpreter of the process would leave to the next one, as Python starts with
+/// it.
 constexpr int s_recursionLimit = 1000;
-constexpr const char* s_resetScript = "__import__('sys').setcheckinterval(100)\n"
-                                      "__import__('gc').enable()\n"
-                                      "__import__('gc').set_debug(0)\n"
-                                      "__import__('gc').set_threshold(700, 10, 10)\n";
+constexpr const char* s_resetScript = R"(__import__('sys').setcheckinterval(100)
+__import__('gc').enable()
+__import__('gc').set_debug(0)
+__import__('gc').set_threshold(700, 10, 10)
+)";
 
 /// What is left to do at the end of a program. Files that Python closes on its own at its end would
 /// not tell about errors. Those of C, which others write to, are sent off after this.

@@ -24,9 +24,9 @@ bool StandsBefore(SubString a, SubString b)
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
 }
 
-/// The distances of the first letters of one name, some number of them, to the beginnings of another
-/// that are at most `most` letters longer or shorter; only those can lead to so few differences.
-/// What is further off stands beside them, on either side, as too much.
+/// The distances of the first letters of one name, some number of them, to the beginnings of
+/// another that are at most `most` letters longer or shorter; only those can lead to so few
+/// differences. What is further off stands beside them, on either side, as too much.
 using Row = std::array<int, 2 * s_mostDifferences + 3>;
 
 /// The place of the beginning of `j` letters in the row of `i` letters.
