@@ -95,16 +95,21 @@ function(telv_optimise_linking target)
     target_link_options(${target} PRIVATE -flto=auto)
 endfunction()
 
-# Leaves no shared library to be found at the start of a program but that of C. The C++ library names
-# that of mathematics for what nobody calls, so the default libraries are named here without it.
-# Sanitizers and the measurement of coverage bring libraries of their own.
+# Leaves no shared library to be found at the start of a program but that of C. GCC would add that of
+# mathematics for what nobody calls, so the default libraries are named here without it. Sanitizers and
+# the measurement of coverage bring libraries of their own.
 function(telv_link_statically target)
     if(TELV_SANITIZE OR TELV_COVERAGE)
         return()
     endif()
-    target_link_options(${target} PRIVATE -ffunction-sections -nodefaultlibs
+    target_link_options(${target} PRIVATE -ffunction-sections
         LINKER:--gc-sections,--as-needed,--exclude-libs,ALL)
-    target_link_libraries(${target} PRIVATE -l:libstdc++.a gcc gcc_eh c)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_link_options(${target} PRIVATE -nodefaultlibs)
+        target_link_libraries(${target} PRIVATE -l:libstdc++.a gcc gcc_eh c)
+    else()
+        target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+    endif()
 endfunction()
 
 # Puts what the start of the program calls side by side, and its relocations into a compact form: both
