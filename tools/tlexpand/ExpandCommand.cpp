@@ -73,9 +73,9 @@ Descriptor OpenCompared(const std::string& path)
 class ExpandCommand
 {
 public:
-    ExpandCommand(const ExpandOptions& options, ImportTexts& texts)
-        : m_options(options), m_outputs(options), m_mapStyle(MakeMapStyle(options)),
-          m_sourceMapStyle(MakeSourceMapStyle(options)),
+    ExpandCommand(const ExpandOptions& options, ImportTexts& texts, ImportCheck checkImports = {})
+        : m_options(options), m_checkImports(std::move(checkImports)), m_outputs(options),
+          m_mapStyle(MakeMapStyle(options)), m_sourceMapStyle(MakeSourceMapStyle(options)),
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths, texts),
@@ -113,6 +113,7 @@ private:
     std::vector<std::string> Dependencies() const;
 
     const ExpandOptions& m_options;
+    ImportCheck m_checkImports;
     WantedOutputs m_outputs;
     // Made before Python code can change the working directory.
     MapStyle m_mapStyle;
@@ -278,6 +279,8 @@ void ExpandCommand::RefuseInputs() const
         m_outputs.m_set.RefuseInput(identity, nullptr);
     if (!imports.empty()) // and no other output
         throw UsageError("standard output is a file that is read");
+    if (m_checkImports)
+        m_checkImports(m_handler.OpenedImports());
 }
 
 /// Calls `visit` with what is not in the file yet, in order; of a file that is not written, that is
@@ -390,9 +393,10 @@ int RunExpandCommand(const ExpandOptions& options)
     return status;
 }
 
-int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts)
+int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts,
+                     const ImportCheck& checkImports)
 {
-    return ExpandCommand(options, texts).Run();
+    return ExpandCommand(options, texts, checkImports).Run();
 }
 
 } // namespace telv::tool

@@ -484,6 +484,15 @@ std::vector<std::string> FileImportHandler::ImportedPaths() const
     return paths;
 }
 
+std::vector<std::string> FileImportHandler::OpenedImports() const
+{
+    std::vector<std::string> paths;
+    for (size_t i = 1; i < m_inputs.size(); ++i)
+        if (m_inputs[i]->m_identity)
+            paths.push_back(m_inputs[i]->m_path);
+    return paths;
+}
+
 std::vector<FileIdentity>
 FileImportHandler::ImportedIdentities(const std::function<bool(const FileIdentity&)>& matters) const
 {
