@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Optimal string alignment, row by row: three rows are enough for swapped neighbours.
-#include "tlMacroExpander/src/Run/NearName.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
 #include <algorithm>
 #include <utility>
