@@ -4,7 +4,7 @@
 #include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Expressions/BuiltIns.h"
-#include "tlMacroExpander/src/Run/NearName.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>

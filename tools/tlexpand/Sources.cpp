@@ -2,7 +2,7 @@
 // Texts by address. Lines are counted when they are asked for. An error asks a few times, and it
 // may be that memory has run out, so nothing is allocated for it; thousands of warnings ask more
 // often.
-#include "input/Sources.h"
+#include "Sources.h"
 #include <algorithm>
 #include <cstring>
 #include <new>

@@ -4,7 +4,6 @@
 // line, and through which import the text was reached.
 #pragma once
 
-#include "MadePlace.h"
 #include "tlUtils/StringExt.h"
 #include <map>
 #include <memory>
@@ -13,6 +12,13 @@
 
 namespace telv::tool
 {
+
+/// Where a stretch of a text that was made from a file came from, up to the next one.
+struct MadePlace
+{
+    ssize_t m_offset; ///< In the text.
+    ssize_t m_origin; ///< In the file.
+};
 
 /// A text made from a file that is in another language: rows of data. Views both.
 struct MadeFrom

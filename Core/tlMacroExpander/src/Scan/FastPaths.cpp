@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // All ways are taken, unless a test says otherwise.
-#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 
 namespace telv::FastPaths
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Optimal string alignment, row by row: three rows are enough for swapped neighbours. Of each only
 // what is near the diagonal is looked at, so that long names take no more than their length.
-#include "tlMacroExpander/src/Run/NearName.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Hints err on the side of silence: one that is wrong is worse than none.
-#include "tlMacroExpander/src/Run/Hints.h"
+#include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/Expressions/BuiltIns.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/NearName.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
