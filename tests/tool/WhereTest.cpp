@@ -47,6 +47,23 @@ TEST_F(WhereTest, ShowsThePlaceWithItsLine)
                                   "   | ^\n");
 }
 
+TEST_F(WhereTest, TheCaretStandsUnderWideCharacters)
+{
+    const std::string wide = "\xe6\xbc\xa2\xe5\xad\x97";
+    Write("main.tl", "@def name = {x}\n" + wide + " name\n");
+    Expand({"-o", "out.c", "--map", "out.map", "main.tl"});
+    EXPECT_EQ(Where("out.c:1:4"), "main.tl:2:4: copied from here\n"
+                                  " 2 | " +
+                                      wide +
+                                      " name\n"
+                                      "   |   ^\n");
+    EXPECT_EQ(Where("out.c:1:7"), "main.tl:2:7: copied from here\n"
+                                  " 2 | " +
+                                      wide +
+                                      " name\n"
+                                      "   |     ^\n");
+}
+
 TEST_F(WhereTest, OfALineTheFirstThingThatIsSeenCounts)
 {
     ExpandAll();
