@@ -174,3 +174,35 @@ TEST_F(MapTest, DirectivesOfLinesAreCalculated)
 }
 
 } // namespace telv::test
+TEST_F(MapTest, ASourceMapNamesItsSourcesByTheShortestWay)
+{
+    Write("sub/deep/main.tl",
+          "@import \"../lib.tl\"\n@import \"" + Path("abs.tl") + "\"\n@import \"x%y.tl\"\na\n");
+    Write("sub/deep/x%y.tl", "");
+    Write("sub/lib.tl", "");
+    Write("abs.tl", "");
+    Write("other/x", "");
+    std::filesystem::create_directory_symlink("sub/deep", Path("link"));
+    const auto sourcesIn = [this](const std::string& map, const std::string& main)
+    {
+        Expand({"-E", "", "--source-map", map, main});
+        const std::string text = Read(map);
+        const std::string key = "\"sources\":";
+        const size_t begin = text.find(key) + key.size();
+        return text.substr(begin, text.find(']', begin) + 1 - begin);
+    };
+    const std::string fixed = ",\"" + Path("abs.tl") + "\",";
+    const std::string main = "sub/deep/main.tl";
+    EXPECT_EQ(sourcesIn("map", main), "[\"sub/deep/main.tl\",\"<command line>\",\"sub/lib.tl\"" +
+                                          fixed + "\"sub/deep/x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("sub/map", main),
+              "[\"deep/main.tl\",\"<command line>\",\"lib.tl\"" + fixed + "\"deep/x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("sub/deep/map", main),
+              "[\"main.tl\",\"<command line>\",\"../lib.tl\"" + fixed + "\"x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("link/map", main),
+              "[\"main.tl\",\"<command line>\",\"../lib.tl\"" + fixed + "\"x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("other/map", main),
+              "[\"../sub/deep/main.tl\",\"<command line>\",\"../sub/lib.tl\"" + fixed +
+                  "\"../sub/deep/x%y.tl\"]");
+}
+
