@@ -694,6 +694,13 @@ TEST_F(RemapTest, WhatCannotBeMappedPassesAndIsReported)
     const std::string size = std::to_string(output.size());
     expect("tlexpand: 'gen.cpp.map' does not fit 'gen.cpp': the file has " +
            std::to_string(output.size() + 5) + " bytes, the map " + size + "\n");
+    const size_t calculated = output.find("2");
+    ASSERT_NE(calculated, std::string::npos);
+    Write("gen.cpp", std::string(output).replace(calculated, 1, "3"));
+    EXPECT_EQ(Run({"remap", "gen.cpp.map"}, "gen.cpp:1:1: x\n").out, "gen.cpp:1:1: x\n");
+    EXPECT_EQ(Run({"remap", "gen.cpp.map"}, "gen.cpp:1:1: x\n").err,
+              "tlexpand: 'gen.cpp.map' does not fit 'gen.cpp': the file has changed since it was "
+              "written\n");
     Write("gen.cpp.map", "{\"version\":7}");
     expect(
         "tlexpand: 'gen.cpp.map' is no map that can be used: its version is 7, this program reads "

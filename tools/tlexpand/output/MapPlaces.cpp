@@ -42,6 +42,7 @@ MapStyle MakeMapStyle(const ExpandOptions& options)
     style.m_directory = DirectoryFrom(options.m_map);
     if (options.m_output != s_standardStream)
         style.m_output = options.m_output;
+    style.m_hasSum = style.m_output || options.m_chains;
     return style;
 }
 
