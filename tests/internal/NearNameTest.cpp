@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Names that are near a word: the distance against its plain definition, the index against a look
 // at every name, and how much the index looks at.
-#include "tlMacroExpander/src/Run/NearName.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
-#include "tlMacroExpander/src/Run/NearIndex.h"
+#include "tlMacroExpander/src/Hints/NearIndex.h"
 #include <algorithm>
 #include <deque>
 #include <gtest/gtest.h>

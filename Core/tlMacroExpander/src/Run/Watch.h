@@ -6,7 +6,7 @@
 // (ExpansionLevel::AllowsFastPaths).
 #pragma once
 
-#include "tlMacroExpander/src/Run/NearIndex.h"
+#include "tlMacroExpander/src/Hints/NearIndex.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <initializer_list>
 #include <set>

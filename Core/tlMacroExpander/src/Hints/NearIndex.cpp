@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Frames of files are read once, and then what is new in them; the others, which hold arguments,
 // whenever they are in the way.
-#include "tlMacroExpander/src/Run/NearIndex.h"
+#include "tlMacroExpander/src/Hints/NearIndex.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
-#include "tlMacroExpander/src/Run/NearName.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include <algorithm>
 #include <array>
 
