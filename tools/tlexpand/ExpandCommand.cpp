@@ -95,6 +95,7 @@ public:
     int Run();
 
 private:
+    void ExpandUnchanged();
     void ExpandObserved();
     void Expand();
     void Warn(const ExpansionWarning& warning);
@@ -142,8 +143,7 @@ try
     if (m_options.m_check)
         OpenCompared(m_options.m_output);
     m_handler.ReadMain(m_options.m_file);
-    const auto work = [this] { ExpandObserved(); };
-    if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
+    if (!RunGuarded([this] { ExpandUnchanged(); }, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
     if (m_options.m_warningsAreErrors && m_warningCount > 0)
     {
@@ -168,6 +168,20 @@ catch (const DataError& e)
     m_printed.Flush();
     m_diagnostics.Report(LexScannerException(e.what(), e.m_pos));
     return 2;
+}
+
+/// What is wrong with a text that was changed meanwhile may be its change.
+void ExpandCommand::ExpandUnchanged()
+{
+    try
+    {
+        ExpandObserved();
+    }
+    catch (const LexScannerException&)
+    {
+        m_handler.CheckUnchanged();
+        throw;
+    }
 }
 
 /// Says what happened up to an error, too, where the trace is written directly.

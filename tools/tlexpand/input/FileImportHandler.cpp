@@ -445,8 +445,9 @@ std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
 void FileImportHandler::CheckUnchanged() const
 {
     for (const auto& input : m_inputs)
-        if (input->m_text != nullptr && input->m_text->HasChanged(input->m_path))
-            throw FileError("can't read '" + input->m_name + "': it changed while it was read");
+        if (input->m_text != nullptr)
+            if (const char* const change = input->m_text->FindChange(input->m_path))
+                throw FileError("can't read '" + input->m_name + "': " + change);
 }
 
 std::optional<FileIdentity> FileImportHandler::MainIdentity() const

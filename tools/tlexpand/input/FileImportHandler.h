@@ -8,11 +8,11 @@
 #pragma once
 
 #include "Files.h"
+#include "Sources.h"
 #include "input/FileStamp.h"
 #include "input/ImportTexts.h"
 #include "input/InputText.h"
 #include "input/Prelude.h"
-#include "input/Sources.h"
 #include "output/TextStream.h"
 #include "rows/RowList.h"
 #include "tlMacroExpander/ExpansionRun.h"

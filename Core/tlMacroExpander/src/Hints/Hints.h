@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// What would probably mend an error, noted where it is known; and where what was never closed was
+// opened. Both are read when the error is reported (ExpansionRun::Hint, ExpansionRun::OpenedAt).
+//
+// The first hint counts: it comes from the innermost place. An error that is swallowed takes its
+// hints with it.
+#pragma once
+
+#include "tlMacroExpander/src/LSToken.h"
+#include <initializer_list>
+
+namespace telv
+{
+
+class LSMacroVariable;
+class VarFrame;
+
+/// Notes the concatenation of `parts`.
+void NoteHint(std::initializer_list<SubString> parts);
+
+/// `error` stands in the text `expanded`, which an expression was expanded to: names that are not
+/// known, and strings that are not written as such.
+void HintAtExpression(VarFrame& frame, SubString source, SubString expanded,
+                      const LexScannerException& error);
+/// The same where a string was wanted.
+void HintAtString(VarFrame& frame, SubString source, SubString expanded,
+                  const LexScannerException& error);
+
+/// There is no variable of this name, behind which the directive goes on with `rest`.
+void HintAtName(VarFrame& frame, SubString name, SubString rest);
+
+/// The call whose list of arguments is `list`, from its first character on, has too many: one of
+/// them may have been meant to hold the comma.
+void HintAtArguments(const char* list, SubString rest);
+
+/// The element of a list has too few or too many values for `names`.
+void HintAtElement(SubString element, ssize_t names);
+
+/// A Python macro was nested too deeply. Where it calls itself by the name of a method, the error
+/// moves to that name.
+void HintAtPythonMacro(const LSMacroVariable& macro, LexScannerException& error);
+
+} // namespace telv
