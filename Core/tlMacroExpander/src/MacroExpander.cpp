@@ -19,6 +19,7 @@
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
 #include <limits>
+#include <optional>
 
 namespace telv
 {
@@ -145,8 +146,9 @@ template <bool isObserved>
 void MacroExpander::ExpandTokenByToken()
 {
     const bool isWatched = Warns(s_watchingWarnings);
+    std::optional<IndentationWatch> indentation;
     if (isWatched)
-        WatchIndentation(*this);
+        indentation.emplace(*this);
     for (;;)
     {
         PassOverLineStarts();
