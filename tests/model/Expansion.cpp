@@ -3,7 +3,7 @@
 #include "Expansion.h"
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include <map>
 
 namespace telv::test

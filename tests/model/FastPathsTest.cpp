@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Every way that is only there for speed against the plain one: alone, and with all others.
-#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "Expansion.h"
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // variables: no table, no memory, as a look-up is defined.
 #include "Expansion.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include <gtest/gtest.h>
 #include <optional>
 #include <set>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The pieces of an output against what they say about each of its characters, one by one.
 #include "Expansion.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include <gtest/gtest.h>
 
 namespace telv::test

@@ -7,9 +7,9 @@
 // or two more characters decide. Operators take the longest form that their row of kinds knows.
 // What fails is composed apart, in cold functions, so that the loops stay small.
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Scan/TokenScan.h"
 

@@ -3,7 +3,7 @@
 // names, in any order.
 #pragma once
 
-#include "input/Sources.h"
+#include "Sources.h"
 #include "options/Options.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include <functional>

@@ -2,7 +2,7 @@
 // The chains that the library recorded, as the map has them.
 #pragma once
 
-#include "input/Sources.h"
+#include "Sources.h"
 #include "output/WrittenPieces.h"
 #include "tlMacroExpander/ChainRecorder.h"
 

@@ -4,7 +4,7 @@
 // so all of them describe the same text.
 #pragma once
 
-#include "input/Sources.h"
+#include "Sources.h"
 #include "map/OutputMap.h"
 #include "output/TextStream.h"
 #include "tlMacroExpander/ExpandedOutput.h"

@@ -3,7 +3,7 @@
 // a caret, and the imports through which the file was reached.
 #pragma once
 
-#include "input/Sources.h"
+#include "Sources.h"
 #include "options/Options.h"
 #include "report/Excerpt.h"
 #include "tlMacroExpander/ExpansionRun.h"

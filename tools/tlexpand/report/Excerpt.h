@@ -2,7 +2,7 @@
 // The source line of an error with a caret under its column, and text made fit for a terminal.
 #pragma once
 
-#include "input/Sources.h"
+#include "Sources.h"
 #include <string>
 
 namespace telv::tool

@@ -8,7 +8,7 @@
 //       call a = x at lib.tl(1)
 #pragma once
 
-#include "input/Sources.h"
+#include "Sources.h"
 #include "map/LineTable.h"
 #include "output/OutputFile.h"
 #include "tlMacroExpander/ExpansionObserver.h"

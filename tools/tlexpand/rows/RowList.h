@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Files.h"
-#include "MadePlace.h"
+#include "Sources.h"
 #include <optional>
 #include <vector>
 

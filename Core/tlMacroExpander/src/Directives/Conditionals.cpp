@@ -3,10 +3,10 @@
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include <optional>
 

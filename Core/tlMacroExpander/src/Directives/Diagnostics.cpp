@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // @print, @println, @assert, @assertfails, @fail: a text talks to its author and tests itself.
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"
+#include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/Hints.h"
 
 namespace telv
 {

@@ -8,10 +8,10 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/UsePython.h"

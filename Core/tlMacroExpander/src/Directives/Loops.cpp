@@ -4,10 +4,10 @@
 // The list of @for exists only while the loop runs; its elements are bound by name, and what they
 // define may outlive it, so it is a temporary text.
 #include "tlMacroExpander/src/Directives/RoundFrame.h"
+#include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"

@@ -3,7 +3,7 @@
 // met.
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 

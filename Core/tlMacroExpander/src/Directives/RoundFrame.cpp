@@ -2,8 +2,8 @@
 // A definition or an import in the frame ends its use: what a round has made is not seen by the
 // next one.
 #include "tlMacroExpander/src/Directives/RoundFrame.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 
 namespace telv

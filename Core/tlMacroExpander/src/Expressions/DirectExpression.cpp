@@ -7,10 +7,10 @@
 #include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
 #include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include <algorithm>
 #include <charconv>

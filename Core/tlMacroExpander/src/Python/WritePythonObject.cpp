@@ -6,9 +6,9 @@
 // objects store is read: no method of a subclass runs, hence nothing changes during the walk.
 #ifdef TELV_PYTHON_ENABLED
 
+#include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Python/PythonApi.h"
-#include "tlMacroExpander/src/Run/Hints.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include <cstring>
 #include <unordered_set>

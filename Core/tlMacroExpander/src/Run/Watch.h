@@ -6,6 +6,7 @@
 // (ExpansionLevel::AllowsFastPaths).
 #pragma once
 
+#include "tlMacroExpander/src/Hints/NearIndex.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <initializer_list>
 #include <set>
@@ -58,10 +59,13 @@ public:
     /// Where the names of what was used stand.
     const std::set<const char*>& Used() const { return m_used; }
 
+    NearIndex& Near() { return m_near; }
+
 private:
     std::set<std::pair<EWarning, const char*>> m_warned;
     std::map<const char*, Definition> m_definitions;
     std::set<const char*> m_used;
+    NearIndex m_near;
 };
 
 } // namespace telv

@@ -2,8 +2,8 @@
 // The wide way looks each character up twice, by its upper and by its lower half: it is quiet when
 // the two have no bit in common. A bit stands for one upper half.
 #include "tlMacroExpander/src/Scan/QuietText.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include <array>
 #include <bit>
 #if defined(__x86_64__)

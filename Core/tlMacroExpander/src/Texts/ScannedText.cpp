@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The pass over a text that writes down what can matter.
 #include "tlMacroExpander/src/Texts/ScannedText.h"
-#include "tlMacroExpander/src/Run/FastPaths.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include <algorithm>
 #include <cstring>
