@@ -8,13 +8,15 @@ macro(telv_check_pie)
     check_pie_supported(LANGUAGES CXX)
 endmacro()
 
-# libcsv, static: it is a few functions, and another shared library would cost every start.
-function(telv_find_csv)
-    find_path(TELV_CSV_INCLUDE csv.h REQUIRED)
-    find_library(TELV_CSV_LIBRARY NAMES libcsv.a csv REQUIRED)
-    add_library(telv_csv INTERFACE)
-    target_include_directories(telv_csv SYSTEM INTERFACE ${TELV_CSV_INCLUDE})
-    target_link_libraries(telv_csv INTERFACE ${TELV_CSV_LIBRARY})
+# telv_find_small_library(NAME HEADER) makes the target telv_NAME of libNAME, static where it can be had:
+# the tool uses a few functions of it, and another shared library would cost every start.
+function(telv_find_small_library name header)
+    string(TOUPPER TELV_${name} prefix)
+    find_path(${prefix}_INCLUDE ${header} REQUIRED)
+    find_library(${prefix}_LIBRARY NAMES lib${name}.a ${name} REQUIRED)
+    add_library(telv_${name} INTERFACE)
+    target_include_directories(telv_${name} SYSTEM INTERFACE ${${prefix}_INCLUDE})
+    target_link_libraries(telv_${name} INTERFACE ${${prefix}_LIBRARY})
 endfunction()
 
 function(telv_set_warnings target)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The sum by which a map knows its output again: CRC-32, as gzip, PNG and zlib's crc32() have it,
-// so that whoever reads a map can compute it with what is at hand.
+// The sum by which a map knows its output again: CRC-32, as gzip and PNG have it, so that whoever
+// reads a map can compute it with what is at hand.
 #pragma once
 
 #include "tlUtils/StringExt.h"
