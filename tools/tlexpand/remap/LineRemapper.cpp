@@ -137,7 +137,12 @@ void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
         if (place.m_form == EPlaceForm::Python)
             m_before.insert(0, line.substr(0, place.m_begin) + at + ", " + note.m_text + "\n");
         else
-            m_notes += at + separator + "note" + separator + note.m_text + "\n";
+            m_notes.append(at)
+                .append(separator)
+                .append("note")
+                .append(separator)
+                .append(note.m_text)
+                .append("\n");
     }
 }
 
