@@ -53,16 +53,6 @@ void HandleBusErrors()
     sigaction(SIGBUS, &action, nullptr);
 }
 
-bool IsSameTime(const timespec& a, const timespec& b)
-{
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-}
-
-bool IsSameState(const struct stat& a, const struct stat& b)
-{
-    return a.st_size == b.st_size && IsSameTime(a.st_mtim, b.st_mtim);
-}
-
 /// For a file that gave another number of bytes than it had: there are such whose size means
 /// nothing, and one may have been read in part before.
 void CheckUnchanged(int fd, const std::string& path, const struct stat& before)
@@ -70,7 +60,7 @@ void CheckUnchanged(int fd, const std::string& path, const struct stat& before)
     struct stat now;
     if (fstat(fd, &now) != 0)
         throw MakeFileError("read", path, errno);
-    if (!IsSameState(before, now))
+    if (!HasSameText(before, now))
         throw FileError("can't read '" + path + "': it changed while it was read");
 }
 
@@ -150,9 +140,8 @@ bool InputText::Map(int fd, const std::string& path, const struct stat& status)
 
 bool InputText::HasChanged(const std::string& path) const
 {
-    struct stat now;
-    return m_mapped && fstatat(StartDirectory(), path.c_str(), &now, 0) == 0 &&
-           FileIdentity(now) == FileIdentity(*m_mapped) && !IsSameState(now, *m_mapped);
+    const auto now = m_mapped ? StatusOf(path) : std::nullopt;
+    return now && FileIdentity(*now) == FileIdentity(*m_mapped) && !HasSameText(*m_mapped, *now);
 }
 
 } // namespace telv::tool
