@@ -2,6 +2,7 @@
 // Optimal string alignment, row by row: three rows are enough for swapped neighbours.
 #include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
+#include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -25,6 +26,18 @@ bool DifferInCaseAlone(SubString a, SubString b)
 }
 
 } // namespace
+
+const LSVariable* FindVisible(VarFrame& frame, SubString name)
+{
+    try
+    {
+        return frame.Find(name, name.begin());
+    }
+    catch (const LexScannerException&)
+    {
+        return nullptr;
+    }
+}
 
 int EditDistance(SubString a, SubString b, int most)
 {

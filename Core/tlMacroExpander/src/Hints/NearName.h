@@ -11,7 +11,11 @@
 namespace telv
 {
 
+class LSVariable;
 class VarFrame;
+
+/// What `name` means in `frame`, or null; also when imports disagree.
+const LSVariable* FindVisible(VarFrame& frame, SubString name);
 
 /// How many letters must be added, left out, changed or swapped with the next one to make `a` of
 /// `b`; `most + 1` when it is more than `most`.
