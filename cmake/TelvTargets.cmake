@@ -8,13 +8,15 @@ macro(telv_check_pie)
     check_pie_supported(LANGUAGES CXX)
 endmacro()
 
-# libcsv, static: it is a few functions, and another shared library would cost every start.
-function(telv_find_csv)
-    find_path(TELV_CSV_INCLUDE csv.h REQUIRED)
-    find_library(TELV_CSV_LIBRARY NAMES libcsv.a csv REQUIRED)
-    add_library(telv_csv INTERFACE)
-    target_include_directories(telv_csv SYSTEM INTERFACE ${TELV_CSV_INCLUDE})
-    target_link_libraries(telv_csv INTERFACE ${TELV_CSV_LIBRARY})
+# telv_find_small_library(NAME HEADER) makes the target telv_NAME of libNAME, static where it can be had:
+# the tool uses a few functions of it, and another shared library would cost every start.
+function(telv_find_small_library name header)
+    string(TOUPPER TELV_${name} prefix)
+    find_path(${prefix}_INCLUDE ${header} REQUIRED)
+    find_library(${prefix}_LIBRARY NAMES lib${name}.a ${name} REQUIRED)
+    add_library(telv_${name} INTERFACE)
+    target_include_directories(telv_${name} SYSTEM INTERFACE ${${prefix}_INCLUDE})
+    target_link_libraries(telv_${name} INTERFACE ${${prefix}_LIBRARY})
 endfunction()
 
 function(telv_set_warnings target)
@@ -83,33 +85,49 @@ function(telv_measure_coverage target)
     endif()
 endfunction()
 
-# Optimises across sources when TELV_LTO is on and the compiler can. Not archives: what they hold must
-# be of use to every compiler.
+# Optimises across sources when TELV_LTO is on and the compiler can. The objects hold ordinary code as
+# well, which programs that don't ask for more are linked from (telv_carry_libraries). Not archives:
+# what they hold must be of use to every compiler.
 function(telv_optimise_linking target)
     get_target_property(type ${target} TYPE)
-    if(NOT TELV_LTO OR type STREQUAL "STATIC_LIBRARY")
+    if(NOT TELV_LTO OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU" OR type STREQUAL "STATIC_LIBRARY")
         return()
     endif()
-    if(NOT DEFINED telvCanOptimiseLinking)
-        include(CheckIPOSupported)
-        check_ipo_supported(RESULT result OUTPUT reason LANGUAGES CXX)
-        set(telvCanOptimiseLinking ${result} CACHE INTERNAL "")
-        if(NOT result)
-            message(STATUS "No optimisation at link time: ${reason}")
-        endif()
-    endif()
-    set_target_properties(${target} PROPERTIES
-        INTERPROCEDURAL_OPTIMIZATION ${telvCanOptimiseLinking})
+    target_compile_options(${target} PRIVATE -flto=auto -ffat-lto-objects)
+    target_link_options(${target} PRIVATE -flto=auto)
 endfunction()
 
-# Leaves no shared library to be found at the start of a program but that of C: what is not used of
-# the others is dropped. Sanitizers bring libraries of their own.
+# Leaves no shared library to be found at the start of a program but that of C. GCC would add that of
+# mathematics for what nobody calls, so the default libraries are named here without it. Sanitizers and
+# the measurement of coverage bring libraries of their own.
 function(telv_link_statically target)
-    if(TELV_SANITIZE)
+    if(TELV_SANITIZE OR TELV_COVERAGE)
         return()
     endif()
-    target_link_options(${target} PRIVATE
-        -static-libstdc++ -static-libgcc LINKER:--gc-sections,--as-needed,--exclude-libs,ALL)
+    target_link_options(${target} PRIVATE -ffunction-sections
+        LINKER:--gc-sections,--as-needed,--exclude-libs,ALL)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_link_options(${target} PRIVATE -nodefaultlibs)
+        target_link_libraries(${target} PRIVATE -l:libstdc++.a gcc gcc_eh c)
+    else()
+        target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+    endif()
+endfunction()
+
+# Puts what the start of the program calls side by side, and its relocations into a compact form: both
+# are read from disk, or mapped, page by page at each start. Only code of one section per function can
+# be put in order, as link-time optimisation makes it.
+function(telv_order_start target order)
+    if(NOT TELV_LTO OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU" OR TELV_SANITIZE)
+        return()
+    endif()
+    target_link_options(${target} PRIVATE LINKER:-T,${order})
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${order})
+    include(CheckLinkerFlag)
+    check_linker_flag(CXX LINKER:-z,pack-relative-relocs TELV_CAN_PACK_RELOCATIONS)
+    if(TELV_CAN_PACK_RELOCATIONS)
+        target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
+    endif()
 endfunction()
 
 # Everything that libraries, tool and tests have in common.
@@ -175,12 +193,17 @@ function(telv_add_library name)
     endif()
 endfunction()
 
-# Makes the libraries a part of the program `target`, which then sees what they do not export.
+# Makes the libraries a part of the program `target`, which then sees what they do not export. It is
+# linked from their ordinary code, which takes a moment, unless telv_optimise_linking was called.
 function(telv_carry_libraries target)
     target_sources(${target} PRIVATE
         $<TARGET_OBJECTS:tlUtils> $<TARGET_OBJECTS:tlMacroExpander>)
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/Core)
     target_link_libraries(${target} PRIVATE Threads::Threads ${CMAKE_DL_LIBS})
+    get_target_property(options ${target} LINK_OPTIONS)
+    if(TELV_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT options MATCHES "-flto")
+        target_link_options(${target} PRIVATE -fno-lto)
+    endif()
 endfunction()
 
 # InlineDefinitions.cpp must not be optimised: see there.

@@ -65,9 +65,9 @@ public:
 
     void ExpansionBegins(const ObservedExpansion& expansion) override;
     void InvocationBegins(const ObservedInvocation& invocation) override;
-    void InvocationEnds() noexcept override { End(); }
+    void InvocationEnds() noexcept override;
     void RoundBegins(const ObservedRound& round) override;
-    void RoundEnds() noexcept override { End(); }
+    void RoundEnds() noexcept override;
     void PieceWritten(const ObservedPiece& piece) override;
 
 private:

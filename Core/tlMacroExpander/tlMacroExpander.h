@@ -16,4 +16,5 @@
 #include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "tlMacroExpander/src/UsePython.h"
+#include "tlUtils/HeldMemory.h"
 #include "tlUtils/StringExt.h"

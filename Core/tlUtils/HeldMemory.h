@@ -5,7 +5,8 @@
 // kept for each thread: asking the allocator would be slow and would count what others hold. Memory
 // that another thread gives back stays in the sum of the one that took it.
 //
-// Internal: exported for the other library.
+// Applications need it for texts that they keep themselves while a text is expanded: an import
+// handler that counts the files which it holds lets the limit of the run mean them too.
 #pragma once
 
 #include "tlUtils/Export.h"
@@ -16,7 +17,8 @@
 namespace telv
 {
 
-/// Thrown where more would be held than the run of this thread may.
+/// Thrown where more would be held than the run of this thread may. An expansion under way makes of
+/// it, as of every allocation that fails, the error "Out of memory" with its place.
 class TLUTILS_API MemoryLimitReached : public std::bad_alloc
 {
 public:
@@ -24,7 +26,7 @@ public:
     const char* what() const noexcept override;
 };
 
-/// What one thread holds.
+/// What one thread holds. Read it; it is written by the functions below and by the libraries.
 struct HeldMemory
 {
     static constexpr ssize_t s_unlimited = std::numeric_limits<ssize_t>::max();

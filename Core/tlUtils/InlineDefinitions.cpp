@@ -4,6 +4,7 @@
 //
 // A compiler emits an inline function where something refers to it that it does not inline: this
 // file is compiled without optimisation and refers to each of them once.
+#include "tlUtils/IException.h"
 #include "tlUtils/StringExt.h"
 #include <new>
 #include <utility>
@@ -13,6 +14,12 @@ namespace telv
 
 namespace
 {
+
+/// Its base brings a table of virtual functions, which optimisation at link time would drop.
+struct AnyException final : IException
+{
+    void Write(xostream& /*os*/) const override {}
+};
 
 /// Constructors and destructors have no address; calls are all that there is.
 [[gnu::used]] void Construct(void* place, SubString s, xstring& string, IndentingStream* os)
@@ -27,6 +34,7 @@ namespace
     ::new (place) StringX;
     ::new (place) HumanReadableCharInSubString(s);
     ::new (place) xostream(os);
+    ::new (place) AnyException;
 }
 
 [[gnu::used]] void (VectorOfByte::*const s_clear)() = &VectorOfByte::clear;

@@ -53,7 +53,7 @@ int strcmp(SubString a, SubString b)
 {
     const ssize_t common = std::min(a.size(), b.size());
     const int order =
-        common == 0 ? 0 : std::memcmp(a.begin(), b.begin(), static_cast<size_t>(common));
+        common > 0 ? std::memcmp(a.begin(), b.begin(), static_cast<size_t>(common)) : 0;
     if (order != 0)
         return order;
     return a.size() < b.size() ? -1 : a.size() > b.size() ? 1 : 0;

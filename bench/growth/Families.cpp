@@ -363,6 +363,30 @@ Work ReferencesPutTogether(size_t n)
     return ExpansionOf("@$A = \"$(A\"\n\"$(A)" + Times(n, ")") + "\"");
 }
 
+/// The hint at the error looks for a name that is near.
+Work LongUnknownName(size_t n)
+{
+    const std::string letters(n, 'b');
+    return ExpansionOf("@def a" + letters + " = {1}@(x" + letters + ")");
+}
+
+/// Words that name nothing, each as near to none of as many names, while warnings look for near
+/// ones.
+Work WatchedWords(size_t n)
+{
+    const auto text = std::make_shared<std::string>(
+        Join(n, "", [](const std::string& i) { return "@def some" + i + "name(x) = {}\n"; }) +
+        Join(n, "", [](const std::string& i) { return "other" + i + "word()\n"; }));
+    return [text]
+    {
+        ExpansionRun run;
+        run.m_warnings = WARN_ALL;
+        run.m_warningSink = [](const ExpansionWarning&) {};
+        const ExpansionRunScope scope(run);
+        Expand(SubString(text->data(), text->data() + text->size()));
+    };
+}
+
 /// Every position of an output is mapped back, in order.
 Work Mapping(size_t n)
 {
@@ -440,6 +464,8 @@ std::vector<Family> TextFamilies()
         {"many dollar macros", 4'000, DollarMacros, nullptr},
         {"chain of dollar macros", 4'000, ChainOfDollarMacros, nullptr},
         {"references put together", 4'000, ReferencesPutTogether, nullptr},
+        {"long unknown name", 500'000, LongUnknownName, nullptr},
+        {"unknown words, with warnings", 4'000, WatchedWords, nullptr},
         {"mapping every position", 400'000, Mapping, nullptr},
     };
 }

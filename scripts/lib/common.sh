@@ -7,15 +7,21 @@ say() {
     printf '\n== %s\n' "$*"
 }
 
+configure_preset() {
+    local preset=$1
+    mkdir -p build
+    cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || {
+        cat "build/$preset.configure.log" >&2
+        return 1
+    }
+}
+
 # Configures and builds a preset; further arguments go to the build (a target, say).
 build_preset() {
     local preset=$1
     shift
     say "configure and build: $preset"
-    cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || {
-        cat "build/$preset.configure.log" >&2
-        return 1
-    }
+    configure_preset "$preset"
     grep -E '^-- Python 2.7|^CMake Warning' "build/$preset.configure.log" || true
     cmake --build --preset "$preset" -j "$(nproc)" "$@"
 }

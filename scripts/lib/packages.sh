@@ -43,6 +43,7 @@ find_missing() {
     need_file /usr/include/nlohmann/json.hpp nlohmann-json3-dev
     need_file /usr/include/benchmark/benchmark.h libbenchmark-dev
     need_file /usr/include/csv.h libcsv-dev
+    need_file /usr/include/zlib.h zlib1g-dev
     case $1 in
         coverage) need_command gcovr gcovr ;;
         memcheck) need_command valgrind valgrind ;;

@@ -11,6 +11,7 @@
 #include "support/TempDir.h"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <csignal>
 #include <fnmatch.h>
@@ -134,6 +135,72 @@ TEST(ExportedSymbolsTest, ExactlyTheListIsExported)
     }
 }
 #endif
+
+/// The installed headers without their comments, one text each.
+std::vector<std::string> PublicHeaders()
+{
+    std::vector<std::string> headers;
+    std::istringstream paths(TELV_PUBLIC_HEADERS);
+    for (std::string path; std::getline(paths, path, ' ');)
+    {
+        std::string code;
+        std::istringstream text(ReadFile(path).value_or(""));
+        for (std::string line; std::getline(text, line);)
+            code += line.substr(0, line.find("//")) + '\n';
+        headers.push_back(code);
+    }
+    return headers;
+}
+
+/// The class, if any, and the operation or object that an exported name means.
+std::vector<std::string> PartsOf(const std::string& name)
+{
+    std::vector<std::string> parts;
+    for (size_t begin = name.find("telv::"); begin != std::string::npos;)
+    {
+        begin += parts.empty() ? std::string("telv::").size() : std::string("::").size();
+        const bool isOperator = name.compare(begin, 8, "operator") == 0;
+        size_t end = name.find_first_of(isOperator ? "(" : ":(<", begin);
+        parts.push_back(name.substr(begin, end - begin));
+        begin = end != std::string::npos && name[end] == ':' ? end : std::string::npos;
+    }
+    return parts;
+}
+
+/// Whether the text has the word; of an operator, the characters.
+bool Mentions(const std::string& text, const std::string& word)
+{
+    const auto isPart = [&](size_t i)
+    {
+        return i < text.size() &&
+               (std::isalnum(static_cast<unsigned char>(text[i])) || text[i] == '_');
+    };
+    for (size_t i = text.find(word); i != std::string::npos; i = text.find(word, i + 1))
+        if (word.starts_with("operator") || (!isPart(i - 1) && !isPart(i + word.size())))
+            return true;
+    return false;
+}
+
+TEST(ExportedSymbolsTest, AnInstalledHeaderDeclaresWhatIsExported)
+{
+    const std::vector<std::string> headers = PublicHeaders();
+    ASSERT_GT(headers.size(), 30u);
+    for (const char* const library : s_libraries)
+        for (const std::string& name : ExportList(library).m_names)
+        {
+            if (name == "telv::TelvMethods") // Its type is Python's, whose headers nobody needs.
+                continue;
+            const std::vector<std::string> parts = PartsOf(name);
+            EXPECT_FALSE(parts.empty()) << name;
+            const auto declares = [&](const std::string& header)
+            {
+                return std::all_of(parts.begin(), parts.end(),
+                                   [&](const std::string& part) { return Mentions(header, part); });
+            };
+            EXPECT_TRUE(std::any_of(headers.begin(), headers.end(), declares))
+                << library << " exports " << name << ", which no installed header declares";
+        }
+}
 
 TEST(ExportedSymbolsTest, SonameHasTheMajorVersion)
 {

@@ -6,6 +6,7 @@
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "tlMacroExpander/src/UsePython.h"
+#include "tlUtils/HeldMemory.h"
 
 namespace telv
 {
@@ -18,6 +19,9 @@ void Use(const SubString&, const xstring&, const VectorOfByte&, const xvector<Su
          const IException&, const TelvAssertionError&)
 {
 }
+
+// Memory that a run holds.
+void Use(const HeldMemory&, const MemoryHold&, const MemoryLimitReached&) {}
 
 // Scanning, literals, expressions.
 void Use(const LSToken&, const LexScannerException&, const LSSourceFile&, const ParserBase&,

@@ -93,5 +93,20 @@ TEST(LineTableTest, FindsTerminalColumns)
     EXPECT_EQ(tool::BytesOfColumns(line, 99, 8), 5);
 }
 
+// Two ideographs of two columns, an e with a combining accent, a letter.
+TEST(LineTableTest, CountsTheColumnsOfWideAndCombiningCharacters)
+{
+    const SubString line("\xe6\xbc\xa2\xe5\xad\x97"
+                         "e\xcc\x81x");
+    EXPECT_EQ(tool::BytesOfColumns(line, 1, 8), 0);
+    EXPECT_EQ(tool::BytesOfColumns(line, 2, 8), 3);
+    EXPECT_EQ(tool::BytesOfColumns(line, 4, 8), 6);
+    EXPECT_EQ(tool::BytesOfColumns(line, 5, 8), 9);
+    EXPECT_EQ(tool::BytesOfColumns(line, 6, 8), 10);
+    EXPECT_EQ(tool::ColumnsOfBytes(line, 6, 8), 4);
+    EXPECT_EQ(tool::ColumnsOfBytes(line, 9, 8), 5);
+    EXPECT_EQ(tool::ColumnsOfBytes(line, 10, 8), 6);
+}
+
 } // namespace
 } // namespace telv::test

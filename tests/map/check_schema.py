@@ -40,6 +40,8 @@ def spoil(document):
     yield changed(lambda d: d.pop("version"))
     yield changed(lambda d: d.update(version=2))
     yield changed(lambda d: d.pop("pieces"))
+    yield changed(lambda d: d.update(crc32=2 ** 32))
+    yield changed(lambda d: d.update(crc32="00000000"))
     yield changed(lambda d: d["pieces"][0].update(kind="copied"))
     yield changed(lambda d: d["pieces"][0].update(size=0))
     yield changed(lambda d: d["pieces"][0].update(source="main.tl"))

@@ -220,5 +220,23 @@ TEST_F(LimitTest, SizesHaveUnits)
     }
 }
 
+// Libraries that come with sanitizers and with the measurement of coverage bring that of
+// mathematics.
+TEST_F(LimitTest, NoDescriptorForTheLibraryOfMathematics)
+{
+    LimitedOptions options;
+    options.input = "@def x = {1}\n@(sin(0.0)) x";
+    options.descriptors = 4; // for the standard streams and the working directory
+    for (int fd = 3; fd < 64; ++fd)
+        options.closed.push_back(fd);
+    const ProgramResult result = Run({}, options);
+    if (result.status == 0)
+        ExpectText(result, "0 1");
+    else
+        ExpectError(result,
+                    "<stdin>(2) : error : Unable to load the library of mathematical functions\n"
+                    "    in @(sin(0.0))\n 2 | @(sin(0.0)) x\n   | ^\n");
+}
+
 } // namespace
 } // namespace telv::test

@@ -102,6 +102,43 @@ TEST_F(StackTest, ToolReportsEndlessRecursion)
                 "main.tl(1) : error : Expansion nested too deeply\n    invoking macro f\n");
 }
 
+/// What a diagnostic says below its excerpt, "N" for the number of those that are left out.
+std::string CallLinesOf(const std::string& diagnostic, size_t& leftOut)
+{
+    const size_t begin = diagnostic.find("called from");
+    const size_t number = diagnostic.find("... ", begin) + 4;
+    const size_t end = diagnostic.find(" more", number);
+    leftOut = std::stoul(diagnostic.substr(number, end - number));
+    return diagnostic.substr(begin, number - begin) + "N" + diagnostic.substr(end);
+}
+
+TEST_F(StackTest, CallPlacesAreTenAtEveryDepth)
+{
+    const std::string ten = Repeat("called from main.tl(1)\n", 10) + "... N more\n";
+    size_t leftOut = 0;
+    std::set<size_t> sizes;
+    for (const size_t depth : {100, 5000})
+    {
+        const ProgramResult result =
+            Expand("@def f = {f}@//\nf\n", {"--max-depth", std::to_string(depth)});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(CallLinesOf(result.err, leftOut), ten);
+        EXPECT_EQ(leftOut, depth - 10);
+        sizes.insert(result.err.size() - std::to_string(leftOut).size());
+    }
+    const ProgramResult atLimit = Expand("@def f = {f}@//\nf\n");
+    EXPECT_EQ(CallLinesOf(atLimit.err, leftOut), ten);
+    EXPECT_GT(leftOut, s_deep);
+    sizes.insert(atLimit.err.size() - std::to_string(leftOut).size());
+    EXPECT_EQ(sizes.size(), 1u) << "the diagnostic grows with the depth";
+    // An error of the text itself.
+    const ProgramResult inside =
+        Expand("@def f(int n) = {@if(n > 0){f(n - 1)}@else{@(1 / 0)}}@// \nf(20000)\n");
+    EXPECT_EQ(inside.status, 1);
+    EXPECT_EQ(CallLinesOf(inside.err, leftOut), ten);
+    EXPECT_EQ(leftOut, size_t{20'000} + 1 - 10);
+}
+
 #endif
 
 TEST_F(StackTest, AThousandLevelsFitIntoTheUsualStack)

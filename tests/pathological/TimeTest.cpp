@@ -37,6 +37,31 @@ TEST_F(TimeTest, LoopWithoutEndMeetsTheLimitOfOutput)
                 "main.tl(1) : error : Output too large\n");
 }
 
+TEST_F(TimeTest, HintLooksForNamesAsLongAsAnyFile)
+{
+    const std::string letters(size_t(1) << 20, 'b');
+    const ProgramResult result = Expand("@def a" + letters + " = {1}\n@(x" + letters + ")\n");
+    ExpectError(result, "main.tl(2) : error : Unexpected xbbb");
+    EXPECT_NE(result.err.find("bbb' names nothing here; did you mean 'abbb"), std::string::npos)
+        << Describe(result);
+}
+
+TEST_F(TimeTest, WarningsLookForManyWordsAmongManyNames)
+{
+    std::string source;
+    for (int i = 0; i < 30'000; ++i)
+        source += "@def " + Numbered("some", i) + "name(x) = {}\n";
+    std::string words;
+    for (int i = 0; i < 30'000; ++i)
+        words += Numbered("other", i) + "word()\n";
+    const ProgramResult result =
+        Expand(source + words + "some1nam()\n", {"--warn", "unknown-name"});
+    EXPECT_EQ(result.status, 0) << Describe(result);
+    EXPECT_EQ(result.out.substr(result.out.find("other0")), words + "some1nam()\n");
+    EXPECT_EQ(result.err.substr(0, result.err.find('[')),
+              "main.tl(60001) : warning : 'some1nam' names nothing; 'some1name' is a macro ");
+}
+
 TEST_F(TimeTest, AssertfailsDoesNotDoubleTheWorkOfExhaustion)
 {
     ExpectError(Expand("@def f = {@assertfails(f)@assertfails(f)}\nf", {"--max-depth", "2000"}),

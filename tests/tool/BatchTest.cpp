@@ -223,7 +223,7 @@ TEST_F(BatchTest, WhatIsNoFileIsRefused)
                   "tlexpand: can't make 'a.tl/sub': Not a directory\n");
 }
 
-TEST_F(BatchTest, AnImportThatAnotherFileMakesIsReadAgain)
+TEST_F(BatchTest, WhatAFileImportsIsNotItsOutput)
 {
     Write("lib.tl", "@def v = {one}");
     Write("a.tl", "@import \"lib.tl\"\nv");
@@ -234,11 +234,76 @@ TEST_F(BatchTest, AnImportThatAnotherFileMakesIsReadAgain)
     EXPECT_EQ(result.err.substr(0, result.err.find('\n')),
               "tlexpand: list(1): the output 'lib.tl' is a file that is read");
     EXPECT_EQ(Read("lib.tl"), "@def v = {one}");
+}
+
+TEST_F(BatchTest, WhatAnotherFileImportsIsNoOutput)
+{
+    const std::string lib = "@def v = {one}";
+    Write("sub/lib.tl", lib);
+    Write("mid.tl", "@importpath \"sub\"\n@import \"lib.tl\"");
+    Write("a.tl", "@import \"mid.tl\"\nv");
+    Write("c.tl", "@unstr(\"@def v = {two}\")");
+    const std::string message = "'sub/lib.tl', which 'a.tl' reads, is the output of 'c.tl': "
+                                "expand that in a run of its own, before";
+    Write("list", "c.tl\t./sub/lib.tl\na.tl\tout/a\n");
+    for (const std::string processes : {"1", "4"})
+        ExpectFailure(Run({"--batch", "list", "--keep-going", "-j", processes}), 2,
+                      "tlexpand: list(2): " + message + s_hint);
+    EXPECT_EQ(Read("sub/lib.tl"), lib);
+    EXPECT_EQ(Read("out/a"), "(none)");
+    Write("eval", "c.tl\tsub/lib.tl\nb.tl\tout/b\n");
+    Write("b.tl", "v");
+    for (const std::string text : {"@import \"sub/lib.tl\"", "@import \"$(D)/lib.tl\""})
+        ExpectFailure(Run({"-D", "D=sub", "-E", text, "--batch", "eval"}), 2,
+                      "tlexpand: eval(2): 'sub/lib.tl', which 'b.tl' reads, is the output of "
+                      "'c.tl': expand that in a run of its own, before" +
+                          s_hint);
+    EXPECT_EQ(Read("sub/lib.tl"), lib);
+}
+
+TEST_F(BatchTest, NorOneThatIsStillToBeMade)
+{
+    Write("far/lib.tl", "@def v = {far}");
+    Write("a.tl", "@import \"lib.tl\"\nv");
+    Write("c.tl", "c");
+    Write("list", "a.tl\tout/a\nc.tl\tlib.tl\n");
+    ExpectFailure(Run({"-I", "far", "--batch", "list"}), 2,
+                  "tlexpand: list(1): 'lib.tl', which 'a.tl' reads, is the output of 'c.tl': "
+                  "expand that in a run of its own, before" +
+                      s_hint);
+    EXPECT_EQ(Names(), " a.tl c.tl far list");
+}
+
+TEST_F(BatchTest, RowsOfDataAreNoOutput)
+{
+    Write("rows.csv", "a\n1\n");
+    Write("a.tl", "@for(x in rows){x}");
+    Write("c.tl", "c");
+    Write("list", "c.tl\trows.csv\na.tl\tout/a\n");
+    ExpectFailure(Run({"--list", "rows=rows.csv", "--batch", "list"}), 2,
+                  "tlexpand: list(2): 'rows.csv', which 'a.tl' reads, is the output of 'c.tl': "
+                  "expand that in a run of its own, before" +
+                      s_hint);
+    EXPECT_EQ(Read("rows.csv"), "a\n1\n");
+}
+
+TEST_F(BatchTest, AnImportWithAMadeUpNameIsNoOutput)
+{
+    const std::string lib = "@def v = {one}";
+    Write("lib.tl", lib);
+    Write("a.tl", "@import (\"l\" + \"ib.tl\")\nv");
+    Write("b.tl", "b");
     Write("c.tl", "@unstr(\"@def v = {two}\")");
     Write("list", "a.tl\tout/a\nc.tl\tlib.tl\nb.tl\tout/b\n");
-    Expand({"--batch", "list"});
-    EXPECT_EQ(Read("out/a"), "one");
-    EXPECT_EQ(Read("out/b"), "two");
+    const ProgramResult result = Run({"--batch", "list", "--keep-going"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err,
+              "tlexpand: list(1): 'lib.tl', which 'a.tl' reads, is the output of 'c.tl': "
+              "expand that in a run of its own, before\n"
+              "tlexpand: list(2): the output 'lib.tl' of 'c.tl' is read by another of these files\n"
+              "tlexpand: 2 of 3 files failed:\n  a.tl\n  c.tl\n");
+    EXPECT_EQ(Read("lib.tl"), lib);
+    EXPECT_EQ(Read("out/b"), "b");
 }
 
 #if TELV_HAS_PYTHON
@@ -289,6 +354,7 @@ TEST_F(BatchTest, OptionsForOneFileAreRefused)
         s_hint;
     ExpectFailure(Run({"--out-dir", "out", "-o", "x", "a.tl"}), 2, one);
     ExpectFailure(Run({"--out-dir", "out", "--map", "x", "a.tl"}), 2, one);
+    ExpectFailure(Run({"--out-dir", "out", "--check", "a.tl"}), 2, one);
     ExpectFailure(Run({"-j", "2", "a.tl"}), 2,
                   "tlexpand: -j and --keep-going are for many files: give --batch or --out-dir" +
                       s_hint);

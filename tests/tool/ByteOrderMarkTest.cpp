@@ -42,14 +42,15 @@ TEST_F(ByteOrderMarkTest, StandsInTheMapAndCountsInPositions)
 {
     Write("a.tl", s_mark + "a\n");
     Expand({"-o", "out", "--map", "map", "a.tl"});
-    EXPECT_EQ(Read("map"), "{\"version\":1,\n \"output\":\"out\",\n \"directory\":\".\",\n"
-                           " \"sources\":[\"a.tl\"],\n \"size\":5,\n \"pieces\":[\n"
-                           "   {\"kind\":\"source\",\"out\":0,\"size\":3,\"source\":0,\"in\":0,"
-                           "\"inSize\":3},\n"
-                           "   {\"kind\":\"source\",\"out\":3,\"size\":1,\"source\":0,\"in\":3,"
-                           "\"inSize\":1},\n"
-                           "   {\"kind\":\"source\",\"out\":4,\"size\":1,\"source\":0,\"in\":4,"
-                           "\"inSize\":1}]}\n");
+    EXPECT_EQ(Read("map"),
+              "{\"version\":1,\n \"output\":\"out\",\n \"directory\":\".\",\n"
+              " \"sources\":[\"a.tl\"],\n \"size\":5,\n \"crc32\":4108608605,\n \"pieces\":[\n"
+              "   {\"kind\":\"source\",\"out\":0,\"size\":3,\"source\":0,\"in\":0,"
+              "\"inSize\":3},\n"
+              "   {\"kind\":\"source\",\"out\":3,\"size\":1,\"source\":0,\"in\":3,"
+              "\"inSize\":1},\n"
+              "   {\"kind\":\"source\",\"out\":4,\"size\":1,\"source\":0,\"in\":4,"
+              "\"inSize\":1}]}\n");
 }
 
 TEST_F(ByteOrderMarkTest, IsNoStatementOfAProject)

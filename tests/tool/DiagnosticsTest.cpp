@@ -30,6 +30,34 @@ TEST_F(DiagnosticsTest, TheCaretStandsUnderTheColumn)
     }
 }
 
+// Two ideographs take four columns, a combining accent none, a C1 control one.
+TEST_F(DiagnosticsTest, TheCaretStandsUnderTheColumnBehindWideCharacters)
+{
+    const std::string wide = "\xe6\xbc\xa2\xe5\xad\x97";
+    const std::string accent = "e\xcc\x81";
+    ExpectFailure(Run({"-"}, wide + " @else\n"), 1,
+                  "<stdin>(1) : error : @else with no matching @if directive\n"
+                  " 1 | " +
+                      wide +
+                      " @else\n"
+                      "   |       ^\n");
+    ExpectFailure(Run({"-"}, accent + " @else\n"), 1,
+                  "<stdin>(1) : error : @else with no matching @if directive\n"
+                  " 1 | " +
+                      accent +
+                      " @else\n"
+                      "   |    ^\n");
+    // Whatever the locale is.
+    Write("wide", wide + "@else");
+    for (const char* const locale : {"C", "C.UTF-8", "none"})
+        EXPECT_EQ(RunShell(std::string("LC_ALL=") + locale + " $TLEXPAND wide").err,
+                  "wide(1) : error : @else with no matching @if directive\n"
+                  " 1 | " +
+                      wide +
+                      "@else\n"
+                      "   |      ^\n");
+}
+
 TEST_F(DiagnosticsTest, TheEndOfTheTextIsBehindItsLastCharacter)
 {
     ExpectFailure(Run({}, "@scope{"), 1,

@@ -1,11 +1,27 @@
 // SPDX-License-Identifier: MIT
 // The output map.
 #include "ToolTest.h"
+#include "support/PlainCrc32.h"
 
 namespace telv::test
 {
 
 using MapTest = ToolTest;
+
+std::string CrcOf(const std::string& text)
+{
+    return std::to_string(PlainCrc32(text));
+}
+
+/// The sum that a map says; empty when it says none.
+std::string CrcIn(const std::string& map)
+{
+    const std::string key = ",\n \"crc32\":";
+    const size_t begin = map.find(key);
+    if (begin == std::string::npos)
+        return "";
+    return map.substr(begin + key.size(), map.find(',', begin + key.size()) - begin - key.size());
+}
 
 TEST_F(MapTest, TilesTheOutput)
 {
@@ -17,6 +33,7 @@ TEST_F(MapTest, TilesTheOutput)
         " \"directory\":\".\",\n"
         " \"sources\":[\"<stdin>\"],\n"
         " \"size\":7,\n"
+        " \"crc32\":4220284559,\n"
         " \"pieces\":[\n"
         "   {\"kind\":\"indentation\",\"out\":0,\"size\":2,\"source\":null,\"in\":null,\"inSize\":0},\n"
         "   {\"kind\":\"source\",\"out\":2,\"size\":1,\"source\":0,\"in\":0,\"inSize\":1},\n"
@@ -130,12 +147,40 @@ TEST_F(MapTest, TheMapOfATextWithoutMacrosIsOnePiece)
     const std::string size = std::to_string(text.size());
     EXPECT_EQ(Read("map"), "{\"version\":1,\n \"output\":\"out\",\n \"directory\":\".\",\n"
                            " \"sources\":[\"main.tl\"],\n \"size\":" +
-                               size +
+                               size + ",\n \"crc32\":" + CrcOf(text) +
                                ",\n \"pieces\":[\n"
                                "   {\"kind\":\"source\",\"out\":0,\"size\":" +
                                size + ",\"source\":0,\"in\":0,\"inSize\":" + size + "}]}\n");
     Expand({"-o", "out", "--map", "map", "--map-runs", "--chains", "main.tl"});
     EXPECT_LT(Read("map").size(), text.size());
+}
+
+// A map to which only that would be added, one of standard output, has the members of old.
+TEST_F(MapTest, HasTheSumOfWhatIsWritten)
+{
+    Write("lib.tl", "@def call(x) = {<x @(1 + 1)>}\n");
+    Write("main.tl", "@import \"lib.tl\"\nfor\n    call(a)\n@for(i in [b]){call(i)}\n");
+    const auto expectSum = [this](std::vector<std::string> arguments)
+    {
+        std::string what;
+        for (const std::string& argument : arguments)
+            what += argument + " ";
+        arguments.insert(arguments.end(), {"-o", "out", "--map", "map", "main.tl"});
+        Expand(arguments);
+        EXPECT_EQ(CrcIn(Read("map")), CrcOf(Read("out"))) << what;
+    };
+    expectSum({});
+    expectSum({"--keep-imports"});
+    expectSum({"--line-directives"});
+    expectSum({"--map-runs", "--dst-indent", "3"});
+    expectSum({"--chains", "--lenient"});
+    const std::string kept = Read("map");
+    expectSum({"--chains", "--lenient", "--keep-unchanged"});
+    EXPECT_EQ(Read("map"), kept);
+    const std::string text = Expand({"--map", "map", "--chains", "main.tl"});
+    EXPECT_EQ(CrcIn(Read("map")), CrcOf(text));
+    Expand({"--map", "map", "main.tl"});
+    EXPECT_EQ(CrcIn(Read("map")), "");
 }
 
 TEST_F(MapTest, ASourceMapNamesItsOutputByTheShortestWay)
@@ -158,6 +203,38 @@ TEST_F(MapTest, ASourceMapNamesItsOutputByTheShortestWay)
     EXPECT_EQ(fileIn("sub/out.js", "map"), "sub/out.js");
     EXPECT_EQ(fileIn("out.js", "sub/deep/map"), "../../out.js");
     EXPECT_EQ(fileIn(Path("out.js"), "sub/map"), Path("out.js"));
+}
+
+TEST_F(MapTest, ASourceMapNamesItsSourcesByTheShortestWay)
+{
+    Write("sub/deep/main.tl",
+          "@import \"../lib.tl\"\n@import \"" + Path("abs.tl") + "\"\n@import \"x%y.tl\"\na\n");
+    Write("sub/deep/x%y.tl", "");
+    Write("sub/lib.tl", "");
+    Write("abs.tl", "");
+    Write("other/x", "");
+    std::filesystem::create_directory_symlink("sub/deep", Path("link"));
+    const auto sourcesIn = [this](const std::string& map, const std::string& main)
+    {
+        Expand({"-E", "", "--source-map", map, main});
+        const std::string text = Read(map);
+        const std::string key = "\"sources\":";
+        const size_t begin = text.find(key) + key.size();
+        return text.substr(begin, text.find(']', begin) + 1 - begin);
+    };
+    const std::string fixed = ",\"" + Path("abs.tl") + "\",";
+    const std::string main = "sub/deep/main.tl";
+    EXPECT_EQ(sourcesIn("map", main), "[\"sub/deep/main.tl\",\"<command line>\",\"sub/lib.tl\"" +
+                                          fixed + "\"sub/deep/x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("sub/map", main),
+              "[\"deep/main.tl\",\"<command line>\",\"lib.tl\"" + fixed + "\"deep/x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("sub/deep/map", main),
+              "[\"main.tl\",\"<command line>\",\"../lib.tl\"" + fixed + "\"x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("link/map", main),
+              "[\"main.tl\",\"<command line>\",\"../lib.tl\"" + fixed + "\"x%y.tl\"]");
+    EXPECT_EQ(sourcesIn("other/map", main),
+              "[\"../sub/deep/main.tl\",\"<command line>\",\"../sub/lib.tl\"" + fixed +
+                  "\"../sub/deep/x%y.tl\"]");
 }
 
 TEST_F(MapTest, DirectivesOfLinesAreCalculated)

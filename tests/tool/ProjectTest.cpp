@@ -104,6 +104,56 @@ TEST_F(ProjectTest, AnErrorDoesNotStopTheReadingOfOtherFiles)
                   "   |      ^\n");
 }
 
+// The same notes and hints as in any other text.
+TEST_F(ProjectTest, ErrorsAreReportedAsThoseOfAnExpansion)
+{
+    const char* const texts[] = {
+        "$A = \"1\"\n@if(true\n$B = \"2\"\n",                            // opened at
+        "$A = \"1\"\n/* never closed\n",                                 // the same
+        "@let int count = {1}\n@if(coutn > 0){$A = \"1\"}\n",            // did you mean
+        "@def f(x) = {$A = \"@(x / 0)\"@(x / 0)}\n@def g = {f(1)}\ng\n", // called from
+        "@for(i in [1, 2]){@if(i == 2){@fail(\"two\")}}\n",              // in round
+        "@let string s = {hello}\n",
+        "@for((a, b) in [(1, 2), (3)]){}\n",
+    };
+    for (const char* const text : texts)
+    {
+        Write("p", text);
+        const ProgramResult expanded = Run({"p"});
+        EXPECT_NE(expanded.err, "") << text;
+        ExpectFailure(Run({"project", "p"}), 1, expanded.err);
+    }
+}
+
+TEST_F(ProjectTest, EachErrorHasItsOwnNotes)
+{
+    Write("p", "@import \"a\"\n@import \"b\"\n@import \"c\"\n");
+    Write("a", "@let string s = {hello}\n");
+    Write("b", "@def f = {@(1 / 0)}\nf\n");
+    Write("c", "@if(true\n");
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "a(1) : error : Unexpected hello after EOS in expression\n"
+                  "    expression: hello\n"
+                  " 1 | @let string s = {hello}\n"
+                  "   | ^\n"
+                  "imported from p(1)\n"
+                  "hint: a string is written in quotes: \"hello\"\n"
+                  "b(1) : error : Division by zero error\n"
+                  "    in @(1 / 0)\n"
+                  "    invoking macro f\n"
+                  " 1 | @def f = {@(1 / 0)}\n"
+                  "   |           ^\n"
+                  "called from b(2)\n"
+                  "imported from p(2)\n"
+                  "c(2) : error : Met EOS while reading bracketted section\n"
+                  " 2 | \n"
+                  "   | ^\n"
+                  "imported from p(3)\n"
+                  "opened at c(1)\n"
+                  " 1 | @if(true\n"
+                  "   |    ^\n");
+}
+
 TEST_F(ProjectTest, PathSettingsAreStrict)
 {
     Write("p", "$s = \"a/b/\"\n");

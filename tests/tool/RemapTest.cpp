@@ -376,6 +376,35 @@ TEST_F(RemapTest, Sarif)
     EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\"a\": 1}\n{\n").out, "{\"a\": 1}\n{\n");
 }
 
+// The steps name their files as the result itself does.
+TEST_F(RemapTest, ChainsInSarif)
+{
+    Generate("gen.cpp", {"--chains"});
+    const auto relatedTo = [this](const std::string& uri)
+    {
+        const std::string result =
+            Filter("{\"version\":\"2.1.0\",\"runs\":[{\"results\":[{\"message\":{\"text\":\"x\"},"
+                   "\"locations\":[{\"physicalLocation\":{\"artifactLocation\":{\"uri\":\"" +
+                   uri + "\"},\"region\":{\"startLine\":2,\"startColumn\":9}}}]}]}]}\n");
+        const auto found = nlohmann::json::parse(result)["runs"][0]["results"][0];
+        const auto place = [](const nlohmann::json& location)
+        {
+            const auto& physical = location["physicalLocation"];
+            return physical["artifactLocation"]["uri"].get<std::string>() + ":" +
+                   physical["region"]["startLine"].dump() + ":" +
+                   physical["region"]["startColumn"].dump();
+        };
+        std::string places = place(found["locations"][0]);
+        for (const auto& related : found["relatedLocations"])
+            places += " " + place(related) + " " + related["message"]["text"].get<std::string>();
+        return places;
+    };
+    EXPECT_EQ(relatedTo("gen.cpp"), "lib.tl:3:13 main.tl:3:1 in expansion of macro 'pair'");
+    const std::string here = "file://" + std::filesystem::canonical(Path(".")).string() + "/";
+    EXPECT_EQ(relatedTo(here + "gen.cpp"),
+              here + "lib.tl:3:13 " + here + "main.tl:3:1 in expansion of macro 'pair'");
+}
+
 TEST_F(RemapTest, JsonOfUnexpectedShapesPasses)
 {
     Generate();
@@ -665,6 +694,13 @@ TEST_F(RemapTest, WhatCannotBeMappedPassesAndIsReported)
     const std::string size = std::to_string(output.size());
     expect("tlexpand: 'gen.cpp.map' does not fit 'gen.cpp': the file has " +
            std::to_string(output.size() + 5) + " bytes, the map " + size + "\n");
+    const size_t calculated = output.find("2");
+    ASSERT_NE(calculated, std::string::npos);
+    Write("gen.cpp", std::string(output).replace(calculated, 1, "3"));
+    EXPECT_EQ(Run({"remap", "gen.cpp.map"}, "gen.cpp:1:1: x\n").out, "gen.cpp:1:1: x\n");
+    EXPECT_EQ(Run({"remap", "gen.cpp.map"}, "gen.cpp:1:1: x\n").err,
+              "tlexpand: 'gen.cpp.map' does not fit 'gen.cpp': the file has changed since it was "
+              "written\n");
     Write("gen.cpp.map", "{\"version\":7}");
     expect(
         "tlexpand: 'gen.cpp.map' is no map that can be used: its version is 7, this program reads "

@@ -176,11 +176,17 @@ protected:
 
 TEST_F(MappedFileTest, ThatBecomesShorterIsAnError)
 {
-    const ProgramResult result = RunDuring("truncate -s 1000 main.tl");
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.signal, 0);
-    EXPECT_EQ(result.err, "tlexpand: can't read 'main.tl': it became shorter while it was read\n");
-    EXPECT_EQ(Names(), " main.tl");
+    // The end of a page, and a place in one, whose rest is read as zeros, before and behind what is
+    // being expanded.
+    for (const char* const size : {"1003520", "1000001", "1000"})
+    {
+        const ProgramResult result = RunDuring(std::string("truncate -s ") + size + " main.tl");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.signal, 0);
+        EXPECT_EQ(result.err,
+                  "tlexpand: can't read 'main.tl': it became shorter while it was read\n");
+        EXPECT_EQ(Names(), " main.tl");
+    }
 }
 
 TEST_F(MappedFileTest, ThatIsWrittenToIsAnError)

@@ -47,6 +47,23 @@ TEST_F(WhereTest, ShowsThePlaceWithItsLine)
                                   "   | ^\n");
 }
 
+TEST_F(WhereTest, TheCaretStandsUnderWideCharacters)
+{
+    const std::string wide = "\xe6\xbc\xa2\xe5\xad\x97";
+    Write("main.tl", "@def name = {x}\n" + wide + " name\n");
+    Expand({"-o", "out.c", "--map", "out.map", "main.tl"});
+    EXPECT_EQ(Where("out.c:1:4"), "main.tl:2:4: copied from here\n"
+                                  " 2 | " +
+                                      wide +
+                                      " name\n"
+                                      "   |   ^\n");
+    EXPECT_EQ(Where("out.c:1:7"), "main.tl:2:7: copied from here\n"
+                                  " 2 | " +
+                                      wide +
+                                      " name\n"
+                                      "   |     ^\n");
+}
+
 TEST_F(WhereTest, OfALineTheFirstThingThatIsSeenCounts)
 {
     ExpandAll();
@@ -178,6 +195,28 @@ TEST_F(WhereTest, AMapThatDoesNotFitIsRefused)
                   "tlexpand: 'out.map' does not fit 'out.c': the file has 31 bytes, the map 30\n");
 }
 
+// What was calculated stands in no source that it could be compared with.
+TEST_F(WhereTest, ACalculatedTextThatWasEditedIsNoticed)
+{
+    ExpandAll();
+    const std::string output = Read("out.c");
+    std::string edited = output;
+    edited[edited.find("y = 2") + 4] = '3';
+    Write("out.c", edited);
+    ExpectFailure(
+        Run({"where", "out.map", "out.c:1"}), 2,
+        "tlexpand: 'out.map' does not fit 'out.c': the file has changed since it was written\n");
+    ExpectFailure(
+        Run({"where", "out.map", "--source", "main.tl:2"}), 2,
+        "tlexpand: 'out.map' does not fit 'out.c': the file has changed since it was written\n");
+    // A map without a sum, one of an earlier version of the tool.
+    std::string map = Read("out.map");
+    const size_t sum = map.find(" \"crc32\"");
+    map.erase(sum, map.find('\n', sum) + 1 - sum);
+    Write("out.map", map);
+    EXPECT_EQ(Where("out.c:1").substr(0, 13), "main.tl:2:1: ");
+}
+
 TEST_F(WhereTest, ABadMapIsRefused)
 {
     const struct
@@ -196,6 +235,10 @@ TEST_F(WhereTest, ABadMapIsRefused)
         {"{\"version\":1,\"sources\":[1],\"size\":0,\"pieces\":[]}", "a source that is no text"},
         {"{\"version\":1,\"sources\":[],\"size\":-1,\"pieces\":[]}",
          "\"size\" is missing or no number"},
+        {"{\"version\":1,\"sources\":[],\"size\":0,\"crc32\":\"0\",\"pieces\":[]}",
+         "\"crc32\" is missing or no number"},
+        {"{\"version\":1,\"sources\":[],\"size\":0,\"crc32\":4294967296,\"pieces\":[]}",
+         "\"crc32\" has more than 32 bits"},
         {"{\"version\":1,\"sources\":[],\"size\":1,\"pieces\":[]}",
          "the pieces end at 0, the output at 1"},
         {"{\"version\":1,\"sources\":[],\"size\":1,\"pieces\":[{\"kind\":\"x\"}]}",

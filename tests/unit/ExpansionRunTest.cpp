@@ -4,7 +4,9 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "ExpanderSupport.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
+#include "tlUtils/HeldMemory.h"
 #include <algorithm>
+#include <deque>
 #include <gtest/gtest.h>
 #include <new>
 #include <thread>
@@ -366,6 +368,47 @@ TEST(ExpansionRun, TextsOutliveTheRunThatMadeThem)
 }
 
 // Where something failed
+
+/// Answers each import with a text that it keeps for itself, counted as held.
+class KeepingHandler final : public ImportHandler
+{
+public:
+    static constexpr ssize_t s_size = ssize_t{1} << 20;
+
+    bool HandleImport(VarFrame* /*vf*/, const xstring& /*path*/, const char* /*pos*/) override
+    {
+        m_held.emplace_back(s_size);
+        return true;
+    }
+
+    std::deque<MemoryHold> m_held;
+};
+
+TEST(ExpansionRun, WhatAHandlerHoldsCounts)
+{
+    const ssize_t before = ThreadMemory().m_bytes;
+    {
+        KeepingHandler handler;
+        ExpansionRun run;
+        run.m_limits.m_maxMemory = 2 * KeepingHandler::s_size + KeepingHandler::s_size / 2;
+        const ExpansionRunScope scope(run);
+        FileScopeVarFrame frame;
+        const xstring source("@import \"a\"\n@import \"b\"\n@import \"c\"\n");
+        xstring text;
+        try
+        {
+            MacroExpand(&handler, &frame, source, 0, 0, text);
+            ADD_FAILURE() << "expanded";
+        }
+        catch (const ExpansionLimitException& e)
+        {
+            EXPECT_EQ(xstring("Out of memory"), e.m_description);
+            EXPECT_EQ(source.begin() + 24, e.m_pos);
+        }
+        EXPECT_EQ(2u, handler.m_held.size());
+    }
+    EXPECT_EQ(before, ThreadMemory().m_bytes);
+}
 
 TEST(ExpansionRun, FailurePositionOfAnAssertion)
 {

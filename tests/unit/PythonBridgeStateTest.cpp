@@ -71,6 +71,20 @@ TEST_F(PythonBridge, EndAndStartGiveAFreshInterpreter)
     }
 }
 
+/// These stand in Python's library, not in the interpreter that is ended.
+TEST_F(PythonBridge, AFreshInterpreterHasItsFirstSettings)
+{
+    const std::string settings = "[sys.getrecursionlimit(), sys.getcheckinterval(), "
+                                 "gc.isenabled(), gc.get_debug(), list(gc.get_threshold())]";
+    ASSERT_EQ(Execute("import gc, sys\nsys.setrecursionlimit(60)\nsys.setcheckinterval(7)\n"
+                      "gc.disable()\ngc.set_debug(gc.DEBUG_SAVEALL)\ngc.set_threshold(5, 6, 7)\n"),
+              "");
+    ASSERT_EQ(Eval(settings), "[60,7,0,32,[5,6,7]]");
+    UninitPython();
+    ASSERT_EQ(Execute("import gc, sys\n"), "");
+    EXPECT_EQ(Eval(settings), "[1000,100,1,0,[700,10,10]]");
+}
+
 TEST_F(PythonBridge, EndWithoutStartDoesNothing)
 {
     UninitPython();

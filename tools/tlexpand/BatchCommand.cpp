@@ -2,6 +2,10 @@
 // A supervisor that expands nothing itself, and workers that take the next file as long as there is
 // one. What they tell each other stands in shared memory: the next file, and what became of each.
 //
+// An output that another file imports must not be replaced. Names that stand in the texts were
+// looked at before; of one that a text makes up, the file that imports it and the one that would
+// make it both fail.
+//
 // A worker keeps nothing from one file to the next but the texts of imports. Python code can leave
 // traces that later files would see: after a file that used it the worker ends, and another takes
 // its place, as for one that died.
@@ -9,6 +13,7 @@
 #include "Cleanup.h"
 #include "ExpandCommand.h"
 #include "Files.h"
+#include "input/BatchOutputs.h"
 #include "input/FileList.h"
 #include "report/Diagnostics.h"
 #include "report/GuardedRun.h"
@@ -37,6 +42,12 @@ constexpr useconds_t s_progressMicroseconds = 100'000;
 using State = std::atomic<pid_t>;
 static_assert(State::is_always_lock_free && std::atomic<size_t>::is_always_lock_free);
 
+struct JobState
+{
+    State m_result = s_waits;
+    std::atomic<bool> m_isImported = false; ///< Its output is read by another file.
+};
+
 /// Lies in memory that the processes share.
 struct SharedState
 {
@@ -60,6 +71,8 @@ private:
     void StartWorker();
     [[noreturn]] void Work();
     int RunJob(const BatchJob& job);
+    void CheckImports(const BatchJob& job, const std::vector<std::string>& imports);
+    JobState& StateOf(const BatchJob& job) { return m_states[&job - m_jobs.data()]; }
     void WaitForWorkers();
     void NoteEnd(pid_t worker, int status);
     void NoteResult(size_t index, int status);
@@ -69,16 +82,18 @@ private:
     ExpandOptions m_options; ///< Of the file at hand, in a worker.
     ImportTexts m_texts;
     const std::vector<BatchJob>& m_jobs;
+    BatchOutputs m_outputs;
     size_t m_size;
     void* m_memory;
     SharedState* m_shared;
-    State* m_states;
+    JobState* m_states;
     std::set<pid_t> m_workers;
     bool m_showsProgress;
 };
 
 Batch::Batch(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
-    : m_options(options), m_jobs(jobs), m_size(sizeof(SharedState) + jobs.size() * sizeof(State)),
+    : m_options(options), m_jobs(jobs), m_outputs(jobs),
+      m_size(sizeof(SharedState) + jobs.size() * sizeof(JobState)),
       m_memory(mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
       m_showsProgress(isatty(STDERR_FILENO) == 1)
 {
@@ -86,9 +101,9 @@ Batch::Batch(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
         throw std::bad_alloc();
     m_options.m_files.clear();
     m_shared = ::new (m_memory) SharedState;
-    m_states = reinterpret_cast<State*>(m_shared + 1);
+    m_states = reinterpret_cast<JobState*>(m_shared + 1);
     for (size_t i = 0; i < jobs.size(); ++i)
-        ::new (m_states + i) State(s_waits);
+        ::new (m_states + i) JobState;
 }
 
 void Batch::StartWorker()
@@ -121,7 +136,7 @@ void Batch::Work()
         const size_t index = m_shared->m_next++;
         if (index >= m_jobs.size())
             break;
-        m_states[index] = -getpid();
+        m_states[index].m_result = -getpid();
         NoteResult(index, RunJob(m_jobs[index]));
     }
     _exit(0);
@@ -129,10 +144,26 @@ void Batch::Work()
 
 void Batch::NoteResult(size_t index, int status)
 {
-    m_states[index] = status;
+    m_states[index].m_result = status;
     ++m_shared->m_done;
     if (status != 0 && !m_options.m_keepGoing)
         m_shared->m_stop = true;
+}
+
+/// @throws UsageError  The job has read the output of another, or another has read its output.
+void Batch::CheckImports(const BatchJob& job, const std::vector<std::string>& imports)
+{
+    for (const std::string& import : imports)
+    {
+        const BatchJob* const maker = m_outputs.FindMaker(import);
+        if (maker == nullptr || maker == &job)
+            continue;
+        StateOf(*maker).m_isImported = true;
+        throw UsageError(DescribeReplacedImport(import, job.m_input, *maker));
+    }
+    if (StateOf(job).m_isImported)
+        throw UsageError("the output '" + job.m_output + "' of '" + job.m_input +
+                         "' is read by another of these files");
 }
 
 int Batch::RunJob(const BatchJob& job)
@@ -141,7 +172,9 @@ int Batch::RunJob(const BatchJob& job)
     m_options.m_output = job.m_output;
     try
     {
-        return RunExpandCommand(m_options, m_texts);
+        return RunExpandCommand(m_options, m_texts,
+                                [&](const std::vector<std::string>& imports)
+                                { CheckImports(job, imports); });
     }
     catch (const std::bad_alloc&)
     {
@@ -165,7 +198,7 @@ void Batch::NoteEnd(pid_t worker, int status)
         return;
     for (size_t i = 0; i < m_jobs.size(); ++i)
     {
-        if (m_states[i] != -worker)
+        if (m_states[i].m_result != -worker)
             continue;
         if (WIFSIGNALED(status))
             ReportToolError(m_jobs[i].m_place + m_jobs[i].m_input +
@@ -217,7 +250,7 @@ int Batch::Report() const
     std::string names;
     for (size_t i = 0; i < m_jobs.size(); ++i)
     {
-        const int status = m_states[i];
+        const int status = m_states[i].m_result;
         if (status < 0)
             ++skipped;
         else if (status != 0)

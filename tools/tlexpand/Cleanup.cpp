@@ -133,11 +133,13 @@ sigset_t BlockableSignals()
 
 void IgnoreSignal(int /*signal*/) {}
 
-/// Whether nobody handles or ignores the signal. (Sanitizers handle faults.)
-bool HasDefault(int signal)
+/// Handles the signal with `action`, unless somebody handles or ignores it. (Sanitizers handle
+/// faults.) The exception is put back, so that the rule costs one call.
+void HandleUnlessHandled(int signal, const struct sigaction& action)
 {
-    struct sigaction action = {};
-    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
+    struct sigaction earlier = {};
+    if (sigaction(signal, &action, &earlier) == 0 && earlier.sa_handler != SIG_DFL)
+        sigaction(signal, &earlier, nullptr);
 }
 
 size_t TakeEntry(int directory)
@@ -287,21 +289,18 @@ void TemporaryFile::MoveBack(const std::string& name)
 void InstallSignalHandlers()
 {
     s_owner = getpid();
-    s_isOwner = nullptr; // that of the process that forked this one, if any
+    s_isOwner = nullptr;         // that of the process that forked this one, if any
+    const SignalBlocker blocker; // What is ignored doesn't come between the two calls either.
     // A program that is started gets defaults for handlers, but would inherit SIG_IGN.
+    struct sigaction ignoring = {};
+    ignoring.sa_handler = IgnoreSignal;
     for (const int signal : s_ofWriting)
-        if (HasDefault(signal))
-            SetHandler(signal, IgnoreSignal);
-    struct sigaction action = {};
-    action.sa_sigaction = OnSignal;
-    action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
-    action.sa_mask = HandledSignals();
-    ForEachEndingSignal(
-        [&](int signal)
-        {
-            if (HasDefault(signal))
-                sigaction(signal, &action, nullptr);
-        });
+        HandleUnlessHandled(signal, ignoring);
+    struct sigaction ending = {};
+    ending.sa_sigaction = OnSignal;
+    ending.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
+    ending.sa_mask = HandledSignals();
+    ForEachEndingSignal([&](int signal) { HandleUnlessHandled(signal, ending); });
 }
 
 SignalBlocker::SignalBlocker()

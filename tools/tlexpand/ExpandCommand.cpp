@@ -73,9 +73,9 @@ Descriptor OpenCompared(const std::string& path)
 class ExpandCommand
 {
 public:
-    ExpandCommand(const ExpandOptions& options, ImportTexts& texts)
-        : m_options(options), m_outputs(options), m_mapStyle(MakeMapStyle(options)),
-          m_sourceMapStyle(MakeSourceMapStyle(options)),
+    ExpandCommand(const ExpandOptions& options, ImportTexts& texts, ImportCheck checkImports = {})
+        : m_options(options), m_checkImports(std::move(checkImports)), m_outputs(options),
+          m_mapStyle(MakeMapStyle(options)), m_sourceMapStyle(MakeSourceMapStyle(options)),
           m_printed(options.UsesStandardOutput() ? STDERR_FILENO : STDOUT_FILENO),
           m_diagnostics(m_sources, options.m_colour),
           m_handler(m_sources, m_run, options.m_importPaths, texts),
@@ -95,6 +95,7 @@ public:
     int Run();
 
 private:
+    void ExpandUnchanged();
     void ExpandObserved();
     void Expand();
     void Warn(const ExpansionWarning& warning);
@@ -111,6 +112,7 @@ private:
     std::vector<std::string> Dependencies() const;
 
     const ExpandOptions& m_options;
+    ImportCheck m_checkImports;
     WantedOutputs m_outputs;
     // Made before Python code can change the working directory.
     MapStyle m_mapStyle;
@@ -140,8 +142,7 @@ try
     if (m_options.m_check)
         OpenCompared(m_options.m_output);
     m_handler.ReadMain(m_options.m_file);
-    const auto work = [this] { ExpandObserved(); };
-    if (!RunGuarded(work, m_run, m_sources, m_diagnostics, m_printed))
+    if (!RunGuarded([this] { ExpandUnchanged(); }, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
     if (m_options.m_warningsAreErrors && m_warningCount > 0)
     {
@@ -166,6 +167,20 @@ catch (const DataError& e)
     m_printed.Flush();
     m_diagnostics.Report(LexScannerException(e.what(), e.m_pos));
     return 2;
+}
+
+/// What is wrong with a text that was changed meanwhile may be its change.
+void ExpandCommand::ExpandUnchanged()
+{
+    try
+    {
+        ExpandObserved();
+    }
+    catch (const LexScannerException&)
+    {
+        m_handler.CheckUnchanged();
+        throw;
+    }
 }
 
 /// Says what happened up to an error, too, where the trace is written directly.
@@ -263,6 +278,8 @@ void ExpandCommand::RefuseInputs() const
         m_outputs.m_set.RefuseInput(identity, nullptr);
     if (!imports.empty()) // and no other output
         throw UsageError("standard output is a file that is read");
+    if (m_checkImports)
+        m_checkImports(m_handler.OpenedImports());
 }
 
 /// Calls `visit` with what is not in the file yet, in order; of a file that is not written, that is
@@ -367,9 +384,10 @@ int RunExpandCommand(const ExpandOptions& options)
     return status;
 }
 
-int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts)
+int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts,
+                     const ImportCheck& checkImports)
 {
-    return ExpandCommand(options, texts).Run();
+    return ExpandCommand(options, texts, checkImports).Run();
 }
 
 } // namespace telv::tool

@@ -4,6 +4,9 @@
 
 #include "input/ImportTexts.h"
 #include "options/Options.h"
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace telv::tool
 {
@@ -15,7 +18,12 @@ namespace telv::tool
 /// @throws FileError
 int RunExpandCommand(const ExpandOptions& options);
 
+/// Is told the paths of what a text has read, before its outputs take their places; throws a
+/// UsageError where they may not.
+using ImportCheck = std::function<void(const std::vector<std::string>& paths)>;
+
 /// The same as one of several runs, with the imports' texts of earlier ones.
-int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts);
+int RunExpandCommand(const ExpandOptions& options, ImportTexts& texts,
+                     const ImportCheck& checkImports);
 
 } // namespace telv::tool

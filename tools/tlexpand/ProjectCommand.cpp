@@ -114,7 +114,7 @@ void ProjectCommand::Report(const LexScannerException& e)
     m_failed = true;
     LearnSources();
     m_printed.Flush();
-    m_diagnostics.Report(e);
+    m_diagnostics.ReportInProject(e, m_run);
 }
 
 std::string ProjectCommand::MakeJson() const

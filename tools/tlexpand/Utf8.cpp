@@ -55,6 +55,16 @@ Utf8Character TakeUtf8Character(SubString& s)
     return {SubString(begin, begin + length), length == shape.m_length};
 }
 
+char32_t CodePointOf(SubString character)
+{
+    const auto first = static_cast<unsigned char>(*character.begin());
+    constexpr unsigned payload[] = {0, 0x7f, 0x1f, 0x0f, 0x07}; // of the first byte, by length
+    char32_t value = first & payload[character.size()];
+    for (const char* p = character.begin() + 1; p != character.end(); ++p)
+        value = value << 6 | (static_cast<unsigned char>(*p) & 0x3fU);
+    return value;
+}
+
 SubString WithoutByteOrderMark(SubString text)
 {
     const SubString mark("\xef\xbb\xbf");

@@ -18,6 +18,9 @@ struct Utf8Character
 /// Takes the first character from `s`, which must not be empty.
 Utf8Character TakeUtf8Character(SubString& s);
 
+/// The code point of a well-formed sequence.
+char32_t CodePointOf(SubString character);
+
 /// The text behind the byte order mark that `text` may begin with.
 SubString WithoutByteOrderMark(SubString text);
 

@@ -33,6 +33,10 @@ namespace
     ::new (place) LSToken;
     ::new (place) LSToken(token.m_type, token.m_str);
     ::new (place) LSVariableList;
+    // With the tables of virtual functions, which optimisation at link time would drop.
+    static_cast<ExpansionLimitException*>(place)
+        ->ExpansionLimitException::~ExpansionLimitException();
+    static_cast<LSVar*>(place)->LSVar::~LSVar();
 }
 
 using Literal = LSLiteral;

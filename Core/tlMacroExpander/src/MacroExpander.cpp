@@ -18,7 +18,10 @@
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
+#include <algorithm>
+#include <iterator>
 #include <limits>
+#include <string_view>
 
 namespace telv
 {
@@ -27,6 +30,31 @@ namespace
 {
 
 constexpr long s_tabWidth = 4;
+
+bool IsLineStart(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n';
+}
+
+/// Behind the line comment that the blanks from `blanks` to `end` begin in, or `blanks` when they
+/// begin behind a token that is none. `resumed`: where the tokens before them begin.
+///
+/// It makes a difference only before a carriage return or the like, which a comment takes up and
+/// which otherwise hides the line feed behind it.
+const char* BehindLineComment(const char* resumed, const char* blanks, const char* end)
+{
+    if (std::find_if_not(blanks, end, IsLineStart) >= std::find(blanks, end, '\n'))
+        return blanks;
+    const std::reverse_iterator before(blanks);
+    const char* const line = std::find(before, std::reverse_iterator(resumed), '\n').base();
+    if (std::string_view(line, static_cast<size_t>(blanks - line)).find("//") ==
+        std::string_view::npos)
+        return blanks;
+    SubString rest(resumed, end);
+    while (rest.begin() < blanks)
+        LsScanToken(rest, /*returnComments=*/true);
+    return rest.begin();
+}
 
 } // namespace
 
@@ -226,7 +254,8 @@ const char* MacroExpander::StartOfBlanks(const char* resumed, const char* token)
     const char* start = token;
     while (start != resumed && ClassOf(start[-1]) == CHAR_BLANK)
         --start;
-    for (const char* p = start; p != token && (*p == ' ' || *p == '\t' || *p == '\n'); ++p)
+    start = BehindLineComment(resumed, start, token);
+    for (const char* p = start; p != token && IsLineStart(*p); ++p)
         if (*p == '\n')
             start = p + 1;
     return start;
@@ -239,7 +268,7 @@ void MacroExpander::PassOverLineStarts()
     while (m_str)
     {
         const char c = *m_str.m_p1;
-        if (c != ' ' && c != '\t' && c != '\n')
+        if (!IsLineStart(c))
             return;
         ++m_str.m_p1;
         if (c != '\n')
@@ -313,8 +342,9 @@ void MacroExpander::ProcessDirective()
         ProcessPastedTokens();
 }
 
-/// A string variable may bear the name of a directive, with its `@`.
-void MacroExpander::ProcessUnknownDirective(const LSToken& name)
+/// A string variable may bear the name of a directive, with its `@`. Not inlined: its strings would
+/// take stack from all directives that nest.
+[[gnu::noinline]] void MacroExpander::ProcessUnknownDirective(const LSToken& name)
 {
     xstring variableName("@");
     variableName += name.m_str;

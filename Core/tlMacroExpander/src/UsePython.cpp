@@ -70,6 +70,15 @@ constexpr const char* s_bootstrapScript = "import code\n"
 /// passed on already.
 constexpr const char* s_flushScript = "myStdOut.flush = myStdErr.flush = lambda self: None\n";
 
+/// What an earlier interpreter of the process would leave to the next one, as Python starts with
+/// it.
+constexpr int s_recursionLimit = 1000;
+constexpr const char* s_resetScript = R"(__import__('sys').setcheckinterval(100)
+__import__('gc').enable()
+__import__('gc').set_debug(0)
+__import__('gc').set_threshold(700, 10, 10)
+)";
+
 /// What is left to do at the end of a program. Files that Python closes on its own at its end would
 /// not tell about errors. Those of C, which others write to, are sent off after this.
 constexpr const char* s_finishScript = R"(import gc, sys
@@ -157,6 +166,18 @@ constexpr size_t s_threadStack = size_t(24) << 20;
 /// The interpreter's program, of which modules tell where they are.
 std::string s_programName;
 
+/// Runs code in the dictionary of __main__; false, with nothing printed, when it fails.
+bool RunSimpleString(const char* code)
+{
+    PyObject* const mainModule = Python().PyImport_AddModule("__main__");
+    if (mainModule == nullptr)
+        return false;
+    PyObject* const dict = Python().PyModule_GetDict(mainModule);
+    const PyObjectRef result(Python().PyRun_StringFlags(code, Py_file_input, dict, dict, nullptr));
+    Python().PyErr_Clear();
+    return static_cast<bool>(result);
+}
+
 /// Starts the interpreter without its module `site`: were that one broken, Python would end the
 /// process. It is imported afterwards, as the start would have done, and may fail.
 ///
@@ -173,23 +194,13 @@ void StartInterpreter()
     s_programName = std::string(PythonHome()) + "/bin/python2.7";
     Python().Py_SetProgramName(s_programName.data());
     Python().Py_SetPythonHome(PythonHome());
+    Python().Py_SetRecursionLimit(s_recursionLimit);
     Python().Py_InitializeEx(/*initsigs=*/0);
     Python().PyThread_set_stacksize(s_threadStack);
     PythonLock::NoteStart();
     const PyObjectRef site(Python().PyImport_ImportModule("site"));
     Python().PyErr_Clear();
-}
-
-/// Runs code in the dictionary of __main__; false, with nothing printed, when it fails.
-bool RunSimpleString(const char* code)
-{
-    PyObject* const mainModule = Python().PyImport_AddModule("__main__");
-    if (mainModule == nullptr)
-        return false;
-    PyObject* const dict = Python().PyModule_GetDict(mainModule);
-    const PyObjectRef result(Python().PyRun_StringFlags(code, Py_file_input, dict, dict, nullptr));
-    Python().PyErr_Clear();
-    return static_cast<bool>(result);
+    RunSimpleString(s_resetScript);
 }
 
 void AddBuiltIns(PyObject* module)

@@ -99,11 +99,12 @@ void DataWriter::Write()
 
 void DataWriter::WritePieces()
 {
-    bool isFirst = true;
+    const char* separator = "";
     for (const MapPiece& piece : m_page.m_map.m_pieces)
     {
-        m_sink.Write((isFirst ? "" : ",\n") + NumbersOf(piece));
-        isFirst = false;
+        m_sink.Write(separator);
+        m_sink.Write(NumbersOf(piece));
+        separator = ",\n";
     }
 }
 

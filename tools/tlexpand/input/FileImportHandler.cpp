@@ -434,8 +434,9 @@ std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
 void FileImportHandler::CheckUnchanged() const
 {
     for (const auto& input : m_inputs)
-        if (input->m_text != nullptr && input->m_text->HasChanged(input->m_path))
-            throw FileError("can't read '" + input->m_name + "': it changed while it was read");
+        if (input->m_text != nullptr)
+            if (const char* const change = input->m_text->FindChange(input->m_path))
+                throw FileError("can't read '" + input->m_name + "': " + change);
 }
 
 /// Remembers the name by which a file was reached, normalised unless that leads elsewhere, and that
@@ -464,6 +465,15 @@ std::vector<std::string> FileImportHandler::ImportedPaths() const
     for (size_t i = 1; i < m_inputs.size(); ++i)
         if (m_inputs[i]->m_identity)
             paths.insert(paths.end(), m_inputs[i]->m_paths.begin(), m_inputs[i]->m_paths.end());
+    return paths;
+}
+
+std::vector<std::string> FileImportHandler::OpenedImports() const
+{
+    std::vector<std::string> paths;
+    for (size_t i = 1; i < m_inputs.size(); ++i)
+        if (m_inputs[i]->m_identity)
+            paths.push_back(m_inputs[i]->m_path);
     return paths;
 }
 

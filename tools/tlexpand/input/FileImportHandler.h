@@ -84,6 +84,8 @@ public:
     /// Names that lead to the files that were imported, in the order of reading: each name by which
     /// a file was reached and, where symbolic links were passed, that of the file itself.
     std::vector<std::string> ImportedPaths() const;
+    /// The files that were imported, and those of lists, as they were opened.
+    std::vector<std::string> OpenedImports() const;
     /// Those of the imported files that are still there, of those that `matters` is true for.
     std::vector<FileIdentity>
     ImportedIdentities(const std::function<bool(const FileIdentity&)>& matters) const;

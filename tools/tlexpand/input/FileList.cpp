@@ -3,6 +3,7 @@
 // Everything is looked at before anything is expanded: a mistake in line 9,000 costs nothing.
 #include "input/FileList.h"
 #include "Files.h"
+#include "input/BatchOutputs.h"
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
@@ -117,31 +118,6 @@ void CheckInputs(const std::vector<BatchJob>& jobs)
         throw FileError(missing.Text());
 }
 
-/// Tells files apart, those too that are still to be made.
-class FileNames
-{
-public:
-    static std::string Key(const FileIdentity& file)
-    {
-        return std::to_string(file.m_device) + " " + std::to_string(file.m_inode);
-    }
-
-    /// The same text for all names of a file.
-    std::string Key(const std::string& path)
-    {
-        if (const auto status = StatusOf(path); status && S_ISREG(status->st_mode))
-            return Key(FileIdentity(*status));
-        const fs::path name(path);
-        const auto [entry, isNew] = m_directories.try_emplace(name.parent_path().string());
-        if (isNew)
-            entry->second = fs::weakly_canonical(fs::current_path() / name.parent_path()).string();
-        return entry->second + "/" + name.filename().string();
-    }
-
-private:
-    std::map<std::string, std::string> m_directories;
-};
-
 void CheckOutputs(const std::vector<BatchJob>& jobs, const std::optional<FileIdentity>& list)
 {
     Messages wrong;
@@ -174,6 +150,15 @@ void CheckOutputs(const std::vector<BatchJob>& jobs, const std::optional<FileIde
         throw UsageError(wrong.Text());
 }
 
+void CheckImports(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
+{
+    Messages wrong;
+    for (const std::string& message : FindReplacedImports(options, jobs))
+        wrong.Add(message);
+    if (!wrong.Empty())
+        throw UsageError(wrong.Text());
+}
+
 void MakeDirectories(const std::vector<BatchJob>& jobs)
 {
     std::string last;
@@ -202,6 +187,7 @@ std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
         list = AddList(options, *options.m_batch, jobs);
     CheckInputs(jobs);
     CheckOutputs(jobs, list);
+    CheckImports(options, jobs);
     MakeDirectories(jobs);
     return jobs;
 }

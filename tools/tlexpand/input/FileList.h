@@ -22,8 +22,10 @@ struct BatchJob
 /// whether each can be read and has an output of its own. The directories of the outputs are made.
 ///
 /// @throws FileError   The list or inputs can't be read; all of them are named.
-/// @throws UsageError  Two inputs have one output, an output is another input or the list, there is
-///                     none, or a line of the list has more than an input and an output.
+/// @throws UsageError  Two inputs have one output, an output is another input, the list or an
+/// import
+///                     of another input, there is none, or a line of the list has more than an
+///                     input and an output.
 std::vector<BatchJob> MakeBatch(const ExpandOptions& options);
 
 } // namespace telv::tool

@@ -17,6 +17,9 @@ namespace telv::tool
 namespace
 {
 
+constexpr const char* s_shortened = "it became shorter while it was read";
+constexpr const char* s_changed = "it changed while it was read";
+
 /// From here on a mapping is cheaper than a copy.
 constexpr off_t s_largeFile = off_t{1024} * 1024;
 
@@ -37,10 +40,10 @@ std::vector<Mapping>& Mappings()
 void OnBusError(int signal, siginfo_t* info, void* /*context*/)
 {
     const auto* const address = static_cast<const char*>(info->si_addr);
-    const auto page = static_cast<ssize_t>(sysconf(_SC_PAGESIZE));
+    const auto page = static_cast<ssize_t>(getpagesize());
     for (const Mapping& mapping : Mappings())
         if (mapping.m_text.begin() <= address && address < mapping.m_text.end() + page)
-            EndRun("can't read '" + mapping.m_path + "': it became shorter while it was read");
+            EndRun("can't read '" + mapping.m_path + "': " + s_shortened);
     std::signal(signal, SIG_DFL); // the instruction is tried again
 }
 
@@ -61,7 +64,7 @@ void CheckUnchanged(int fd, const std::string& path, const struct stat& before)
     if (fstat(fd, &now) != 0)
         throw MakeFileError("read", path, errno);
     if (!HasSameText(before, now))
-        throw FileError("can't read '" + path + "': it changed while it was read");
+        throw FileError("can't read '" + path + "': " + s_changed);
 }
 
 } // namespace
@@ -138,10 +141,12 @@ bool InputText::Map(int fd, const std::string& path, const struct stat& status)
     return true;
 }
 
-bool InputText::HasChanged(const std::string& path) const
+const char* InputText::FindChange(const std::string& path) const
 {
     const auto now = m_mapped ? StatusOf(path) : std::nullopt;
-    return now && FileIdentity(*now) == FileIdentity(*m_mapped) && !HasSameText(*m_mapped, *now);
+    if (!now || FileIdentity(*now) != FileIdentity(*m_mapped) || HasSameText(*m_mapped, *now))
+        return nullptr;
+    return now->st_size < m_mapped->st_size ? s_shortened : s_changed;
 }
 
 } // namespace telv::tool

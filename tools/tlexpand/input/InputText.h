@@ -3,8 +3,9 @@
 // are neither copied nor cleared for.
 //
 // A file that is mapped can be changed by others while it is worked on. One that becomes shorter
-// ends the run with status 2 when the missing part is touched; one that changes otherwise has to be
-// asked for by `HasChanged` before anything is made of its text.
+// ends the run with status 2 when the missing part is touched, but the page in which it ends now is
+// read as zeros; that one, and one that changes otherwise, has to be asked for by `FindChange`
+// before anything is made of its text, an error of it included.
 #pragma once
 
 #include "Files.h"
@@ -34,8 +35,9 @@ public:
     /// Never empty at null: an empty text has an address of its own.
     SubString Text() const { return m_text; }
 
-    /// Whether the file at `path`, if it is still the one that was mapped, has been written to.
-    bool HasChanged(const std::string& path) const;
+    /// What has happened to the file at `path` since it was mapped, as messages say it; null:
+    /// nothing, or another file is there.
+    const char* FindChange(const std::string& path) const;
 
 private:
     bool Map(int fd, const std::string& path, const struct stat& status);

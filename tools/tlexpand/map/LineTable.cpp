@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Line starts in a sorted list; for UTF-16, a count at every 256th byte.
 #include "map/LineTable.h"
+#include "CharacterWidth.h"
 #include "Utf8.h"
 #include <algorithm>
 #include <cstring>
@@ -108,14 +109,15 @@ ssize_t BytesOfColumns(SubString line, ssize_t columns, ssize_t tabWidth)
 {
     SubString rest = line;
     ssize_t column = 0;
-    while (!rest.empty() && column < columns)
+    ssize_t bytes = 0;
+    while (!rest.empty())
     {
-        column = *rest.begin() == '\t' ? (column / tabWidth + 1) * tabWidth : column + 1;
+        column = ColumnBehind(column, TakeUtf8Character(rest), tabWidth);
         if (column > columns)
             break;
-        TakeUtf8Character(rest);
+        bytes = rest.begin() - line.begin();
     }
-    return rest.begin() - line.begin();
+    return bytes;
 }
 
 ssize_t ColumnsOfBytes(SubString line, ssize_t bytes, ssize_t tabWidth)
@@ -123,10 +125,7 @@ ssize_t ColumnsOfBytes(SubString line, ssize_t bytes, ssize_t tabWidth)
     SubString rest(line.begin(), line.begin() + bytes);
     ssize_t column = 0;
     while (!rest.empty())
-    {
-        column = *rest.begin() == '\t' ? (column / tabWidth + 1) * tabWidth : column + 1;
-        TakeUtf8Character(rest);
-    }
+        column = ColumnBehind(column, TakeUtf8Character(rest), tabWidth);
     return column;
 }
 

@@ -67,8 +67,8 @@ private:
     std::vector<Mark> m_marks; ///< The first character at or after each multiple of the stride.
 };
 
-/// The bytes of the first `columns` terminal columns of a line: a tab goes to the next multiple of
-/// `tabWidth`, every other character is one column.
+/// The bytes of the first `columns` terminal columns of a line, where a tab goes to the next
+/// multiple of `tabWidth`. Combining characters belong to the one before them.
 ssize_t BytesOfColumns(SubString line, ssize_t columns, ssize_t tabWidth);
 /// The terminal columns of the first `bytes` bytes of a line, counted in the same way.
 ssize_t ColumnsOfBytes(SubString line, ssize_t bytes, ssize_t tabWidth);

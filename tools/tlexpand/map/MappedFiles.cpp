@@ -3,6 +3,7 @@
 // characters are compared once for each text.
 #include "map/MappedFiles.h"
 #include "Files.h"
+#include "map/Checksum.h"
 #include <cstring>
 #include <fcntl.h>
 
@@ -62,6 +63,9 @@ const MappedText& MappedFiles::Output()
     if (size != m_map.m_size)
         throw MapError("'" + m_mapPath + "' does not fit '" + m_outputPath + "': the file has " +
                        std::to_string(size) + " bytes, the map " + std::to_string(m_map.m_size));
+    if (m_map.m_crc32 && AddToCrc32(0, output->m_text) != *m_map.m_crc32)
+        throw MapError("'" + m_mapPath + "' does not fit '" + m_outputPath +
+                       "': the file has changed since it was written");
     m_output = std::move(output);
     return *m_output;
 }

@@ -42,7 +42,7 @@ public:
     /// Where a source is, from the working directory; "<stdin>" and the like as they are.
     std::string SourcePath(size_t source) const;
 
-    /// The output, which has the size that the map says.
+    /// The output, which has the size that the map says, and the sum if the map has one.
     ///
     /// @throws FileError
     /// @throws MapError  It does not fit.

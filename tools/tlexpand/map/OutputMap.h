@@ -6,6 +6,7 @@
 // or read from a file (ReadMap.h).
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -87,6 +88,7 @@ struct OutputMap
     std::string m_directory;
     std::vector<std::string> m_sources;
     ssize_t m_size = 0;
+    std::optional<uint32_t> m_crc32; ///< Of the output; a map need not say it.
     std::vector<MapPiece> m_pieces;
     std::vector<MapChain> m_chains;
 

@@ -2,6 +2,7 @@
 // The pieces of a large map are many; each is taken out of the document as soon as it has been
 // read.
 #include "map/ReadMap.h"
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace telv::tool
@@ -38,6 +39,7 @@ private:
     EPieceKind ReadKind(const json& value) const;
     ssize_t ReadNumber(const json& value, const char* name) const;
     ssize_t ReadOptional(const json& value, const char* name) const;
+    uint32_t ReadSum(const json& document) const;
     std::string ReadString(const json& value, const char* name) const;
 
     const std::string& m_name;
@@ -60,6 +62,14 @@ ssize_t MapReader::ReadOptional(const json& value, const char* name) const
 {
     const auto found = value.find(name);
     return found == value.end() || found->is_null() ? s_none : ReadNumber(value, name);
+}
+
+uint32_t MapReader::ReadSum(const json& document) const
+{
+    const ssize_t sum = ReadNumber(document, "crc32");
+    if (sum > std::numeric_limits<uint32_t>::max())
+        Fail("\"crc32\" has more than 32 bits");
+    return static_cast<uint32_t>(sum);
 }
 
 std::string MapReader::ReadString(const json& value, const char* name) const
@@ -163,6 +173,8 @@ void MapReader::ReadHead(const json& document)
         m_map.m_sources.push_back(source.get<std::string>());
     }
     m_map.m_size = ReadNumber(document, "size");
+    if (document.contains("crc32"))
+        m_map.m_crc32 = ReadSum(document);
     if (document.contains("output"))
         m_map.m_output = ReadString(document, "output");
     if (document.contains("directory"))

@@ -66,7 +66,7 @@ Options of an expansion:
                            put the texts of the sources into it
       --line-directives    put lines '#line N "FILE"' into the output
       --line-format TEXT   the same in another form: '%l' is the line, '%f' the file
-      --verify-map         check that pieces tile the output and equal their sources
+      --verify-map         check that the map keeps its laws, chains included
       --trace FILE         write a line for each call, round, definition and import
       --depfile FILE       write a dependency file for make and ninja (needs -o)
       --depfile-target NAME

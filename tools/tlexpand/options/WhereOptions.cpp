@@ -85,7 +85,9 @@ std::string WhereHelp()
        tlexpand where [OPTIONS] MAP --source FILE:LINE
 
 Says where a place of an output came from, or what came of a line of a source. MAP is what
---map has written.
+--map has written. Where it was written with --chains, the steps that led to the place follow,
+the innermost first, and of a line is listed too what came through a call or a loop on it
+("through this").
 
 Options:
       --source FILE:LINE   list all ranges of the output that come from this line

@@ -42,6 +42,7 @@ MapStyle MakeMapStyle(const ExpandOptions& options)
     style.m_directory = DirectoryFrom(options.m_map);
     if (options.m_output != s_standardStream)
         style.m_output = options.m_output;
+    style.m_hasSum = style.m_output || options.m_chains;
     return style;
 }
 
@@ -49,9 +50,14 @@ SourceMapStyle MakeSourceMapStyle(const ExpandOptions& options)
 {
     SourceMapStyle style;
     style.m_contents = options.m_sourceMapContents;
-    style.m_directory = DirectoryFrom(options.m_sourceMap);
+    const bool isElsewhere = DirectoryFrom(options.m_sourceMap) != ".";
+    if (isElsewhere)
+    {
+        style.m_mapDirectory = ResolvedDirectoryOf(*options.m_sourceMap);
+        style.m_startDirectory = ResolvedPath(".");
+    }
     if (options.m_output != s_standardStream)
-        style.m_file = options.m_output.starts_with('/') || style.m_directory == "."
+        style.m_file = options.m_output.starts_with('/') || !isElsewhere
                            ? options.m_output
                            : NameBeside(*options.m_sourceMap, options.m_output);
     return style;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A piece waits until the next one is known: that may continue it.
 #include "output/MapWriter.h"
+#include "map/Checksum.h"
 #include "output/JsonText.h"
 
 namespace telv::tool
@@ -138,6 +139,15 @@ std::string NamesOf(const Sources& sources)
     return json;
 }
 
+/// Of what is written.
+uint32_t SumOf(const WrittenOutput& output)
+{
+    uint32_t sum = 0;
+    ForEachStretch(output.m_text, output.m_edits,
+                   [&](SubString stretch) { sum = AddToCrc32(sum, stretch); });
+    return sum;
+}
+
 } // namespace
 
 void WriteMap(ByteSink& sink, const WrittenOutput& output, const MapStyle& style)
@@ -148,6 +158,8 @@ void WriteMap(ByteSink& sink, const WrittenOutput& output, const MapStyle& style
                    ",\n \"directory\":" + JsonString(ViewOf(style.m_directory)));
     sink.Write(",\n \"sources\":[" + NamesOf(output.m_sources) + "]");
     sink.Write(",\n \"size\":" + std::to_string(WrittenSize(output)));
+    if (style.m_hasSum)
+        sink.Write(",\n \"crc32\":" + std::to_string(SumOf(output)));
     if (!output.m_chains.m_chains.empty())
     {
         ListWriter chains(sink, "chains");

@@ -16,6 +16,7 @@ struct MapStyle
     std::optional<std::string> m_output;
     /// From the directory of the map to the one that names are relative to; written with the name.
     std::string m_directory;
+    bool m_hasSum = false;   ///< Say the sum of the output.
     bool m_joinRuns = false; ///< Copied neighbours that continue each other are one piece.
     bool m_copies = false;   ///< Say where text made while expanding got its characters from.
 };

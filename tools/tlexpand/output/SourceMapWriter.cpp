@@ -137,13 +137,14 @@ void MappingsWriter::Write(const WrittenPiece& written)
         Flush();
 }
 
-/// Names in angle brackets are no files, and absolute ones lie nowhere else.
-std::string PathFromMap(const std::string& name, const std::string& directory)
+/// The shortest way to a source. Names in angle brackets are no files, and absolute ones lie
+/// nowhere else.
+std::string PathFromMap(const std::string& name, const SourceMapStyle& style)
 {
     const bool isFixed = name.starts_with('<') || name.starts_with('/');
-    if (isFixed || directory.empty() || directory == ".")
+    if (isFixed || style.m_mapDirectory.empty())
         return name;
-    return JoinPath(directory, name);
+    return RelativePath(style.m_mapDirectory, JoinPath(style.m_startDirectory, name));
 }
 
 } // namespace
@@ -159,7 +160,7 @@ void WriteSourceMap(ByteSink& sink, const WrittenOutput& output, const SourceMap
     {
         const char* const comma = i == 0 ? "" : ",";
         const Source& source = output.m_sources[i];
-        names += comma + JsonString(ViewOf(PathFromMap(source.Name(), style.m_directory)));
+        names += comma + JsonString(ViewOf(PathFromMap(source.Name(), style)));
         if (style.m_contents)
             contents += comma + JsonString(source.File());
     }

@@ -12,8 +12,10 @@ namespace telv::tool
 struct SourceMapStyle
 {
     std::optional<std::string> m_file; ///< The output's name, relative to the map; or none.
-    /// From the directory of the source map to the one that the sources' names are relative to.
-    std::string m_directory;
+    /// The directory of the source map and the one that the sources' names are relative to, both
+    /// absolute; empty when they are the same.
+    std::string m_mapDirectory;
+    std::string m_startDirectory;
     bool m_contents = false; ///< With the texts of the sources.
 };
 

@@ -224,6 +224,7 @@ private:
     bool IsMapped(const Json& fix);
     std::optional<MessageOrigin> OriginOf(const Json& location);
     std::string UriOf(const Json& artifact) const;
+    bool IsAbsolute(const Json& location) const;
     void RemapLocation(Json& location);
     void Place(Json& location, const MessagePlace& place, bool isAbsolute);
 
@@ -260,6 +261,7 @@ void SarifRemapper::RemapResult(Json& result)
     const auto origin = OriginOf(first["physicalLocation"]);
     if (!origin)
         return;
+    const bool isAbsolute = IsAbsolute(first["physicalLocation"]);
     for (const MessageNote& note : origin->m_notes)
     {
         Json related = {{"message", {{"text", note.m_text}}}};
@@ -267,7 +269,7 @@ void SarifRemapper::RemapResult(Json& result)
         {
             related["physicalLocation"] = {{"artifactLocation", Json::object()},
                                            {"region", Json::object()}};
-            Place(related["physicalLocation"], note.m_place, /*isAbsolute=*/false);
+            Place(related["physicalLocation"], note.m_place, isAbsolute);
         }
         result["relatedLocations"].push_back(related);
     }
@@ -338,10 +340,17 @@ void SarifRemapper::RemapLocation(Json& location)
     const auto origin = OriginOf(location);
     if (!origin)
         return;
-    const bool isAbsolute = UriOf(location["artifactLocation"]).starts_with(s_fileScheme);
+    const bool isAbsolute = IsAbsolute(location);
     m_isChanged = true;
     location.erase("contextRegion");
     Place(location, origin->m_place, isAbsolute);
+}
+
+/// Whether a location names its file whole: what it is replaced by, and what is said about it,
+/// does so too then.
+bool SarifRemapper::IsAbsolute(const Json& location) const
+{
+    return UriOf(location["artifactLocation"]).starts_with(s_fileScheme);
 }
 
 /// The end of a region can come from elsewhere than its beginning, so only this is kept.

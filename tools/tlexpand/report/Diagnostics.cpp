@@ -60,20 +60,42 @@ Diagnostics::Diagnostics(const Sources& sources, Colour colour) : m_sources(sour
 
 void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* run) const
 {
-    const char* pos = error.m_pos;
-    const Source* source = m_sources.Find(pos);
-    if (source == nullptr && m_sources.Count() == 0)
+    const Place place = PlaceOf(error.m_pos);
+    std::string notes;
+    if (run != nullptr)
+        notes = MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(), run->ImportPlaces()) +
+                MakeNotes(*run, error, place.m_pos);
+    else if (place.m_source != nullptr)
+        notes = MakeImportLines(*place.m_source);
+    Write(error, place, notes);
+}
+
+void Diagnostics::ReportInProject(const LexScannerException& error, const ExpansionRun& run) const
+{
+    const Place place = PlaceOf(error.m_pos);
+    std::string notes = MakeCallLines(run.CallPlaces(), run.MoreCallPlaces(), {});
+    if (place.m_source != nullptr)
+        notes += MakeImportLines(*place.m_source);
+    Write(error, place, notes + MakeNotes(run, error, place.m_pos));
+}
+
+/// A position in no source counts as the beginning of the first one.
+Diagnostics::Place Diagnostics::PlaceOf(const char* pos) const
+{
+    if (const Source* const source = m_sources.Find(pos))
+        return {source, pos};
+    if (m_sources.Count() == 0)
+        return {nullptr, nullptr};
+    return {&m_sources[0], m_sources[0].Text().begin()};
+}
+
+void Diagnostics::Write(const LexScannerException& error, const Place& place,
+                        const std::string& notes) const
+{
+    if (place.m_source == nullptr)
         return ReportToolError(ToStdString(error.m_description));
-    if (source == nullptr)
-    {
-        source = &m_sources[0];
-        pos = source->Text().begin();
-    }
-    WriteToStandardError(MakeFirstLines(error, *source, pos) + MakeExcerpt(*source, pos, m_style) +
-                         (run == nullptr ? MakeImportLines(*source)
-                                         : MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(),
-                                                         run->ImportPlaces()) +
-                                               MakeNotes(*run, error, pos)));
+    WriteToStandardError(MakeFirstLines(error, *place.m_source, place.m_pos) +
+                         MakeExcerpt(*place.m_source, place.m_pos, m_style) + notes);
 }
 
 /// Where what has no end was opened, and what would mend the error.
@@ -91,13 +113,7 @@ std::string Diagnostics::MakeNotes(const ExpansionRun& run, const LexScannerExce
 
 void Diagnostics::Warn(const ExpansionWarning& warning) const
 {
-    const Source* source = m_sources.Find(warning.m_pos);
-    const char* pos = warning.m_pos;
-    if (source == nullptr)
-    {
-        source = &m_sources[0];
-        pos = source->Text().begin();
-    }
+    const auto [source, pos] = PlaceOf(warning.m_pos);
     WriteToStandardError(
         Paint(s_bold) + MakePlace(pos) + " : " + Paint(s_magenta) + "warning" + Paint(s_boldAgain) +
         " : " + Show(ViewOf(Shorten(warning.m_text))) + " [" + NameOfWarning(warning.m_kind) + "]" +

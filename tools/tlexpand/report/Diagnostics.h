@@ -23,10 +23,23 @@ public:
     /// the beginning of the first one.
     void Report(const LexScannerException& error, const ExpansionRun* run = nullptr) const;
 
+    /// The same for an error in a file of a project, which names all imports that led to the file.
+    void ReportInProject(const LexScannerException& error, const ExpansionRun& run) const;
+
     /// Reports a warning; one without a place in a source counts as at the beginning of the first.
     void Warn(const ExpansionWarning& warning) const;
 
 private:
+    /// A place that an error is reported at.
+    struct Place
+    {
+        const Source* m_source; ///< Null when there are no sources.
+        const char* m_pos;
+    };
+
+    Place PlaceOf(const char* pos) const;
+    void Write(const LexScannerException& error, const Place& place,
+               const std::string& notes) const;
     std::string MakeFirstLines(const LexScannerException& error, const Source& source,
                                const char* pos) const;
     std::string MakeImportLines(const Source& source) const;

@@ -4,6 +4,7 @@
 // thousands of warnings, and memory may have run out, so only what is near the caret is looked at,
 // and only what is shown is stored.
 #include "report/Excerpt.h"
+#include "CharacterWidth.h"
 #include "Files.h"
 #include "Utf8.h"
 #include "report/InvisibleCharacters.h"
@@ -53,7 +54,7 @@ Column MakeColumn(const Utf8Character& c, bool escape)
     if (*c.m_bytes.begin() == '\t')
         return {"\t", "\t"};
     if (!escape || !CanDriveTerminal(c))
-        return {ToStdString(c.m_bytes), " "};
+        return {ToStdString(c.m_bytes), std::string(static_cast<size_t>(ColumnsOf(c)), ' ')};
     std::string shown = Escape(c.m_bytes);
     std::string below(shown.size(), ' ');
     return {std::move(shown), std::move(below)};

@@ -2,6 +2,7 @@
 // The ranges are those of Unicode 15 for the general categories Cc, Cf, Zl and Zp and for the
 // property Default_Ignorable_Code_Point, joined where only unassigned characters lie between.
 #include "report/InvisibleCharacters.h"
+#include "Utf8.h"
 #include <algorithm>
 #include <iterator>
 
@@ -28,22 +29,11 @@ constexpr Range s_invisible[] = {
     {0x1bca0, 0x1bca3}, {0x1d173, 0x1d17a}, {0xe0000, 0xe0fff},
 };
 
-/// The code point of a well-formed sequence.
-char32_t CodePoint(SubString character)
-{
-    const auto first = static_cast<unsigned char>(*character.begin());
-    constexpr unsigned payload[] = {0, 0x7f, 0x1f, 0x0f, 0x07}; // of the first byte, by length
-    char32_t value = first & payload[character.size()];
-    for (const char* p = character.begin() + 1; p != character.end(); ++p)
-        value = value << 6 | (static_cast<unsigned char>(*p) & 0x3fU);
-    return value;
-}
-
 } // namespace
 
 bool IsInvisible(SubString character)
 {
-    const char32_t c = CodePoint(character);
+    const char32_t c = CodePointOf(character);
     const Range* const range =
         std::lower_bound(std::begin(s_invisible), std::end(s_invisible), c,
                          [](const Range& r, char32_t value) { return r.m_last < value; });

@@ -53,9 +53,7 @@ void WatchCall(const MacroExpander& expander, SubString name)
     if (next == rest.end() || *next != '(' || name.size() < shortest || IsCommonWord(name) ||
         IsBuiltIn(name))
         return;
-    NearName near(name, 1);
-    near.OfferVisible(*expander.m_vf);
-    const SubString best = near.Best();
+    const SubString best = Watch::Current().Near().Find(*expander.m_vf, name);
     if (best.size() < shortest || !DifferInLetters(name, best) || EditDistance(name, best, 1) > 1)
         return;
     const LSVariable* const var = FindVisible(*expander.m_vf, best);
@@ -213,7 +211,8 @@ void WatchComputedName(const MacroExpander& expander, SubString text)
     if (!IsIdentifier(name) || FindVisible(*expander.m_vf, name) != nullptr)
         return;
     NearName near(name);
-    near.OfferVisible(*expander.m_vf);
+    if (NearIndex& index = Watch::Current().Near(); index.MayLook())
+        index.CountLooks(near.OfferVisible(*expander.m_vf));
     const SubString best = near.Best();
     const char* const pos = expander.m_startDirectivePos;
     if (best.empty())

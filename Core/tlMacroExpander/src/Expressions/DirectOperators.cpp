@@ -5,7 +5,7 @@
 // texts, then integers, then floats; for equality bools and chars come first.
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include <cmath>
+#include "tlMacroExpander/src/Values/MathFunctions.h"
 
 namespace telv
 {
@@ -104,7 +104,10 @@ bool Power(DirectValue& x, const DirectValue& y)
     const double exponent = Float(y);
     if (kind == LITERAL_UNDEF || (base == 0.0 && exponent < 0.0))
         return false;
-    const LSLiteral power(std::pow(base, exponent));
+    const MathFunctions* const math = FindMathFunctions();
+    if (math == nullptr)
+        return false;
+    const LSLiteral power(math->m_pow(base, exponent));
     if (kind == LITERAL_INT64)
         x.SetInt64(power.AsInt64(/*allowDataLoss=*/true));
     else
@@ -225,25 +228,28 @@ bool Calculate(EBuiltIn function, DirectValue& value)
 {
     if (value.m_type != LITERAL_INT64 && value.m_type != LITERAL_FLOAT64)
         return false;
+    const MathFunctions* const math = FindMathFunctions();
+    if (math == nullptr)
+        return false;
     const double x = Float(value);
     switch (function)
     {
     case BUILT_IN_SIN:
-        value.SetFloat64(std::sin(x));
+        value.SetFloat64(math->m_sin(x));
         return true;
     case BUILT_IN_COS:
-        value.SetFloat64(std::cos(x));
+        value.SetFloat64(math->m_cos(x));
         return true;
     case BUILT_IN_TAN:
-        value.SetFloat64(std::tan(x));
+        value.SetFloat64(math->m_tan(x));
         return true;
     case BUILT_IN_EXP:
-        value.SetFloat64(std::exp(x));
+        value.SetFloat64(math->m_exp(x));
         return true;
     default:
         if (x <= 0.0)
             return false;
-        value.SetFloat64(std::log(x));
+        value.SetFloat64(math->m_log(x));
         return true;
     }
 }

@@ -6,9 +6,9 @@
 // the text before it is parsed.
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlMacroExpander/src/Expressions/BuiltIns.h"
+#include "tlMacroExpander/src/Values/MathFunctions.h"
 #include "tlUtils/StringExt.h"
 #include <algorithm>
-#include <cmath>
 
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/ExpressionParser"
 
@@ -72,11 +72,11 @@ void ToText(ExpressionParser& parser, LSLiteral& literal)
     literal = LSLiteral(literal.AsString(/*allowDataLoss=*/true));
 }
 
-/// A function of the math library.
-template <double (*function)(double)>
+template <double (*MathFunctions::*function)(double)>
 void Math(ExpressionParser& parser, LSLiteral& literal)
 {
-    literal = LSLiteral(function(parser.ParseFloat64Arg()));
+    const double argument = parser.ParseFloat64Arg();
+    literal = LSLiteral((GetMathFunctions().*function)(argument));
 }
 
 [[noreturn, gnu::noinline]] void ThrowNoLog(double value, const LSToken& token)
@@ -91,7 +91,7 @@ void Log(ExpressionParser& parser, LSLiteral& literal)
     const double value = parser.ParseFloat64Arg();
     if (value <= 0.0)
         ThrowNoLog(value, parser.m_token);
-    literal = LSLiteral(std::log(value));
+    literal = LSLiteral(GetMathFunctions().m_log(value));
 }
 
 /// Where the parser stands behind the name that it reads past here.
@@ -140,10 +140,10 @@ constexpr BuiltIn s_builtIns[] = {
     {"int",       ToInt},
     {"double",    ToDouble},
     {"string",    ToText},
-    {"sin",       Math<std::sin>},
-    {"cos",       Math<std::cos>},
-    {"tan",       Math<std::tan>},
-    {"exp",       Math<std::exp>},
+    {"sin",       Math<&MathFunctions::m_sin>},
+    {"cos",       Math<&MathFunctions::m_cos>},
+    {"tan",       Math<&MathFunctions::m_tan>},
+    {"exp",       Math<&MathFunctions::m_exp>},
     {"log",       Log},
     {"__FILE__",  File},
     {"__LINE__",  Line},

@@ -36,7 +36,8 @@ void HintAtArguments(const char* list, SubString rest);
 /// The element of a list has too few or too many values for `names`.
 void HintAtElement(SubString element, ssize_t names);
 
-/// A Python macro was nested too deeply.
-void HintAtPythonMacro(const LSMacroVariable& macro, const LexScannerException& error);
+/// A Python macro was nested too deeply. Where it calls itself by the name of a method, the error
+/// moves to that name.
+void HintAtPythonMacro(const LSMacroVariable& macro, LexScannerException& error);
 
 } // namespace telv

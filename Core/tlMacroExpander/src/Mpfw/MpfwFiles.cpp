@@ -11,6 +11,7 @@
 #include "tlMacroExpander/ExpansionRun.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include <algorithm>
 #include <memory>
 #include <sys/stat.h>
@@ -214,6 +215,7 @@ void MpfwParser::Expand(MpfwSourceFile& srcFile)
     catch (const LexScannerException& e)
     {
         ReportError(e);
+        ExpansionLevel::ForgetErrors(); // What is noted about this one is not of the next.
     }
 }
 

@@ -34,10 +34,20 @@ void ChainRecorder::InvocationBegins(const ObservedInvocation& invocation)
                       {ChainStep::STEP_MACRO, variable.m_name, invocation.m_place, 0, -1}});
 }
 
+void ChainRecorder::InvocationEnds() noexcept
+{
+    End();
+}
+
 void ChainRecorder::RoundBegins(const ObservedRound& round)
 {
     const char* const name = round.m_loop == "for" ? "@for" : "@while";
     m_open.push_back({true, {ChainStep::STEP_LOOP, name, round.m_place, round.m_round, -1}});
+}
+
+void ChainRecorder::RoundEnds() noexcept
+{
+    End();
 }
 
 void ChainRecorder::End() noexcept

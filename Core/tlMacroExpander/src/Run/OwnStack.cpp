@@ -172,7 +172,7 @@ bool OwnStack::MapOne(size_t size)
                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
     if (low == MAP_FAILED)
         return false;
-    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const auto page = static_cast<size_t>(getpagesize());
     if (mprotect(low, page, PROT_NONE) != 0)
     {
         munmap(low, size);

@@ -69,7 +69,7 @@ TextMemory::TextMemory(xstring& text)
     if (text.empty())
         return;
     t_graveyard.MakeRoom();
-    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t page = static_cast<size_t>(getpagesize());
     const size_t length = static_cast<size_t>(text.size());
     const size_t readable = (length + page - 1) / page * page;
     m_size = readable + page;

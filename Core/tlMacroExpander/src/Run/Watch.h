@@ -6,6 +6,7 @@
 // (ExpansionLevel::AllowsFastPaths).
 #pragma once
 
+#include "tlMacroExpander/src/Hints/NearIndex.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <initializer_list>
 #include <set>
@@ -56,10 +57,13 @@ public:
     /// By where their names stand.
     const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
 
+    NearIndex& Near() { return m_near; }
+
 private:
     std::set<std::pair<EWarning, const char*>> m_warned;
     std::map<const char*, Definition> m_definitions;
     std::set<const char*> m_used;
+    NearIndex m_near;
 };
 
 } // namespace telv

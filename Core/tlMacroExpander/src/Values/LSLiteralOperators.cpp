@@ -5,8 +5,8 @@
 // and the first one that both operands pass decides; the helpers at the top are those steps. What
 // kind of result comes out follows from the step. Integers are computed unsigned, so they wrap.
 #include "tlMacroExpander/LSLiteral.h"
+#include "tlMacroExpander/src/Values/MathFunctions.h"
 #include "tlUtils/StringExt.h"
-#include <cmath>
 
 namespace telv
 {
@@ -175,7 +175,7 @@ LSLiteral Power(const LSLiteral& x, const LSLiteral& y)
     const Pair<double> floats = RequireFloat64(x, y, "^");
     if (floats.x == 0.0 && floats.y < 0.0)
         ThrowIllDefinedPower(floats);
-    const LSLiteral power(std::pow(floats.x, floats.y));
+    const LSLiteral power(GetMathFunctions().m_pow(floats.x, floats.y));
     Pair<int64> ints;
     return BothInt64(x, y, ints) ? LSLiteral(power.AsInt64(/*allowDataLoss=*/true)) : power;
 }
