@@ -370,21 +370,32 @@ Work LongUnknownName(size_t n)
     return ExpansionOf("@def a" + letters + " = {1}@(x" + letters + ")");
 }
 
-/// Words that name nothing, each as near to none of as many names, while warnings look for near
-/// ones.
-Work WatchedWords(size_t n)
+/// Expands with all warnings.
+Work WatchedExpansionOf(const std::string& text)
 {
-    const auto text = std::make_shared<std::string>(
-        Join(n, "", [](const std::string& i) { return "@def some" + i + "name(x) = {}\n"; }) +
-        Join(n, "", [](const std::string& i) { return "other" + i + "word()\n"; }));
-    return [text]
+    const auto kept = std::make_shared<std::string>(text);
+    return [kept]
     {
         ExpansionRun run;
         run.m_warnings = WARN_ALL;
         run.m_warningSink = [](const ExpansionWarning&) {};
         const ExpansionRunScope scope(run);
-        Expand(SubString(text->data(), text->data() + text->size()));
+        Expand(SubString(kept->data(), kept->data() + kept->size()));
     };
+}
+
+/// Words that name nothing, beside as many names: near ones are looked for.
+Work WatchedWords(size_t n)
+{
+    const auto define = [](const std::string& i) { return "@def some" + i + "name(x) = {}\n"; };
+    const auto call = [](const std::string& i) { return "other" + i + "word()\n"; };
+    return WatchedExpansionOf(Join(n, "", define) + Join(n, "", call));
+}
+
+/// Tabs are looked for in the lines of each.
+Work WatchedBlocks(size_t n)
+{
+    return WatchedExpansionOf(Nested(n, " @scope\n {\n", "x\n", " }\n"));
 }
 
 /// Every position of an output is mapped back, in order.
@@ -466,6 +477,7 @@ std::vector<Family> TextFamilies()
         {"references put together", 4'000, ReferencesPutTogether, nullptr},
         {"long unknown name", 500'000, LongUnknownName, nullptr},
         {"unknown words, with warnings", 4'000, WatchedWords, nullptr},
+        {"nested blocks, with warnings", 10'000, WatchedBlocks, nullptr},
         {"mapping every position", 400'000, Mapping, nullptr},
     };
 }

@@ -23,8 +23,8 @@ constexpr const char* s_literals[] = {
     "0",    "1",         "7",        "2147483648", "0x1F", "2.5",      "1e300",
     "true", "false",     "\"text\"", "'c'",        "\"\"", "r\"\\a\"", "9223372036854775807",
     "0.1",  "\"\\x41\"", "\"a\\n\"", "__LINE__"};
-constexpr const char* s_blanks[] = {"",   "",   "",     " ",          "  ",
-                                    "\n", "\t", "\r\n", " // note\n", "/* c */"};
+constexpr const char* s_blanks[] = {
+    "", "", "", " ", "  ", "\n", "\t", "\r\n", " // note\n", "/* c */", "\f", "\r", " // note\r\n"};
 
 } // namespace
 

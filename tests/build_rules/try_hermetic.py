@@ -27,23 +27,54 @@ def make_locale(directory):
     return {"LC_ALL": "C.UTF-8"}
 
 
+def arguments_of(case):
+    """Those that the case gives to the tool, one a line."""
+    file = case.with_suffix(".args")
+    return file.read_text().split("\n")[:-1] if file.exists() else []
+
+
+def command_for(tool, case, way):
+    """What expands a case; outputs lie at `way`, from the case's folder."""
+    given = [f"{way}.map" if argument == "{out}" else argument for argument in arguments_of(case)]
+    if case.suffix == ".mpfw":
+        return [tool, "project", *given, case.name]
+    if given[:1] == ["project"]:
+        return [tool, *given, case.name]
+    ours = ["-o", way]
+    if "--no-python" not in given:
+        ours.append("--no-python")
+    if "--max-steps" not in given:
+        ours += ["--max-steps", "10000"]
+    if "--map" not in given:
+        ours += ["--map", f"{way}.map"]
+    return [tool, *ours, *given, case.name]
+
+
 def expand_all(tool, cases, out, environment):
-    """Runs the tool in the folder of each case; the exit statuses by name. The outputs are named by the way to
-    them, which is the same in both runs and part of the map."""
-    statuses = {}
-    for case in sorted(cases.rglob("*.tl")):
+    """Runs the tool in the folder of each case; how it ended and what it said, by the name. The outputs are
+    named by the way to them, which is the same in both runs and part of the map."""
+    ends = {}
+    for case in sorted([*cases.rglob("*.tl"), *cases.rglob("*.mpfw")]):
         name = case.relative_to(cases)
-        # Those that want options are about limits, Python or the command line.
-        if any(part.endswith(".d") for part in name.parts) or case.with_suffix(".args").exists():
+        if any(part.endswith(".d") for part in name.parts):
             continue
         target = out / name
         target.parent.mkdir(parents=True, exist_ok=True)
-        way = os.path.relpath(target, case.parent)
         done = subprocess.run(
-            [tool, "--no-python", "--max-steps", "10000", "-o", way, "--map", f"{way}.map", case.name],
+            command_for(tool, case, os.path.relpath(target, case.parent)),
             cwd=case.parent, env=environment, capture_output=True, stdin=subprocess.DEVNULL)
-        statuses[str(name)] = (done.returncode, done.stdout, done.stderr)
-    return statuses
+        ends[str(name)] = (done.returncode, done.stdout, done.stderr)
+    return ends
+
+
+def refuse_usage_errors(ends, cases):
+    """A command line that the tool does not take would test nothing."""
+    wrong = [name for name, (status, _, _) in ends.items() if status not in (0, 1)]
+    if wrong:
+        raise SystemExit("not expanded: " + ", ".join(f"{name}: {ends[name][2].decode()}" for name in wrong[:5]))
+    for kind in (".args", ".mpfw"):
+        if not any(name.endswith(kind) or (cases / name).with_suffix(kind).exists() for name in ends):
+            raise SystemExit(f"no case has {kind}")
 
 
 def main():
@@ -64,6 +95,7 @@ def main():
         first = expand_all(tool, here / "cases", here / "out", plain)
         os.umask(0o077)
         second = expand_all(tool, elsewhere / "cases", elsewhere / "out", other)
+        refuse_usage_errors(first, here / "cases")
         differ = [name for name in first if first[name] != second[name]]
         for made in sorted((here / "out").rglob("*")):
             if made.is_file():

@@ -3,7 +3,8 @@
 
     check_data.py TLEXPAND FOLDER        FOLDER: editors/
 
-The problem matchers find file, line and message in what the tool prints; the snippets, with their
+The problem matchers find file, line and message in what the tool prints; the task of the folder's README runs,
+and names problem matchers that there are; the snippets, with their
 own proposals filled in, are texts that the tool expands; all files are well-formed.
 """
 import json
@@ -55,6 +56,31 @@ def check_matchers(tool, package, folder):
     expect(len(notes) >= 1, f"the diagnostic has no note that the matcher knows\n{printed}")
 
 
+def check_task(tool, readme, package, folder):
+    """Runs the task that is shown on a text, as the editor would: its variables replaced, without a shell."""
+    shown = re.findall(r"^```json\n(.*?)^```$", readme.read_text(), re.DOTALL | re.MULTILINE)
+    tasks = [task for text in shown for task in json.loads(text)["tasks"]]
+    expect(len(tasks) == 1, f"{len(tasks)} tasks are shown")
+    names = {matcher["name"] for matcher in package["contributes"]["problemMatchers"]}
+    place = folder / "a folder"
+    place.mkdir()
+    (place / "table.cpp.tl").write_text("@(1 + 1)\n")
+    for task in tasks:
+        expect(task["type"] == "process" and task["command"] == "tlexpand",
+               f"the task starts {task['command']}")
+        expect({matcher.lstrip("$") for matcher in task["problemMatcher"]} == names,
+               f"the task has the problem matchers {task['problemMatcher']}")
+        values = {"file": place / "table.cpp.tl", "fileDirname": place,
+                  "fileBasenameNoExtension": "table.cpp"}
+        arguments = [re.sub(r"\$\{(\w+)\}", lambda m: str(values[m.group(1)]), argument)
+                     for argument in task["args"]]
+        result = subprocess.run([tool, *arguments], cwd=folder, capture_output=True, text=True,
+                                check=False, timeout=100)
+        expect(result.returncode == 0, f"the task ends with {result.returncode}: {result.stderr}")
+        made = place / "table.cpp"
+        expect(made.exists() and made.read_text() == "2\n", "the task does not make table.cpp")
+
+
 def fill_in(body):
     text = "\n".join(body)
     values = {}
@@ -94,6 +120,7 @@ def main():
             json.loads((vscode / file).read_text())
     with tempfile.TemporaryDirectory() as temporary:
         check_matchers(tool, package, pathlib.Path(temporary))
+        check_task(tool, vscode / "README.md", package, pathlib.Path(temporary))
         check_snippets(tool, vscode / "snippets" / "tl.json", pathlib.Path(temporary))
     for fault in FAULTS:
         print(fault, file=sys.stderr)

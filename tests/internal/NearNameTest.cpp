@@ -149,7 +149,7 @@ TEST_F(NearIndexTest, LongNamesAreFoundToo)
     {
         const std::string name(length, letter++);
         Define(m_one, name + "ab");
-        for (const std::string& end : {"b", "a", "xb", "ax", "ba", "axb", "xab", "abx", "AB"})
+        for (const char* const end : {"b", "a", "xb", "ax", "ba", "axb", "xab", "abx", "AB"})
             EXPECT_EQ(Text(index.Find(m_inner, View(name + end))), name + "ab") << name << end;
         EXPECT_EQ(Text(index.Find(m_inner, View(name + "cd"))), "");
     }

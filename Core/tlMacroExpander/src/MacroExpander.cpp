@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <string_view>
 
 namespace telv
@@ -173,8 +174,9 @@ template <bool isObserved>
 void MacroExpander::ExpandTokenByToken()
 {
     const bool isWatched = Warns(s_watchingWarnings);
+    std::optional<IndentationWatch> indentation;
     if (isWatched)
-        WatchIndentation(*this);
+        indentation.emplace(*this);
     for (;;)
     {
         PassOverLineStarts();

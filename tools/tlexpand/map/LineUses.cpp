@@ -68,10 +68,10 @@ std::vector<RangeUse> FindUses(const OutputMap& map, const SourceRange& range)
         const bool isThrough =
             piece.m_chain != s_none && stepsThrough[static_cast<size_t>(piece.m_chain)];
         if (isThrough)
-            list.Add(piece.m_out, from, true);
-        list.Add(from, to, false);
+            list.Add(piece.m_out, from, /*isThrough=*/true);
+        list.Add(from, to, /*isThrough=*/false);
         if (isThrough)
-            list.Add(to, end, true);
+            list.Add(to, end, /*isThrough=*/true);
     }
     return list.m_uses;
 }

@@ -155,32 +155,44 @@ void WatchToken(const MacroExpander& expander, const LSToken& token)
         WatchHidden(expander, token.m_str, "in a comment");
 }
 
-/// The indentation of each line of the source goes, and spaces take its place: before the first
-/// line only if the output is at the start of one.
-void WatchIndentation(const MacroExpander& expander)
+IndentationWatch::IndentationWatch(const MacroExpander& expander)
+    : m_tabFree(Watch::Current().TabFree()), m_outer(m_tabFree)
 {
     if (expander.m_srcIndent == 0 || expander.m_dstIndent == 0 || !Warns(WARN_TABS))
         return;
-    const SubString text = expander.m_origStr;
     const char* tab = nullptr;
     if (expander.m_output.m_columnPos < 0)
     {
-        const SubString blanks = BlanksBefore(text);
+        const SubString blanks = BlanksBefore(expander.m_origStr);
         const char* p = blanks.begin();
         tab = FindTab(p, blanks.end());
     }
-    for (const char* p = text.begin(); tab == nullptr;)
+    if (tab == nullptr)
+        tab = FindTabOfLines(expander.m_origStr);
+    if (tab != nullptr)
+        Warn(WARN_TABS, tab, {"the tabs that indent this block are written as spaces"});
+}
+
+/// What a text around this one has been searched for already is passed over.
+const char* IndentationWatch::FindTabOfLines(SubString text)
+{
+    const char* p = text.begin();
+    if (p >= m_outer.begin() && p < m_outer.end())
+        p = std::min(m_outer.end(), text.end());
+    const char* tab = nullptr;
+    while (tab == nullptr && p != text.end())
     {
-        p = p == text.end() ? nullptr
-                            : static_cast<const char*>(
-                                  std::memchr(p, '\n', static_cast<size_t>(text.end() - p)));
-        if (p == nullptr)
-            return;
-        const char* const found = FindTab(++p, text.end());
+        const auto* const line =
+            static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(text.end() - p)));
+        m_tabFree = SubString(text.begin(), line == nullptr ? text.end() : line);
+        if (line == nullptr)
+            break;
+        p = line + 1;
+        const char* const found = FindTab(p, text.end());
         if (p != text.end() && *p != '\n' && *p != '\r')
             tab = found;
     }
-    Warn(WARN_TABS, tab, {"the tabs that indent this block are written as spaces"});
+    return tab;
 }
 
 void WarnOfUnknownDirective(const MacroExpander& expander, SubString word)

@@ -10,8 +10,25 @@ namespace telv
 /// Looks at a token that has been read and is about to be processed.
 void WatchToken(const MacroExpander& expander, const LSToken& token);
 
-/// Looks at the text of an expansion that begins: whether tabs of its lines become spaces.
-void WatchIndentation(const MacroExpander& expander);
+/// Looks at the text of an expansion that begins: whether tabs of its lines become spaces. The
+/// indentation of each line of the source goes, and spaces take its place: before the first line
+/// only if the output is at the start of one.
+///
+/// To be kept while the text is expanded: blocks in it are not searched again.
+class IndentationWatch
+{
+public:
+    explicit IndentationWatch(const MacroExpander& expander);
+    ~IndentationWatch() { m_tabFree = m_outer; }
+    IndentationWatch(const IndentationWatch&) = delete;
+    IndentationWatch& operator=(const IndentationWatch&) = delete;
+
+private:
+    const char* FindTabOfLines(SubString text);
+
+    SubString& m_tabFree; ///< The run's.
+    SubString m_outer;    ///< What it was: a part of a text that is being expanded.
+};
 
 /// `@word` means nothing.
 void WarnOfUnknownDirective(const MacroExpander& expander, SubString word);

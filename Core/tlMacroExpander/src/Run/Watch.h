@@ -58,12 +58,15 @@ public:
     const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
 
     NearIndex& Near() { return m_near; }
+    /// A part of a text that is being expanded no line of which begins with tabs.
+    SubString& TabFree() { return m_tabFree; }
 
 private:
     std::set<std::pair<EWarning, const char*>> m_warned;
     std::map<const char*, Definition> m_definitions;
     std::set<const char*> m_used;
     NearIndex m_near;
+    SubString m_tabFree;
 };
 
 } // namespace telv
