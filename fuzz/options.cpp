@@ -137,19 +137,19 @@ void CheckValues(const std::string& text)
     ReadValue([&] { return ParseIndent("--src-indent", text); });
     ReadValue([&] { return ParseCount("--max-depth", text); });
     ReadValue([&] { return ParseSize("--max-output", text); });
-    ReadValue([&] { return static_cast<ssize_t>(ParseColour(text)); });
+    ReadValue([&] { return static_cast<ssize_t>(ParseColour("--color", text)); });
     ReadValue([&] { return static_cast<ssize_t>(ParseIdentifier("--setting", text).size()); });
     ReadValue(
         [&]
         {
-            const Definition definition = ParseDefinition(text);
+            const Definition definition = ParseDefinition("-D", text);
             FUZZ_REQUIRE(definition.m_name + "=" + definition.m_value == text);
             return ssize_t{0};
         });
     ReadValue(
         [&]
         {
-            const Definition list = ParseList(text);
+            const Definition list = ParseList("--list", text);
             FUZZ_REQUIRE(text.starts_with(list.m_name + "=" + list.m_rows.m_file));
             FUZZ_REQUIRE(list.m_rows.m_file.ends_with(list.m_rows.m_isJson ? ".json" : ".csv"));
             return ssize_t{0};

@@ -203,8 +203,7 @@ TemporaryFile::~TemporaryFile()
 /// tool more than it is worth. A disk that is full or fails shows in `write`, over a network here.
 void TemporaryFile::Finish()
 {
-    if (const int error = m_fd.Close())
-        throw MakeFileError("write", m_path, error);
+    m_fd.Finish(m_path);
 }
 
 bool TemporaryFile::HasBytesOf(const std::string& name) const

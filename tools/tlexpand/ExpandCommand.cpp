@@ -53,7 +53,7 @@ struct WantedOutputs
 private:
     OutputFile* Add(const std::optional<std::string>& path)
     {
-        return path && *path != s_standardStream ? &m_set.Add(*path) : nullptr;
+        return path ? m_set.Add(*path) : nullptr;
     }
 };
 
@@ -108,7 +108,6 @@ private:
     void ForEachPart(Visitor visit) const;
     void WriteText(ByteSink& sink) const;
     void WriteExplanation(ByteSink& sink) const;
-    void SetContent(OutputFile* output, Content content);
     void SetContents();
     std::vector<std::string> Dependencies() const;
 
@@ -330,36 +329,28 @@ void ExpandCommand::WriteExplanation(ByteSink& sink) const
     WritePage(sink, page);
 }
 
-/// Null is standard output.
-void ExpandCommand::SetContent(OutputFile* output, Content content)
-{
-    if (output != nullptr)
-        m_outputs.m_set.SetContent(*output, std::move(content));
-    else
-        m_outputs.m_set.SetStandardOutput(std::move(content));
-}
-
 void ExpandCommand::SetContents()
 {
-    SetContent(m_outputs.m_text, [this](ByteSink& sink)
-               { m_options.m_isExplained ? WriteExplanation(sink) : WriteText(sink); });
+    OutputSet& set = m_outputs.m_set;
+    set.SetContent(m_outputs.m_text, [this](ByteSink& sink)
+                   { m_options.m_isExplained ? WriteExplanation(sink) : WriteText(sink); });
     if (m_options.m_map)
-        SetContent(m_outputs.m_map,
-                   [this](ByteSink& sink) { WriteMap(sink, Written(), m_mapStyle); });
+        set.SetContent(m_outputs.m_map,
+                       [this](ByteSink& sink) { WriteMap(sink, Written(), m_mapStyle); });
     if (m_options.m_sourceMap)
-        SetContent(m_outputs.m_sourceMap,
-                   [this](ByteSink& sink) { WriteSourceMap(sink, Written(), m_sourceMapStyle); });
+        set.SetContent(m_outputs.m_sourceMap, [this](ByteSink& sink)
+                       { WriteSourceMap(sink, Written(), m_sourceMapStyle); });
     if (m_options.m_trace)
-        SetContent(m_outputs.m_trace, [this](ByteSink& sink) { m_trace.WriteRest(sink); });
+        set.SetContent(m_outputs.m_trace, [this](ByteSink& sink) { m_trace.WriteRest(sink); });
     if (m_options.m_depfile)
-        SetContent(m_outputs.m_depfile,
-                   [this](ByteSink& sink)
-                   {
-                       const bool isFile = m_options.m_file != s_standardStream;
-                       sink.Write(
-                           MakeDepfile(m_options.m_depfileTarget.value_or(m_options.m_output),
-                                       isFile ? m_options.m_file : "", Dependencies()));
-                   });
+        set.SetContent(m_outputs.m_depfile,
+                       [this](ByteSink& sink)
+                       {
+                           const bool isFile = m_options.m_file != s_standardStream;
+                           sink.Write(
+                               MakeDepfile(m_options.m_depfileTarget.value_or(m_options.m_output),
+                                           isFile ? m_options.m_file : "", Dependencies()));
+                       });
 }
 
 /// Besides the main file.

@@ -38,18 +38,13 @@ void RefuseInputs(const OutputSet& outputs, const MappedFiles& files)
 int RunExplainMapCommand(const ExpandOptions& options)
 {
     OutputSet outputs;
-    OutputFile* const file =
-        options.m_output == s_standardStream ? nullptr : &outputs.Add(options.m_output);
+    OutputFile* const file = outputs.Add(options.m_output);
     MappedFiles files(*options.m_fromMap, "");
     if (files.OutputPath().empty())
         throw UsageError("'" + *options.m_fromMap + "' does not name its output");
     RefuseInputs(outputs, files);
     const Page page = MakePage(files);
-    const auto content = [&](ByteSink& sink) { WritePage(sink, page); };
-    if (file != nullptr)
-        outputs.SetContent(*file, content);
-    else
-        outputs.SetStandardOutput(content);
+    outputs.SetContent(file, [&](ByteSink& sink) { WritePage(sink, page); });
     outputs.Commit();
     return 0;
 }

@@ -127,6 +127,12 @@ int Descriptor::Close()
     return failed == 0 || errno == EINTR ? 0 : errno;
 }
 
+void Descriptor::Finish(const std::string& path)
+{
+    if (const int error = Close())
+        throw MakeFileError("write", path, error);
+}
+
 void OpenMissingStandardDescriptors()
 {
     const int modes[] = {O_WRONLY, O_RDONLY, O_WRONLY};
@@ -201,6 +207,31 @@ int WriteAll(int fd, SubString text)
     return 0;
 }
 
+NamedInput::NamedInput(const std::string& path) : m_name(path == "-" ? "<stdin>" : path)
+{
+    if (path == "-")
+        return;
+    m_file = Descriptor(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
+    if (!m_file.IsOpen())
+        throw MakeFileError("read", path, errno);
+}
+
+int NamedInput::Fd() const
+{
+    return m_file.IsOpen() ? m_file.Get() : STDIN_FILENO;
+}
+
+void WriteAll(int fd, SubString text, const std::string& path)
+{
+    if (const int error = WriteAll(fd, text))
+        throw MakeFileError("write", path, error);
+}
+
+const char* NameOfStream(int fd)
+{
+    return fd == STDOUT_FILENO ? "standard output" : "standard error";
+}
+
 bool HoldSameBytes(int a, int b)
 {
     struct stat statusOfA;
@@ -236,11 +267,25 @@ std::string RealPath(int fd, const std::string& path)
     return RelativePath(start, name);
 }
 
-bool IsRegularFile(const std::string& path)
+std::optional<struct stat> StatusOf(const std::string& path)
 {
     struct stat status;
-    return path.find('\0') == std::string::npos &&
-           fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 && S_ISREG(status.st_mode);
+    const bool exists = fstatat(StartDirectory(), path.c_str(), &status, 0) == 0;
+    return exists ? std::optional(status) : std::nullopt;
+}
+
+bool HasSameText(const struct stat& before, const struct stat& now)
+{
+    return before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
+           before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
+}
+
+bool IsRegularFile(const std::string& path)
+{
+    if (path.find('\0') != std::string::npos)
+        return false;
+    const auto status = StatusOf(path);
+    return status && S_ISREG(status->st_mode);
 }
 
 std::string DirectoryOf(const std::string& path)
@@ -268,11 +313,9 @@ std::optional<FileIdentity> RegularFileAt(int fd)
 
 bool IsSameFile(const std::string& a, const std::string& b)
 {
-    struct stat first;
-    struct stat second;
-    return fstatat(StartDirectory(), a.c_str(), &first, 0) == 0 &&
-           fstatat(StartDirectory(), b.c_str(), &second, 0) == 0 &&
-           FileIdentity(first) == FileIdentity(second);
+    const auto first = StatusOf(a);
+    const auto second = StatusOf(b);
+    return first && second && FileIdentity(*first) == FileIdentity(*second);
 }
 
 std::string JoinPath(const std::string& directory, const std::string& name)

@@ -44,6 +44,10 @@ public:
     int Release();
     /// Closes it now; 0, or the `errno` of a failure, which may be a write that failed late.
     int Close();
+    /// The same for what was written; `path` names it in an error.
+    ///
+    /// @throws FileError
+    void Finish(const std::string& path);
 
 private:
     int m_fd;
@@ -91,8 +95,31 @@ xstring ReadAll(int fd, const std::string& path);
 /// The same for a regular file of this size, which is no more than a good guess.
 xstring ReadAll(int fd, const std::string& path, ssize_t size);
 
+/// A file that the command line names, open to be read; "-" is standard input.
+class NamedInput
+{
+public:
+    /// @throws FileError
+    explicit NamedInput(const std::string& path);
+
+    int Fd() const;
+    /// As it is shown.
+    const std::string& Name() const { return m_name; }
+
+private:
+    std::string m_name;
+    Descriptor m_file; ///< Not open for standard input, which stays.
+};
+
 /// Writes all of `text`; 0 or an `errno`. Continues after short writes and interruptions.
 int WriteAll(int fd, SubString text);
+/// The same; `path` names it in an error.
+///
+/// @throws FileError
+void WriteAll(int fd, SubString text, const std::string& path);
+
+/// What standard output or standard error is called in messages.
+const char* NameOfStream(int fd);
 
 /// The name without symbolic links of the open file that `path`, relative to the directory of the
 /// start or absolute, led to, in the same manner; `path` itself, normalised, where the system does
@@ -101,6 +128,13 @@ std::string RealPath(int fd, const std::string& path);
 
 /// Whether two open files are regular and hold the same bytes; false when one can't be read.
 bool HoldSameBytes(int a, int b);
+
+/// What the system knows of the file that `path` leads to; nothing where there is none.
+std::optional<struct stat> StatusOf(const std::string& path);
+
+/// Whether a file has the size and the time of change that it had before: the same text, as far as
+/// the system tells.
+bool HasSameText(const struct stat& before, const struct stat& now);
 
 /// Whether `path` leads to a regular file; false when it holds a NUL.
 bool IsRegularFile(const std::string& path);

@@ -7,8 +7,6 @@
 #include "output/OutputFile.h"
 #include "report/GuardedRun.h"
 #include "tlMacroExpander/src/Run/MemoryLimit.h"
-#include <cerrno>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace telv::tool
@@ -83,17 +81,9 @@ int ProjectCommand::Run()
 /// Opened and read once, so that it may be a pipe. One that can't be read is no error in a text.
 void ProjectCommand::ReadMainFile()
 {
-    if (m_options.m_file == s_standardStream)
-    {
-        m_mainName = "<stdin>";
-        m_mainText = ReadAll(STDIN_FILENO, m_mainName);
-        return;
-    }
-    m_mainName = m_options.m_file;
-    const Descriptor fd(OpenAt(StartDirectory(), m_mainName.c_str(), O_RDONLY | O_NOCTTY));
-    if (!fd.IsOpen())
-        throw MakeFileError("read", m_mainName, errno);
-    m_mainText = ReadAll(fd.Get(), m_mainName);
+    const NamedInput file(m_options.m_file);
+    m_mainName = file.Name();
+    m_mainText = ReadAll(file.Fd(), m_mainName);
 }
 
 void ProjectCommand::ReadProject()

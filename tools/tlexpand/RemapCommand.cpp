@@ -10,18 +10,6 @@
 namespace telv::tool
 {
 
-namespace
-{
-
-void WriteTo(int fd, const std::string& text)
-{
-    if (const int error = WriteAll(fd, ViewOf(text)))
-        throw MakeFileError("write", fd == STDOUT_FILENO ? "standard output" : "standard error",
-                            error);
-}
-
-} // namespace
-
 int RunRemapCommand(const RemapOptions& options)
 {
     bool failed = false;
@@ -33,8 +21,10 @@ int RunRemapCommand(const RemapOptions& options)
         });
     for (const MapFile& map : options.m_maps)
         outputs.Add(map.m_path, map.m_output);
-    MessageStream out(outputs, [](const std::string& text) { WriteTo(STDOUT_FILENO, text); });
-    MessageStream err(outputs, [](const std::string& text) { WriteTo(STDERR_FILENO, text); });
+    const auto writeTo = [](int fd)
+    { return [fd](const std::string& text) { WriteAll(fd, ViewOf(text), NameOfStream(fd)); }; };
+    MessageStream out(outputs, writeTo(STDOUT_FILENO));
+    MessageStream err(outputs, writeTo(STDERR_FILENO));
     const auto takeOut = [&](SubString bytes) { out.Add(bytes); };
     const auto takeErr = [&](SubString bytes) { err.Add(bytes); };
     int status = 0;

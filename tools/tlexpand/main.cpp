@@ -24,66 +24,56 @@ namespace telv::tool
 namespace
 {
 
-constexpr const char* s_version = "tlexpand " TELV_VERSION "\n";
-
 int PrintAndSucceed(const std::string& text)
 {
     WriteStandardOutput([&](ByteSink& sink) { sink.Write(text); });
     return 0;
 }
 
+/// Reads the options of a command and does what they ask for.
+template <class Options>
+int Run(int argc, char** argv, Options (*parse)(int, char**), std::string (*help)(),
+        int (*run)(const Options&))
+{
+    const Options options = parse(argc, argv);
+    if (options.m_help)
+        return PrintAndSucceed(help());
+    if (options.m_version)
+        return PrintAndSucceed("tlexpand " TELV_VERSION "\n");
+    return run(options);
+}
+
 int RunExpand(int argc, char** argv)
 {
-    const ExpandOptions options = ParseExpandOptions(argc, argv);
-    if (options.m_help)
-        return PrintAndSucceed(s_expandHelp);
-    if (options.m_version)
-        return PrintAndSucceed(s_version);
-    if (IsBatch(options))
-        return RunBatchCommand(options);
-    return RunExpandCommand(options);
-}
-
-int RunProject(int argc, char** argv)
-{
-    const ProjectOptions options = ParseProjectOptions(argc, argv);
-    if (options.m_help)
-        return PrintAndSucceed(s_projectHelp);
-    if (options.m_version)
-        return PrintAndSucceed(s_version);
-    return RunProjectCommand(options);
-}
-
-int RunWhere(int argc, char** argv)
-{
-    const WhereOptions options = ParseWhereOptions(argc, argv);
-    if (options.m_help)
-        return PrintAndSucceed(s_whereHelp);
-    if (options.m_version)
-        return PrintAndSucceed(s_version);
-    return RunWhereCommand(options);
-}
-
-int RunRemap(int argc, char** argv)
-{
-    const RemapOptions options = ParseRemapOptions(argc, argv);
-    if (options.m_help)
-        return PrintAndSucceed(s_remapHelp);
-    if (options.m_version)
-        return PrintAndSucceed(s_version);
-    return RunRemapCommand(options);
+    return Run<ExpandOptions>(argc, argv, ParseExpandOptions, ExpandHelp,
+                              [](const ExpandOptions& options) {
+                                  return IsBatch(options) ? RunBatchCommand(options)
+                                                          : RunExpandCommand(options);
+                              });
 }
 
 int RunExplain(int argc, char** argv)
 {
-    const ExpandOptions options = ParseExplainOptions(argc, argv);
-    if (options.m_help)
-        return PrintAndSucceed(s_explainHelp);
-    if (options.m_version)
-        return PrintAndSucceed(s_version);
-    if (options.m_fromMap)
-        return RunExplainMapCommand(options);
-    return RunExpandCommand(options);
+    return Run<ExpandOptions>(argc, argv, ParseExplainOptions, ExplainHelp,
+                              [](const ExpandOptions& options) {
+                                  return options.m_fromMap ? RunExplainMapCommand(options)
+                                                           : RunExpandCommand(options);
+                              });
+}
+
+int RunProject(int argc, char** argv)
+{
+    return Run(argc, argv, ParseProjectOptions, ProjectHelp, RunProjectCommand);
+}
+
+int RunWhere(int argc, char** argv)
+{
+    return Run(argc, argv, ParseWhereOptions, WhereHelp, RunWhereCommand);
+}
+
+int RunRemap(int argc, char** argv)
+{
+    return Run(argc, argv, ParseRemapOptions, RemapHelp, RunRemapCommand);
 }
 
 /// A command that the first argument chooses.

@@ -26,10 +26,9 @@ class Plan;
 class PlanReader;
 class ScannedText;
 class TemporaryText;
-class TextScope;
 struct ScanItem;
 struct LevelText;
-struct PlannedBlock;
+struct TextBlock;
 using PlannedAction = std::function<void(MacroExpander&)>;
 enum EPieces : unsigned char;
 
@@ -252,8 +251,8 @@ private:
     LevelText Part(SubString text) const;
     LSToken NextToken();
     LevelText CutSection(bool readOpen, EToken open, EToken close);
-    LevelText CutBlock(ssize_t& indent);
-    LevelText CutRoundBlock(ssize_t& indent);
+    TextBlock CutBlock();
+    TextBlock CutRoundBlock();
     LevelText CutArgument(LSToken& end, EToken close);
 
     void ReadFormalArgs(SubString name, LSMacroVariable& macroVar);
@@ -292,18 +291,22 @@ private:
     bool WriteValueDirectly(const LevelText& expression);
     void WriteExpression(const LevelText& section);
     void ExpandTwice(const LevelText& section);
-    bool TakeDirectiveWord(const char* word);
     bool EvaluateCondition(const LevelText& condition, SubString directiveName);
-    void ExpandChosen(const LevelText& block, ssize_t indent);
-    void LoopWhile(const LevelText& condition, const LevelText& block, ssize_t indent);
+    using Hint = void (*)(VarFrame& frame, SubString source, SubString expanded,
+                          const LexScannerException& error);
+    void AddExpressionContext(LexScannerException& e, Hint hint, SubString source,
+                              SubString expanded, SubString directiveName) const;
+    void ExpandScope(const TextBlock& block);
+    void ExpandChosen(const TextBlock* block);
+    void LoopWhile(const LevelText& condition, const TextBlock& block);
     template <class Next>
     static void ReadForHead(ForHead& head, const Next& next);
-    void LoopFor(const ForHead& head, const TextScope& list, const LevelText& block, ssize_t indent,
+    void LoopFor(const ForHead& head, std::shared_ptr<TemporaryText> list, const TextBlock& block,
                  std::shared_ptr<KnownList>* known);
     void ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent, ssize_t round);
     void ExpandObservedRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
                              ssize_t round);
-    LevelText ScanLoopBlock(ssize_t& indent, const char* context);
+    TextBlock CutLoopBlock(const char* context);
 
     LSValueVariable* FindAssigned(SubString name);
     void AssignVariable(const LSToken& nameToken);
@@ -316,7 +319,7 @@ private:
     void EvaluateValueText(ELSVariable type, const LevelText& text, bool verbatim, xstring& value);
     xstring EvaluateText(const LevelText& text, SubString directiveName);
 
-    void WriteStr(const LevelText& text, ssize_t indent, bool splitLines, EStrLiteralMode mode);
+    void WriteStr(const TextBlock& block, bool splitLines, EStrLiteralMode mode);
     void WriteLiteral(SubString text, bool splitLines, EStrLiteralMode mode);
     bool FailsToExpand(const LevelText& text);
     bool Import(const xstring& path, const char* pos);

@@ -142,9 +142,8 @@ std::string FileNames::Key(const FileIdentity& file)
 
 std::string FileNames::Key(const std::string& path)
 {
-    struct stat status;
-    if (fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 && S_ISREG(status.st_mode))
-        return Key(FileIdentity(status));
+    if (const auto status = StatusOf(path); status && S_ISREG(status->st_mode))
+        return Key(FileIdentity(*status));
     return Place(path);
 }
 

@@ -29,9 +29,8 @@ std::string InDirectory(const std::string& directory, const std::string& name)
 
 bool LeadsTo(const std::string& path, const FileIdentity& identity)
 {
-    struct stat status;
-    return fstatat(StartDirectory(), path.c_str(), &status, 0) == 0 &&
-           FileIdentity(status) == identity;
+    const auto status = StatusOf(path);
+    return status && FileIdentity(*status) == identity;
 }
 
 /// Takes the expansion of imported files, which nobody reads.
@@ -102,38 +101,28 @@ FileImportHandler::Input& FileImportHandler::AddInput(const std::string& name,
 
 /// A file is only looked at for its size when it is expanded, so that the error has a place; what
 /// is no file may have no end.
-std::shared_ptr<const InputText> FileImportHandler::ReadMainText(int fd, const std::string& name,
-                                                                 bool isFile) const
+std::shared_ptr<const InputText> FileImportHandler::ReadMainText(const NamedInput& file,
+                                                                 bool isRegular) const
 try
 {
     std::optional<MemoryLimitScope> limit;
-    if (!isFile)
+    if (!isRegular)
         limit.emplace(m_run);
-    return std::make_shared<const InputText>(InputText::Read(fd, name));
+    return std::make_shared<const InputText>(InputText::Read(file.Fd(), file.Name()));
 }
 catch (const MemoryLimitReached&)
 {
-    throw MakeFileError("read", name, ENOMEM);
+    throw MakeFileError("read", file.Name(), ENOMEM);
 }
 
 void FileImportHandler::ReadMain(const std::string& path)
 {
-    const bool isStandardInput = path == "-";
-    const std::string name = isStandardInput ? "<stdin>" : path;
-    Descriptor opened;
-    if (!isStandardInput)
-    {
-        opened = Descriptor(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY));
-        if (!opened.IsOpen())
-            throw MakeFileError("read", path, errno);
-    }
-    const int fd = isStandardInput ? STDIN_FILENO : opened.Get();
+    const NamedInput file(path);
     struct stat status;
-    const bool isRegular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
     std::optional<FileStamp> stamp;
-    if (isRegular)
+    if (fstat(file.Fd(), &status) == 0 && S_ISREG(status.st_mode))
         stamp = FileStamp(status);
-    Input& input = AddInput(name, ReadMainText(fd, name, isRegular), nullptr);
+    Input& input = AddInput(file.Name(), ReadMainText(file, stamp.has_value()), nullptr);
     if (stamp)
         Know(input, *stamp);
 }
@@ -448,11 +437,6 @@ void FileImportHandler::CheckUnchanged() const
         if (input->m_text != nullptr)
             if (const char* const change = input->m_text->FindChange(input->m_path))
                 throw FileError("can't read '" + input->m_name + "': " + change);
-}
-
-std::optional<FileIdentity> FileImportHandler::MainIdentity() const
-{
-    return m_inputs.front()->m_identity;
 }
 
 /// Remembers the name by which a file was reached, normalised unless that leads elsewhere, and that

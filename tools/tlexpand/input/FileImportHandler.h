@@ -78,7 +78,7 @@ public:
     std::vector<ExpansionWarning> FindUnused() const;
 
     /// Where the main file is; nothing for a pipe or a device.
-    std::optional<FileIdentity> MainIdentity() const;
+    std::optional<FileIdentity> MainIdentity() const { return m_inputs.front()->m_identity; }
     /// Before anything is read: `ImportedPaths` will be asked.
     void NotePaths() { m_notesPaths = true; }
     /// Names that lead to the files that were imported, in the order of reading: each name by which
@@ -125,8 +125,7 @@ private:
 
     class ActiveScope;
 
-    std::shared_ptr<const InputText> ReadMainText(int fd, const std::string& name,
-                                                  bool isFile) const;
+    std::shared_ptr<const InputText> ReadMainText(const NamedInput& file, bool isRegular) const;
     void HoldToEnd(const std::string& kept) const;
     Input& AddInput(const std::string& name, std::shared_ptr<const InputText> text,
                     const char* importPos);

@@ -49,29 +49,12 @@ BatchJob MakeJob(const ExpandOptions& options, const std::string& input, const s
     return {input, OutputIn(*options.m_outDirectory, input), place, /*outputIsNamed=*/false};
 }
 
-/// A list that was read, and which file it is, unless it is none.
-struct ListText
-{
-    std::string m_text;
-    std::optional<FileIdentity> m_identity;
-};
-
-ListText ReadList(const std::string& path)
-{
-    if (path == s_standardStream)
-        return {ToStdString(ReadAll(STDIN_FILENO, "<stdin>")), RegularFileAt(STDIN_FILENO)};
-    const Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY));
-    if (!file.IsOpen())
-        throw MakeFileError("read", path, errno);
-    return {ToStdString(ReadAll(file.Get(), path)), RegularFileAt(file.Get())};
-}
-
 /// Adds what the list at `path` names; which file that is.
 std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::string& path,
                                     std::vector<BatchJob>& jobs)
 {
-    const auto [text, identity] = ReadList(path);
-    const std::string name = path == s_standardStream ? "<stdin>" : path;
+    const NamedInput list(path);
+    const std::string text = ToStdString(ReadAll(list.Fd(), list.Name()));
     size_t line = 0;
     for (size_t begin = 0; begin < text.size();)
     {
@@ -83,7 +66,7 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
             entry.pop_back();
         if (entry.empty() || entry[0] == '#')
             continue;
-        const std::string place = name + "(" + std::to_string(line) + "): ";
+        const std::string place = list.Name() + "(" + std::to_string(line) + "): ";
         const size_t tab = entry.find('\t');
         const std::string output = tab == std::string::npos ? "" : entry.substr(tab + 1);
         if (output.find('\t') != std::string::npos)
@@ -91,7 +74,7 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
                                      "output, and no more");
         jobs.push_back(MakeJob(options, entry.substr(0, tab), output, place));
     }
-    return identity;
+    return RegularFileAt(list.Fd());
 }
 
 /// Messages of many files, one a line, that end with how many more there are.
@@ -119,11 +102,10 @@ private:
 /// Why the file can't be an input, as an `errno`; 0 when it can.
 int FindReadError(const std::string& path)
 {
-    struct stat status;
-    if (fstatat(StartDirectory(), path.c_str(), &status, 0) != 0 ||
-        faccessat(StartDirectory(), path.c_str(), R_OK, AT_EACCESS) != 0)
+    const auto status = StatusOf(path);
+    if (!status || faccessat(StartDirectory(), path.c_str(), R_OK, AT_EACCESS) != 0)
         return errno;
-    return S_ISDIR(status.st_mode) ? EISDIR : 0;
+    return S_ISDIR(status->st_mode) ? EISDIR : 0;
 }
 
 void CheckInputs(const std::vector<BatchJob>& jobs)

@@ -11,11 +11,6 @@ namespace
 
 constexpr long s_twoTicks = 20'000'000;
 
-bool IsEqual(const timespec& a, const timespec& b)
-{
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-}
-
 bool IsLongPast(const timespec& time)
 {
     timespec now;
@@ -28,19 +23,15 @@ bool IsLongPast(const timespec& time)
 } // namespace
 
 FileStamp::FileStamp(const struct stat& status)
-    : m_identity(status), m_size(status.st_size), m_modified(status.st_mtim),
-      m_changed(status.st_ctim), m_tellsChanges(IsLongPast(status.st_ctim))
+    : m_status(status), m_tellsChanges(IsLongPast(status.st_ctim))
 {
-}
-
-bool FileStamp::HasSameText(const struct stat& status) const
-{
-    return m_size == status.st_size && IsEqual(m_modified, status.st_mtim);
 }
 
 bool FileStamp::IsSettled(const struct stat& status) const
 {
-    return m_tellsChanges && HasSameText(status) && IsEqual(m_changed, status.st_ctim);
+    const timespec& changed = m_status.st_ctim;
+    return m_tellsChanges && HasSameText(status) && changed.tv_sec == status.st_ctim.tv_sec &&
+           changed.tv_nsec == status.st_ctim.tv_nsec;
 }
 
 } // namespace telv::tool

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "Files.h"
-#include <ctime>
 
 namespace telv::tool
 {
@@ -16,18 +15,18 @@ public:
     /// To be made before the file is read.
     explicit FileStamp(const struct stat& status);
 
-    const FileIdentity& Identity() const { return m_identity; }
+    FileIdentity Identity() const { return FileIdentity(m_status); }
     /// Whether the file, which has the same identity, has the same size and the same text's time.
-    bool HasSameText(const struct stat& status) const;
+    bool HasSameText(const struct stat& status) const
+    {
+        return tool::HasSameText(m_status, status);
+    }
     /// Whether nothing at all has happened to it: it is the file that was read, under whatever
     /// name.
     bool IsSettled(const struct stat& status) const;
 
 private:
-    FileIdentity m_identity;
-    off_t m_size;
-    timespec m_modified;
-    timespec m_changed;
+    struct stat m_status;
     bool m_tellsChanges; ///< The last change was long enough before: the next has another time.
 };
 

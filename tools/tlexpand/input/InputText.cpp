@@ -56,16 +56,6 @@ void HandleBusErrors()
     sigaction(SIGBUS, &action, nullptr);
 }
 
-bool IsSameTime(const timespec& a, const timespec& b)
-{
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-}
-
-bool IsSameState(const struct stat& a, const struct stat& b)
-{
-    return a.st_size == b.st_size && IsSameTime(a.st_mtim, b.st_mtim);
-}
-
 /// For a file that gave another number of bytes than it had: there are such whose size means
 /// nothing, and one may have been read in part before.
 void CheckUnchanged(int fd, const std::string& path, const struct stat& before)
@@ -73,7 +63,7 @@ void CheckUnchanged(int fd, const std::string& path, const struct stat& before)
     struct stat now;
     if (fstat(fd, &now) != 0)
         throw MakeFileError("read", path, errno);
-    if (!IsSameState(before, now))
+    if (!HasSameText(before, now))
         throw FileError("can't read '" + path + "': " + s_changed);
 }
 
@@ -153,11 +143,10 @@ bool InputText::Map(int fd, const std::string& path, const struct stat& status)
 
 const char* InputText::FindChange(const std::string& path) const
 {
-    struct stat now;
-    if (!m_mapped || fstatat(StartDirectory(), path.c_str(), &now, 0) != 0 ||
-        FileIdentity(now) != FileIdentity(*m_mapped) || IsSameState(now, *m_mapped))
+    const auto now = m_mapped ? StatusOf(path) : std::nullopt;
+    if (!now || FileIdentity(*now) != FileIdentity(*m_mapped) || HasSameText(*m_mapped, *now))
         return nullptr;
-    return now.st_size < m_mapped->st_size ? s_shortened : s_changed;
+    return now->st_size < m_mapped->st_size ? s_shortened : s_changed;
 }
 
 } // namespace telv::tool

@@ -4,6 +4,8 @@
 #include "Files.h"
 #include "WarningNames.h"
 #include <charconv>
+#include <limits>
+#include <utility>
 
 namespace telv::tool
 {
@@ -12,6 +14,7 @@ namespace
 {
 
 constexpr ssize_t s_largestIndent = 1'000'000;
+constexpr ssize_t s_largest = std::numeric_limits<ssize_t>::max();
 
 [[noreturn]] void ThrowBadValue(const char* option, const std::string& text,
                                 const std::string& wanted)
@@ -29,10 +32,32 @@ const char* ReadDigits(const std::string& text, ssize_t& value)
     return isNumber ? stop : nullptr;
 }
 
+ssize_t ParseNumber(const char* option, const std::string& text, ssize_t least, ssize_t most,
+                    const char* wanted)
+{
+    ssize_t number = 0;
+    if (ReadDigits(text, number) != text.data() + text.size() || number < least || number > most)
+        ThrowBadValue(option, text, wanted);
+    return number;
+}
+
 bool IsIdentifier(const std::string& text)
 {
     SubString rest = ViewOf(text);
     return ScanIdentifier(rest) && rest.empty();
+}
+
+/// What stands before the '=', an identifier, and behind it.
+std::pair<std::string, std::string> SplitDefinition(const char* option, const std::string& text,
+                                                    const char* wanted)
+{
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        ThrowBadValue(option, text, wanted);
+    const std::string name = text.substr(0, equals);
+    if (!IsIdentifier(name))
+        ThrowBadValue(option, text, "the name before '=' must be an identifier");
+    return {name, text.substr(equals + 1)};
 }
 
 /// Where the name of the data file ends that `text` begins with: at its end or before a colon.
@@ -64,37 +89,36 @@ std::vector<std::string> SplitAtCommas(const std::string& text)
 
 } // namespace
 
-Definition ParseDefinition(const std::string& text)
+Definition ParseDefinition(const char* option, const std::string& text)
 {
-    const size_t equals = text.find('=');
-    if (equals == std::string::npos)
-        ThrowBadValue("-D", text, "NAME=VALUE is wanted");
-    const std::string name = text.substr(0, equals);
-    if (!IsIdentifier(name))
-        ThrowBadValue("-D", text, "the name before '=' must be an identifier");
-    return {Definition::EKind::DollarMacro, name, text.substr(equals + 1)};
+    const auto [name, value] = SplitDefinition(option, text, "NAME=VALUE is wanted");
+    return {Definition::EKind::DollarMacro, name, value};
 }
 
-Definition ParseList(const std::string& text)
+Definition ParseList(const char* option, const std::string& text)
 {
-    const size_t equals = text.find('=');
-    if (equals == std::string::npos)
-        ThrowBadValue("--list", text, "NAME=FILE[:COLUMNS] is wanted");
-    const std::string name = text.substr(0, equals);
-    if (!IsIdentifier(name))
-        ThrowBadValue("--list", text, "the name before '=' must be an identifier");
+    const auto [name, file] = SplitDefinition(option, text, "NAME=FILE[:COLUMNS] is wanted");
     Definition list = {Definition::EKind::List, name, ""};
-    const std::string file = text.substr(equals + 1);
     const size_t end = FindEndOfDataFile(file, list.m_rows.m_isJson);
     if (end == std::string::npos)
-        ThrowBadValue("--list", text, "the name of a .csv or .json file is wanted behind '='");
+        ThrowBadValue(option, text, "the name of a .csv or .json file is wanted behind '='");
     list.m_rows.m_file = file.substr(0, end);
     if (end < file.size())
         list.m_rows.m_columns = SplitAtCommas(file.substr(end + 1));
     for (const std::string& column : list.m_rows.m_columns)
         if (column.empty())
-            ThrowBadValue("--list", text, "the name of a column is empty");
+            ThrowBadValue(option, text, "the name of a column is empty");
     return list;
+}
+
+Definition ParseEvaluatedText(const char* /*option*/, const std::string& text)
+{
+    return {Definition::EKind::Text, "", text};
+}
+
+std::string ParseAnyText(const char* /*option*/, const std::string& text)
+{
+    return text;
 }
 
 std::string ParseIdentifier(const char* option, const std::string& text)
@@ -111,28 +135,25 @@ std::string ParseFileName(const char* option, const std::string& text)
     return text;
 }
 
+std::string ParseAbsolutePath(const char* option, const std::string& text)
+{
+    return AbsolutePath(ParseFileName(option, text));
+}
+
 ssize_t ParseIndent(const char* option, const std::string& text)
 {
-    ssize_t columns = 0;
-    if (ReadDigits(text, columns) != text.data() + text.size() || columns > s_largestIndent)
-        ThrowBadValue(option, text, "a number of columns from 0 to 1000000 is wanted");
-    return columns;
+    return ParseNumber(option, text, 0, s_largestIndent,
+                       "a number of columns from 0 to 1000000 is wanted");
 }
 
 ssize_t ParseCount(const char* option, const std::string& text)
 {
-    ssize_t count = 0;
-    if (ReadDigits(text, count) != text.data() + text.size())
-        ThrowBadValue(option, text, "a number of 0 or more is wanted");
-    return count;
+    return ParseNumber(option, text, 0, s_largest, "a number of 0 or more is wanted");
 }
 
 ssize_t ParsePositiveCount(const char* option, const std::string& text)
 {
-    ssize_t count = 0;
-    if (ReadDigits(text, count) != text.data() + text.size() || count == 0)
-        ThrowBadValue(option, text, "a number of 1 or more is wanted");
-    return count;
+    return ParseNumber(option, text, 1, s_largest, "a number of 1 or more is wanted");
 }
 
 ssize_t ParseSize(const char* option, const std::string& text)
@@ -172,7 +193,7 @@ std::string ParseLineFormat(const char* option, const std::string& text)
     return text;
 }
 
-unsigned ParseWarnings(const std::string& text)
+unsigned ParseWarnings(const char* option, const std::string& text)
 {
     unsigned warnings = WARN_NONE;
     for (const std::string& name : SplitAtCommas(text))
@@ -184,13 +205,13 @@ unsigned ParseWarnings(const std::string& text)
         else if (const EWarning kind = FindWarning(name); kind != WARN_NONE)
             warnings |= kind;
         else
-            ThrowBadValue("--warn", text,
+            ThrowBadValue(option, text,
                           "all, none or names out of " + NamesOfWarnings() + " are wanted");
     }
     return warnings;
 }
 
-Colour ParseColour(const std::string& text)
+Colour ParseColour(const char* option, const std::string& text)
 {
     if (text == "auto")
         return Colour::Auto;
@@ -198,7 +219,7 @@ Colour ParseColour(const std::string& text)
         return Colour::Always;
     if (text == "never")
         return Colour::Never;
-    ThrowBadValue("--color", text, "auto, always or never is wanted");
+    ThrowBadValue(option, text, "auto, always or never is wanted");
 }
 
 } // namespace telv::tool

@@ -1,142 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The table of the options, and what each of them sets.
+// The tables of the options, and what the options of one command line say against each other.
 #include "options/Options.h"
-#include "Files.h"
+#include "options/OptionTable.h"
 #include "options/OptionValues.h"
-#include "options/OptionWalk.h"
 
 namespace telv::tool
 {
 
 namespace
 {
-
-/// Values of options without a letter.
-enum ELongOption
-{
-    OPT_FIRST = 256,
-    OPT_SRC_INDENT = OPT_FIRST,
-    OPT_LIST,
-    OPT_DST_INDENT,
-    OPT_KEEP_IMPORTS,
-    OPT_LENIENT,
-    OPT_KEEP_UNCHANGED,
-    OPT_CHECK,
-    OPT_BATCH,
-    OPT_OUT_DIR,
-    OPT_KEEP_GOING,
-    OPT_MAP,
-    OPT_MAP_RUNS,
-    OPT_CHAINS,
-    OPT_VERIFY_MAP,
-    OPT_LINE_DIRECTIVES,
-    OPT_LINE_FORMAT,
-    OPT_SOURCE_MAP,
-    OPT_SOURCE_MAP_CONTENTS,
-    OPT_FROM_MAP,
-    OPT_TRACE,
-    OPT_DEPFILE,
-    OPT_DEPEND,
-    OPT_DEPFILE_TARGET,
-    OPT_NO_PYTHON,
-    OPT_PYTHON_PATH,
-    OPT_WARN,
-    OPT_WERROR,
-    OPT_MAX_DEPTH,
-    OPT_MAX_STEPS,
-    OPT_MAX_OUTPUT,
-    OPT_MAX_MEMORY,
-    OPT_COLOUR,
-    OPT_SETTING,
-    OPT_PATH_SETTING
-};
-
-/// The commands whose options stand here.
-enum ECommand : unsigned
-{
-    Expand = 1,
-    Explain = 2, // takes what decides about the text, not what else is made of it
-    Project = 4,
-    Everywhere = Expand | Explain | Project
-};
-
-/// An option, and the commands that take it.
-struct OptionRow
-{
-    const char* m_name;
-    int m_argument; ///< As getopt_long names it.
-    int m_code;     ///< Its letter, or an ELongOption.
-    unsigned m_commands;
-};
-
-// clang-format off
-constexpr OptionRow s_rows[] = {
-    {"setting",              required_argument, OPT_SETTING,          Project},
-    {"path-setting",         required_argument, OPT_PATH_SETTING,     Project},
-    {"output",               required_argument, 'o',                  Expand | Explain},
-    {"import-path",          required_argument, 'I',                  Everywhere},
-    {"define",               required_argument, 'D',                  Everywhere},
-    {"eval",                 required_argument, 'E',                  Expand | Explain},
-    {"list",                 required_argument, OPT_LIST,             Expand | Explain},
-    {"src-indent",           required_argument, OPT_SRC_INDENT,       Expand | Explain},
-    {"dst-indent",           required_argument, OPT_DST_INDENT,       Expand | Explain},
-    {"lenient",              no_argument,       OPT_LENIENT,          Expand | Explain},
-    {"keep-imports",         no_argument,       OPT_KEEP_IMPORTS,     Expand | Explain},
-    {"keep-unchanged",       no_argument,       OPT_KEEP_UNCHANGED,   Expand | Explain},
-    {"check",                no_argument,       OPT_CHECK,            Expand},
-    {"batch",                required_argument, OPT_BATCH,            Expand},
-    {"out-dir",              required_argument, OPT_OUT_DIR,          Expand},
-    {"jobs",                 required_argument, 'j',                  Expand},
-    {"keep-going",           no_argument,       OPT_KEEP_GOING,       Expand},
-    {"from-map",             required_argument, OPT_FROM_MAP,         Explain},
-    {"map",                  required_argument, OPT_MAP,              Expand},
-    {"map-runs",             no_argument,       OPT_MAP_RUNS,         Expand},
-    {"chains",               no_argument,       OPT_CHAINS,           Expand},
-    {"verify-map",           no_argument,       OPT_VERIFY_MAP,       Expand},
-    {"line-directives",      no_argument,       OPT_LINE_DIRECTIVES,  Expand},
-    {"line-format",          required_argument, OPT_LINE_FORMAT,      Expand},
-    {"source-map",           required_argument, OPT_SOURCE_MAP,       Expand},
-    {"source-map-contents",  no_argument,       OPT_SOURCE_MAP_CONTENTS, Expand},
-    {"trace",                required_argument, OPT_TRACE,            Expand},
-    {"depfile",              required_argument, OPT_DEPFILE,          Expand},
-    {"depend",               required_argument, OPT_DEPEND,           Expand},
-    {"depfile-target",       required_argument, OPT_DEPFILE_TARGET,   Expand},
-    {"no-python",            no_argument,       OPT_NO_PYTHON,        Everywhere},
-    {"python-path",          required_argument, OPT_PYTHON_PATH,      Everywhere},
-    {"warn",                 required_argument, OPT_WARN,             Expand},
-    {"werror",               no_argument,       OPT_WERROR,           Expand},
-    {"max-depth",            required_argument, OPT_MAX_DEPTH,        Everywhere},
-    {"max-steps",            required_argument, OPT_MAX_STEPS,        Everywhere},
-    {"max-output",           required_argument, OPT_MAX_OUTPUT,       Everywhere},
-    {"max-memory",           required_argument, OPT_MAX_MEMORY,       Everywhere},
-    {"color",                required_argument, OPT_COLOUR,           Everywhere},
-    {"version",              no_argument,       'V',                  Everywhere},
-    {"help",                 no_argument,       'h',                  Everywhere},
-};
-// clang-format on
-
-/// The options of one command, as getopt_long takes them.
-struct OptionTable
-{
-    std::vector<option> m_long;
-    std::string m_letters = "-:";
-
-    explicit OptionTable(ECommand command)
-    {
-        for (const OptionRow& row : s_rows)
-        {
-            if ((row.m_commands & command) == 0)
-                continue;
-            m_long.push_back(option{row.m_name, row.m_argument, nullptr, row.m_code});
-            if (row.m_code >= OPT_FIRST)
-                continue;
-            m_letters += static_cast<char>(row.m_code);
-            if (row.m_argument == required_argument)
-                m_letters += ':';
-        }
-        m_long.push_back(option{nullptr, 0, nullptr, 0});
-    }
-};
 
 void SetFile(CommonOptions& options, const char* file)
 {
@@ -153,176 +25,93 @@ void RefuseMoreFiles(const CommonOptions& options)
                          options.m_files[1] + "'");
 }
 
-/// Handles what both commands understand; false for another code.
-bool SetCommonOption(CommonOptions& options, int code, const char* value)
+/// The limit of this name, `ExpansionLimits` holding it at `Limit`.
+template <auto Limit, auto Parse, class Options>
+void SetLimit(Options& options, const char* option, const char* value)
 {
-    switch (code)
-    {
-    case s_operandCode:
-        SetFile(options, value);
-        return true;
-    case 'I':
-        options.m_importPaths.emplace_back(value);
-        return true;
-    case 'D':
-        options.m_definitions.push_back(ParseDefinition(value));
-        return true;
-    case OPT_NO_PYTHON:
-        options.m_python = false;
-        return true;
-    case OPT_PYTHON_PATH:
-        options.m_pythonPath.push_back(AbsolutePath(ParseFileName("--python-path", value)));
-        return true;
-    case OPT_MAX_DEPTH:
-        options.m_limits.m_maxDepth = ParseCount("--max-depth", value);
-        return true;
-    case OPT_MAX_STEPS:
-        options.m_limits.m_maxSteps = ParseCount("--max-steps", value);
-        return true;
-    case OPT_MAX_OUTPUT:
-        options.m_limits.m_maxOutput = ParseSize("--max-output", value);
-        return true;
-    case OPT_MAX_MEMORY:
-        options.m_limits.m_maxMemory = ParseSize("--max-memory", value);
-        return true;
-    case OPT_COLOUR:
-        options.m_colour = ParseColour(value);
-        return true;
-    case 'h':
-        options.m_help = true;
-        return true;
-    case 'V':
-        options.m_version = true;
-        return true;
-    default:
-        return false;
-    }
-}
-
-/// What decides about the text, where it goes and what is said of it; false for another code.
-bool SetTextOption(ExpandOptions& options, int code, const char* value)
-{
-    switch (code)
-    {
-    case 'o':
-        options.m_output = ParseFileName("-o", value);
-        return true;
-    case 'E':
-        options.m_definitions.push_back({Definition::EKind::Text, "", value});
-        return true;
-    case OPT_LIST:
-        options.m_definitions.push_back(ParseList(value));
-        return true;
-    case OPT_SRC_INDENT:
-        options.m_srcIndent = ParseIndent("--src-indent", value);
-        return true;
-    case OPT_DST_INDENT:
-        options.m_dstIndent = ParseIndent("--dst-indent", value);
-        return true;
-    case OPT_KEEP_IMPORTS:
-        options.m_keepImports = true;
-        return true;
-    case OPT_LENIENT:
-        options.m_lenient = true;
-        return true;
-    case OPT_KEEP_UNCHANGED:
-        options.m_keepUnchanged = true;
-        return true;
-    case OPT_FROM_MAP:
-        options.m_fromMap = ParseFileName("--from-map", value);
-        return true;
-    case OPT_WARN:
-        options.m_warnings = ParseWarnings(value);
-        return true;
-    case OPT_WERROR:
-        options.m_warningsAreErrors = true;
-        return true;
-    case OPT_CHECK:
-        options.m_check = true;
-        return true;
-    default:
-        return false;
-    }
-}
-
-/// What else may be made of an expansion.
-void SetExpandOption(ExpandOptions& options, int code, const char* value)
-{
-    if (SetTextOption(options, code, value))
-        return;
-    switch (code)
-    {
-    case OPT_BATCH:
-        options.m_batch = ParseFileName("--batch", value);
-        break;
-    case OPT_OUT_DIR:
-        options.m_outDirectory = ParseFileName("--out-dir", value);
-        break;
-    case 'j':
-        options.m_jobs = ParsePositiveCount("-j", value);
-        break;
-    case OPT_KEEP_GOING:
-        options.m_keepGoing = true;
-        break;
-    case OPT_MAP:
-        options.m_map = ParseFileName("--map", value);
-        break;
-    case OPT_MAP_RUNS:
-        options.m_mapRuns = true;
-        break;
-    case OPT_CHAINS:
-        options.m_chains = true;
-        break;
-    case OPT_VERIFY_MAP:
-        options.m_verifyMap = true;
-        break;
-    case OPT_LINE_DIRECTIVES:
-        if (!options.m_lineFormat)
-            options.m_lineFormat = s_lineFormat;
-        break;
-    case OPT_LINE_FORMAT:
-        options.m_lineFormat = ParseLineFormat("--line-format", value);
-        break;
-    case OPT_SOURCE_MAP:
-        options.m_sourceMap = ParseFileName("--source-map", value);
-        break;
-    case OPT_SOURCE_MAP_CONTENTS:
-        options.m_sourceMapContents = true;
-        break;
-    case OPT_TRACE:
-        options.m_trace = ParseFileName("--trace", value);
-        break;
-    case OPT_DEPFILE:
-        options.m_depfile = ParseFileName("--depfile", value);
-        break;
-    case OPT_DEPEND:
-        options.m_dependencies.push_back(ParseFileName("--depend", value));
-        break;
-    case OPT_DEPFILE_TARGET:
-        options.m_depfileTarget = ParseFileName("--depfile-target", value);
-        break;
-    }
-}
-
-void SetProjectOption(ProjectOptions& options, int code, const char* value)
-{
-    const bool isPath = code == OPT_PATH_SETTING;
-    auto& names = isPath ? options.m_pathSettings : options.m_settings;
-    names.push_back(ParseIdentifier(isPath ? "--path-setting" : "--setting", value));
+    options.m_limits.*Limit = Parse(option, value);
 }
 
 template <class Options>
-Options ParseArguments(int argc, char** argv, ECommand command,
-                       void (*setOption)(Options&, int, const char*))
+void ForbidPython(Options& options)
 {
-    const OptionTable table(command);
+    options.m_python = false;
+}
+
+void SetUsualLineFormat(ExpandOptions& options)
+{
+    if (!options.m_lineFormat)
+        options.m_lineFormat = s_lineFormat;
+}
+
+// clang-format off
+/// Of every command that reads texts.
+template <class Options>
+constexpr OptionRow<Options> s_commonRows[] = {
+    {"import-path", 'I', Add<&Options::m_importPaths, ParseAnyText>},
+    {"define",      'D', Add<&Options::m_definitions, ParseDefinition>},
+    {"no-python",   0,   ForbidPython},
+    {"python-path", 0,   Add<&Options::m_pythonPath, ParseAbsolutePath>},
+    {"max-depth",   0,   SetLimit<&ExpansionLimits::m_maxDepth, ParseCount>},
+    {"max-steps",   0,   SetLimit<&ExpansionLimits::m_maxSteps, ParseCount>},
+    {"max-output",  0,   SetLimit<&ExpansionLimits::m_maxOutput, ParseSize>},
+    {"max-memory",  0,   SetLimit<&ExpansionLimits::m_maxMemory, ParseSize>},
+    {"color",       0,   Value<&Options::m_colour, ParseColour>},
+    {"version",     'V', Flag<&Options::m_version>},
+    {"help",        'h', Flag<&Options::m_help>},
+};
+
+/// What decides about the text and where it goes, whatever is made of it.
+constexpr OptionRow<ExpandOptions> s_textRows[] = {
+    {"output",         'o', Value<&ExpandOptions::m_output, ParseFileName>},
+    {"eval",           'E', Add<&ExpandOptions::m_definitions, ParseEvaluatedText>},
+    {"list",           0,   Add<&ExpandOptions::m_definitions, ParseList>},
+    {"src-indent",     0,   Value<&ExpandOptions::m_srcIndent, ParseIndent>},
+    {"dst-indent",     0,   Value<&ExpandOptions::m_dstIndent, ParseIndent>},
+    {"lenient",        0,   Flag<&ExpandOptions::m_lenient>},
+    {"keep-imports",   0,   Flag<&ExpandOptions::m_keepImports>},
+    {"keep-unchanged", 0,   Flag<&ExpandOptions::m_keepUnchanged>},
+};
+
+constexpr OptionRow<ExpandOptions> s_expandRows[] = {
+    {"check",               0,   Flag<&ExpandOptions::m_check>},
+    {"batch",               0,   Value<&ExpandOptions::m_batch, ParseFileName>},
+    {"out-dir",             0,   Value<&ExpandOptions::m_outDirectory, ParseFileName>},
+    {"jobs",                'j', Value<&ExpandOptions::m_jobs, ParsePositiveCount>},
+    {"keep-going",          0,   Flag<&ExpandOptions::m_keepGoing>},
+    {"map",                 0,   Value<&ExpandOptions::m_map, ParseFileName>},
+    {"map-runs",            0,   Flag<&ExpandOptions::m_mapRuns>},
+    {"chains",              0,   Flag<&ExpandOptions::m_chains>},
+    {"verify-map",          0,   Flag<&ExpandOptions::m_verifyMap>},
+    {"line-directives",     0,   SetUsualLineFormat},
+    {"line-format",         0,   Value<&ExpandOptions::m_lineFormat, ParseLineFormat>},
+    {"source-map",          0,   Value<&ExpandOptions::m_sourceMap, ParseFileName>},
+    {"source-map-contents", 0,   Flag<&ExpandOptions::m_sourceMapContents>},
+    {"trace",               0,   Value<&ExpandOptions::m_trace, ParseFileName>},
+    {"depfile",             0,   Value<&ExpandOptions::m_depfile, ParseFileName>},
+    {"depend",              0,   Add<&ExpandOptions::m_dependencies, ParseFileName>},
+    {"depfile-target",      0,   Value<&ExpandOptions::m_depfileTarget, ParseFileName>},
+    {"warn",                0,   Value<&ExpandOptions::m_warnings, ParseWarnings>},
+    {"werror",              0,   Flag<&ExpandOptions::m_warningsAreErrors>},
+};
+
+constexpr OptionRow<ExpandOptions> s_explainRows[] = {
+    {"from-map", 0, Value<&ExpandOptions::m_fromMap, ParseFileName>},
+};
+
+constexpr OptionRow<ProjectOptions> s_projectRows[] = {
+    {"setting",      0, Add<&ProjectOptions::m_settings, ParseIdentifier>},
+    {"path-setting", 0, Add<&ProjectOptions::m_pathSettings, ParseIdentifier>},
+};
+// clang-format on
+
+template <class Options>
+Options ReadCommandLine(int argc, char** argv,
+                        std::initializer_list<std::span<const OptionRow<Options>>> tables)
+{
     Options options;
-    ForEachOption(argc, argv, table.m_letters.c_str(), table.m_long.data(),
-                  [&](int code, const char* value)
-                  {
-                      if (!SetCommonOption(options, code, value))
-                          setOption(options, code, value);
-                  });
+    ReadArguments<Options>(argc, argv, options, tables,
+                           [](Options& o, const char* file) { SetFile(o, file); });
     return options;
 }
 
@@ -391,7 +180,8 @@ void CheckOutputs(const ExpandOptions& options)
 
 ExpandOptions ParseExpandOptions(int argc, char** argv)
 {
-    ExpandOptions options = ParseArguments(argc, argv, Expand, SetExpandOption);
+    ExpandOptions options = ReadCommandLine<ExpandOptions>(
+        argc, argv, {s_commonRows<ExpandOptions>, s_textRows, s_expandRows});
     if (options.m_file.empty())
         options.m_file = s_standardStream;
     if (!options.m_help && !options.m_version)
@@ -401,7 +191,8 @@ ExpandOptions ParseExpandOptions(int argc, char** argv)
 
 ExpandOptions ParseExplainOptions(int argc, char** argv)
 {
-    ExpandOptions options = ParseArguments(argc, argv, Explain, SetExpandOption);
+    ExpandOptions options = ReadCommandLine<ExpandOptions>(
+        argc, argv, {s_commonRows<ExpandOptions>, s_textRows, s_explainRows});
     options.m_isExplained = true;
     RefuseMoreFiles(options);
     if (options.m_fromMap && !options.m_file.empty())
@@ -413,7 +204,8 @@ ExpandOptions ParseExplainOptions(int argc, char** argv)
 
 ProjectOptions ParseProjectOptions(int argc, char** argv)
 {
-    ProjectOptions options = ParseArguments(argc, argv, Project, SetProjectOption);
+    ProjectOptions options =
+        ReadCommandLine<ProjectOptions>(argc, argv, {s_commonRows<ProjectOptions>, s_projectRows});
     if (options.m_file.empty())
         options.m_file = s_standardStream;
     RefuseMoreFiles(options);

@@ -43,7 +43,7 @@ struct Definition
     RowListOption m_rows = {};
 };
 
-/// What both commands understand.
+/// What all commands that read texts understand.
 struct CommonOptions
 {
     std::string m_file; ///< "-" is standard input. The first one, when there are more.
@@ -128,8 +128,8 @@ ExpandOptions ParseExplainOptions(int argc, char** argv);
 ProjectOptions ParseProjectOptions(int argc, char** argv);
 
 /// The texts of `--help`.
-extern const char* const s_expandHelp;
-extern const char* const s_projectHelp;
-extern const char* const s_explainHelp;
+std::string ExpandHelp();
+std::string ExplainHelp();
+std::string ProjectHelp();
 
 } // namespace telv::tool

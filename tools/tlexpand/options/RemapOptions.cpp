@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// getopt_long, as for an expansion; "--" is looked for first, since a command has options of its
-// own.
+// "--" is looked for first, since a command has options of its own.
 #include "options/RemapOptions.h"
+#include "options/OptionTable.h"
 #include "options/OptionValues.h"
-#include "options/OptionWalk.h"
 #include <cstring>
+#include <utility>
 
 namespace telv::tool
 {
@@ -13,12 +13,18 @@ namespace
 {
 
 // clang-format off
-constexpr option s_table[] = {
-    {"output",  required_argument, nullptr, 'o'},
-    {"version", no_argument,       nullptr, 'V'},
-    {"help",    no_argument,       nullptr, 'h'},
-    {nullptr, 0, nullptr, 0}};
+constexpr OptionRow<RemapOptions> s_rows[] = {
+    {"output",  'o', Value<&RemapOptions::m_nextOutput, ParseFileName>},
+    {"version", 'V', Flag<&RemapOptions::m_version>},
+    {"help",    'h', Flag<&RemapOptions::m_help>},
+};
 // clang-format on
+
+void AddMap(RemapOptions& options, const char* map)
+{
+    options.m_maps.push_back(
+        {ParseFileName("MAP", map), std::exchange(options.m_nextOutput, std::string())});
+}
 
 /// Index of "--", or `argc`. No option of the command takes it for its value.
 int FindCommand(int argc, char** argv)
@@ -34,28 +40,13 @@ int FindCommand(int argc, char** argv)
 RemapOptions ParseRemapOptions(int argc, char** argv)
 {
     RemapOptions options;
-    std::string output;
     const int command = FindCommand(argc, argv);
-    ForEachOption(command, argv, "-:o:Vh", s_table,
-                  [&](int code, const char* value)
-                  {
-                      if (code == 'h')
-                          options.m_help = true;
-                      else if (code == 'V')
-                          options.m_version = true;
-                      else if (code == 'o')
-                          output = ParseFileName("-o", value);
-                      else
-                      {
-                          options.m_maps.push_back({ParseFileName("MAP", value), output});
-                          output.clear();
-                      }
-                  });
+    ReadArguments<RemapOptions>(command, argv, options, {s_rows}, AddMap);
     if (options.m_help || options.m_version)
         return options;
     if (options.m_maps.empty())
         throw UsageError("the map is missing");
-    if (!output.empty())
+    if (!options.m_nextOutput.empty())
         throw UsageError("-o stands before the map of its file");
     if (command + 1 == argc)
         throw UsageError("the command behind '--' is missing");
@@ -64,8 +55,9 @@ RemapOptions ParseRemapOptions(int argc, char** argv)
     return options;
 }
 
-const char* const s_remapHelp =
-    R"(Usage: tlexpand remap [OPTIONS] MAP... [-- COMMAND [ARGUMENT...]]
+std::string RemapHelp()
+{
+    return R"(Usage: tlexpand remap [OPTIONS] MAP... [-- COMMAND [ARGUMENT...]]
 
 Passes on what compilers and other programs say, with places in outputs of tlexpand turned
 into places in their sources. MAP is what --map has written. The messages are read from
@@ -81,5 +73,6 @@ Exit status: that of COMMAND (128 and the number of the signal that ended it; 12
 it is not found). Without one: 0, or 2 when a map cannot be used for a message, which
 passes unchanged.
 )";
+}
 
 } // namespace telv::tool

@@ -17,6 +17,7 @@ struct MapFile
 struct RemapOptions
 {
     std::vector<MapFile> m_maps;
+    std::string m_nextOutput;   ///< Of the map that has yet to be named.
     char** m_command = nullptr; ///< The command and its arguments, of `argv`; or null.
     bool m_help = false;
     bool m_version = false;
@@ -27,6 +28,7 @@ struct RemapOptions
 /// @throws UsageError
 RemapOptions ParseRemapOptions(int argc, char** argv);
 
-extern const char* const s_remapHelp;
+/// The text of `--help`.
+std::string RemapHelp();
 
 } // namespace telv::tool

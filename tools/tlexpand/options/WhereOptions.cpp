@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// getopt_long, as for an expansion.
+// A name of a file can end like a line, so a place can be read in two ways; the caller chooses.
 #include "options/WhereOptions.h"
+#include "options/OptionTable.h"
 #include "options/OptionValues.h"
-#include "options/OptionWalk.h"
 #include <charconv>
 
 namespace telv::tool
@@ -10,22 +10,6 @@ namespace telv::tool
 
 namespace
 {
-
-enum ELongOption
-{
-    OPT_SOURCE = 256,
-    OPT_COLOUR
-};
-
-// clang-format off
-constexpr option s_table[] = {
-    {"source",  required_argument, nullptr, OPT_SOURCE},
-    {"output",  required_argument, nullptr, 'o'},
-    {"color",   required_argument, nullptr, OPT_COLOUR},
-    {"version", no_argument,       nullptr, 'V'},
-    {"help",    no_argument,       nullptr, 'h'},
-    {nullptr, 0, nullptr, 0}};
-// clang-format on
 
 /// Takes ":NUMBER" from the end of `text`.
 std::optional<ssize_t> TakeNumber(std::string& text)
@@ -42,7 +26,7 @@ std::optional<ssize_t> TakeNumber(std::string& text)
     return number;
 }
 
-FilePlace ParsePlace(const std::string& text)
+FilePlace ParsePlace(const char* /*option*/, const std::string& text)
 {
     FilePlace place;
     place.m_file = text;
@@ -65,42 +49,27 @@ void SetOperand(WhereOptions& options, const char* operand)
     if (options.m_map.empty())
         options.m_map = ParseFileName("MAP", operand);
     else if (!options.m_place)
-        options.m_place = ParsePlace(operand);
+        options.m_place = ParsePlace("", operand);
     else
         throw UsageError(std::string("one argument too many: '") + operand + "'");
 }
 
-void SetOption(WhereOptions& options, int code, const char* value)
-{
-    switch (code)
-    {
-    case OPT_SOURCE:
-        options.m_source = ParsePlace(value);
-        break;
-    case 'o':
-        options.m_output = ParseFileName("-o", value);
-        break;
-    case OPT_COLOUR:
-        options.m_colour = ParseColour(value);
-        break;
-    case 'V':
-        options.m_version = true;
-        break;
-    case 'h':
-        options.m_help = true;
-        break;
-    default:
-        SetOperand(options, value);
-    }
-}
+// clang-format off
+constexpr OptionRow<WhereOptions> s_rows[] = {
+    {"source",  0,   Value<&WhereOptions::m_source, ParsePlace>},
+    {"output",  'o', Value<&WhereOptions::m_output, ParseFileName>},
+    {"color",   0,   Value<&WhereOptions::m_colour, ParseColour>},
+    {"version", 'V', Flag<&WhereOptions::m_version>},
+    {"help",    'h', Flag<&WhereOptions::m_help>},
+};
+// clang-format on
 
 } // namespace
 
 WhereOptions ParseWhereOptions(int argc, char** argv)
 {
     WhereOptions options;
-    ForEachOption(argc, argv, "-:o:Vh", s_table,
-                  [&](int code, const char* value) { SetOption(options, code, value); });
+    ReadArguments<WhereOptions>(argc, argv, options, {s_rows}, SetOperand);
     if (options.m_help || options.m_version)
         return options;
     if (options.m_map.empty())
@@ -110,8 +79,9 @@ WhereOptions ParseWhereOptions(int argc, char** argv)
     return options;
 }
 
-const char* const s_whereHelp =
-    R"(Usage: tlexpand where [OPTIONS] MAP OUTPUT:LINE[:COLUMN]
+std::string WhereHelp()
+{
+    return R"(Usage: tlexpand where [OPTIONS] MAP OUTPUT:LINE[:COLUMN]
        tlexpand where [OPTIONS] MAP --source FILE:LINE
 
 Says where a place of an output came from, or what came of a line of a source. MAP is what
@@ -129,5 +99,6 @@ Options:
 Exit status: 0 found, 1 nothing comes from there, 2 usage error, or a file that cannot be
 read or does not fit the map.
 )";
+}
 
 } // namespace telv::tool

@@ -38,6 +38,7 @@ struct WhereOptions
 /// @throws UsageError
 WhereOptions ParseWhereOptions(int argc, char** argv);
 
-extern const char* const s_whereHelp;
+/// The text of `--help`.
+std::string WhereHelp();
 
 } // namespace telv::tool

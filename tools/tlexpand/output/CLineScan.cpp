@@ -1,19 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The few states of C's lexical grammar that can reach over the end of a line.
 #include "output/CLineScan.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 
 namespace telv::tool
 {
 
 namespace
 {
-
-bool IsWordCharacter(char c)
-{
-    const auto byte = static_cast<unsigned char>(c);
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           byte >= 0x80;
-}
 
 bool IsNumber(const std::string& word)
 {
@@ -77,7 +71,7 @@ void CLineScan::Read(char c)
 void CLineScan::ReadCode(char c)
 {
     // The quote inside a number separates digits.
-    if (IsWordCharacter(c) || (c == '\'' && IsNumber(m_word)))
+    if (IsNameCharacter(c) || (c == '\'' && IsNumber(m_word)))
     {
         m_word += c;
         return;

@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "map/LineTable.h"
 #include "output/CLineScan.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
 #include <memory>
 
@@ -13,11 +14,6 @@ namespace telv::tool
 
 namespace
 {
-
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
-}
 
 std::string QuotedName(const std::string& file)
 {
@@ -124,7 +120,7 @@ void DirectivePlacer::Visit(const WrittenPiece& written)
         const ssize_t offset = &c - written.m_text.begin();
         if (m_lineStart == nullptr)
             m_lineStart = &c;
-        if (!IsBlank(c))
+        if (ClassOf(c) != CHAR_BLANK)
             if (const std::optional<Origin> origin = OriginIn(written.m_piece, offset))
                 Count(*origin);
         m_scan.Read(c);

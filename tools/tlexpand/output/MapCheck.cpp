@@ -3,19 +3,12 @@
 #include "output/MapCheck.h"
 #include "Files.h"
 #include <algorithm>
-#include <cstring>
 
 namespace telv::tool
 {
 
 namespace
 {
-
-bool IsEqual(SubString a, SubString b)
-{
-    return a.size() == b.size() &&
-           std::memcmp(a.begin(), b.begin(), static_cast<size_t>(a.size())) == 0;
-}
 
 /// Whether what was copied into a text that was made stands where it is said to.
 bool IsCopiedRight(const WrittenPiece& written, const Sources& sources)
@@ -27,7 +20,7 @@ bool IsCopiedRight(const WrittenPiece& written, const Sources& sources)
     if (copied.m_in > file.size() - copied.m_inSize)
         return false;
     const char* const begin = file.begin() + copied.m_in;
-    return IsEqual(written.m_text, SubString(begin, begin + copied.m_inSize));
+    return written.m_text == SubString(begin, begin + copied.m_inSize);
 }
 
 bool IsIndexOrNone(ssize_t index, size_t count)
@@ -79,7 +72,7 @@ const char* FindPieceError(const WrittenPiece& written, const WrittenOutput& out
     case EPieceKind::Source:
         if (!hasOrigin)
             return "was copied from an unknown text";
-        return IsEqual(written.m_text, written.m_in) && IsCopiedRight(written, output.m_sources)
+        return written.m_text == written.m_in && IsCopiedRight(written, output.m_sources)
                    ? nullptr
                    : "differs from its source";
     case EPieceKind::Calculated:

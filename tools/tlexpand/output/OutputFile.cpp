@@ -41,6 +41,13 @@ std::string NameIn(const std::string& path)
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+void WriteContent(int fd, const std::string& path, const Content& content)
+{
+    ByteSink sink(fd, path);
+    content(sink);
+    sink.Flush();
+}
+
 } // namespace
 
 void ByteSink::Write(SubString text)
@@ -48,8 +55,7 @@ void ByteSink::Write(SubString text)
     if (text.size() >= static_cast<ssize_t>(s_bufferSize))
     {
         Flush();
-        WriteOut(text);
-        return;
+        return WriteAll(m_fd, text, m_path);
     }
     m_pending.append(text.begin(), static_cast<size_t>(text.size()));
     if (m_pending.size() >= s_bufferSize)
@@ -58,27 +64,20 @@ void ByteSink::Write(SubString text)
 
 void ByteSink::Flush()
 {
-    WriteOut(ViewOf(m_pending));
+    WriteAll(m_fd, ViewOf(m_pending), m_path);
     m_pending.clear();
-}
-
-void ByteSink::WriteOut(SubString text)
-{
-    if (const int error = WriteAll(m_fd, text))
-        throw MakeFileError("write", m_path, error);
 }
 
 OutputFile::OutputFile(const std::string& path) : m_path(path)
 {
-    struct stat status;
-    const bool exists = fstatat(StartDirectory(), path.c_str(), &status, 0) == 0;
-    if (exists && S_ISDIR(status.st_mode))
+    const auto status = StatusOf(path);
+    if (status && S_ISDIR(status->st_mode))
         throw MakeFileError("write", path, EISDIR);
-    m_direct = exists && !S_ISREG(status.st_mode);
+    m_direct = status && !S_ISREG(status->st_mode);
     if (m_direct)
         return;
-    if (exists)
-        m_identity = FileIdentity(status);
+    if (status)
+        m_identity = FileIdentity(*status);
     Resolve();
 }
 
@@ -140,17 +139,19 @@ void OutputFile::Append(SubString text)
     if (m_direct)
         OpenDirectly();
     const int fd = m_direct ? m_directFile.Get() : Temporary().Fd();
-    if (const int error = WriteAll(fd, text))
-        throw MakeFileError("write", m_path, error);
+    WriteAll(fd, text, m_path);
 }
 
 void OutputFile::Write(const Content& content)
 {
     if (m_direct)
-        return WriteDirectly(content);
-    ByteSink sink(Temporary().Fd(), m_path);
-    content(sink);
-    sink.Flush();
+    {
+        OpenDirectly();
+        WriteContent(m_directFile.Get(), m_path, content);
+        m_directFile.Finish(m_path);
+        return;
+    }
+    WriteContent(Temporary().Fd(), m_path, content);
     m_temporary->Finish();
 }
 
@@ -161,16 +162,6 @@ void OutputFile::OpenDirectly()
             Descriptor(OpenAt(StartDirectory(), m_path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY));
     if (!m_directFile.IsOpen())
         throw MakeFileError("write", m_path, errno);
-}
-
-void OutputFile::WriteDirectly(const Content& content)
-{
-    OpenDirectly();
-    ByteSink sink(m_directFile.Get(), m_path);
-    content(sink);
-    sink.Flush();
-    if (const int error = m_directFile.Close())
-        throw MakeFileError("write", m_path, error);
 }
 
 void OutputFile::LeaveIfUnchanged()
@@ -200,12 +191,9 @@ void OutputFile::UndoExchange()
 
 void WriteStandardOutput(const Content& content)
 {
-    ByteSink sink(STDOUT_FILENO, "standard output");
-    content(sink);
-    sink.Flush();
-    Descriptor fd(STDOUT_FILENO);
-    if (const int error = fd.Close())
-        throw MakeFileError("write", "standard output", error);
+    const char* const name = NameOfStream(STDOUT_FILENO);
+    WriteContent(STDOUT_FILENO, name, content);
+    Descriptor(STDOUT_FILENO).Finish(name);
 }
 
 } // namespace telv::tool

@@ -28,8 +28,6 @@ public:
     void Flush();
 
 private:
-    void WriteOut(SubString text);
-
     int m_fd;
     std::string m_path;
     std::string m_pending;
@@ -73,7 +71,6 @@ private:
     void Resolve();
     TemporaryFile& Temporary();
     void OpenDirectly();
-    void WriteDirectly(const Content& content);
 
     std::string m_path;
     Descriptor m_directory;

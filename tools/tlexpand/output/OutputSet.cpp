@@ -10,14 +10,16 @@
 namespace telv::tool
 {
 
-OutputFile& OutputSet::Add(const std::string& path)
+OutputFile* OutputSet::Add(const std::string& path)
 {
+    if (path == s_standardStream)
+        return nullptr;
     OutputFile& added = m_outputs.emplace_back(path).m_file;
     for (const Output& output : m_outputs)
         if (&output.m_file != &added && output.m_file.IsSameFile(added))
             throw UsageError("'" + output.m_file.Path() + "' and '" + path +
                              "' are the same output");
-    return added;
+    return &added;
 }
 
 void OutputSet::RefuseInput(const FileIdentity& identity, const OutputFile* allowed) const
@@ -58,9 +60,8 @@ void OutputSet::RefuseStandardStreams() const
         const std::optional<FileIdentity> identity = RegularFileAt(fd);
         for (const Output& output : m_outputs)
             if (identity && output.m_file.IsFile(*identity))
-                throw UsageError(
-                    std::string(fd == STDOUT_FILENO ? "standard output" : "standard error") +
-                    " and '" + output.m_file.Path() + "' are the same output");
+                throw UsageError(std::string(NameOfStream(fd)) + " and '" + output.m_file.Path() +
+                                 "' are the same output");
     }
 }
 
@@ -70,12 +71,11 @@ bool OutputSet::Holds(const FileIdentity& identity) const
                                { return output.m_file.IsFile(identity); });
 }
 
-void OutputSet::SetContent(OutputFile& file, Content content)
+void OutputSet::SetContent(const OutputFile* file, Content content)
 {
     const auto output =
-        std::ranges::find_if(m_outputs, [&](const Output& one) { return &one.m_file == &file; });
-    if (output != m_outputs.end())
-        output->m_content = std::move(content);
+        std::ranges::find(m_outputs, file, [](const Output& o) { return &o.m_file; });
+    (output != m_outputs.end() ? output->m_content : m_standardOutput) = std::move(content);
 }
 
 void OutputSet::WriteAllOf(bool direct)

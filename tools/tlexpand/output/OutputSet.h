@@ -12,11 +12,12 @@ namespace telv::tool
 class OutputSet
 {
 public:
-    /// Adds an output and finds out where it goes. The reference stays valid.
+    /// Adds an output and finds out where it goes; null for "-", standard output, which is always
+    /// there. The pointer stays valid.
     ///
     /// @throws UsageError  It is the same regular file as another output.
     /// @throws FileError   See OutputFile.
-    OutputFile& Add(const std::string& path);
+    OutputFile* Add(const std::string& path);
 
     /// @throws UsageError  An output other than `allowed` (may be null) is the file `identity`,
     ///     which the run has read.
@@ -36,10 +37,8 @@ public:
     /// Whether an output is the file `identity`.
     bool Holds(const FileIdentity& identity) const;
 
-    /// What is to be written to `output`.
-    void SetContent(OutputFile& output, Content content);
-    /// What is to be written to standard output.
-    void SetStandardOutput(Content content) { m_standardOutput = std::move(content); }
+    /// What is to be written to `output`; null is standard output.
+    void SetContent(const OutputFile* output, Content content);
 
     /// Makes Commit leave the files alone whose bytes would be the same.
     void KeepUnchanged() { m_keepsUnchanged = true; }

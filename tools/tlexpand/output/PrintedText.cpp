@@ -23,9 +23,7 @@ void PrintedText::Flush()
     const int error = WriteAll(m_descriptor, ViewOf(m_pending));
     m_pending.clear();
     if (error != 0)
-        EndRun(std::string("can't write ") +
-               (m_descriptor == STDOUT_FILENO ? "standard output: " : "standard error: ") +
-               ErrorText(error));
+        EndRun(std::string("can't write ") + NameOfStream(m_descriptor) + ": " + ErrorText(error));
 }
 
 void PrintedText::Write(const char* text, ssize_t length)

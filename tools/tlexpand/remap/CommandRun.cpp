@@ -7,7 +7,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -108,7 +107,7 @@ int RunAndRead(char** arguments, const std::function<void(SubString)>& out,
                                    &settings.m_attributes, arguments, environ);
     if (error != 0)
     {
-        ReportToolError(std::string("can't run '") + arguments[0] + "': " + std::strerror(error));
+        ReportToolError(std::string("can't run '") + arguments[0] + "': " + ErrorText(error));
         return error == ENOENT ? 127 : 126;
     }
     outPipe.m_write.Close();

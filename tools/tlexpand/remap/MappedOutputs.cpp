@@ -4,7 +4,7 @@
 #include "Files.h"
 #include "Utf8.h"
 #include "map/ChainText.h"
-#include "remap/MessageText.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
 
 namespace telv::tool
@@ -39,7 +39,8 @@ bool IsEdge(SubString line, ssize_t offset)
         return false;
     const char before = offset == 0 ? ' ' : line.begin()[offset - 1];
     const char here = offset == line.size() ? ' ' : line.begin()[offset];
-    return !(IsBlank(before) && IsBlank(here)) && !(IsWordByte(before) && IsWordByte(here));
+    return !(IsBlank(before) && IsBlank(here)) &&
+           !(IsNameCharacter(before) && IsNameCharacter(here));
 }
 
 bool HasWordAt(SubString line, ssize_t offset, const std::string& word)

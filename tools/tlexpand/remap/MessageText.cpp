@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // An apostrophe inside a word ("can't") opens no quote.
 #include "remap/MessageText.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
 #include <array>
 
@@ -24,7 +25,7 @@ void AddWords(const std::string& text, size_t begin, size_t end, std::vector<std
     while (begin < end)
     {
         size_t wordEnd = begin;
-        while (wordEnd < end && IsWordByte(text[wordEnd]))
+        while (wordEnd < end && IsNameCharacter(text[wordEnd]))
             ++wordEnd;
         if (wordEnd > begin)
             words.push_back(text.substr(begin, wordEnd - begin));
@@ -33,13 +34,6 @@ void AddWords(const std::string& text, size_t begin, size_t end, std::vector<std
 }
 
 } // namespace
-
-bool IsWordByte(char c)
-{
-    const auto byte = static_cast<unsigned char>(c);
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           byte >= 0x80;
-}
 
 std::string WithoutColours(const std::string& line)
 {
@@ -61,7 +55,7 @@ std::vector<std::string> QuotedWords(const std::string& line)
     size_t open = 0;
     while ((open = text.find('\'', open)) != std::string::npos)
     {
-        if (open > 0 && IsWordByte(text[open - 1]))
+        if (open > 0 && IsNameCharacter(text[open - 1]))
         {
             ++open;
             continue;

@@ -12,9 +12,6 @@ namespace telv::tool
 /// `line` without the escape sequences by which terminals are told of colours.
 std::string WithoutColours(const std::string& line);
 
-/// Whether the byte can be part of a name; those of UTF-8 characters can.
-bool IsWordByte(char c);
-
 /// The words in 'single' and ‘typographic’ quotes of a line without colours.
 std::vector<std::string> QuotedWords(const std::string& line);
 

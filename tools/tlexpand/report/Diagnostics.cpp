@@ -187,8 +187,7 @@ std::string Diagnostics::MakeImportLines(const Source& source) const
     const char* pos = source.ImportPosition();
     while (const Source* importer = m_sources.Find(pos))
     {
-        lines += "imported from " + Show(ViewOf(importer->Name())) + "(" +
-                 std::to_string(importer->Line(pos)) + ")\n";
+        lines += "imported from " + MakePlace(pos) + "\n";
         pos = importer->ImportPosition();
     }
     return lines;

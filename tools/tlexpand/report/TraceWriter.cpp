@@ -161,8 +161,8 @@ void TraceWriter::Send()
 {
     if (m_file != nullptr)
         m_file->Append(ViewOf(m_pending));
-    else if (const int error = WriteAll(STDOUT_FILENO, ViewOf(m_pending)))
-        throw MakeFileError("write", "standard output", error);
+    else
+        WriteAll(STDOUT_FILENO, ViewOf(m_pending), NameOfStream(STDOUT_FILENO));
     m_pending.clear();
 }
 

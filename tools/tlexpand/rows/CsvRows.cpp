@@ -179,11 +179,7 @@ void CsvReader::EndRow()
     }
     else
     {
-        if (m_count != m_writer.ColumnCount())
-            throw RowError("The row has " + std::to_string(m_count) +
-                               (m_count == 1 ? " value" : " values") + " instead of " +
-                               std::to_string(m_writer.ColumnCount()),
-                           Offset(m_row));
+        m_writer.CheckCount(m_count, Offset(m_row));
         m_writer.EndRow(Offset(m_row));
     }
     m_count = 0;

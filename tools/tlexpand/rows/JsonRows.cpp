@@ -325,11 +325,8 @@ void RowReader::OpenRow(SubString bracket, bool isObject)
 
 void RowReader::CloseRow()
 {
-    if (!m_isObject && m_column != m_writer.ColumnCount())
-        throw RowError("The row has " + std::to_string(m_column) +
-                           (m_column == 1 ? " value" : " values") + " instead of " +
-                           std::to_string(m_writer.ColumnCount()),
-                       m_row);
+    if (!m_isObject)
+        m_writer.CheckCount(m_column, m_row);
     m_writer.EndRow(m_row);
 }
 

@@ -11,12 +11,6 @@ namespace telv::tool
 namespace
 {
 
-bool IsSameState(const struct stat& a, const struct stat& b)
-{
-    return a.st_size == b.st_size && a.st_mtim.tv_sec == b.st_mtim.tv_sec &&
-           a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
-}
-
 /// Half of one generation of the file with half of another could be good data.
 void ReadFile(const std::string& path, RowList& list)
 {
@@ -30,7 +24,7 @@ void ReadFile(const std::string& path, RowList& list)
     struct stat after;
     if (fstat(fd.Get(), &after) != 0)
         throw MakeFileError("read", path, errno);
-    if (!IsSameState(before, after) || list.m_fileText.size() != after.st_size)
+    if (!HasSameText(before, after) || list.m_fileText.size() != after.st_size)
         throw FileError("can't read '" + path + "': It changes while it is read");
     list.m_identity = FileIdentity(after);
 }

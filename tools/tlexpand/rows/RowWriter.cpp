@@ -84,6 +84,14 @@ std::string RowWriter::NameOf(size_t column) const
     return m_names[column].empty() ? std::to_string(column + 1) : "'" + m_names[column] + "'";
 }
 
+void RowWriter::CheckCount(size_t count, ssize_t offset) const
+{
+    if (count != ColumnCount())
+        throw RowError("The row has " + Counted(count) + " instead of " +
+                           std::to_string(ColumnCount()),
+                       offset);
+}
+
 WrittenValue* RowWriter::AddValue(size_t column, ssize_t offset)
 {
     if (m_targets[column] == s_notWanted)

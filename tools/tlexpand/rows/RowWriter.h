@@ -45,6 +45,10 @@ public:
     /// How a value of a row stands in the list.
     ValuePlace PlaceOfValue() const { return {HasTuples(), HasTuples(), false}; }
 
+    /// @throws RowError  A row, at `offset`, has another number of values than the file has
+    /// columns.
+    void CheckCount(size_t count, ssize_t offset) const;
+
     void BeginRow() { m_countInRow = 0; }
     /// Where the value of a column of this row is to be put; null when the column is not wanted.
     ///

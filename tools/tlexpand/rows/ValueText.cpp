@@ -3,6 +3,7 @@
 // by exceptions what it does not like, which is dear.
 #include "rows/ValueText.h"
 #include "Files.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include <cstring>
 
@@ -17,12 +18,6 @@ bool IsDigit(char c)
     return '0' <= c && c <= '9';
 }
 
-bool IsLetter(char c)
-{
-    return ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z') || c == '_' ||
-           static_cast<unsigned char>(c) >= 0x80;
-}
-
 /// Characters that are a token each, whatever stands beside them, and no bracket.
 bool IsHarmlessBetweenWords(char c)
 {
@@ -33,8 +28,8 @@ bool IsHarmlessBetweenWords(char c)
 bool TakeWord(SubString& s)
 {
     const bool isNumber = IsDigit(*s);
-    const bool isWord = IsLetter(*s);
-    while (s && (IsDigit(*s) || (isWord && IsLetter(*s))))
+    const bool isWord = !isNumber && IsNameCharacter(*s);
+    while (s && (isWord ? IsNameCharacter(*s) : IsDigit(*s)))
         ++s;
     return isWord || (isNumber && (!s || IsHarmlessBetweenWords(*s)));
 }

@@ -11,8 +11,8 @@ namespace telv
 
 void MacroExpander::ProcessQuoteDirective()
 {
-    ssize_t indent = 0;
-    SubString text = CutRoundBlock(indent).m_text;
+    const TextBlock block = CutRoundBlock();
+    SubString text = block.m_text.m_text;
     AdvanceWritePos(m_str.begin(), /*write=*/false);
     const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
     while (text)
@@ -21,26 +21,25 @@ void MacroExpander::ProcessQuoteDirective()
         const char* const end = feed == nullptr ? text.end() : static_cast<const char*>(feed) + 1;
         WriteSubStringFromSourceFile(SubString(text.begin(), end));
         text.m_p1 = end;
-        ScanIndentation(text, indent, 4);
+        ScanIndentation(text, block.m_indent, 4);
     }
     m_dstIndent = dstIndent;
 }
 
 void MacroExpander::ProcessScopeDirective()
 {
-    ssize_t indent = 0;
-    const LevelText block = CutBlock(indent);
+    ExpandScope(CutBlock());
+}
+
+void MacroExpander::ExpandScope(const TextBlock& block)
+{
     AdvanceWritePos(m_str.begin(), /*write=*/false);
-    ExpandBlock(block, indent, GetOutputPos());
+    ExpandBlock(block.m_text, block.m_indent, GetOutputPos());
 }
 
 PlannedAction MacroExpander::PlanScope(PlanReader& reader)
 {
-    return [block = reader.Block()](MacroExpander& expander)
-    {
-        expander.AdvanceWritePos(expander.m_str.begin(), /*write=*/false);
-        expander.ExpandBlock(block.m_text, block.m_indent, expander.GetOutputPos());
-    };
+    return [block = reader.Block()](MacroExpander& expander) { expander.ExpandScope(block); };
 }
 
 } // namespace telv

@@ -16,34 +16,22 @@ namespace telv
 namespace
 {
 
-/// The block that is expanded, once one is chosen.
-struct ChosenBlock
-{
-    LevelText m_text;
-    ssize_t m_indent = -1;
-    bool m_decided = false;
-
-    void Offer(bool condition, const LevelText& text, ssize_t indent)
-    {
-        if (m_decided || !condition)
-            return;
-        m_text = text;
-        m_indent = indent;
-        m_decided = true;
-    }
-};
-
-bool IsDirectiveWord(const LSToken& at, const LSToken& name, const char* word)
-{
-    return at.m_type == TOKEN_AT && name.m_type == TOKEN_IDENTIFIER && name.m_str == word;
-}
-
 /// Takes two tokens, whatever the first one is: a mistake in either is an error.
 bool ScanDirectiveWord(SubString& str, const char* word)
 {
     const LSToken at = LsScanToken(str, /*returnComments=*/false);
     const LSToken name = LsScanToken(str, /*returnComments=*/false);
-    return IsDirectiveWord(at, name, word);
+    return at.m_type == TOKEN_AT && name.m_type == TOKEN_IDENTIFIER && name.m_str == word;
+}
+
+/// Takes an `@` and this word, if they are next.
+bool TakeDirectiveWord(SubString& str, const char* word)
+{
+    SubString rest = str;
+    if (!ScanDirectiveWord(rest, word))
+        return false;
+    str = rest;
+    return true;
 }
 
 } // namespace
@@ -60,23 +48,23 @@ bool ScanElseBlock(SubString& str)
 
 void MacroExpander::ProcessIfDirective()
 {
-    ChosenBlock chosen;
-    ssize_t indent = 0;
-    bool condition = ParseBoolExpressionInBrackets("@if");
-    LevelText block = CutBlock(indent);
-    chosen.Offer(condition, block, indent);
-    while (TakeDirectiveWord("elseif"))
+    std::optional<TextBlock> chosen;
+    const char* word = "@if";
+    do
     {
-        condition = ParseBoolExpressionInBrackets("@elseif");
-        block = CutBlock(indent);
-        chosen.Offer(condition, block, indent);
-    }
-    if (TakeDirectiveWord("else"))
+        const bool condition = ParseBoolExpressionInBrackets(word);
+        const TextBlock block = CutBlock();
+        if (condition && !chosen)
+            chosen = block;
+        word = "@elseif";
+    } while (TakeDirectiveWord(m_str, "elseif"));
+    if (TakeDirectiveWord(m_str, "else"))
     {
-        block = CutBlock(indent);
-        chosen.Offer(/*condition=*/true, block, indent);
+        const TextBlock block = CutBlock();
+        if (!chosen)
+            chosen = block;
     }
-    ExpandChosen(chosen.m_text, chosen.m_indent);
+    ExpandChosen(chosen ? &*chosen : nullptr);
 }
 
 PlannedAction MacroExpander::PlanIf(PlanReader& reader)
@@ -84,48 +72,37 @@ PlannedAction MacroExpander::PlanIf(PlanReader& reader)
     struct Branch
     {
         LevelText m_condition;
-        PlannedBlock m_block;
+        TextBlock m_block;
     };
     std::vector<Branch> branches;
     do
         branches.push_back({reader.Condition(/*readOpen=*/true), reader.Block()});
-    while (reader.TakeDirectiveWord("elseif"));
-    std::optional<PlannedBlock> last;
-    if (reader.TakeDirectiveWord("else"))
+    while (TakeDirectiveWord(reader.m_rest, "elseif"));
+    std::optional<TextBlock> last;
+    if (TakeDirectiveWord(reader.m_rest, "else"))
         last = reader.Block();
     return [branches = std::move(branches), last](MacroExpander& expander)
     {
-        ChosenBlock chosen;
+        const TextBlock* chosen = nullptr;
         const char* word = "@if";
         for (const Branch& branch : branches)
         {
-            chosen.Offer(expander.EvaluateCondition(branch.m_condition, word),
-                         branch.m_block.m_text, branch.m_block.m_indent);
+            if (expander.EvaluateCondition(branch.m_condition, word) && chosen == nullptr)
+                chosen = &branch.m_block;
             word = "@elseif";
         }
-        if (last)
-            chosen.Offer(/*condition=*/true, last->m_text, last->m_indent);
-        expander.ExpandChosen(chosen.m_text, chosen.m_indent);
+        if (chosen == nullptr && last)
+            chosen = &*last;
+        expander.ExpandChosen(chosen);
     };
 }
 
-void MacroExpander::ExpandChosen(const LevelText& block, ssize_t indent)
+/// Null: no branch is chosen.
+void MacroExpander::ExpandChosen(const TextBlock* block)
 {
     AdvanceWritePos(m_str.begin(), /*write=*/false);
-    if (!block.m_text.empty())
-        ExpandBlock(block, indent, GetOutputPos());
-}
-
-/// Reads an `@` and this word, if they are next.
-bool MacroExpander::TakeDirectiveWord(const char* word)
-{
-    const SubString before = m_str;
-    const LSToken at = NextToken();
-    const LSToken name = NextToken();
-    if (IsDirectiveWord(at, name, word))
-        return true;
-    m_str = before;
-    return false;
+    if (block != nullptr && !block->m_text.m_text.empty())
+        ExpandBlock(block->m_text, block->m_indent, GetOutputPos());
 }
 
 bool MacroExpander::ParseBoolExpressionInBrackets(SubString directiveName)
@@ -156,12 +133,20 @@ bool MacroExpander::EvaluateCondition(const LevelText& condition, SubString dire
     }
     catch (LexScannerException& e)
     {
-        HintAtExpression(*m_vf, condition.m_text, text, e);
-        MoveOutOfText(e, text, m_startDirectivePos);
-        AddExpressionErrorContext(e, ")", m_startDirectivePos,
-                                  {"\n    in ", directiveName, "(", text, ")"});
+        AddExpressionContext(e, HintAtExpression, condition.m_text, text, directiveName);
         throw;
     }
+}
+
+/// Adds to an error in the text `expanded`, which dies, that `source` in the brackets of the
+/// directive was expanded to; `hint` says what would mend it.
+void MacroExpander::AddExpressionContext(LexScannerException& e, Hint hint, SubString source,
+                                         SubString expanded, SubString directiveName) const
+{
+    hint(*m_vf, source, expanded, e);
+    MoveOutOfText(e, expanded, m_startDirectivePos);
+    AddExpressionErrorContext(e, ")", m_startDirectivePos,
+                              {"\n    in ", directiveName, "(", expanded, ")"});
 }
 
 } // namespace telv

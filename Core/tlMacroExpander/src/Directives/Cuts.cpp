@@ -27,14 +27,18 @@ LevelText MacroExpander::CutSection(bool readOpen, EToken open, EToken close)
     return Part(ScanBrackettedSection(m_str, readOpen, open, close));
 }
 
-LevelText MacroExpander::CutBlock(ssize_t& indent)
+TextBlock MacroExpander::CutBlock()
 {
-    return Part(ScanSubstString(m_str, indent));
+    ssize_t indent = 0;
+    const SubString text = ScanSubstString(m_str, indent);
+    return {Part(text), indent};
 }
 
-LevelText MacroExpander::CutRoundBlock(ssize_t& indent)
+TextBlock MacroExpander::CutRoundBlock()
 {
-    return Part(ScanRndBrackettedString(m_str, indent));
+    ssize_t indent = 0;
+    const SubString text = ScanRndBrackettedString(m_str, indent);
+    return {Part(text), indent};
 }
 
 LevelText MacroExpander::CutArgument(LSToken& end, EToken close)

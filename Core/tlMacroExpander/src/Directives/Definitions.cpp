@@ -104,10 +104,9 @@ void MacroExpander::ReadMacroVariableDefn(SubString name, LSMacroVariable* macro
     }
     else if (token.m_type != TOKEN_EQUAL)
         ThrowAtToken({"= or ( expected for definition of macro ", name, " when read "}, token);
-    ssize_t indent = 0;
-    const LevelText body = CutBlock(indent);
-    macroVar->SetSubstitutionString(body.m_text, /*copy=*/false, indent);
-    KeepScanned(*macroVar, body);
+    const TextBlock body = CutBlock();
+    macroVar->SetSubstitutionString(body.m_text.m_text, /*copy=*/false, body.m_indent);
+    KeepScanned(*macroVar, body.m_text);
 }
 
 /// Names of formal arguments already read. Few are compared one by one, many are hashed.

@@ -59,9 +59,7 @@ void MacroExpander::ProcessAssertDirective()
     }
     catch (LexScannerException& e)
     {
-        HintAtExpression(*m_vf, section.m_text, text, e);
-        MoveOutOfText(e, text, m_startDirectivePos);
-        AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @assert(", text, ")"});
+        AddExpressionContext(e, HintAtExpression, section.m_text, text, "@assert");
         throw;
     }
     if (!holds)

@@ -56,20 +56,10 @@ xstring ParseWholeText(SubString text, ELSVariable type)
     return value;
 }
 
-} // namespace
-
-void ReadVariableValueByParsingExpression(VarFrame* frame, SubString text, ELSVariable type,
-                                          xstring& value)
+/// The value of the text that `text` expands to; see ReadVariableValueFor.
+[[gnu::noinline]] void ReadExpandedValue(VarFrame* frame, const LevelText& text, ELSVariable type,
+                                         xstring& value, const char* origin)
 {
-    ReadVariableValueFor(frame, LevelText{text, nullptr, /*m_isOfApplication=*/true}, type, value,
-                         text.begin());
-}
-
-void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
-                          const char* origin)
-{
-    if (EvaluateDirectly(*frame, {text.m_text, text.m_program}, type, value))
-        return;
     xstring expanded;
     {
         VarFrame tempFrame(frame);
@@ -82,14 +72,28 @@ void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable ty
     }
     catch (LexScannerException& e)
     {
-        if (type == LSV_STRING)
-            HintAtString(*frame, text.m_text, expanded, e);
-        else
-            HintAtExpression(*frame, text.m_text, expanded, e);
+        const auto hint = type == LSV_STRING ? HintAtString : HintAtExpression;
+        hint(*frame, text.m_text, expanded, e);
         MoveOutOfText(e, expanded, origin);
         AddErrorContext(e, {"\n    expression: ", expanded});
         throw;
     }
+}
+
+} // namespace
+
+void ReadVariableValueByParsingExpression(VarFrame* frame, SubString text, ELSVariable type,
+                                          xstring& value)
+{
+    ReadVariableValueFor(frame, LevelText{text, nullptr, /*m_isOfApplication=*/true}, type, value,
+                         text.begin());
+}
+
+void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
+                          const char* origin)
+{
+    if (!EvaluateDirectly(*frame, {text.m_text, text.m_program}, type, value))
+        ReadExpandedValue(frame, text, type, value, origin);
 }
 
 void MacroExpander::ProcessLetDirective()
@@ -165,13 +169,9 @@ LSValueVariable* MacroExpander::FindAssigned(SubString name)
 
 void MacroExpander::Assign(LSValueVariable& var, const LevelText& text, bool verbatim)
 {
-    if (!verbatim &&
-        EvaluateDirectly(*m_vf, {text.m_text, text.m_program}, var.m_type, var.m_value))
-        return;
-    xstring value;
     try
     {
-        EvaluateValueText(var.m_type, text, verbatim, value);
+        EvaluateValueText(var.m_type, text, verbatim, var.m_value);
     }
     catch (LexScannerException& e)
     {
@@ -180,16 +180,13 @@ void MacroExpander::Assign(LSValueVariable& var, const LevelText& text, bool ver
                 e, {"\n    when parsing expression '", text.m_text, "' for @let directive"});
         throw;
     }
-    // The new value may have been made from the old one.
-    var.m_value.swap(value);
 }
 
 /// Reads `=` or `:=` and cuts the text of the value, which with `:=` is taken as it expands.
 LevelText MacroExpander::ReadValueText(ELSVariable type, SubString name, bool& verbatim)
 {
     verbatim = ReadEqualsForVariableDefn2(name);
-    ssize_t indent = 0;
-    const LevelText text = CutBlock(indent);
+    const LevelText text = CutBlock().m_text;
     CheckVerbatim(type, name, verbatim);
     return text;
 }
@@ -201,6 +198,7 @@ void MacroExpander::CheckVerbatim(ELSVariable type, SubString name, bool verbati
                 {"@let directive failed: ", name, " := may only be used for string type"});
 }
 
+/// `value` is unchanged until the new one, which may be made from it, is complete.
 void MacroExpander::EvaluateValueText(ELSVariable type, const LevelText& text, bool verbatim,
                                       xstring& value)
 {
@@ -257,10 +255,7 @@ xstring MacroExpander::EvaluateText(const LevelText& text, SubString directiveNa
     }
     catch (LexScannerException& e)
     {
-        HintAtString(*m_vf, text.m_text, expanded, e);
-        MoveOutOfText(e, expanded, m_startDirectivePos);
-        AddExpressionErrorContext(e, ")", m_startDirectivePos,
-                                  {"\n    in ", directiveName, "(", expanded, ")"});
+        AddExpressionContext(e, HintAtString, text.m_text, expanded, directiveName);
         throw;
     }
 }
@@ -297,9 +292,7 @@ void MacroExpander::WriteExpression(const LevelText& section)
     }
     catch (LexScannerException& e)
     {
-        HintAtExpression(*m_vf, section.m_text, text, e);
-        MoveOutOfText(e, text, m_startDirectivePos);
-        AddExpressionErrorContext(e, ")", m_startDirectivePos, {"\n    in @(", text, ")"});
+        AddExpressionContext(e, HintAtExpression, section.m_text, text, "@");
         throw;
     }
 }
@@ -332,18 +325,18 @@ PlannedAction MacroExpander::PlanSqrBracket(PlanReader& reader)
 void MacroExpander::ExpandTwice(const LevelText& section)
 {
     AdvanceWritePos(m_str.begin(), /*write=*/false);
-    const TextScope text(MakeText(section));
+    const std::shared_ptr<TemporaryText> text = MakeText(section);
     if (Warns(WARN_UNKNOWN_NAME))
-        WatchComputedName(*this, text.Text());
+        WatchComputedName(*this, text->Text());
     try
     {
         xstring second;
-        ExpandToString(LevelText{text.Text(), text.Owner()}, 0, second);
+        ExpandToString(LevelText{text->Text(), text.get()}, 0, second);
         WriteCalculatedSubString(second);
     }
     catch (LexScannerException& e)
     {
-        AddExpressionErrorContext(e, "]", m_startDirectivePos, {"\n    in @[", text.Text(), "]"});
+        AddExpressionErrorContext(e, "]", m_startDirectivePos, {"\n    in @[", text->Text(), "]"});
         throw;
     }
 }

@@ -14,10 +14,9 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
-
-#include "tlMacroExpander/src/Texts/Plan.h"
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -410,13 +409,10 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar)
         span.emplace(*this, *macroVar, nullptr);
     try
     {
-        const TextScope text(ComposeCall(*macroVar, section));
-        const LevelText whole{text.Text(), text.Owner()};
+        const std::shared_ptr<TemporaryText> text = ComposeCall(*macroVar, section);
+        const LevelText whole{text->Text(), text.get()};
         VarFrame* const context = macroVar->m_context != nullptr ? macroVar->m_context : m_vf;
-        if (macroVar->m_returnType == LSV_MACRO)
-            ExpandHere(*context, whole, macroVar->m_indentation, GetOutputPos());
-        else
-            WriteTypedValue(context, whole, macroVar->m_returnType);
+        ExpandBody(*macroVar, whole, *context);
     }
     catch (LexScannerException& e)
     {

@@ -59,11 +59,11 @@ struct MacroExpander::KnownList
 class MacroExpander::ForLoop
 {
 public:
-    ForLoop(MacroExpander& expander, const ForHead& head, const TextScope& list,
-            const LevelText& block, ssize_t indent)
-        : m_expander(expander), m_head(head), m_list(list), m_rest(list.Text()), m_block(block),
-          m_indent(indent), m_outputPos(expander.GetOutputPos()),
-          m_frame(*expander.m_vf, head.m_names, list.Owner())
+    ForLoop(MacroExpander& expander, const ForHead& head, TemporaryText& list,
+            const TextBlock& block)
+        : m_expander(expander), m_head(head), m_list(list), m_rest(list.Text()),
+          m_block(block.m_text), m_indent(block.m_indent), m_outputPos(expander.GetOutputPos()),
+          m_frame(*expander.m_vf, head.m_names, &list)
     {
     }
 
@@ -84,7 +84,7 @@ private:
 
     MacroExpander& m_expander;
     const ForHead& m_head;
-    const TextScope& m_list;
+    const TemporaryText& m_list;
     SubString m_rest;
     RepeatedText m_block;
     ssize_t m_indent;
@@ -100,11 +100,9 @@ void MacroExpander::ProcessForDirective()
     ForHead head;
     ReadForHead(head, [this] { return NextToken(); });
     head.m_listPos = m_str.begin();
-    const TextScope list(
-        MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN)));
-    ssize_t indent = 0;
-    const LevelText block = ScanLoopBlock(indent, "\n    for @for directive");
-    LoopFor(head, list, block, indent, nullptr);
+    const std::shared_ptr<TemporaryText> list =
+        MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
+    LoopFor(head, list, CutLoopBlock("\n    for @for directive"), nullptr);
 }
 
 PlannedAction MacroExpander::PlanFor(PlanReader& reader)
@@ -114,7 +112,7 @@ PlannedAction MacroExpander::PlanFor(PlanReader& reader)
     head->m_listPos = reader.m_rest.begin();
     const LevelText section =
         reader.Section(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    const PlannedBlock block = reader.Block();
+    const TextBlock block = reader.Block();
     const auto known = std::make_shared<std::shared_ptr<KnownList>>();
     return [=](MacroExpander& expander)
     {
@@ -122,22 +120,21 @@ PlannedAction MacroExpander::PlanFor(PlanReader& reader)
         expander.ExpandToString(section, 0, listString);
         const KnownList* const last = known->get();
         if (last != nullptr && last->m_text->IsOfCurrentRun() && last->m_text->Text() == listString)
-            return expander.LoopFor(*head, TextScope(last->m_text), block.m_text, block.m_indent,
-                                    known.get());
+            return expander.LoopFor(*head, last->m_text, block, known.get());
         known->reset();
-        const TextScope list(listString, expander.DirectiveRange());
-        expander.LoopFor(*head, list, block.m_text, block.m_indent, known.get());
+        const auto list = MakeHeldShared<TemporaryText>(listString, expander.DirectiveRange());
+        expander.LoopFor(*head, list, block, known.get());
     };
 }
 
 /// `known`: what is known of the list, if anything; filled in when it is empty. Null: that is not
 /// wanted.
-void MacroExpander::LoopFor(const ForHead& head, const TextScope& list, const LevelText& block,
-                            ssize_t indent, std::shared_ptr<KnownList>* known)
+void MacroExpander::LoopFor(const ForHead& head, std::shared_ptr<TemporaryText> list,
+                            const TextBlock& block, std::shared_ptr<KnownList>* known)
 {
     AdvanceWritePos(m_str.begin(), /*write=*/false);
-    ForLoop loop(*this, head, list, block, indent);
-    if (known == nullptr || list.Text().size() > KnownList::s_longest)
+    ForLoop loop(*this, head, *list, block);
+    if (known == nullptr || list->Text().size() > KnownList::s_longest)
         return loop.Run();
     if (const std::shared_ptr<KnownList> last = *known)
     {
@@ -145,7 +142,7 @@ void MacroExpander::LoopFor(const ForHead& head, const TextScope& list, const Le
         return loop.Run(*last);
     }
     const auto noted = std::make_shared<KnownList>();
-    noted->m_text = list.Share();
+    noted->m_text = list;
     loop.Note(*noted);
     loop.Run();
     *known = noted;
@@ -182,11 +179,11 @@ void MacroExpander::ReadForHead(ForHead& head, const Next& next)
         ThrowAtToken({"'in' expected when read "}, token);
 }
 
-LevelText MacroExpander::ScanLoopBlock(ssize_t& indent, const char* context)
+TextBlock MacroExpander::CutLoopBlock(const char* context)
 {
     try
     {
-        return CutBlock(indent);
+        return CutBlock();
     }
     catch (LexScannerException& e)
     {
@@ -330,23 +327,20 @@ void MacroExpander::ForLoop::Bind(ssize_t name, const LevelText& value)
 void MacroExpander::ProcessWhileDirective()
 {
     const LevelText condition = CutSection(/*readOpen=*/true, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
-    ssize_t indent = 0;
-    const LevelText block = ScanLoopBlock(indent, "\n    for @while directive");
-    LoopWhile(condition, block, indent);
+    LoopWhile(condition, CutLoopBlock("\n    for @while directive"));
 }
 
 PlannedAction MacroExpander::PlanWhile(PlanReader& reader)
 {
     const LevelText condition = reader.Condition(/*readOpen=*/true);
-    const PlannedBlock block = reader.Block();
-    return [=](MacroExpander& expander)
-    { expander.LoopWhile(condition, block.m_text, block.m_indent); };
+    const TextBlock block = reader.Block();
+    return [=](MacroExpander& expander) { expander.LoopWhile(condition, block); };
 }
 
-void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block, ssize_t indent)
+void MacroExpander::LoopWhile(const LevelText& condition, const TextBlock& block)
 {
     RepeatedText conditions(condition, /*isExpression=*/true);
-    RepeatedText rounds(block);
+    RepeatedText rounds(block.m_text);
     AdvanceWritePos(m_str.begin(), /*write=*/false);
     const ssize_t outputPos = GetOutputPos();
     const bool isObserved = RunState::CurrentObserver() != nullptr;
@@ -354,9 +348,9 @@ void MacroExpander::LoopWhile(const LevelText& condition, const LevelText& block
     {
         CountStep();
         if (isObserved)
-            ExpandObservedRound(rounds.Next(), indent, outputPos, round);
-        else if (!block.m_text.empty())
-            ExpandRound(rounds.Next(), indent, outputPos, round);
+            ExpandObservedRound(rounds.Next(), block.m_indent, outputPos, round);
+        else if (!block.m_text.m_text.empty())
+            ExpandRound(rounds.Next(), block.m_indent, outputPos, round);
     }
 }
 

@@ -47,16 +47,15 @@ void MacroExpander::ProcessRunPythonDirective()
     const char* const errorPos = m_str.begin();
     const char* const word = errorPos - SubString("runpython").size();
     CheckPythonAllowed(word);
-    ssize_t indent = 0;
-    const LevelText block = CutBlock(indent);
+    const TextBlock block = CutBlock();
     xstring code;
     try
     {
-        ExpandToString(block, indent, code);
+        ExpandToString(block.m_text, block.m_indent, code);
         if (!code.empty())
         {
             LoadPython(word);
-            const BlockPlace place = PlaceOf(block.m_text);
+            const BlockPlace place = PlaceOf(block.m_text.m_text);
             RunPythonBehind(place.m_name, place.m_linesBefore, AlignedCode(code), errorPos);
         }
     }

@@ -37,16 +37,14 @@ void WriteSuffix(xostream& os, EStrLiteralMode)
 
 void MacroExpander::ProcessStrDirective(bool splitLines, EStrLiteralMode mode)
 {
-    ssize_t indent = 0;
-    const LevelText text = CutRoundBlock(indent);
-    WriteStr(text, indent, splitLines, mode);
+    WriteStr(CutRoundBlock(), splitLines, mode);
 }
 
 template <bool splitLines, EStrLiteralMode mode>
 PlannedAction MacroExpander::PlanStr(PlanReader& reader)
 {
     return [block = reader.RoundBlock()](MacroExpander& expander)
-    { expander.WriteStr(block.m_text, block.m_indent, splitLines, mode); };
+    { expander.WriteStr(block, splitLines, mode); };
 }
 
 template PlannedAction MacroExpander::PlanStr<false, SLM_ASCII>(PlanReader& reader);
@@ -54,12 +52,11 @@ template PlannedAction MacroExpander::PlanStr<true, SLM_ASCII>(PlanReader& reade
 template PlannedAction MacroExpander::PlanStr<false, SLM_WIDE>(PlanReader& reader);
 template PlannedAction MacroExpander::PlanStr<true, SLM_WIDE>(PlanReader& reader);
 
-void MacroExpander::WriteStr(const LevelText& text, ssize_t indent, bool splitLines,
-                             EStrLiteralMode mode)
+void MacroExpander::WriteStr(const TextBlock& block, bool splitLines, EStrLiteralMode mode)
 {
     AdvanceWritePos(m_str.begin(), /*write=*/false);
     xstring expanded;
-    ExpandToString(text, indent, expanded);
+    ExpandToString(block.m_text, block.m_indent, expanded);
     const ssize_t dstIndent = std::exchange(m_dstIndent, GetOutputPos());
     WriteLiteral(expanded, splitLines, mode);
     m_dstIndent = dstIndent;

@@ -26,31 +26,10 @@ bool IsCommonWord(SubString word)
     return std::ranges::find(s_words, word) != std::end(s_words);
 }
 
-/// What `name` means, or null; also when imports disagree.
-const LSVariable* FindVisible(VarFrame& frame, SubString name)
-{
-    try
-    {
-        return frame.Find(name, name.begin());
-    }
-    catch (const LexScannerException&)
-    {
-        return nullptr;
-    }
-}
-
 bool IsIdentifier(SubString text)
 {
     return text && IsNameCharacter(*text) && ClassOf(*text) != CHAR_DIGIT &&
            SkipNameCharacters(text.begin(), text.end()) == text.end();
-}
-
-SubString WithoutBlanks(SubString text)
-{
-    text.m_p1 = SkipBlanks(text.begin(), text.end());
-    while (text && ClassOf(text.m_p2[-1]) == CHAR_BLANK)
-        --text.m_p2;
-    return text;
 }
 
 /// Whether the digits of two names are the same: `get1` and `get2` are both meant.

@@ -241,9 +241,7 @@ bool DirectExpression::Substituted(const LSVariable& variable, VarFrame& frame, 
 bool DirectExpression::SubstitutedText(SubString text, VarFrame& frame, int depth,
                                        Substitute& found)
 {
-    text.m_p1 = SkipBlanks(text.m_p1, text.m_p2);
-    while (text && ClassOf(text.m_p2[-1]) == CHAR_BLANK)
-        --text.m_p2;
+    text = WithoutBlanks(text);
     if (text.empty())
         return false;
     if (ClassOf(*text.m_p1) > CHAR_RAW_PREFIX)

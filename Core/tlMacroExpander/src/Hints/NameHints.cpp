@@ -31,18 +31,6 @@ bool HasWord(const std::vector<SubString>& words, SubString word)
     return std::ranges::find(words, word) != words.end();
 }
 
-const LSVariable* FindVisible(VarFrame& frame, SubString name)
-{
-    try
-    {
-        return frame.Find(name, name.begin());
-    }
-    catch (const LexScannerException&)
-    {
-        return nullptr;
-    }
-}
-
 /// The word that the error stands at; empty when it stands at none, or elsewhere.
 SubString WordAt(SubString expanded, const LexScannerException& error)
 {
@@ -142,9 +130,7 @@ void HintAtText(VarFrame& frame, const std::vector<LSToken>& source, SubString w
 /// line, none of which is replaced.
 SubString QuotableWords(VarFrame& frame, SubString source)
 {
-    source.m_p1 = SkipBlanks(source.begin(), source.end());
-    while (source && ClassOf(source.end()[-1]) == CHAR_BLANK)
-        --source.m_p2;
+    source = WithoutBlanks(source);
     const bool isWords = std::ranges::all_of(source.begin(), source.end(),
                                              [](char c) { return c == ' ' || IsNameCharacter(c); });
     const std::vector<SubString> words = isWords ? WordsOf(source) : std::vector<SubString>();

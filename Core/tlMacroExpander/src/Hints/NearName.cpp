@@ -3,6 +3,7 @@
 // what is near the diagonal is looked at, so that long names take no more than their length.
 #include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
+#include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
 #include <array>
 
@@ -56,6 +57,18 @@ Row NextRow(SubString a, SubString b, ssize_t i, int most, const Row& last, cons
 }
 
 } // namespace
+
+const LSVariable* FindVisible(VarFrame& frame, SubString name)
+{
+    try
+    {
+        return frame.Find(name, name.begin());
+    }
+    catch (const LexScannerException&)
+    {
+        return nullptr;
+    }
+}
 
 int EditDistance(SubString a, SubString b, int most)
 {

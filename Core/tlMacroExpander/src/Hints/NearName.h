@@ -11,7 +11,11 @@
 namespace telv
 {
 
+class LSVariable;
 class VarFrame;
+
+/// What `name` means in `frame`, or null; also when imports disagree.
+const LSVariable* FindVisible(VarFrame& frame, SubString name);
 
 inline char LowerCase(char c)
 {

@@ -56,11 +56,6 @@ void CallOnPythonStack(const std::function<void()>& work)
     s_stack.Call(work);
 }
 
-void ReleasePythonStack()
-{
-    s_stack.Unmap();
-}
-
 } // namespace telv
 
 #endif

@@ -28,9 +28,6 @@ bool CodeFits(ssize_t length);
 /// through. A call from `work` stays on it. One thread at a time.
 void CallOnPythonStack(const std::function<void()>& work);
 
-/// Gives back what it has used. Not to be called on it.
-void ReleasePythonStack();
-
 } // namespace telv
 
 #endif

@@ -32,31 +32,43 @@ void Append(xstring& description, std::initializer_list<SubString> parts)
         description += part;
 }
 
-} // namespace
-
 /// Replaces the "EOS" of a description. Descriptions grow with each level that an error passes, and
 /// each level replaces; the run remembers how much has been seen to, so that this stays linear.
-class EndMark
+void ReplaceEndMark(xstring& description, const char* bracket)
 {
-public:
-    static void Replace(xstring& description, const char* bracket)
+    constexpr ssize_t overlap = 2;
+    RunState* const state = RunState::Current();
+    const ssize_t seen = state == nullptr ? 0 : state->m_markFreeLength;
+    const ssize_t from = std::clamp<ssize_t>(seen - overlap, 0, description.size());
+    const SubString rest(description.begin() + from, description.end());
+    if (rest && memmem(rest.begin(), static_cast<size_t>(rest.size()), "EOS", 3) != nullptr)
     {
-        constexpr ssize_t overlap = 2;
-        RunState* const state = RunState::Current();
-        const ssize_t seen = state == nullptr ? 0 : state->m_markFreeLength;
-        const ssize_t from = std::clamp<ssize_t>(seen - overlap, 0, description.size());
-        const SubString rest(description.begin() + from, description.end());
-        if (rest && memmem(rest.begin(), static_cast<size_t>(rest.size()), "EOS", 3) != nullptr)
-        {
-            xstring replaced(rest);
-            StringFindAndReplace(replaced, "EOS", bracket);
-            description.resize(from);
-            description += replaced;
-        }
-        if (state != nullptr)
-            state->m_markFreeLength = description.size();
+        xstring replaced(rest);
+        StringFindAndReplace(replaced, "EOS", bracket);
+        description.resize(from);
+        description += replaced;
     }
-};
+    if (state != nullptr)
+        state->m_markFreeLength = description.size();
+}
+
+/// A line that there is no memory for is left out, and so are those further out.
+void AppendToLimit(ExpansionLimitException& e, std::initializer_list<SubString> parts)
+{
+    const ssize_t size = e.m_description.size();
+    try
+    {
+        Append(e.m_description, parts);
+        ++e.m_contextLines;
+    }
+    catch (const MemoryLimitReached&)
+    {
+        e.m_description.resize(size);
+        e.m_contextLines = s_mostLinesOfLimit;
+    }
+}
+
+} // namespace
 
 SubString TokenText(const LSToken& token)
 {
@@ -91,22 +103,6 @@ bool TakesContext(const LexScannerException& e)
                             : limit->m_contextLines < s_mostLinesOfLimit;
 }
 
-/// A line that there is no memory for is left out, and so are those further out.
-static void AppendToLimit(ExpansionLimitException& e, std::initializer_list<SubString> parts)
-{
-    const ssize_t size = e.m_description.size();
-    try
-    {
-        Append(e.m_description, parts);
-        ++e.m_contextLines;
-    }
-    catch (const MemoryLimitReached&)
-    {
-        e.m_description.resize(size);
-        e.m_contextLines = s_mostLinesOfLimit;
-    }
-}
-
 void AddErrorContext(LexScannerException& e, std::initializer_list<SubString> parts)
 {
     ExpansionLevel::MoveOutOfDeadTexts(e);
@@ -124,7 +120,7 @@ void AddExpressionErrorContext(LexScannerException& e, const char* bracket, cons
     if (dynamic_cast<ExpansionLimitException*>(&e) == nullptr)
     {
         if (TakesContext(e))
-            EndMark::Replace(e.m_description, bracket);
+            ReplaceEndMark(e.m_description, bracket);
         e.m_pos = pos;
     }
     AddErrorContext(e, parts);

@@ -28,8 +28,7 @@ enum EPieces : unsigned char
 {
     PIECES_UNWANTED = 0, ///< Nobody: the text may be written in long stretches.
     PIECES_RECORDED = 1, ///< Whoever reads the output's map.
-    PIECES_OBSERVED = 2, ///< The run's observer.
-    PIECES_RECORDED_AND_OBSERVED = PIECES_RECORDED | PIECES_OBSERVED
+    PIECES_OBSERVED = 2  ///< The run's observer. Both may.
 };
 
 /// Who wants them under the run of this thread.
@@ -50,7 +49,7 @@ public:
                    const char* const& position, EPieces pieces)
         : m_state(state), m_limits(limits), m_outer(state.m_level), m_text(text.m_text),
           m_position(position), m_owner(text.m_owner), m_scanned(text.m_scanned),
-          m_first(text.m_first), m_isOfApplication(text.m_isOfApplication), m_pieces(pieces)
+          m_first(text.m_first), m_pieces(pieces)
     {
         if (m_owner == nullptr && m_outer != nullptr && m_outer->m_owner != nullptr &&
             IsWithin(m_text, m_outer->m_owner->Text()))
@@ -93,7 +92,6 @@ public:
     /// Whether `position` is what the level was made with: whether it is the level of that
     /// expander.
     bool IsOf(const char* const& position) const { return &m_position == &position; }
-    bool IsOfApplication() const { return m_isOfApplication; }
     EPieces Pieces() const { return m_pieces; }
     /// Whether the output is written piece by piece.
     bool IsRecorded() const { return m_pieces != PIECES_UNWANTED; }
@@ -194,7 +192,6 @@ private:
     ScanItem* m_item = nullptr;
     ssize_t m_round = 0;
     unsigned m_first;
-    bool m_isOfApplication;
     EPieces m_pieces;
     bool m_isFinished = false;
     bool m_errorHasPosition = false; ///< The error that ended it says where it is.

@@ -26,4 +26,11 @@ struct LevelText
     ExpressionProgram* m_program = nullptr;
 };
 
+/// A block as it was cut out, with the columns of its indentation.
+struct TextBlock
+{
+    LevelText m_text;
+    ssize_t m_indent = 0;
+};
+
 } // namespace telv

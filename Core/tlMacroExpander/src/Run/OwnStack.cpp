@@ -183,16 +183,6 @@ bool OwnStack::MapOne(size_t size)
     return true;
 }
 
-void OwnStack::Unmap() noexcept
-{
-    if (m_low == nullptr)
-        return;
-    const auto page = static_cast<size_t>(getpagesize());
-    munmap(m_low - page, m_size + page);
-    m_low = nullptr;
-    m_size = 0;
-}
-
 bool OwnStack::Holds(const void* frame) const
 {
     const auto at = reinterpret_cast<std::uintptr_t>(frame);

@@ -11,7 +11,7 @@
 namespace telv
 {
 
-/// Owned by whoever maps it; takes memory as it is used. One call at a time.
+/// Takes memory as it is used, and stays mapped until the process ends. One call at a time.
 class OwnStack
 {
 public:
@@ -19,8 +19,6 @@ public:
     /// limited the texts need it too: then the stack gets one part of `parts`. False when even the
     /// smallest can't be had; nothing is done when it is mapped already.
     bool Map(std::span<const size_t> sizes, size_t parts);
-    /// Gives it back. Not to be called on it.
-    void Unmap() noexcept;
 
     /// The lowest address that can be used; null when it is not mapped.
     char* Low() const { return m_low; }

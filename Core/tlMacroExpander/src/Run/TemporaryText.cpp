@@ -114,9 +114,4 @@ TemporaryText::~TemporaryText()
         state->NoteDeath(*m_origin);
 }
 
-TextScope::TextScope(xstring& text, SubString origin)
-    : m_text(MakeHeldShared<TemporaryText>(text, origin))
-{
-}
-
 } // namespace telv

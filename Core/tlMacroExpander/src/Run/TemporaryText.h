@@ -76,22 +76,4 @@ private:
     int m_exceptions = std::uncaught_exceptions(); ///< In flight when the text was made.
 };
 
-/// Holds a temporary text while the directive that made it works on it.
-class TextScope
-{
-public:
-    TextScope(xstring& text, SubString origin);
-    /// Holds one that was made before.
-    explicit TextScope(std::shared_ptr<TemporaryText> text) : m_text(std::move(text)) {}
-    TextScope(const TextScope&) = delete;
-    TextScope& operator=(const TextScope&) = delete;
-
-    SubString Text() const { return m_text->Text(); }
-    TemporaryText* Owner() const { return m_text.get(); }
-    const std::shared_ptr<TemporaryText>& Share() const { return m_text; }
-
-private:
-    std::shared_ptr<TemporaryText> m_text;
-};
-
 } // namespace telv

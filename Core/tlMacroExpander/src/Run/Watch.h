@@ -56,8 +56,6 @@ public:
     bool IsUsed(SubString definition) const { return m_used.contains(definition.begin()); }
     /// By where their names stand.
     const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
-    /// Where the names of what was used stand.
-    const std::set<const char*>& Used() const { return m_used; }
 
     NearIndex& Near() { return m_near; }
     /// A part of a text that is being expanded no line of which begins with tabs.

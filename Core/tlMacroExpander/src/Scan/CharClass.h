@@ -6,6 +6,7 @@
 // each; a test compares the two byte by byte.
 #pragma once
 
+#include "tlUtils/BasicSubString.h"
 #include "tlUtils/IntTypes.h"
 #if defined(__SSE2__)
 #include <bit>
@@ -84,6 +85,15 @@ inline const char* SkipBlanks(const char* p, const char* end)
     while (p < end && ClassOf(*p) == CHAR_BLANK)
         ++p;
     return p;
+}
+
+/// `s` without the white space around it.
+inline SubString WithoutBlanks(SubString s)
+{
+    s.m_p1 = SkipBlanks(s.m_p1, s.m_p2);
+    while (s && ClassOf(s.m_p2[-1]) == CHAR_BLANK)
+        --s.m_p2;
+    return s;
 }
 
 #if defined(__SSE2__)

@@ -38,13 +38,6 @@ private:
     MemoryHold m_hold{s_sizeOfAction};
 };
 
-/// A block as it was cut out, with the columns of its indentation.
-struct PlannedBlock
-{
-    LevelText m_text;
-    ssize_t m_indent = 0;
-};
-
 /// Reads a directive or a call for its plan: each function throws where there is nothing to plan.
 class PlanReader
 {
@@ -60,14 +53,12 @@ public:
     LevelText Section(bool readOpen, EToken open, EToken close);
     /// The same between round brackets, as an expression.
     LevelText Condition(bool readOpen);
-    PlannedBlock Block();
-    PlannedBlock RoundBlock();
+    TextBlock Block();
+    TextBlock RoundBlock();
     /// A block as an expression.
     LevelText ValueBlock();
     /// An argument of a call, and the token behind it.
     LevelText Argument(LSToken& end, bool isExpression);
-    /// Reads a word after `@`, if both are next.
-    bool TakeDirectiveWord(const char* word);
 
 private:
     void Compile(LevelText& text);

@@ -29,18 +29,18 @@ LevelText PlanReader::Condition(bool readOpen)
     return text;
 }
 
-PlannedBlock PlanReader::Block()
+TextBlock PlanReader::Block()
 {
-    PlannedBlock block;
-    block.m_text = m_scanned.Part(ScanSubstString(m_rest, block.m_indent));
-    return block;
+    ssize_t indent = 0;
+    const SubString text = ScanSubstString(m_rest, indent);
+    return {m_scanned.Part(text), indent};
 }
 
-PlannedBlock PlanReader::RoundBlock()
+TextBlock PlanReader::RoundBlock()
 {
-    PlannedBlock block;
-    block.m_text = m_scanned.Part(ScanRndBrackettedString(m_rest, block.m_indent));
-    return block;
+    ssize_t indent = 0;
+    const SubString text = ScanRndBrackettedString(m_rest, indent);
+    return {m_scanned.Part(text), indent};
 }
 
 LevelText PlanReader::ValueBlock()
@@ -58,17 +58,6 @@ LevelText PlanReader::Argument(LSToken& end, bool isExpression)
     if (isExpression)
         Compile(text);
     return text;
-}
-
-bool PlanReader::TakeDirectiveWord(const char* word)
-{
-    SubString rest = m_rest;
-    const LSToken at = LsScanToken(rest, /*returnComments=*/false);
-    const LSToken name = LsScanToken(rest, /*returnComments=*/false);
-    if (at.m_type != TOKEN_AT || name.m_type != TOKEN_IDENTIFIER || name.m_str != word)
-        return false;
-    m_rest = rest;
-    return true;
 }
 
 void PlanReader::Compile(LevelText& text)

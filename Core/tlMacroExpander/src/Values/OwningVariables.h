@@ -35,8 +35,6 @@ public:
 
     /// Made if need be.
     MacroExtras& Extras();
-    /// Null when there are none.
-    MacroExtras* KnownExtras() const { return m_extras.get(); }
 
     CountedRef<ScannedText> m_scanned; ///< Once it is known; of the body or a larger text.
     TemporaryText* m_owner = nullptr;  ///< Of the body and the formal names; or null.
