@@ -117,6 +117,16 @@ TEST(NameTable, KeepsWhatIsHeldOrBoundAndDropsTheRest)
     EXPECT_EQ(Lookup(names, "held"), nullptr);
 }
 
+TEST(NameTable, HasASerialOfItsOwn)
+{
+    std::set<uint64> serials;
+    for (int i = 0; i < 100; ++i)
+    {
+        const FileScopeVarFrame file;
+        EXPECT_TRUE(serials.insert(FrameTree::Names(file).Serial()).second);
+    }
+}
+
 TEST(NameTable, IsSharedByATree)
 {
     FileScopeVarFrame file;

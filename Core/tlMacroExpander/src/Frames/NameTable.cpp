@@ -4,6 +4,7 @@
 #include "tlMacroExpander/src/Frames/HeldNames.h"
 #include "tlMacroExpander/src/Frames/ImportQuery.h"
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cstring>
 
@@ -14,6 +15,8 @@ const char s_placeOfSeed = 0;
 
 namespace
 {
+
+std::atomic<uint64> s_tables = 0;
 
 constexpr size_t s_fewestSlots = 16;
 
@@ -36,7 +39,7 @@ bool IsSame(SubString a, SubString b)
 
 } // namespace
 
-NameTable::NameTable() = default;
+NameTable::NameTable() : m_serial(s_tables.fetch_add(1, std::memory_order_relaxed) + 1) {}
 
 uint64 NameTable::HashOf(SubString name)
 {

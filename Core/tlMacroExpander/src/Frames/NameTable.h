@@ -95,6 +95,10 @@ public:
     NameTable(const NameTable&) = delete;
     NameTable& operator=(const NameTable&) = delete;
 
+    /// Unique in the process: who holds entries can tell, without touching it, that the table which
+    /// they belong to is not the one at hand.
+    uint64 Serial() const { return m_serial; }
+
     /// The entry of `name`, made if need be. Copies the name.
     TLEXPANDER_API NameEntry* Intern(SubString name, uint64 hash);
     /// The entry of `name` or null. With null, no frame of the tree binds it; imports may provide
@@ -315,6 +319,7 @@ private:
     IndexedPool<NameEntry> m_entries;
     Pool<NameBinding> m_bindings;
     int64 m_lastNumber = 0;
+    const uint64 m_serial;
 
     std::unique_ptr<ImportIndex> m_imports;
     std::unique_ptr<DollarIndex> m_dollarMacros;
