@@ -192,7 +192,10 @@ TEST_F(MappedFileTest, ThatBecomesShorterIsAnError)
 TEST_F(MappedFileTest, ThatIsWrittenToIsAnError)
 {
     Write("out", "old");
-    for (const char* const change : {"printf x >> main.tl", "touch -d '1 hour ago' main.tl"})
+    for (const char* const change :
+         {"printf x >> main.tl", "touch -d '1 hour ago' main.tl",
+          "printf x >> main.tl; rm main.tl; echo another > main.tl",
+          "printf x >> main.tl; mv main.tl moved; cp moved main.tl; rm moved"})
     {
         const ProgramResult result = RunDuring(change);
         EXPECT_EQ(result.status, 2);
@@ -200,6 +203,16 @@ TEST_F(MappedFileTest, ThatIsWrittenToIsAnError)
         EXPECT_EQ(Read("out"), "old");
         EXPECT_EQ(Names(), " main.tl out");
     }
+}
+
+TEST_F(MappedFileTest, LeavesTheSignalToThoseWhoSendIt)
+{
+    Write("main.tl", Repeated("some text\n", 200'000) + "@while(true){some text}");
+    const ProgramResult result = RunShell("$TLEXPAND -o out main.tl & pid=$!\n"
+                                          "until ls .tlexpand-* > list 2> list; do :; done\n"
+                                          "kill -BUS $pid; wait $pid");
+    EXPECT_EQ(result.status, 128 + SIGBUS);
+    EXPECT_EQ(Names(), " list main.tl");
 }
 
 TEST_F(MappedFileTest, ThatIsReplacedOrRemovedIsTheEarlierOne)

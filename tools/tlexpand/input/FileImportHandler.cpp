@@ -215,21 +215,25 @@ std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) 
     return ToStdString(expanded);
 }
 
+/// Links and backslashes mean what they mean to the system, unless that leads nowhere.
+static std::optional<std::string> FindIn(const std::string& directory, const std::string& name)
+{
+    for (std::string (*const join)(const std::string&, const std::string&) :
+         {InDirectory, JoinPath})
+        if (std::string path = join(directory, name); IsRegularFile(path))
+            return path;
+    return std::nullopt;
+}
+
 std::optional<std::string> FileImportHandler::FindPath(const std::string& name) const
 {
     if (name.starts_with('/'))
         return IsRegularFile(name) ? std::optional(name) : std::nullopt;
-    std::vector<std::string> directories = {CurrentDirectory()};
-    directories.insert(directories.end(), m_registeredPaths.begin(), m_registeredPaths.end());
-    directories.insert(directories.end(), m_importPaths.begin(), m_importPaths.end());
-    for (const std::string& directory : directories)
-    {
-        // Links and backslashes mean what they mean to the system, unless that leads nowhere.
-        for (const std::string& path : {InDirectory(directory, name), JoinPath(directory, name)})
-            if (IsRegularFile(path))
-                return path;
-    }
-    return std::nullopt;
+    std::optional<std::string> path = FindIn(CurrentDirectory(), name);
+    for (const auto* const directories : {&m_registeredPaths, &m_importPaths})
+        for (size_t i = 0; !path && i < directories->size(); ++i)
+            path = FindIn((*directories)[i], name);
+    return path;
 }
 
 void FileImportHandler::Know(Input& input, const FileStamp& stamp)
@@ -435,7 +439,7 @@ void FileImportHandler::CheckUnchanged() const
 {
     for (const auto& input : m_inputs)
         if (input->m_text != nullptr)
-            if (const char* const change = input->m_text->FindChange(input->m_path))
+            if (const char* const change = input->m_text->FindChange())
                 throw FileError("can't read '" + input->m_name + "': " + change);
 }
 

@@ -6,6 +6,7 @@
 #include "tlUtils/HeldMemory.h"
 #include <algorithm>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <utility>
@@ -37,22 +38,34 @@ std::vector<Mapping>& Mappings()
     return s_mappings;
 }
 
-void OnBusError(int signal, siginfo_t* info, void* /*context*/)
+/// What handled the signal before.
+struct sigaction s_earlier;
+
+void OnBusError(int signal, siginfo_t* info, void* context)
 {
     const auto* const address = static_cast<const char*>(info->si_addr);
     const auto page = static_cast<ssize_t>(getpagesize());
-    for (const Mapping& mapping : Mappings())
-        if (mapping.m_text.begin() <= address && address < mapping.m_text.end() + page)
-            EndRun("can't read '" + mapping.m_path + "': " + s_shortened);
-    std::signal(signal, SIG_DFL); // the instruction is tried again
+    if (info->si_code > 0) // Else somebody sent it, and it has no address.
+        for (const Mapping& mapping : Mappings())
+            if (mapping.m_text.begin() <= address && address < mapping.m_text.end() + page)
+                EndRun("can't read '" + mapping.m_path + "': " + s_shortened);
+    if ((s_earlier.sa_flags & SA_SIGINFO) != 0)
+        return s_earlier.sa_sigaction(signal, info, context);
+    std::signal(signal, SIG_DFL);
+    raise(signal); // It comes when this handler returns.
 }
 
 void HandleBusErrors()
 {
+    struct sigaction earlier = {};
+    sigaction(SIGBUS, nullptr, &earlier);
+    if ((earlier.sa_flags & SA_SIGINFO) != 0 && earlier.sa_sigaction == OnBusError)
+        return;
+    s_earlier = earlier;
     struct sigaction action = {};
     action.sa_sigaction = OnBusError;
-    action.sa_flags = SA_SIGINFO;
-    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
+    action.sa_mask = earlier.sa_mask;
     sigaction(SIGBUS, &action, nullptr);
 }
 
@@ -96,6 +109,7 @@ InputText& InputText::operator=(InputText&& other) noexcept
     std::swap(m_text, other.m_text);
     m_read.swap(other.m_read);
     std::swap(m_mapped, other.m_mapped);
+    std::swap(m_file, other.m_file);
     return *this;
 }
 
@@ -124,6 +138,9 @@ bool InputText::Map(int fd, const std::string& path, const struct stat& status)
 {
     if (status.st_size < s_largeFile || lseek(fd, 0, SEEK_CUR) != 0)
         return false;
+    Descriptor file(fcntl(fd, F_DUPFD_CLOEXEC, 0));
+    if (!file.IsOpen())
+        return false;
     const auto size = static_cast<size_t>(status.st_size);
     HoldMemory(status.st_size);
     void* const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
@@ -134,6 +151,7 @@ bool InputText::Map(int fd, const std::string& path, const struct stat& status)
     }
     m_text = SubString(static_cast<const char*>(text), static_cast<const char*>(text) + size);
     m_mapped = status;
+    m_file = std::move(file);
     lseek(fd, 0, SEEK_END); // as if it had been read
     if (Mappings().empty())
         HandleBusErrors();
@@ -141,12 +159,12 @@ bool InputText::Map(int fd, const std::string& path, const struct stat& status)
     return true;
 }
 
-const char* InputText::FindChange(const std::string& path) const
+const char* InputText::FindChange() const
 {
-    const auto now = m_mapped ? StatusOf(path) : std::nullopt;
-    if (!now || FileIdentity(*now) != FileIdentity(*m_mapped) || HasSameText(*m_mapped, *now))
+    struct stat now;
+    if (!m_mapped || fstat(m_file.Get(), &now) != 0 || HasSameText(*m_mapped, now))
         return nullptr;
-    return now->st_size < m_mapped->st_size ? s_shortened : s_changed;
+    return now.st_size < m_mapped->st_size ? s_shortened : s_changed;
 }
 
 } // namespace telv::tool

@@ -35,9 +35,9 @@ public:
     /// Never empty at null: an empty text has an address of its own.
     SubString Text() const { return m_text; }
 
-    /// What has happened to the file at `path` since it was mapped, as messages say it; null:
-    /// nothing, or another file is there.
-    const char* FindChange(const std::string& path) const;
+    /// What has happened to the file since it was mapped, as messages say it, wherever it is by
+    /// now; null: nothing.
+    const char* FindChange() const;
 
 private:
     bool Map(int fd, const std::string& path, const struct stat& status);
@@ -45,6 +45,7 @@ private:
     SubString m_text;
     xstring m_read;                      ///< Holds the text unless it is mapped.
     std::optional<struct stat> m_mapped; ///< The file as it was.
+    Descriptor m_file;                   ///< It, when it is mapped.
 };
 
 } // namespace telv::tool
