@@ -5,6 +5,7 @@
 // expression then has no steps.
 #include "tlMacroExpander/src/Expressions/ExpressionOperators.h"
 #include "tlMacroExpander/src/Expressions/ExpressionSteps.h"
+#include "tlMacroExpander/src/Run/StackGuard.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/TokenScan.h"
 #include "tlUtils/StringExt.h"
@@ -96,6 +97,8 @@ private:
     bool Expression();
     bool Conditional();
     bool Binary(int level);
+    /// One level deeper; false when it would be too deep for this way.
+    bool Nest() { return ++m_nesting <= s_mostNesting && HasStackLeft(); }
     bool Unary();
     bool PostFix();
     bool Primary();
@@ -135,7 +138,7 @@ ExpressionSteps::ExpressionSteps(SubString text)
 
 bool ExpressionSteps::Compiler::Expression()
 {
-    if (++m_nesting > s_mostNesting || !Conditional())
+    if (!Nest() || !Conditional())
         return false;
     --m_nesting;
     return true; // an assignment, which is an error, is left as the current token
@@ -148,7 +151,7 @@ bool ExpressionSteps::Compiler::Conditional()
     if (m_kind != TOKEN_QUESTION)
         return true;
     Advance();
-    if (!Expression() || !Take(TOKEN_COLON) || ++m_nesting > s_mostNesting || !Conditional())
+    if (!Expression() || !Take(TOKEN_COLON) || !Nest() || !Conditional())
         return false;
     --m_nesting;
     return Add(STEP_CHOOSE, -2) != nullptr;
@@ -181,7 +184,7 @@ bool ExpressionSteps::Compiler::Unary()
         prefix != TOKEN_TILDE)
         return PostFix();
     Advance();
-    if (++m_nesting > s_mostNesting || !Unary())
+    if (!Nest() || !Unary())
         return false;
     --m_nesting;
     ExpressionStep* const step = Add(STEP_UNARY, 0);

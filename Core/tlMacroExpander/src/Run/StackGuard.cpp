@@ -17,6 +17,7 @@ namespace
 
 /// Left free for composing an error, for destructors, and for a signal handler.
 constexpr std::uintptr_t s_reserve = 160UL * 1024;
+constexpr std::uintptr_t s_leastReserve = 16UL * 1024;
 /// What is assumed of a main stack without a limit, and of a fiber's from its outermost entry.
 constexpr std::uintptr_t s_mostOfUnlimited = 256UL * 1024 * 1024;
 constexpr std::uintptr_t s_fiber = 256UL * 1024;
@@ -37,11 +38,17 @@ struct StackBounds
 
 thread_local StackBounds t_bounds;
 
+/// Half of a small stack, but of the smallest as much as the deepest way between two checks takes.
+std::uintptr_t ReserveOf(std::uintptr_t size)
+{
+    const std::uintptr_t least = std::min(s_leastReserve, size / 4 * 3);
+    return std::clamp(size / 2, least, s_reserve);
+}
+
 void SetLowestUsable()
 {
     const std::uintptr_t size = t_bounds.m_high - t_bounds.m_low;
-    t_bounds.m_lowest =
-        reinterpret_cast<const char*>(t_bounds.m_low + std::min(s_reserve, size / 2));
+    t_bounds.m_lowest = reinterpret_cast<const char*>(t_bounds.m_low + ReserveOf(size));
     const std::uintptr_t most = std::min(s_mostOfLevels, size);
     t_bounds.m_lowestLevel =
         std::max(t_bounds.m_lowest, reinterpret_cast<const char*>(t_bounds.m_high - most));

@@ -3,7 +3,7 @@
 // own.
 //
 // Few texts use one, and to find, map and bind that library costs a tenth of a program's start. So
-// nothing is linked with it: the first call of one of these functions loads it.
+// the tool is not linked with it: there the first call of one of these functions loads it.
 #pragma once
 
 namespace telv
