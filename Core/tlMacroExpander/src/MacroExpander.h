@@ -301,8 +301,8 @@ private:
     void LoopWhile(const LevelText& condition, const TextBlock& block);
     template <class Next>
     static void ReadForHead(ForHead& head, const Next& next);
-    void LoopFor(const ForHead& head, std::shared_ptr<TemporaryText> list, const TextBlock& block,
-                 std::shared_ptr<KnownList>* known);
+    void LoopFor(const ForHead& head, const std::shared_ptr<TemporaryText>& list,
+                 const TextBlock& block, std::shared_ptr<KnownList>* known);
     void ExpandRound(const LevelText& block, ssize_t indent, ssize_t dstIndent, ssize_t round);
     void ExpandObservedRound(const LevelText& block, ssize_t indent, ssize_t dstIndent,
                              ssize_t round);

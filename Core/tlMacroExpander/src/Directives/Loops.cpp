@@ -119,17 +119,22 @@ PlannedAction MacroExpander::PlanFor(PlanReader& reader)
         xstring listString;
         expander.ExpandToString(section, 0, listString);
         const KnownList* const last = known->get();
+        std::shared_ptr<TemporaryText>
+            list; // A round may come here again and replace what is known.
         if (last != nullptr && last->m_text->IsOfCurrentRun() && last->m_text->Text() == listString)
-            return expander.LoopFor(*head, last->m_text, block, known.get());
-        known->reset();
-        const auto list = MakeHeldShared<TemporaryText>(listString, expander.DirectiveRange());
+            list = last->m_text;
+        else
+        {
+            known->reset();
+            list = MakeHeldShared<TemporaryText>(listString, expander.DirectiveRange());
+        }
         expander.LoopFor(*head, list, block, known.get());
     };
 }
 
 /// `known`: what is known of the list, if anything; filled in when it is empty. Null: that is not
 /// wanted.
-void MacroExpander::LoopFor(const ForHead& head, std::shared_ptr<TemporaryText> list,
+void MacroExpander::LoopFor(const ForHead& head, const std::shared_ptr<TemporaryText>& list,
                             const TextBlock& block, std::shared_ptr<KnownList>* known)
 {
     AdvanceWritePos(m_str.begin(), /*write=*/false);
