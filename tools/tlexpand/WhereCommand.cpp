@@ -96,11 +96,14 @@ FilePlace WhereCommand::PlaceInOutput() const
     return isLonger ? place.InLongerFile() : place;
 }
 
-/// The same for a source.
+/// The same for a source, of which a line is looked up whole.
 FilePlace WhereCommand::PlaceInSource() const
 {
     const FilePlace& place = *m_options.m_source;
     const bool isLonger = !place.m_longerFile.empty() && FindSource(place.m_longerFile);
+    if (place.m_column && !isLonger)
+        throw UsageError("bad place '" + place.m_longerFile + ":" +
+                         std::to_string(*place.m_column) + "' for --source: FILE:LINE is wanted");
     return isLonger ? place.InLongerFile() : place;
 }
 
