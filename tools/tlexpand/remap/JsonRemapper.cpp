@@ -61,7 +61,7 @@ private:
     void RemapPlace(Json& place);
     bool CanFix(const Json& fixes);
     static EColumnUnit UnitOfColumn(const Json& place);
-    static void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
+    void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
 
     MappedOutputs& m_outputs;
     bool m_isChanged = false;
@@ -107,7 +107,7 @@ EColumnUnit GccRemapper::UnitOfColumn(const Json& place)
 void GccRemapper::RemapPlace(Json& place)
 {
     const auto origin = OriginOf(place);
-    if (!origin)
+    if (!origin || !origin->IsInFile())
         return;
     m_isChanged = true;
     place["file"] = origin->m_place.m_path;
@@ -131,8 +131,9 @@ bool GccRemapper::CanFix(const Json& fixes)
             if (fix.contains(end) && m_outputs.Find(TextIn(fix[end], "file")))
             {
                 const auto origin = OriginOf(fix[end]);
-                areMapped = areMapped || origin;
-                areCopied = areCopied && origin && origin->m_isCopied;
+                const bool isMapped = origin && origin->IsInFile();
+                areMapped = areMapped || isMapped;
+                areCopied = areCopied && isMapped && origin->m_isCopied;
             }
     return areCopied || !areMapped;
 }
@@ -148,6 +149,7 @@ void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUn
         if (!note.m_place.m_path.empty())
             child["locations"].push_back({{"caret", caret}});
         message["children"].push_back(child);
+        m_isChanged = true;
     }
 }
 
@@ -272,6 +274,7 @@ void SarifRemapper::RemapResult(Json& result)
             Place(related["physicalLocation"], note.m_place, isAbsolute);
         }
         result["relatedLocations"].push_back(related);
+        m_isChanged = true;
     }
 }
 
@@ -338,7 +341,7 @@ std::optional<MessageOrigin> SarifRemapper::OriginOf(const Json& location)
 void SarifRemapper::RemapLocation(Json& location)
 {
     const auto origin = OriginOf(location);
-    if (!origin)
+    if (!origin || !origin->IsInFile())
         return;
     const bool isAbsolute = IsAbsolute(location);
     m_isChanged = true;

@@ -89,16 +89,16 @@ std::string LineRemapper::Remap(const std::string& line)
         const auto origin =
             m_outputs.Map(*output, place->m_line, place->m_column, EColumnUnit::Guess, hints);
         rewritten += line.substr(from, place->m_begin - from);
-        if (!origin)
+        if (!origin || !origin->IsInFile())
             rewritten += line.substr(place->m_begin, place->m_end - place->m_begin);
         else
         {
             const MessagePlace& to = origin->m_place;
             const auto column = place->m_column ? std::optional(to.m_column) : std::nullopt;
             rewritten += WritePlace(place->m_form, to.m_path, to.m_line, column);
-            if (IsMessage(line, *place))
-                AddNotes(line, *place, *origin);
         }
+        if (origin && IsMessage(line, *place))
+            AddNotes(line, *place, *origin);
         from = place->m_end;
     }
     written += m_before + rewritten + line.substr(from);

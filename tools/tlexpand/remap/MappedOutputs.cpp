@@ -203,9 +203,10 @@ std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
         return std::nullopt;
     const auto place =
         PlaceOf(files, {static_cast<ssize_t>(origin->m_source), origin->m_offset, 1});
-    if (!place)
-        return std::nullopt;
-    MessageOrigin result{*place, origin->IsCopied(), {}, ToStdString(text)};
+    if (!place && output.m_noFiles.insert(origin->m_source).second)
+        m_report("what '" + files.OutputPath() + "' has from '" +
+                 files.SourcePath(origin->m_source) + "' leads to no file");
+    MessageOrigin result{place.value_or(MessagePlace()), origin->IsCopied(), {}, ToStdString(text)};
     AddNotes(files, *origin, result);
     return result;
 }
