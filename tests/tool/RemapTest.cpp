@@ -637,6 +637,39 @@ TEST_F(RemapTest, NotesStandBehindTheWholeExcerpt)
     EXPECT_GE(count, 2U) << plain;
 }
 
+TEST_F(RemapTest, OfALongChainTheFirstTenStepsAreShown)
+{
+    Write("deep.tl", "@def f(int n) = {@if(n == 0){bad}@else{f(@(n - 1))}}\n  f(30)\n");
+    Expand({"-o", "deep.c", "--map", "deep.map", "--chains", "deep.tl"});
+    ASSERT_EQ(Read("deep.c"), "  bad\n");
+    const auto count = [](const std::string& text, const std::string& part)
+    {
+        size_t found = 0;
+        for (size_t pos = text.find(part); pos != std::string::npos; pos = text.find(part, pos + 1))
+            ++found;
+        return found;
+    };
+    const std::string message = Run({"remap", "deep.map"}, "deep.c:1:3: error: x\nnext\n").out;
+    EXPECT_EQ(count(message, ": note: in "), 10U);
+    const size_t more = message.find("\n... ");
+    ASSERT_NE(more, std::string::npos) << message;
+    const std::string rest = message.substr(more + 1, message.find('\n', more + 1) - more - 1);
+    EXPECT_TRUE(message.ends_with("'\n" + rest + "\nnext\n")) << message;
+    const std::string traceback = Run({"remap", "deep.map"}, "  File \"deep.c\", line 1\n").out;
+    EXPECT_TRUE(traceback.starts_with("  " + rest + "\n  File \"deep.tl\"")) << traceback;
+    EXPECT_EQ(count(traceback, "\n"), 12U);
+    const auto children = nlohmann::json::parse(
+        Run({"remap", "deep.map"}, "[{\"kind\":\"error\",\"message\":\"x\",\"children\":[],"
+                                   "\"locations\":[{\"caret\":{\"file\":\"deep.c\",\"line\":1,"
+                                   "\"column\":3,\"byte-column\":3}}]}]\n")
+            .out)[0]["children"];
+    ASSERT_EQ(children.size(), 11U);
+    EXPECT_EQ(children[10]["message"], rest);
+    const std::string shown = Expand({"where", "deep.map", "deep.c:1:3"});
+    EXPECT_TRUE(shown.ends_with("\n" + rest + "\n")) << shown;
+    EXPECT_EQ(count(shown, "\n"), 34U);
+}
+
 TEST_F(RemapTest, ChainsOfTracebacks)
 {
     Write("gen.tl", "@def check(x) =\n{\n    assert x > 1\n}\n"

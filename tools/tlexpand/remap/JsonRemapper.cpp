@@ -4,6 +4,7 @@
 // about them mean that a document is passed on as it is.
 #include "remap/JsonRemapper.h"
 #include "Files.h"
+#include "map/ChainText.h"
 #include <limits>
 #include <nlohmann/json.hpp>
 
@@ -151,6 +152,10 @@ void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUn
         message["children"].push_back(child);
         m_isChanged = true;
     }
+    if (origin.m_moreNotes > 0)
+        message["children"].push_back({{"kind", "note"},
+                                       {"message", DescribeMoreSteps(origin.m_moreNotes)},
+                                       {"locations", Json::array()}});
 }
 
 int HexDigit(char c)
@@ -276,6 +281,9 @@ void SarifRemapper::RemapResult(Json& result)
         result["relatedLocations"].push_back(related);
         m_isChanged = true;
     }
+    if (origin->m_moreNotes > 0)
+        result["relatedLocations"].push_back(
+            {{"message", {{"text", DescribeMoreSteps(origin->m_moreNotes)}}}});
 }
 
 /// Takes away the fixes that change mapped files: what they insert is text of the output, and the

@@ -2,6 +2,7 @@
 // An excerpt is what compilers print under a message: lines with a bar, or lines with a caret and
 // the line above. GCC's and clang's can be told from messages by their first characters.
 #include "remap/LineRemapper.h"
+#include "map/ChainText.h"
 #include "remap/MessageText.h"
 #include <utility>
 
@@ -144,6 +145,13 @@ void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
                 .append(note.m_text)
                 .append("\n");
     }
+    if (origin.m_moreNotes == 0)
+        return;
+    const std::string more = DescribeMoreSteps(origin.m_moreNotes) + "\n";
+    if (place.m_form == EPlaceForm::Python)
+        m_before.insert(0, line.substr(0, line.find_first_not_of(" \t")) + more);
+    else
+        m_notes += more;
 }
 
 std::string LineRemapper::Finish()

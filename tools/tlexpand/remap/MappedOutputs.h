@@ -40,7 +40,8 @@ struct MessageOrigin
 
     MessagePlace m_place;
     bool m_isCopied = false;
-    std::vector<MessageNote> m_notes; ///< Of the chain, innermost first.
+    std::vector<MessageNote> m_notes; ///< Of the chain, innermost first; of a long one the first.
+    size_t m_moreNotes = 0;           ///< Those that were left out.
     std::string m_line;               ///< Of the output, without its end.
 };
 
