@@ -201,6 +201,17 @@ TEST_F(RemapTest, EveryFormOfAPlace)
         {"at gen.cpp:1 and gen.cpp:2\n", "at main.tl:2 and lib.tl:3\n"},
         {"\x1b[01m\x1b[Kgen.cpp:1:10:\x1b[m\x1b[K x\n",
          "\x1b[01m\x1b[Kmain.tl:2:10:\x1b[m\x1b[K x\n"},
+        {"at gen.cpp:1. It is\n", "at main.tl:2. It is\n"},
+        {"gen.cpp:1-int ok\n", "main.tl:2-int ok\n"},
+        // Ranges are not rewritten by halves.
+        {"gen.cpp:1.10: error: x\n", "gen.cpp:1.10: error: x\n"},
+        {"gen.cpp:1.10-12: error: x\n", "gen.cpp:1.10-12: error: x\n"},
+        {"gen.cpp:1.10-2.3: error: x\n", "gen.cpp:1.10-2.3: error: x\n"},
+        {"gen.cpp:1-2: x\n", "gen.cpp:1-2: x\n"},
+        {"gen.cpp:1,10: x\n", "gen.cpp:1,10: x\n"},
+        {"gen.cpp:1:1-2:3: x\n", "gen.cpp:1:1-2:3: x\n"},
+        {"gen.cpp:1:1-3", "gen.cpp:1:1-3"},
+        {"gen.cpp:1:10:12: x\n", "gen.cpp:1:10:12: x\n"},
         // What is no place of it passes.
         {"gen.cpp: In function 'f':\n", "gen.cpp: In function 'f':\n"},
         {"other.cpp:1:1: x\n", "other.cpp:1:1: x\n"},
@@ -626,6 +637,39 @@ TEST_F(RemapTest, NotesStandBehindTheWholeExcerpt)
     EXPECT_GE(count, 2U) << plain;
 }
 
+TEST_F(RemapTest, OfALongChainTheFirstTenStepsAreShown)
+{
+    Write("deep.tl", "@def f(int n) = {@if(n == 0){bad}@else{f(@(n - 1))}}\n  f(30)\n");
+    Expand({"-o", "deep.c", "--map", "deep.map", "--chains", "deep.tl"});
+    ASSERT_EQ(Read("deep.c"), "  bad\n");
+    const auto count = [](const std::string& text, const std::string& part)
+    {
+        size_t found = 0;
+        for (size_t pos = text.find(part); pos != std::string::npos; pos = text.find(part, pos + 1))
+            ++found;
+        return found;
+    };
+    const std::string message = Run({"remap", "deep.map"}, "deep.c:1:3: error: x\nnext\n").out;
+    EXPECT_EQ(count(message, ": note: in "), 10U);
+    const size_t more = message.find("\n... ");
+    ASSERT_NE(more, std::string::npos) << message;
+    const std::string rest = message.substr(more + 1, message.find('\n', more + 1) - more - 1);
+    EXPECT_TRUE(message.ends_with("'\n" + rest + "\nnext\n")) << message;
+    const std::string traceback = Run({"remap", "deep.map"}, "  File \"deep.c\", line 1\n").out;
+    EXPECT_TRUE(traceback.starts_with("  " + rest + "\n  File \"deep.tl\"")) << traceback;
+    EXPECT_EQ(count(traceback, "\n"), 12U);
+    const auto children = nlohmann::json::parse(
+        Run({"remap", "deep.map"}, "[{\"kind\":\"error\",\"message\":\"x\",\"children\":[],"
+                                   "\"locations\":[{\"caret\":{\"file\":\"deep.c\",\"line\":1,"
+                                   "\"column\":3,\"byte-column\":3}}]}]\n")
+            .out)[0]["children"];
+    ASSERT_EQ(children.size(), 11U);
+    EXPECT_EQ(children[10]["message"], rest);
+    const std::string shown = Expand({"where", "deep.map", "deep.c:1:3"});
+    EXPECT_TRUE(shown.ends_with("\n" + rest + "\n")) << shown;
+    EXPECT_EQ(count(shown, "\n"), 34U);
+}
+
 TEST_F(RemapTest, ChainsOfTracebacks)
 {
     Write("gen.tl", "@def check(x) =\n{\n    assert x > 1\n}\n"
@@ -709,6 +753,33 @@ TEST_F(RemapTest, WhatCannotBeMappedPassesAndIsReported)
     expect("tlexpand: can't read 'gen.cpp.map': No such file or directory\n");
     // With a command, its status counts.
     EXPECT_EQ(Run({"remap", "gen.cpp.map", "--", "true"}).status, 0);
+}
+
+TEST_F(RemapTest, TextThatCameFromNoFileStaysAndIsReported)
+{
+    Write("lib.tl", "@def twice(x) = {x x}\n");
+    const std::string text = "@import \"lib.tl\"\ntwice(flaot) fromOption\n";
+    Expand({"-E", "@def fromOption = {unsinged}", "-o", "s.cpp", "--map", "s.map", "--chains"},
+           text);
+    ASSERT_EQ(Read("s.cpp"), "flaot flaot unsinged\n");
+    const std::string messages = "s.cpp:1:1: error: x\ns.cpp:1:7: error: y\ns.cpp:1:13: error: z\n";
+    const ProgramResult result = Run({"remap", "s.map"}, messages);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "tlexpand: what 's.cpp' has from '<stdin>' leads to no file\n"
+                          "tlexpand: what 's.cpp' has from '<command line>' leads to no file\n");
+    EXPECT_EQ(result.out, "s.cpp:1:1: error: x\n"
+                          "lib.tl:1:18: note: in expansion of macro 'x'\n"
+                          "s.cpp:1:7: error: y\n"
+                          "lib.tl:1:20: note: in expansion of macro 'x'\n"
+                          "s.cpp:1:13: error: z\n");
+    const auto json =
+        nlohmann::json::parse(Run({"remap", "s.map"}, "[{\"kind\":\"error\",\"message\":\"x\","
+                                                      "\"children\":[],\"locations\":[{\"caret\":"
+                                                      "{\"file\":\"s.cpp\",\"line\":1,"
+                                                      "\"column\":1,\"byte-column\":1}}]}]\n")
+                                  .out)[0];
+    EXPECT_EQ(json["locations"][0]["caret"]["file"], "s.cpp");
+    EXPECT_EQ(json["children"][0]["locations"][0]["caret"]["file"], "lib.tl");
 }
 
 TEST_F(RemapTest, AMissingSourceIsReported)

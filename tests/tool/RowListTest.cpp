@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // --list: rows of CSV and JSON files as the text of a macro.
 #include "ToolTest.h"
+#include <random>
 
 namespace telv::test
 {
@@ -84,6 +85,101 @@ TEST_F(RowListTest, ALoopGetsTheValuesBack)
         "<x, y|\n blank ><say \"hi\"|\nf(x; y)><[]|\n><see http://host/ and|\ntwo\nlines><{a|\n]>");
     Write("b.csv", "a\n\"(\"\n\n\" \"\n\"a,b\"\n\"\"\n");
     EXPECT_EQ(Expand({"--list", "rows=b.csv"}, "@for(a in rows){<a>}"), "<(><>< ><a,b><>");
+}
+
+TEST_F(RowListTest, ALaterQuoteClosesNothingInALenientRun)
+{
+    const std::string loop = "@for((a,b) in rows){a=b;}";
+    Write("a.csv", "a,b\nO'Brien,1\nSmith,2\nD'Arcy,3\nLee,4\n");
+    EXPECT_EQ(Expand({"--lenient", "--list", "rows=a.csv"}, loop),
+              "O'Brien=1;Smith=2;D'Arcy=3;Lee=4;");
+    Write("a.csv", "a,b\n\"3\"\"\",1\n5,\"6\"\"\"\n");
+    EXPECT_EQ(Expand({"--lenient", "--list", "rows=a.csv"}, loop), "3\"=1;5=6\";");
+    // What stands between them is still text of the language.
+    Write("a.csv", "a\nO'Brien\n@(1+1)\nD'Arcy\nsee //x\n@(2+2)\n");
+    EXPECT_EQ(Expand({"--lenient", "--list", "rows=a.csv"}, "@for(a in rows){a;}"),
+              "O'Brien;2;D'Arcy;see //x;4;");
+    Write("a.csv", "a\nsee //x\n@(2+2)\n");
+    EXPECT_EQ(Expand({"--list", "rows=a.csv"}, "@for(a in rows){a;}"), "see //x;4;");
+}
+
+TEST_F(RowListTest, ACommentIsTextWhereNoLaterValueEndsIt)
+{
+    const auto expectRefused = [&](const std::string& file, std::string_view text, int line)
+    {
+        Write(file, text);
+        const ProgramResult result = Run({"--lenient", "--list", "rows=" + file}, "rows");
+        EXPECT_EQ(result.status, 2) << text;
+        EXPECT_EQ(result.err.substr(0, result.err.find('\n')),
+                  file + "(" + std::to_string(line) +
+                      ") : error : The value can't be written in a list: a later one ends the "
+                      "comment that it would begin");
+    };
+    Write("a.csv", "a,b\nsrc/*,1\n*/ x,/*/\n");
+    expectRefused("a.csv", Read("a.csv"), 2);
+    expectRefused("a.csv", "a,b\n1,2\n3,a /* b\nx,*/\n", 3);
+    expectRefused("a.json", "[[1,\n[2,{\"x\":\"/*\",\n\"y\":\"*\\/\"}]]]", 2);
+    Write("a.csv", "a,b\n*/,src/*\nx,/* y */\n");
+    expectRefused("a.csv", Read("a.csv"), 2);
+    const std::string loop = "@for((a,b) in rows){a=b;}";
+    Write("a.csv", "a,b\n*/,src/*\nit's /*,lib/*\n");
+    EXPECT_EQ(Expand({"--lenient", "--list", "rows=a.csv"}, loop), "*/=src/*;it's /*=lib/*;");
+    // The order in the list counts.
+    Write("a.csv", "a,b\nsrc/*,*/\n");
+    EXPECT_EQ(Expand({"--lenient", "--list", "rows=a.csv:b,a"}, loop), "*/=src/*;");
+}
+
+/// Each value of any table is given back, or a line of the file is refused.
+TEST_F(RowListTest, NoValueIsLostWhateverItHolds)
+{
+    static constexpr const char* s_parts[] = {"'", "\"", "/*", "*/", "//", "/",   "(",   ")",
+                                              "[", "]",  "{",  "}",  ",",  "`",   " ",   "\\",
+                                              "x", "1",  "r",  "'",  "x",  "y z", "it's"};
+    std::mt19937 random(20);
+    const auto upTo = [&](size_t count) { return random() % count; };
+    const auto makeValue = [&]
+    {
+        std::string value;
+        for (size_t count = upTo(5); count-- > 0;)
+            value += s_parts[upTo(std::size(s_parts))];
+        return value;
+    };
+    size_t given = 0;
+    for (int table = 0; table < 600; ++table)
+    {
+        const bool hasTwo = table % 3 != 0;
+        const bool isLenient = table % 2 != 0;
+        std::string csv = hasTwo ? "va,vb\n" : "va\n";
+        std::string expected;
+        // Most values are words, so that there are tables without one that is refused.
+        for (size_t row = 0; row < 4; ++row)
+            for (int column = hasTwo ? 0 : 1; column < 2; ++column)
+            {
+                const std::string value = upTo(2) == 0 ? makeValue() : "word";
+                std::string doubled = value;
+                for (size_t i = 0; (i = doubled.find('"', i)) != std::string::npos; i += 2)
+                    doubled.insert(i, 1, '"');
+                csv += '"' + doubled + (column == 0 ? "\"," : "\"\n");
+                expected += (column == 0 ? "<" : hasTwo ? "|" : "<") + value;
+                expected += column == 1 ? ">" : "";
+            }
+        Write("a.csv", csv);
+        std::vector<std::string> args{"--list", "rows=a.csv"};
+        if (isLenient)
+            args.emplace_back("--lenient");
+        const ProgramResult result =
+            Run(args, hasTwo ? "@for((va,vb) in rows){<va|vb>}" : "@for(va in rows){<va>}");
+        if (result.status == 2)
+            EXPECT_TRUE(result.err.starts_with("a.csv(")) << csv << result.err;
+        else
+        {
+            ASSERT_EQ(result.status, 0) << csv << result.err;
+            ASSERT_EQ(result.out, expected) << (isLenient ? "lenient: " : "") << csv;
+            ++given;
+        }
+    }
+    EXPECT_GT(given, 150U);
+    EXPECT_LT(given, 550U);
 }
 
 TEST_F(RowListTest, ValuesAreInBackQuotesOnlyWhereTheyMust)

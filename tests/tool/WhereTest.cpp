@@ -172,6 +172,8 @@ TEST_F(WhereTest, SaysWhatIsNotThere)
                   "tlexpand: nothing in 'out.c' comes from there\n");
     ExpectFailure(Run({"where", "out.map", "--source", "main.tl:99"}), 1,
                   "tlexpand: 'main.tl' has no line 99\n");
+    ExpectFailure(Run({"where", "out.map", "--source", "main.tl:3:2"}), 2,
+                  "tlexpand: bad place 'main.tl:3:2' for --source: FILE:LINE is wanted" + s_hint);
     ExpectFailure(Run({"where", "out.map", "--source", "other.tl:1"}), 2,
                   "tlexpand: 'other.tl' is no source of 'out.c'" + s_hint);
 }

@@ -7,6 +7,7 @@
 #include "map/MappedFiles.h"
 #include "output/OutputFile.h"
 #include "report/Diagnostics.h"
+#include <algorithm>
 #include <unistd.h>
 
 namespace telv::tool
@@ -96,11 +97,14 @@ FilePlace WhereCommand::PlaceInOutput() const
     return isLonger ? place.InLongerFile() : place;
 }
 
-/// The same for a source.
+/// The same for a source, of which a line is looked up whole.
 FilePlace WhereCommand::PlaceInSource() const
 {
     const FilePlace& place = *m_options.m_source;
     const bool isLonger = !place.m_longerFile.empty() && FindSource(place.m_longerFile);
+    if (place.m_column && !isLonger)
+        throw UsageError("bad place '" + place.m_longerFile + ":" +
+                         std::to_string(*place.m_column) + "' for --source: FILE:LINE is wanted");
     return isLonger ? place.InLongerFile() : place;
 }
 
@@ -132,8 +136,12 @@ int WhereCommand::ShowSource(const FilePlace& place)
         return Fail("what stands there comes from no source: it is indentation that was added");
     Add({static_cast<ssize_t>(origin->m_source), origin->m_offset, origin->m_size},
         DescribeOrigin(*origin));
-    for (const MapChain* step : m_files.Map().StepsOf(origin->m_chain))
-        Add(step->m_place, DescribeStep(*step));
+    const auto steps = m_files.Map().StepsOf(origin->m_chain);
+    const size_t shown = std::min(steps.size(), s_mostStepsShown);
+    for (size_t i = 0; i < shown; ++i)
+        Add(steps[i]->m_place, DescribeStep(*steps[i]));
+    if (shown < steps.size())
+        m_text += DescribeMoreSteps(steps.size() - shown) + "\n";
     return 0;
 }
 

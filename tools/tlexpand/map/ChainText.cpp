@@ -17,6 +17,11 @@ std::string DescribeStep(const MapChain& step)
     return "in " + step.m_kind + name;
 }
 
+std::string DescribeMoreSteps(size_t count)
+{
+    return "... " + std::to_string(count) + " more";
+}
+
 const char* DescribeOrigin(const Origin& origin)
 {
     if (origin.m_isMade)

@@ -4,6 +4,7 @@
 // about them mean that a document is passed on as it is.
 #include "remap/JsonRemapper.h"
 #include "Files.h"
+#include "map/ChainText.h"
 #include <limits>
 #include <nlohmann/json.hpp>
 
@@ -61,7 +62,7 @@ private:
     void RemapPlace(Json& place);
     bool CanFix(const Json& fixes);
     static EColumnUnit UnitOfColumn(const Json& place);
-    static void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
+    void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
 
     MappedOutputs& m_outputs;
     bool m_isChanged = false;
@@ -107,7 +108,7 @@ EColumnUnit GccRemapper::UnitOfColumn(const Json& place)
 void GccRemapper::RemapPlace(Json& place)
 {
     const auto origin = OriginOf(place);
-    if (!origin)
+    if (!origin || !origin->IsInFile())
         return;
     m_isChanged = true;
     place["file"] = origin->m_place.m_path;
@@ -131,8 +132,9 @@ bool GccRemapper::CanFix(const Json& fixes)
             if (fix.contains(end) && m_outputs.Find(TextIn(fix[end], "file")))
             {
                 const auto origin = OriginOf(fix[end]);
-                areMapped = areMapped || origin;
-                areCopied = areCopied && origin && origin->m_isCopied;
+                const bool isMapped = origin && origin->IsInFile();
+                areMapped = areMapped || isMapped;
+                areCopied = areCopied && isMapped && origin->m_isCopied;
             }
     return areCopied || !areMapped;
 }
@@ -148,7 +150,12 @@ void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUn
         if (!note.m_place.m_path.empty())
             child["locations"].push_back({{"caret", caret}});
         message["children"].push_back(child);
+        m_isChanged = true;
     }
+    if (origin.m_moreNotes > 0)
+        message["children"].push_back({{"kind", "note"},
+                                       {"message", DescribeMoreSteps(origin.m_moreNotes)},
+                                       {"locations", Json::array()}});
 }
 
 int HexDigit(char c)
@@ -272,7 +279,11 @@ void SarifRemapper::RemapResult(Json& result)
             Place(related["physicalLocation"], note.m_place, isAbsolute);
         }
         result["relatedLocations"].push_back(related);
+        m_isChanged = true;
     }
+    if (origin->m_moreNotes > 0)
+        result["relatedLocations"].push_back(
+            {{"message", {{"text", DescribeMoreSteps(origin->m_moreNotes)}}}});
 }
 
 /// Takes away the fixes that change mapped files: what they insert is text of the output, and the
@@ -338,7 +349,7 @@ std::optional<MessageOrigin> SarifRemapper::OriginOf(const Json& location)
 void SarifRemapper::RemapLocation(Json& location)
 {
     const auto origin = OriginOf(location);
-    if (!origin)
+    if (!origin || !origin->IsInFile())
         return;
     const bool isAbsolute = IsAbsolute(location);
     m_isChanged = true;

@@ -2,6 +2,7 @@
 // An excerpt is what compilers print under a message: lines with a bar, or lines with a caret and
 // the line above. GCC's and clang's can be told from messages by their first characters.
 #include "remap/LineRemapper.h"
+#include "map/ChainText.h"
 #include "remap/MessageText.h"
 #include <utility>
 
@@ -89,16 +90,16 @@ std::string LineRemapper::Remap(const std::string& line)
         const auto origin =
             m_outputs.Map(*output, place->m_line, place->m_column, EColumnUnit::Guess, hints);
         rewritten += line.substr(from, place->m_begin - from);
-        if (!origin)
+        if (!origin || !origin->IsInFile())
             rewritten += line.substr(place->m_begin, place->m_end - place->m_begin);
         else
         {
             const MessagePlace& to = origin->m_place;
             const auto column = place->m_column ? std::optional(to.m_column) : std::nullopt;
             rewritten += WritePlace(place->m_form, to.m_path, to.m_line, column);
-            if (IsMessage(line, *place))
-                AddNotes(line, *place, *origin);
         }
+        if (origin && IsMessage(line, *place))
+            AddNotes(line, *place, *origin);
         from = place->m_end;
     }
     written += m_before + rewritten + line.substr(from);
@@ -144,6 +145,13 @@ void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
                 .append(note.m_text)
                 .append("\n");
     }
+    if (origin.m_moreNotes == 0)
+        return;
+    const std::string more = DescribeMoreSteps(origin.m_moreNotes) + "\n";
+    if (place.m_form == EPlaceForm::Python)
+        m_before.insert(0, line.substr(0, line.find_first_not_of(" \t")) + more);
+    else
+        m_notes += more;
 }
 
 std::string LineRemapper::Finish()

@@ -203,9 +203,13 @@ std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
         return std::nullopt;
     const auto place =
         PlaceOf(files, {static_cast<ssize_t>(origin->m_source), origin->m_offset, 1});
-    if (!place)
-        return std::nullopt;
-    MessageOrigin result{*place, origin->IsCopied(), {}, ToStdString(text)};
+    if (!place && output.m_noFiles.insert(origin->m_source).second)
+        m_report("what '" + files.OutputPath() + "' has from '" +
+                 files.SourcePath(origin->m_source) + "' leads to no file");
+    MessageOrigin result;
+    result.m_place = place.value_or(MessagePlace());
+    result.m_isCopied = origin->IsCopied();
+    result.m_line = ToStdString(text);
     AddNotes(files, *origin, result);
     return result;
 }
@@ -228,8 +232,15 @@ std::optional<MessagePlace> MappedOutputs::PlaceOf(MappedFiles& files, const Sou
 void MappedOutputs::AddNotes(MappedFiles& files, const Origin& origin, MessageOrigin& result)
 {
     for (const MapChain* step : files.Map().StepsOf(origin.m_chain))
+    {
+        if (result.m_notes.size() == s_mostStepsShown)
+        {
+            ++result.m_moreNotes;
+            continue;
+        }
         result.m_notes.push_back(
             {PlaceOf(files, step->m_place).value_or(MessagePlace()), DescribeStep(*step)});
+    }
 }
 
 void MappedOutputs::NoteDirectory(const std::string& line)

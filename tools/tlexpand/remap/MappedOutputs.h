@@ -35,9 +35,13 @@ struct MessageNote
 /// What the place of a message came from.
 struct MessageOrigin
 {
+    /// Whether it lies in a file; else there are only notes, and the place must stay as it is.
+    bool IsInFile() const { return !m_place.m_path.empty(); }
+
     MessagePlace m_place;
     bool m_isCopied = false;
-    std::vector<MessageNote> m_notes; ///< Of the chain, innermost first.
+    std::vector<MessageNote> m_notes; ///< Of the chain, innermost first; of a long one the first.
+    size_t m_moreNotes = 0;           ///< Those that were left out.
     std::string m_line;               ///< Of the output, without its end.
 };
 
@@ -76,7 +80,8 @@ public:
     /// now; nothing when it is none.
     std::optional<size_t> Find(const std::string& path);
     /// The origin of a place in the output; nothing when there is none. A line that the output does
-    /// not have, and an output that does not fit its map, are reported once.
+    /// not have, a source that is no file, and an output that does not fit its map, are reported
+    /// once.
     std::optional<MessageOrigin> Map(size_t output, ssize_t line, std::optional<ssize_t> column,
                                      EColumnUnit unit, const ColumnHints& hints = {});
 
@@ -92,6 +97,7 @@ private:
         std::string m_absolute; ///< Its name from the root.
         bool m_isBroken = false;
         std::set<ssize_t> m_missing; ///< Lines that it does not have, and that were reported.
+        std::set<size_t> m_noFiles;  ///< Sources that are no files, and that were reported.
     };
 
     std::optional<size_t> FindAbsolute(const std::string& path) const;

@@ -26,6 +26,14 @@ std::optional<ssize_t> ReadNumber(const std::string& line, size_t& pos)
     return number;
 }
 
+/// Whether more numbers follow a place, as in "3.18-20", "3-5" and "3,18": with them it means
+/// something else, of which a part must not be rewritten alone.
+bool IsContinued(const std::string& line, size_t end)
+{
+    return end + 1 < line.size() && std::string(".,-+~/:").find(line[end]) != std::string::npos &&
+           '0' <= line[end + 1] && line[end + 1] <= '9';
+}
+
 /// ":LINE" or ":LINE:COLUMN" at `pos`.
 std::optional<PlaceInLine> ReadColons(const std::string& line, size_t pos)
 {
@@ -43,6 +51,8 @@ std::optional<PlaceInLine> ReadColons(const std::string& line, size_t pos)
         if (place.m_column)
             place.m_end = pos;
     }
+    if (IsContinued(line, place.m_end))
+        return std::nullopt;
     return place;
 }
 

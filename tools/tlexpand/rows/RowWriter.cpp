@@ -22,6 +22,16 @@ std::string Shown(SubString value)
     return ToStdString(SubString(value.begin(), value.begin() + s_longestShown)) + "...";
 }
 
+/// Where in the file stands what is before `end`.
+ssize_t OriginIn(const WrittenValue& value, size_t end)
+{
+    ssize_t origin = 0;
+    for (const MadePlace& place : value.m_places)
+        if (place.m_offset < static_cast<ssize_t>(end))
+            origin = place.m_origin;
+    return origin;
+}
+
 std::string Counted(size_t count)
 {
     return std::to_string(count) + (count == 1 ? " value" : " values");
@@ -119,6 +129,7 @@ void RowWriter::EndRow(ssize_t offset)
     {
         value.m_text.clear();
         value.m_places.clear();
+        value.m_openComment.reset();
         value.m_isThere = false;
     }
 }
@@ -134,14 +145,29 @@ void RowWriter::AppendRow()
     {
         if (i > 0)
             m_text += ',';
-        const auto begin = static_cast<ssize_t>(m_text.size());
-        for (const MadePlace& place : m_values[i].m_places)
-            m_list.m_places.push_back({begin + place.m_offset, place.m_origin});
-        m_text += m_values[i].m_text;
+        AppendRowValue(m_values[i]);
     }
     if (HasTuples())
         m_text += ')';
     m_lastIsEmpty = !HasTuples() && m_values[0].m_text.empty();
+}
+
+void RowWriter::AppendRowValue(const WrittenValue& value)
+{
+    size_t searched = 0;
+    if (!m_openComment && value.m_openComment)
+    {
+        searched = *value.m_openComment;
+        m_openComment = OriginIn(value, searched);
+    }
+    if (m_openComment && value.m_text.find("*/", searched) != std::string::npos)
+        throw RowError("The value can't be written in a list: a later one ends the comment that "
+                       "it would begin",
+                       *m_openComment);
+    const auto begin = static_cast<ssize_t>(m_text.size());
+    for (const MadePlace& place : value.m_places)
+        m_list.m_places.push_back({begin + place.m_offset, place.m_origin});
+    m_text += value.m_text;
 }
 
 void RowWriter::Finish()
@@ -153,12 +179,14 @@ void RowWriter::Finish()
 void WriteValue(WrittenValue& written, SubString value, ValuePlace place, ssize_t origin)
 {
     written.m_places.push_back({static_cast<ssize_t>(written.m_text.size()), origin});
-    std::string reason;
-    if (AppendValue(written.m_text, value, place, reason))
+    const ValueResult result = AppendValue(written.m_text, value, place);
+    if (!written.m_openComment)
+        written.m_openComment = result.m_openComment;
+    if (result.m_isWritten)
         return;
     throw RowError("The value can't be written in a list, neither as it is nor between back "
                    "quotes: " +
-                       Shown(value) + (reason.empty() ? "" : "\n    " + reason),
+                       Shown(value) + (result.m_reason.empty() ? "" : "\n    " + result.m_reason),
                    origin);
 }
 

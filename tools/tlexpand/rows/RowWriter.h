@@ -17,6 +17,7 @@ struct WrittenValue
 {
     std::string m_text;
     std::vector<MadePlace> m_places;
+    std::optional<size_t> m_openComment; ///< Behind the first sign that a later value could end.
     bool m_isThere = false;
 };
 
@@ -62,6 +63,7 @@ public:
 
 private:
     void AppendRow();
+    void AppendRowValue(const WrittenValue& value);
     std::string NameOf(size_t column) const;
 
     const std::vector<std::string>& m_wanted;
@@ -75,7 +77,8 @@ private:
     size_t m_countInRow = 0;
     bool m_hasNames = true;
     bool m_hasRows = false;
-    bool m_lastIsEmpty = false; ///< The last row, of one column, is empty text.
+    bool m_lastIsEmpty = false;           ///< The last row, of one column, is empty text.
+    std::optional<ssize_t> m_openComment; ///< Of the value, in the file, that holds the first one.
 };
 
 /// Writes one value, or throws a RowError that shows it.

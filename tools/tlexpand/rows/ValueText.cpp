@@ -49,8 +49,8 @@ bool IsPlain(SubString value)
     return true;
 }
 
-/// Whether the scanner, given the text and what follows it in a list, stops where the text ends.
-/// What it says to the text goes into `reason`.
+/// What `scan` says of the text and what follows it in a list; false when the scanner refuses it.
+/// Then what it says goes into `reason`.
 template <class Scan>
 bool Survives(const std::string& text, const char* behind, std::string& reason, Scan scan)
 {
@@ -58,7 +58,7 @@ bool Survives(const std::string& text, const char* behind, std::string& reason, 
     SubString rest = ViewOf(all);
     try
     {
-        return scan(rest) && rest.empty();
+        return scan(rest);
     }
     catch (const LexScannerException& e)
     {
@@ -67,17 +67,47 @@ bool Survives(const std::string& text, const char* behind, std::string& reason, 
     }
 }
 
-/// Whether it consists of tokens.
-bool IsText(const std::string& value, std::string& reason)
+/// Whether it consists of tokens. `openComment` becomes the offset behind the first sign of a
+/// comment that is text only for want of an end.
+bool IsText(const std::string& value, std::string& reason, std::optional<size_t>& openComment)
 {
-    const auto scan = [](SubString& rest)
+    const auto scan = [&](SubString& rest)
     {
-        while (LsScanToken(rest, /*returnComments=*/true).m_type != TOKEN_END)
+        const char* const begin = rest.begin();
+        for (;;)
         {
+            const LSToken token = LsScanToken(rest, /*returnComments=*/true);
+            if (token.m_type == TOKEN_END)
+                return true;
+            const char* const sign = token.m_str.begin();
+            const bool opens = token.m_type == TOKEN_UNDEF && *sign == '/' && rest && *rest == '*';
+            if (opens && !openComment)
+                openComment = static_cast<size_t>(sign - begin) + 2;
         }
-        return true;
     };
     return Survives(value, "", reason, scan);
+}
+
+/// Whether the last token of `text` ends where it does, whatever quotes stand in the next values.
+bool IsApartFromNext(const std::string& text)
+{
+    if (text.find_first_of("'\"/") == std::string::npos)
+        return true;
+    std::string ignored;
+    const auto isApart = [&](const char* next)
+    {
+        const auto scan = [&](SubString& rest)
+        {
+            const char* const end = rest.begin() + text.size();
+            LSToken token;
+            while (rest.begin() < end)
+                token = LsScanToken(rest, /*returnComments=*/true);
+            // Behind blanks at the end, the last token is the next comma.
+            return rest.begin() == end || token.m_str.begin() == end;
+        };
+        return Survives(text, next, ignored, scan);
+    };
+    return isApart(",'") && isApart(",\"");
 }
 
 /// Whether cutting the list or tuple that it stands in gives the value back.
@@ -89,7 +119,7 @@ bool IsGivenBack(const std::string& value, ValuePlace place)
         const EToken close = place.m_isInTuple ? TOKEN_RIGHT_PAREN : TOKEN_RIGHT_SQUARE;
         const char* const begin = rest.begin();
         return ScanArgument(rest, argument, close).m_type == TOKEN_COMMA &&
-               argument.begin() == begin && ToStdString(argument) == value;
+               argument.begin() == begin && ToStdString(argument) == value && rest.empty();
     };
     std::string ignored;
     return Survives(value, ",", ignored, scan);
@@ -104,7 +134,7 @@ bool LeavesOuterElements(const std::string& text, ValuePlace place)
         const auto scan = [&](SubString& rest)
         {
             ScanBrackettedSection(rest, /*readOpen=*/false, open, close);
-            return true;
+            return rest.empty();
         };
         return Survives(text, bracket, ignored, scan);
     };
@@ -112,36 +142,43 @@ bool LeavesOuterElements(const std::string& text, ValuePlace place)
            (!place.m_isInSquares || closes(TOKEN_LEFT_SQUARE, TOKEN_RIGHT_SQUARE, "]"));
 }
 
+/// Appends the value in back quotes, if it can stand there. A comment up to the end of the line,
+/// "//" in an address, and a quote that is not closed on its line end before the next value.
+void AppendQuoted(std::string& text, const std::string& value, ValuePlace place)
+{
+    for (const char* const behind : {"`", "`\n"})
+    {
+        const std::string quoted = '`' + value + behind;
+        if (!LeavesOuterElements(quoted, place) || !IsApartFromNext(quoted))
+            continue;
+        text += quoted;
+        return;
+    }
+}
+
 } // namespace
 
-bool AppendValue(std::string& text, SubString value, ValuePlace place, std::string& reason)
+ValueResult AppendValue(std::string& text, SubString value, ValuePlace place)
 {
-    reason.clear();
+    ValueResult result;
+    const size_t begin = text.size();
     if (IsPlain(value))
     {
         text.append(value.begin(), value.end());
-        return true;
+        result.m_isWritten = true;
+        return result;
     }
     const std::string plain = ToStdString(value);
-    if (!IsText(plain, reason))
-        return false;
-    if (IsGivenBack(plain, place) && LeavesOuterElements(plain, place))
-    {
+    if (!IsText(plain, result.m_reason, result.m_openComment))
+        return result;
+    if (IsGivenBack(plain, place) && LeavesOuterElements(plain, place) && IsApartFromNext(plain))
         text += plain;
-        return true;
-    }
-    if (plain.find('`') != std::string::npos)
-        return false;
-    // A comment up to the end of the line, "//" in an address, ends before the next value.
-    for (const char* const behind : {"`", "`\n"})
-    {
-        const std::string quoted = '`' + plain + behind;
-        if (!LeavesOuterElements(quoted, place))
-            continue;
-        text += quoted;
-        return true;
-    }
-    return false;
+    else if (plain.find('`') == std::string::npos)
+        AppendQuoted(text, plain, place);
+    result.m_isWritten = text.size() > begin;
+    if (result.m_openComment)
+        *result.m_openComment += begin + (text[begin] == '`' && plain[0] != '`' ? 1 : 0);
+    return result;
 }
 
 } // namespace telv::tool
