@@ -203,4 +203,17 @@ void HintAtName(VarFrame& frame, SubString name, SubString rest)
         NoteHint({"a new variable has a type: @let int ", name, " = {...}"});
 }
 
+void HintAtList(VarFrame& frame, SubString source, SubString word)
+{
+    if (!IsHintWanted() || FindVisible(frame, word) != nullptr)
+        return;
+    const char* const begin = SkipBlanks(source.begin(), source.end());
+    if (SubString(begin, SkipNameCharacters(begin, source.end())) != word)
+        return; // what the name of the list stands for
+    NearName near(word);
+    near.OfferVisible(frame);
+    if (!near.Best().empty())
+        NoteHint({"'", word, "' names nothing here; did you mean '", near.Best(), "'?"});
+}
+
 } // namespace telv
