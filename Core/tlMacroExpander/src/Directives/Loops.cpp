@@ -200,6 +200,9 @@ TextBlock MacroExpander::CutLoopBlock(const char* context)
 void MacroExpander::ForLoop::Run()
 {
     const LSToken open = LsScanToken(m_rest, /*returnComments=*/false);
+    if (open.m_type == TOKEN_IDENTIFIER)
+        HintAtList(*m_expander.m_vf, SubString(m_head.m_listPos, m_expander.m_origStr.end()),
+                   open.m_str);
     if (open.m_type != TOKEN_LEFT_SQUARE)
         ThrowAt(m_head.m_listPos, {"[ expected when read read ", TokenText(open)});
     for (;;)

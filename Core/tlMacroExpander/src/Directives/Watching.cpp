@@ -70,18 +70,13 @@ void WatchName(const MacroExpander& expander, SubString name)
         WatchCall(expander, name);
 }
 
-/// Whether a comment has something else on a line of its own.
-bool SharesLine(SubString whole, SubString comment)
+/// Whether a comment begins behind other text of its line.
+bool IsBehindText(SubString whole, SubString comment)
 {
     const char* p = comment.begin();
     while (p != whole.begin() && (p[-1] == ' ' || p[-1] == '\t'))
         --p;
-    if (p != whole.begin() && p[-1] != '\n')
-        return true;
-    p = comment.end();
-    while (p != whole.end() && (*p == ' ' || *p == '\t' || *p == '\r'))
-        ++p;
-    return p != whole.end() && *p != '\n';
+    return p != whole.begin() && p[-1] != '\n';
 }
 
 /// Looks for visible names inside a token.
@@ -151,7 +146,7 @@ void WatchToken(const MacroExpander& expander, const LSToken& token)
         return;
     else if (token.m_type == TOKEN_SINGLE_QUOTED_STRING)
         WatchHidden(expander, token.m_str, "between apostrophes");
-    else if (token.m_type == TOKEN_COMMENT && SharesLine(expander.m_origStr, token.m_str))
+    else if (token.m_type == TOKEN_COMMENT && IsBehindText(expander.m_origStr, token.m_str))
         WatchHidden(expander, token.m_str, "in a comment");
 }
 

@@ -29,6 +29,9 @@ void HintAtString(VarFrame& frame, SubString source, SubString expanded,
 /// There is no variable of this name, behind which the directive goes on with `rest`.
 void HintAtName(VarFrame& frame, SubString name, SubString rest);
 
+/// `word` stands where a list begins; `source` is what follows the word `in` of the loop.
+void HintAtList(VarFrame& frame, SubString source, SubString word);
+
 /// The call whose list of arguments is `list`, from its first character on, has too many: one of
 /// them may have been meant to hold the comma.
 void HintAtArguments(const char* list, SubString rest);

@@ -31,13 +31,25 @@ bool HasWord(const std::vector<SubString>& words, SubString word)
     return std::ranges::find(words, word) != words.end();
 }
 
-/// The word that the error stands at; empty when it stands at none, or elsewhere.
-SubString WordAt(SubString expanded, const LexScannerException& error)
+/// The token that the error stands at; empty when it stands inside one, which can't be read, or
+/// elsewhere.
+LSToken TokenAt(SubString expanded, const LexScannerException& error)
 {
     const char* const pos = error.m_pos;
-    if (pos < expanded.begin() || pos >= expanded.end() || ClassOf(*pos) > CHAR_RAW_PREFIX)
-        return SubString();
-    return SubString(pos, SkipNameCharacters(pos, expanded.end()));
+    if (pos < expanded.begin() || pos >= expanded.end())
+        return LSToken();
+    try
+    {
+        LSToken token;
+        do
+            token = LsScanToken(expanded, /*returnComments=*/false);
+        while (token && token.m_str.begin() < pos);
+        return token.m_str.begin() == pos ? token : LSToken();
+    }
+    catch (const LexScannerException&)
+    {
+        return LSToken();
+    }
 }
 
 /// The visible or built-in name that the word is probably meant to be; empty for none.
@@ -142,8 +154,11 @@ SubString QuotableWords(VarFrame& frame, SubString source)
 void HintAt(VarFrame& frame, SubString source, SubString expanded, const LexScannerException& error,
             bool wantsString)
 {
-    const SubString word = WordAt(expanded, error);
-    if (!IsHintWanted() || word.empty())
+    if (!IsHintWanted())
+        return;
+    const LSToken token = TokenAt(expanded, error);
+    const SubString word = token.m_type == TOKEN_IDENTIFIER ? token.m_str : SubString();
+    if (word.empty())
         return;
     if (!HasWord(WordsOf(source), word))
         return HintAtText(frame, TokensOf(source), word);
@@ -186,6 +201,19 @@ void HintAtName(VarFrame& frame, SubString name, SubString rest)
         NoteHint({"did you mean '", near.Best(), "'?"});
     else
         NoteHint({"a new variable has a type: @let int ", name, " = {...}"});
+}
+
+void HintAtList(VarFrame& frame, SubString source, SubString word)
+{
+    if (!IsHintWanted() || FindVisible(frame, word) != nullptr)
+        return;
+    const char* const begin = SkipBlanks(source.begin(), source.end());
+    if (SubString(begin, SkipNameCharacters(begin, source.end())) != word)
+        return; // what the name of the list stands for
+    NearName near(word);
+    near.OfferVisible(frame);
+    if (!near.Best().empty())
+        NoteHint({"'", word, "' names nothing here; did you mean '", near.Best(), "'?"});
 }
 
 } // namespace telv
