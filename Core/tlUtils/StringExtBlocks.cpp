@@ -3,6 +3,7 @@
 // common, once to write them. A tab that reaches beyond the common indentation leaves spaces for
 // the columns that remain of it, so the lines keep their places relative to each other.
 #include "tlUtils/StringExt.h"
+#include "tlUtils/TabWidth.h"
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -12,8 +13,6 @@ namespace telv
 
 namespace
 {
-
-constexpr long s_tabWidth = 4;
 
 /// Cuts the next line off the front of `s`, with its line feed if it has one.
 SubString CutLine(SubString& s)

@@ -18,6 +18,7 @@
 #include "tlMacroExpander/src/Scan/PlainStretch.h"
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/Words.h"
+#include "tlUtils/TabWidth.h"
 #include <algorithm>
 #include <iterator>
 #include <limits>
@@ -29,8 +30,6 @@ namespace telv
 
 namespace
 {
-
-constexpr long s_tabWidth = 4;
 
 bool IsLineStart(char c)
 {
@@ -105,7 +104,6 @@ void MacroExpander::Expand()
                WantedPieces(run == nullptr || run->m_recordPieces));
 }
 
-/// For callers in other sources.
 void MacroExpander::ExpandNested(const LevelText& text, bool isRecorded)
 {
     ExpandText(text, WantedPieces(isRecorded));

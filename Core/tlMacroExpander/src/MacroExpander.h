@@ -196,17 +196,39 @@ private:
     struct ForHead;
     struct KnownList;
 
+    // From a text to the loop over its tokens, in three storeys.
+    //
+    // Who has a text calls ExpandText: `Expand`, ExpandHere and, through ExpandNested, who expands
+    // into a string. It finds the run (or makes one: ExpandWithOwnRun) and calls ExpandIn, which
+    // opens the level. A text of the application goes through ExpandForApplication and
+    // ExpandWithinMemory, which do what is done once and not for each nested text. Both ways meet
+    // in ExpandTokens, which chooses the loop: ExpandScanned, or by ExpandUnscanned one of
+    // ExpandInStretches, ExpandObserved and ExpandTokenByToken. ExpandScanned goes over to
+    // ExpandUnscanned where no more is known. Functions are apart, and inlined or not, so that a
+    // nested level takes little stack.
+
+    /// Expands the text in the run of this thread; an empty one takes no level.
     void ExpandText(const LevelText& text, EPieces pieces);
+    /// The same for other sources, into which ExpandText can't be inlined.
     void ExpandNested(const LevelText& text, bool isRecorded);
+    /// The same where no run is installed: in one that has no limits.
     void ExpandWithOwnRun(const LevelText& text, EPieces pieces);
+    /// Opens the level of the text, and gives memory that has run out its place.
     void ExpandIn(ExpansionRun& run, const LevelText& text, EPieces pieces);
+    /// The outermost text: forgets earlier errors, and moves a new one out of texts that are gone.
     void ExpandForApplication(ExpansionLevel& level);
+    /// Under the run's limit of memory, which is set here once.
     void ExpandWithinMemory(ExpansionLevel& level);
+    /// Takes the fastest loop that the level allows,
     void ExpandTokens(ExpansionLevel& level);
+    /// or the fastest that needs no scanned text.
     void ExpandUnscanned(ExpansionLevel& level);
+    /// The plain way, which defines what comes out.
     template <bool isObserved>
     void ExpandTokenByToken();
+    /// Passes over what means nothing; where nothing is recorded.
     void ExpandInStretches(ExpansionLevel& level);
+    /// From item to item of a scanned text (ScannedExpansion.cpp).
     void ExpandScanned(ExpansionLevel& level);
     void ExpandItem(ExpansionLevel& level, ScanItem& item, const char* resumed);
     bool FollowPlan(ExpansionLevel& level, ScanItem& item, const char* resumed);

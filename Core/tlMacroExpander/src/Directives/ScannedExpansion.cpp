@@ -12,14 +12,13 @@
 #include "tlMacroExpander/src/Texts/ScannedText.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Values/Words.h"
+#include "tlUtils/TabWidth.h"
 
 namespace telv
 {
 
 namespace
 {
-
-constexpr long s_tabWidth = 4;
 
 /// Whether no item of the text can matter in a frame of `names`, line feeds apart.
 bool IsInert(ScannedText& scanned, uint32 first, const char* end, NameTable& names)

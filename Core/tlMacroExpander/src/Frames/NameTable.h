@@ -20,7 +20,7 @@
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
 #include "tlMacroExpander/src/Frames/NameFetcher.h"
 #include "tlMacroExpander/src/Frames/Pool.h"
-#include "tlMacroExpander/src/Run/Statistics.h"
+#include "tlMacroExpander/src/Run/LookupCount.h"
 #include "tlUtils/HeldContainers.h"
 #include <memory>
 

@@ -7,9 +7,9 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Run/LevelText.h"
+#include "tlMacroExpander/src/Run/LookupCount.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
-#include "tlMacroExpander/src/Run/Statistics.h"
 #include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include "tlMacroExpander/src/Scan/FastPaths.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Remembers that no comment ends in the rest of a text: where an unclosed comment is no error, its
-// end is looked for once, not again at each sign that might begin one.
+// end is looked for once, not again at each sign that might begin one. Kept by the expansion in
+// progress, so defined in Run/ExpansionLevel.cpp.
 #pragma once
 
 #include "tlUtils/BasicSubString.h"

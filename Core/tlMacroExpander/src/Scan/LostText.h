@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Tells of a character that the end of a block takes away; see ScanBlock.cpp.
+// Tells of a character that the end of a block takes away; see ScanBlock.cpp. The run
+// keeps it, so it is defined in Run/Watch.cpp.
 #pragma once
 
 namespace telv

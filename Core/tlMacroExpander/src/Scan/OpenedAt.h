@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tells where what is never closed was opened, when an error at the end of the text is thrown.
+// Noted in the run with the hints, so defined in Hints/Hints.cpp.
 #pragma once
 
 namespace telv

@@ -4,6 +4,17 @@
 // Reading depends on nothing but the characters, as long as the text is taken to end at the same
 // place; what is read is then done again and again. There is a plan only where reading succeeded:
 // an error is found, at its place, by reading again.
+//
+// When what is kept about texts is no longer valid:
+// - A scanned text (ScannedText.h) depends on the characters and on how lenient the run is; it ends
+//   with the macro, block or plan that owns it. A run that is lenient otherwise does not take it
+//   (SuitsRun). Its names are entries of one table of names, and are looked for anew in another
+//   tree of frames or when the table is gone (ResolveNames).
+// - A plan, or that there is none, is kept until its scanned text ends. It is not taken, but kept,
+//   where the text ends elsewhere (`m_limit`), or the call is of a macro with another number of
+//   arguments.
+// - A kept list of a @for (KnownList in Directives/Loops.cpp) belongs to the plan of the loop. The
+//   list is expanded each time; other characters, or another run, and it is cut anew.
 #pragma once
 
 #include "tlMacroExpander/src/Expressions/ExpressionProgram.h"
