@@ -162,6 +162,41 @@ TEST_F(BatchTest, OneFileUnderTwoNamesIsOneOutput)
     EXPECT_EQ(Read("real/x"), "earlier");
 }
 
+TEST_F(BatchTest, ALinkToAFileThatIsStillToBeMadeIsThatFile)
+{
+    Write("one.tl", "one");
+    Write("two.tl", "two");
+    Write("z/other", "");
+    std::filesystem::create_symlink("a1", Path("z/link"));
+    std::filesystem::create_symlink("../z/link", Path("z/far"));
+    for (const std::string link : {"z/link", "z/far"})
+    {
+        Write("list", "one.tl\t" + link + "\ntwo.tl\tz/a1\n");
+        ExpectFailure(Run({"--batch", "list"}), 2,
+                      "tlexpand: list(2): 'one.tl' and 'two.tl' have the same output 'z/a1'" +
+                          s_hint);
+    }
+    EXPECT_EQ(Read("z/a1"), "(none)");
+    Write("list", "one.tl\tz/far\n");
+    Expand({"--batch", "list"});
+    EXPECT_EQ(Read("z/a1"), "one");
+    EXPECT_TRUE(std::filesystem::is_symlink(Path("z/far")));
+}
+
+TEST_F(BatchTest, AnOutputThatIsReadThroughALinkIsRefused)
+{
+    Write("a.tl", "@import (\"li\" + \"nk\")\n");
+    Write("c.tl", "c");
+    Write("real", "@def v = {one}");
+    std::filesystem::create_symlink("real", Path("link"));
+    Write("list", "c.tl\treal\na.tl\tout/a\n");
+    const ProgramResult result = Run({"--batch", "list", "--keep-going"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find("list(2): 'link', which 'a.tl' reads, is the output of 'c.tl'"),
+              std::string::npos)
+        << result.err;
+}
+
 TEST_F(BatchTest, NoInputIsLost)
 {
     Write("a.txt", "@(1 + 1)");
