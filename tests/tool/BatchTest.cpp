@@ -362,6 +362,24 @@ TEST_F(BatchTest, AProcessThatDiesTakesItsFileOnly)
     EXPECT_EQ(Read("out/b"), "b");
     EXPECT_EQ(Read("out/a"), "(none)");
 }
+
+TEST_F(BatchTest, AProcessThatEndsItselfHasNotMadeItsFile)
+{
+    Write("b.tl", "b");
+    for (const std::string status : {"0", "1", "3"})
+        for (const std::string processes : {"1", "2"})
+        {
+            Write("a.tl", "@runpython{import os; os._exit(" + status + ")}");
+            const ProgramResult result =
+                Run({"--out-dir", "out" + status + processes, "--keep-going", "-j", processes,
+                     "a.tl", "b.tl"});
+            EXPECT_EQ(result.status, 2);
+            EXPECT_EQ(result.err,
+                      "tlexpand: a.tl: the process that expanded it ended without a result\n"
+                      "tlexpand: 1 of 2 files failed:\n  a.tl\n");
+            EXPECT_EQ(Read("out" + status + processes + "/b"), "b");
+        }
+}
 #endif
 
 TEST_F(BatchTest, ANumberOfProcessesIsOneOrMore)
