@@ -197,6 +197,27 @@ TEST_F(BatchTest, AnOutputThatIsReadThroughALinkIsRefused)
         << result.err;
 }
 
+TEST_F(BatchTest, AnOutputIsNoDirectory)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "b");
+    Write("c.tl", "c");
+    Write("there/x", "x");
+    Write("list", "a.tl\tout/a\nb.tl\tthere\nc.tl\tnew/\n");
+    const ProgramResult there = Run({"--batch", "list"});
+    EXPECT_EQ(there.status, 2);
+    EXPECT_NE(there.err.find("tlexpand: list(2): can't write 'there': Is a directory\n"),
+              std::string::npos);
+    EXPECT_NE(there.err.find("list(3): can't write 'new/': Is a directory\n"), std::string::npos);
+    EXPECT_EQ(Names(), " a.tl b.tl c.tl list there");
+    Write("list", "a.tl\tout/a\nb.tl\tq\nc.tl\t./q/deep/x\n");
+    ExpectFailure(Run({"--batch", "list"}), 2,
+                  "tlexpand: list(3): the output './q/deep/x' of 'c.tl' lies in 'q', the output of "
+                  "'b.tl'" +
+                      s_hint);
+    EXPECT_EQ(Names(), " a.tl b.tl c.tl list there");
+}
+
 TEST_F(BatchTest, NoInputIsLost)
 {
     Write("a.txt", "@(1 + 1)");

@@ -150,6 +150,34 @@ void CheckOutputs(const std::vector<BatchJob>& jobs, const std::optional<FileIde
         throw UsageError(wrong.Text());
 }
 
+/// An output takes the place of no directory, and is none that another one needs.
+void CheckOutputPlaces(const std::vector<BatchJob>& jobs)
+{
+    Messages directories;
+    for (const BatchJob& job : jobs)
+    {
+        const auto status = StatusOf(job.m_output);
+        if (job.m_output.ends_with('/') || (status && S_ISDIR(status->st_mode)))
+            directories.Add(job.m_place + MakeFileError("write", job.m_output, EISDIR).what());
+    }
+    if (!directories.Empty())
+        throw FileError(directories.Text());
+    Messages wrong;
+    FileNames names;
+    std::map<std::string, const BatchJob*> outputs;
+    for (const BatchJob& job : jobs)
+        outputs.emplace(names.Place(job.m_output), &job);
+    for (const auto& [place, job] : outputs)
+        for (fs::path above = fs::path(place).parent_path(); above.has_relative_path();
+             above = above.parent_path())
+            if (const auto entry = outputs.find(above.string()); entry != outputs.end())
+                wrong.Add(job->m_place + "the output '" + job->m_output + "' of '" + job->m_input +
+                          "' lies in '" + entry->second->m_output + "', the output of '" +
+                          entry->second->m_input + "'");
+    if (!wrong.Empty())
+        throw UsageError(wrong.Text());
+}
+
 void CheckImports(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
 {
     Messages wrong;
@@ -187,6 +215,7 @@ std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
         list = AddList(options, *options.m_batch, jobs);
     CheckInputs(jobs);
     CheckOutputs(jobs, list);
+    CheckOutputPlaces(jobs);
     CheckImports(options, jobs);
     MakeDirectories(jobs);
     return jobs;
