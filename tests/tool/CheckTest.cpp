@@ -59,6 +59,28 @@ TEST_F(CheckTest, AnOutputThatIsNotThereIsAllNew)
     EXPECT_EQ(Names(), " main.tl");
 }
 
+TEST_F(CheckTest, NorIsItWhenItsDirectoryIsNotThere)
+{
+    Write("main.tl", "one\n");
+    const ProgramResult result = Run({"--check", "-o", "none/out", "main.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "--- /dev/null\n+++ none/out\t(expanded)\n@@ -0,0 +1 @@\n+one\n");
+    EXPECT_EQ(Names(), " main.tl");
+}
+
+TEST_F(CheckTest, ADirectoryCannotBeRead)
+{
+    Write("main.tl", "one\n");
+    Write("folder/file", "");
+    ExpectFailure(Run({"--check", "-o", "folder", "main.tl"}), 2,
+                  "tlexpand: can't read 'folder': Is a directory\n");
+    ExpectFailure(Run({"--check", "-o", "none/", "main.tl"}), 2,
+                  "tlexpand: can't read 'none/': Is a directory\n");
+    ExpectFailure(Run({"--check", "-o", "main.tl/out", "main.tl"}), 2,
+                  "tlexpand: can't read 'main.tl/out': Not a directory\n");
+}
+
 TEST_F(CheckTest, AnEmptyExpansionTakesAllLines)
 {
     Write("main.tl", "");
