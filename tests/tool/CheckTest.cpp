@@ -101,6 +101,29 @@ TEST_F(CheckTest, PatchMakesTheOutput)
     EXPECT_EQ(result.status, 0) << result.out << result.err;
 }
 
+TEST_F(CheckTest, ANameThatPatchWouldMisreadIsQuoted)
+{
+    Write("main.tl", "1\n");
+    for (const auto& [name, quoted] :
+         {std::pair<std::string, std::string>{"a b", "\"a b\""},
+          {"a\tb", "\"a\\tb\""},
+          {"a\"\\\n\x1b", "\"a\\\"\\\\\\n\\033\""},
+          {"\xc3\xa4", "\xc3\xa4"}})
+    {
+        Write(name, "2\n");
+        EXPECT_EQ(Run({"--check", "-o", name, "main.tl"}).out,
+                  "--- " + quoted + "\n+++ " + quoted + "\t(expanded)\n@@ -1 +1 @@\n-2\n+1\n");
+    }
+    for (const std::string name : {"a b", "a\tb", "\xc3\xa4"})
+    {
+        const ProgramResult result =
+            RunShell("$TLEXPAND --check -o '" + name + "' main.tl > difference\n" +
+                     "patch -s -p0 < difference");
+        EXPECT_EQ(result.status, 0) << result.out << result.err;
+        EXPECT_EQ(Read(name), "1\n");
+    }
+}
+
 TEST_F(CheckTest, WhatTheTextPrintsIsNotPartOfTheDifference)
 {
     Write("main.tl", "@println(seen)x\n");

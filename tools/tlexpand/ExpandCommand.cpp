@@ -317,7 +317,7 @@ int ExpandCommand::CompareWithOutput() const
     if (isThere && there == text)
         return 0;
     const std::string difference =
-        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path + "\t(expanded)", text);
+        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path, "(expanded)", text);
     WriteStandardOutput([&](ByteSink& sink) { sink.Write(difference); });
     return 1;
 }
