@@ -33,6 +33,17 @@ TEST_F(BatchTest, AListNamesInputsAndOutputs)
     EXPECT_EQ(Read("from input"), "a");
 }
 
+TEST_F(BatchTest, AByteOrderMarkOfTheListIsNoName)
+{
+    Write("a.tl", "a");
+    Write("list", "\xef\xbb\xbf" "a.tl\tx\n");
+    Expand({"--batch", "list"});
+    EXPECT_EQ(Read("x"), "a");
+    Write("comment", "\xef\xbb\xbf# inputs\na.tl\ty\n");
+    Expand({"--batch", "comment"});
+    EXPECT_EQ(Read("y"), "a");
+}
+
 TEST_F(BatchTest, FilesDoNotSeeEachOther)
 {
     Write("lib.tl", "@def shared = {library _V_}");
@@ -131,7 +142,7 @@ TEST_F(BatchTest, MistakesInTheListCostNothing)
     Write("missing", "a.tl\tx\nnone.tl\ty\nnever.tl\tz\n");
     ExpectFailure(Run({"--batch", "missing"}), 2,
                   "tlexpand: missing(2): can't read 'none.tl': No such file or directory\n"
-                  "missing(3): can't read 'never.tl': No such file or directory\n");
+                  "tlexpand: missing(3): can't read 'never.tl': No such file or directory\n");
     Write("same", "a.tl\tx\nb.tl\t./x\n");
     ExpectFailure(Run({"--batch", "same"}), 2,
                   "tlexpand: same(2): 'a.tl' and 'b.tl' have the same output './x'" + s_hint);
@@ -208,7 +219,7 @@ TEST_F(BatchTest, AnOutputIsNoDirectory)
     EXPECT_EQ(there.status, 2);
     EXPECT_NE(there.err.find("tlexpand: list(2): can't write 'there': Is a directory\n"),
               std::string::npos);
-    EXPECT_NE(there.err.find("list(3): can't write 'new/': Is a directory\n"), std::string::npos);
+    EXPECT_NE(there.err.find("\ntlexpand: list(3): can't write 'new/': Is a directory\n"), std::string::npos);
     EXPECT_EQ(Names(), " a.tl b.tl c.tl list there");
     Write("list", "a.tl\tout/a\nb.tl\tq\nc.tl\t./q/deep/x\n");
     ExpectFailure(Run({"--batch", "list"}), 2,

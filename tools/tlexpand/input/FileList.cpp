@@ -3,6 +3,7 @@
 // Everything is looked at before anything is expanded: a mistake in line 9,000 costs nothing.
 #include "input/FileList.h"
 #include "Files.h"
+#include "Utf8.h"
 #include "input/BatchOutputs.h"
 #include <fcntl.h>
 #include <filesystem>
@@ -54,7 +55,8 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
                                     std::vector<BatchJob>& jobs)
 {
     const NamedInput list(path);
-    const std::string text = ToStdString(ReadAll(list.Fd(), list.Name()));
+    const xstring whole = ReadAll(list.Fd(), list.Name());
+    const std::string text = ToStdString(WithoutByteOrderMark(whole));
     size_t line = 0;
     for (size_t begin = 0; begin < text.size();)
     {
@@ -77,24 +79,26 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
     return RegularFileAt(list.Fd());
 }
 
-/// Messages of many files, one a line, that end with how many more there are.
+/// Messages of many files, each a line as if it were the only one, that end with how many more there are.
 class Messages
 {
 public:
     void Add(const std::string& message)
     {
         if (m_count++ < s_mostMessages)
-            m_text += (m_text.empty() ? "" : "\n") + message;
+            m_text += (m_text.empty() ? "" : s_nextLine) + message;
     }
     bool Empty() const { return m_count == 0; }
     std::string Text() const
     {
         return m_count <= s_mostMessages
                    ? m_text
-                   : m_text + "\n... and " + std::to_string(m_count - s_mostMessages) + " more";
+                   : m_text + s_nextLine + "... and " + std::to_string(m_count - s_mostMessages) + " more";
     }
 
 private:
+    static constexpr const char* s_nextLine = "\ntlexpand: ";
+
     std::string m_text;
     size_t m_count = 0;
 };
