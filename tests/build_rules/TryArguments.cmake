@@ -20,7 +20,7 @@ set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION /bin/true)")
 cmake_minimum_required(VERSION 3.25)
 project(arguments LANGUAGES NONE)
 ${tool}
-add_custom_target(unit)
+add_library(unit OBJECT single.tl)
 include(${SOURCE}/cmake/TelvExpand.cmake)
 ${code}
 ")
@@ -77,7 +77,54 @@ refuses("tl_expand_sources: '-o' in OPTIONS names a file that the build makes al
     "tl_expand_sources(TARGET unit SOURCES a.txt.tl OPTIONS -o b.txt)")
 refuses("tl_expand: the input '${WORK}/folder' is a directory; name a file" "tl_expand(OUTPUT a.txt INPUT folder)")
 accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map OPTIONS --depfile-target a.txt)")
-refuses("custom rule to output" "tl_expand(OUTPUT a.txt INPUT a.txt.tl)\ntl_expand(OUTPUT a.txt INPUT single.tl)")
+foreach(second IN ITEMS "OUTPUT a.txt INPUT single.tl" "OUTPUT ../out/a.txt INPUT a.txt.tl" "OUTPUT b.txt INPUT single.tl MAP a.txt")
+    refuses("tl_expand: '${WORK}/out/a.txt' is made already, of '${WORK}/a.txt.tl'; give one of the outputs another name"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl)\ntl_expand(${second})")
+endforeach()
+refuses("tl_expand_sources: '${WORK}/out/a.txt' is made already"
+    "tl_expand(OUTPUT a.txt INPUT single.tl)\ntl_expand_sources(TARGET unit SOURCES a.txt.tl)")
+foreach(option IN ITEMS -j -j4 --jobs=4 --batch --batch=list --out-dir --out-dir=out --keep-going)
+    refuses("tl_expand: '${option}' in OPTIONS is for runs over many files"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS ${option})")
+endforeach()
+foreach(option IN ITEMS --check --help -h -V --version)
+    refuses("tl_expand: '${option}' in OPTIONS makes the tool write no output"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS ${option})")
+endforeach()
+foreach(option IN ITEMS --map --map=a.map)
+    refuses("tl_expand: '${option}' in OPTIONS names a file that the build must know; leave it out, and name it with MAP"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS ${option})")
+endforeach()
+accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map OPTIONS --map-runs --chains --keep-imports --keep-unchanged)")
+# Names that are false as a condition are names.
+accepts("tl_expand(OUTPUT off INPUT a.txt.tl MAP no)
+get_source_file_property(isMade \${CMAKE_BINARY_DIR}/no GENERATED)
+if(NOT isMade)
+    message(FATAL_ERROR [[no map]])
+endif()")
+accepts("add_library(no OBJECT single.tl)\ntl_expand_sources(TARGET no SOURCES a.txt.tl)")
+refuses("tl_expand: unknown arguments: off" "tl_expand(off OUTPUT a.txt INPUT a.txt.tl)")
+refuses("tl_expand_sources: MAP is for tl_expand" "tl_expand_sources(TARGET unit SOURCES a.txt.tl MAP off)")
+refuses("tl_expand: OUTPUT is missing" "tl_expand(OUTPUT \"\" INPUT a.txt.tl)")
+foreach(name IN ITEMS "a;b" "$<CONFIG>.txt")
+    set(said "is '${name}', but must be one name without ';' and generator expressions")
+    refuses("tl_expand: OUTPUT ${said}" "tl_expand(OUTPUT [[${name}]] INPUT a.txt.tl)")
+    refuses("tl_expand: INPUT ${said}" "tl_expand(OUTPUT a.txt INPUT [[${name}]])")
+    refuses("tl_expand: MAP ${said}" "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP [[${name}]])")
+endforeach()
+refuses("tl_expand_sources: '$<CONFIG>.txt.tl' in SOURCES must be a name without generator expressions"
+    "tl_expand_sources(TARGET unit SOURCES $<CONFIG>.txt.tl)")
+refuses("tl_expand_sources: the target 'unit' is of the directory '${WORK}', which does not see rules of this one; call tl_expand_sources there"
+    "file(WRITE \${CMAKE_SOURCE_DIR}/folder/CMakeLists.txt [[tl_expand_sources(TARGET unit SOURCES b.txt.tl)]])
+file(WRITE \${CMAKE_SOURCE_DIR}/folder/b.txt.tl text)
+add_subdirectory(folder)")
+foreach(add IN ITEMS "add_library(other INTERFACE)" "add_custom_target(other)")
+    refuses("tl_expand_sources: the target 'other' compiles no sources; use tl_expand"
+        "${add}\ntl_expand_sources(TARGET other SOURCES a.txt.tl)")
+endforeach()
+refuses("tl_expand_sources: the target 'other' is imported" "add_library(other STATIC IMPORTED)\ntl_expand_sources(TARGET other SOURCES a.txt.tl)")
+refuses("tl_expand_sources: 'other' is an alias; name the target 'unit' itself"
+    "add_library(other ALIAS unit)\ntl_expand_sources(TARGET other SOURCES a.txt.tl)")
 refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(TARGET unit)")
 refuses("tl_expand_sources: wants TARGET and SOURCES" "tl_expand_sources(SOURCES a.txt.tl)")
 refuses("tl_expand_sources: MAP is for tl_expand" "tl_expand_sources(TARGET unit SOURCES a.txt.tl MAP a.map)")

@@ -6,7 +6,8 @@
 #     cmake -DSOURCE=<top of the tree> -DTOOL=<tlexpand> -DWORK=<folder> -P TryValues.cmake
 file(REMOVE_RECURSE ${WORK})
 file(WRITE ${WORK}/value.tl "_SEMICOLON_|_DOLLAR_|_QUOTES_|_EMPTY_|eval|two\n")
-file(COPY_FILE ${WORK}/value.tl ${WORK}/value.c.tl)
+file(COPY_FILE ${WORK}/value.tl ${WORK}/value.h.tl)
+file(WRITE ${WORK}/empty.c "int made;\n")
 # As in a project that has this one in a subdirectory, whose variables it does not see.
 file(WRITE ${WORK}/expander/CMakeLists.txt "
 add_executable(telv::tlexpand IMPORTED GLOBAL)
@@ -15,17 +16,14 @@ include(${SOURCE}/cmake/TelvExpand.cmake)
 ")
 file(WRITE ${WORK}/CMakeLists.txt "
 cmake_minimum_required(VERSION 3.25)
-project(values LANGUAGES NONE)
+project(values LANGUAGES C)
 add_subdirectory(expander)
 " [=[
 tl_expand(OUTPUT one.txt INPUT value.tl
     DEFINES "SEMICOLON=a;b" "DOLLAR=$HOME $$ \${x}" [[QUOTES='a' "b" c]] EMPTY=
     EVALS "@def eval = {1;2}" "@def two = {_MORE_}" OPTIONS -D "MORE=x;y")
-add_custom_target(unit ALL)
-# A target without a compiler has no directories to search.
-function(target_include_directories)
-endfunction()
-tl_expand_sources(TARGET unit SOURCES value.c.tl
+add_library(unit STATIC empty.c)
+tl_expand_sources(TARGET unit SOURCES value.h.tl
     DEFINES "SEMICOLON=a;b" "DOLLAR=$HOME $$ \${x}" [[QUOTES='a' "b" c]] EMPTY=
     EVALS "@def eval = {1;2}" "@def two = {_MORE_}" OPTIONS -D "MORE=x;y")
 add_custom_target(one ALL DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/one.txt)
@@ -51,7 +49,7 @@ endfunction()
 
 run(-S ${WORK} -B ${WORK}/out -G Ninja)
 run(--build ${WORK}/out)
-foreach(made IN ITEMS one.txt value.c)
+foreach(made IN ITEMS one.txt value.h)
     file(READ ${WORK}/out/${made} text)
     if(NOT text STREQUAL "a;b|$HOME $$ \${x}|'a' \"b\" c||1;2|x;y\n")
         message(SEND_ERROR "${made}: ${text}")

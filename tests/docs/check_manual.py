@@ -110,6 +110,11 @@ def check_page(folder, options):
     for option in options:
         if f"\\fB{option}\\fR" not in plain:
             FAULTS.append(f"tlexpand.1: {option} is missing")
+    for form in ("\n[OPTIONS] --out-dir DIR [--batch LIST] [FILE...]\n.br\n",
+                 "\n.B tlexpand project\n[OPTIONS] [FILE]\n.br\n",
+                 ".SH WHERE\n.B tlexpand where\n[OPTIONS] MAP OUTPUT:LINE[:COLUMN]\n.br\n", "\n.PP\nSay where "):
+        if form not in plain:
+            FAULTS.append(f"tlexpand.1: {form!r} is missing")
     if shutil.which("mandoc"):
         lint = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", folder / "tlexpand.1"],
                               capture_output=True, text=True, check=False)

@@ -33,6 +33,17 @@ TEST_F(BatchTest, AListNamesInputsAndOutputs)
     EXPECT_EQ(Read("from input"), "a");
 }
 
+TEST_F(BatchTest, AByteOrderMarkOfTheListIsNoName)
+{
+    Write("a.tl", "a");
+    Write("list", "\xef\xbb\xbf" "a.tl\tx\n");
+    Expand({"--batch", "list"});
+    EXPECT_EQ(Read("x"), "a");
+    Write("comment", "\xef\xbb\xbf# inputs\na.tl\ty\n");
+    Expand({"--batch", "comment"});
+    EXPECT_EQ(Read("y"), "a");
+}
+
 TEST_F(BatchTest, FilesDoNotSeeEachOther)
 {
     Write("lib.tl", "@def shared = {library _V_}");
@@ -131,7 +142,7 @@ TEST_F(BatchTest, MistakesInTheListCostNothing)
     Write("missing", "a.tl\tx\nnone.tl\ty\nnever.tl\tz\n");
     ExpectFailure(Run({"--batch", "missing"}), 2,
                   "tlexpand: missing(2): can't read 'none.tl': No such file or directory\n"
-                  "missing(3): can't read 'never.tl': No such file or directory\n");
+                  "tlexpand: missing(3): can't read 'never.tl': No such file or directory\n");
     Write("same", "a.tl\tx\nb.tl\t./x\n");
     ExpectFailure(Run({"--batch", "same"}), 2,
                   "tlexpand: same(2): 'a.tl' and 'b.tl' have the same output './x'" + s_hint);
@@ -160,6 +171,62 @@ TEST_F(BatchTest, OneFileUnderTwoNamesIsOneOutput)
     ExpectFailure(Run({"--batch", "new"}), 2,
                   "tlexpand: new(2): 'a.tl' and 'b.tl' have the same output 'link/y'" + s_hint);
     EXPECT_EQ(Read("real/x"), "earlier");
+}
+
+TEST_F(BatchTest, ALinkToAFileThatIsStillToBeMadeIsThatFile)
+{
+    Write("one.tl", "one");
+    Write("two.tl", "two");
+    Write("z/other", "");
+    std::filesystem::create_symlink("a1", Path("z/link"));
+    std::filesystem::create_symlink("../z/link", Path("z/far"));
+    for (const std::string link : {"z/link", "z/far"})
+    {
+        Write("list", "one.tl\t" + link + "\ntwo.tl\tz/a1\n");
+        ExpectFailure(Run({"--batch", "list"}), 2,
+                      "tlexpand: list(2): 'one.tl' and 'two.tl' have the same output 'z/a1'" +
+                          s_hint);
+    }
+    EXPECT_EQ(Read("z/a1"), "(none)");
+    Write("list", "one.tl\tz/far\n");
+    Expand({"--batch", "list"});
+    EXPECT_EQ(Read("z/a1"), "one");
+    EXPECT_TRUE(std::filesystem::is_symlink(Path("z/far")));
+}
+
+TEST_F(BatchTest, AnOutputThatIsReadThroughALinkIsRefused)
+{
+    Write("a.tl", "@import (\"li\" + \"nk\")\n");
+    Write("c.tl", "c");
+    Write("real", "@def v = {one}");
+    std::filesystem::create_symlink("real", Path("link"));
+    Write("list", "c.tl\treal\na.tl\tout/a\n");
+    const ProgramResult result = Run({"--batch", "list", "--keep-going"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find("list(2): 'link', which 'a.tl' reads, is the output of 'c.tl'"),
+              std::string::npos)
+        << result.err;
+}
+
+TEST_F(BatchTest, AnOutputIsNoDirectory)
+{
+    Write("a.tl", "a");
+    Write("b.tl", "b");
+    Write("c.tl", "c");
+    Write("there/x", "x");
+    Write("list", "a.tl\tout/a\nb.tl\tthere\nc.tl\tnew/\n");
+    const ProgramResult there = Run({"--batch", "list"});
+    EXPECT_EQ(there.status, 2);
+    EXPECT_NE(there.err.find("tlexpand: list(2): can't write 'there': Is a directory\n"),
+              std::string::npos);
+    EXPECT_NE(there.err.find("\ntlexpand: list(3): can't write 'new/': Is a directory\n"), std::string::npos);
+    EXPECT_EQ(Names(), " a.tl b.tl c.tl list there");
+    Write("list", "a.tl\tout/a\nb.tl\tq\nc.tl\t./q/deep/x\n");
+    ExpectFailure(Run({"--batch", "list"}), 2,
+                  "tlexpand: list(3): the output './q/deep/x' of 'c.tl' lies in 'q', the output of "
+                  "'b.tl'" +
+                      s_hint);
+    EXPECT_EQ(Names(), " a.tl b.tl c.tl list there");
 }
 
 TEST_F(BatchTest, NoInputIsLost)
@@ -326,6 +393,24 @@ TEST_F(BatchTest, AProcessThatDiesTakesItsFileOnly)
                           "tlexpand: 1 of 2 files failed:\n  a.tl\n");
     EXPECT_EQ(Read("out/b"), "b");
     EXPECT_EQ(Read("out/a"), "(none)");
+}
+
+TEST_F(BatchTest, AProcessThatEndsItselfHasNotMadeItsFile)
+{
+    Write("b.tl", "b");
+    for (const std::string status : {"0", "1", "3"})
+        for (const std::string processes : {"1", "2"})
+        {
+            Write("a.tl", "@runpython{import os; os._exit(" + status + ")}");
+            const ProgramResult result =
+                Run({"--out-dir", "out" + status + processes, "--keep-going", "-j", processes,
+                     "a.tl", "b.tl"});
+            EXPECT_EQ(result.status, 2);
+            EXPECT_EQ(result.err,
+                      "tlexpand: a.tl: the process that expanded it ended without a result\n"
+                      "tlexpand: 1 of 2 files failed:\n  a.tl\n");
+            EXPECT_EQ(Read("out" + status + processes + "/b"), "b");
+        }
 }
 #endif
 

@@ -59,6 +59,28 @@ TEST_F(CheckTest, AnOutputThatIsNotThereIsAllNew)
     EXPECT_EQ(Names(), " main.tl");
 }
 
+TEST_F(CheckTest, NorIsItWhenItsDirectoryIsNotThere)
+{
+    Write("main.tl", "one\n");
+    const ProgramResult result = Run({"--check", "-o", "none/out", "main.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "--- /dev/null\n+++ none/out\t(expanded)\n@@ -0,0 +1 @@\n+one\n");
+    EXPECT_EQ(Names(), " main.tl");
+}
+
+TEST_F(CheckTest, ADirectoryCannotBeRead)
+{
+    Write("main.tl", "one\n");
+    Write("folder/file", "");
+    ExpectFailure(Run({"--check", "-o", "folder", "main.tl"}), 2,
+                  "tlexpand: can't read 'folder': Is a directory\n");
+    ExpectFailure(Run({"--check", "-o", "none/", "main.tl"}), 2,
+                  "tlexpand: can't read 'none/': Is a directory\n");
+    ExpectFailure(Run({"--check", "-o", "main.tl/out", "main.tl"}), 2,
+                  "tlexpand: can't read 'main.tl/out': Not a directory\n");
+}
+
 TEST_F(CheckTest, AnEmptyExpansionTakesAllLines)
 {
     Write("main.tl", "");
@@ -77,6 +99,29 @@ TEST_F(CheckTest, PatchMakesTheOutput)
     const ProgramResult result = RunShell("$TLEXPAND --check -o out main.tl > difference\n"
                                           "patch -s out difference && cmp out main.tl");
     EXPECT_EQ(result.status, 0) << result.out << result.err;
+}
+
+TEST_F(CheckTest, ANameThatPatchWouldMisreadIsQuoted)
+{
+    Write("main.tl", "1\n");
+    for (const auto& [name, quoted] :
+         {std::pair<std::string, std::string>{"a b", "\"a b\""},
+          {"a\tb", "\"a\\tb\""},
+          {"a\"\\\n\x1b", "\"a\\\"\\\\\\n\\033\""},
+          {"\xc3\xa4", "\xc3\xa4"}})
+    {
+        Write(name, "2\n");
+        EXPECT_EQ(Run({"--check", "-o", name, "main.tl"}).out,
+                  "--- " + quoted + "\n+++ " + quoted + "\t(expanded)\n@@ -1 +1 @@\n-2\n+1\n");
+    }
+    for (const std::string name : {"a b", "a\tb", "\xc3\xa4"})
+    {
+        const ProgramResult result =
+            RunShell("$TLEXPAND --check -o '" + name + "' main.tl > difference\n" +
+                     "patch -s -p0 < difference");
+        EXPECT_EQ(result.status, 0) << result.out << result.err;
+        EXPECT_EQ(Read(name), "1\n");
+    }
 }
 
 TEST_F(CheckTest, WhatTheTextPrintsIsNotPartOfTheDifference)

@@ -188,23 +188,23 @@ int Batch::RunJob(const BatchJob& job)
     }
 }
 
-/// A worker has ended. The file that it had, if any, has failed: the worker was killed, or has
-/// ended itself after a message.
+/// A worker has ended. The file that it had, if any, has failed, whatever status code of the text
+/// may have ended the worker with.
 void Batch::NoteEnd(pid_t worker, int status)
 {
     if (m_workers.erase(worker) == 0)
         return; // A child of whoever was this process before it became the tool.
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
-        return;
     for (size_t i = 0; i < m_jobs.size(); ++i)
     {
         if (m_states[i].m_result != -worker)
             continue;
+        const std::string place = m_jobs[i].m_place + m_jobs[i].m_input;
         if (WIFSIGNALED(status))
-            ReportToolError(m_jobs[i].m_place + m_jobs[i].m_input +
-                            ": the process that expanded it was ended by signal " +
+            ReportToolError(place + ": the process that expanded it was ended by signal " +
                             std::to_string(WTERMSIG(status)));
-        NoteResult(i, WIFEXITED(status) ? WEXITSTATUS(status) : 2);
+        else
+            ReportToolError(place + ": the process that expanded it ended without a result");
+        NoteResult(i, 2);
     }
 }
 

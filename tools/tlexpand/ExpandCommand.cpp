@@ -28,7 +28,24 @@ namespace telv::tool
 namespace
 {
 
-/// The outputs that the options name; null for one that is not wanted or is standard output.
+/// The output that the expansion is compared with; not open when there is none.
+Descriptor OpenCompared(const std::string& path)
+{
+    // Opening a pipe would wait for somebody who writes to it.
+    Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK));
+    const int error = file.IsOpen() ? 0 : errno;
+    const auto status = StatusOf(path);
+    if (path.ends_with('/') || (status && S_ISDIR(status->st_mode)))
+        throw MakeFileError("read", path, EISDIR);
+    if (error != 0 && error != ENOENT)
+        throw MakeFileError("read", path, error);
+    if (file.IsOpen() && !RegularFileAt(file.Get()))
+        throw FileError("can't compare '" + path + "' with the expansion: it is no regular file");
+    return file;
+}
+
+/// The outputs that the options name; null for one that is not wanted or is standard output, or is
+/// compared only and not there.
 struct WantedOutputs
 {
     OutputSet m_set;
@@ -39,8 +56,10 @@ struct WantedOutputs
     OutputFile* m_trace = nullptr;
 
     explicit WantedOutputs(const ExpandOptions& options)
-        : m_text(Add(options.m_output)), m_map(Add(options.m_map)),
-          m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile)),
+        : m_text(options.m_check && !OpenCompared(options.m_output).IsOpen()
+                     ? nullptr
+                     : Add(options.m_output)),
+          m_map(Add(options.m_map)), m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile)),
           m_trace(Add(options.m_trace))
     {
         if (options.m_keepUnchanged)
@@ -56,18 +75,6 @@ private:
         return path ? m_set.Add(*path) : nullptr;
     }
 };
-
-/// The output that the expansion is compared with; not open when there is none.
-Descriptor OpenCompared(const std::string& path)
-{
-    // Opening a pipe would wait for somebody who writes to it.
-    Descriptor file(OpenAt(StartDirectory(), path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK));
-    if (!file.IsOpen() && errno != ENOENT)
-        throw MakeFileError("read", path, errno);
-    if (file.IsOpen() && !RegularFileAt(file.Get()))
-        throw FileError("can't compare '" + path + "' with the expansion: it is no regular file");
-    return file;
-}
 
 /// One expansion from the options to the outputs.
 class ExpandCommand
@@ -139,8 +146,6 @@ try
     const ExpansionRunScope scope(m_run);
     if (m_options.m_depfile)
         m_handler.NotePaths();
-    if (m_options.m_check)
-        OpenCompared(m_options.m_output);
     m_handler.ReadMain(m_options.m_file);
     if (!RunGuarded([this] { ExpandUnchanged(); }, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
@@ -312,7 +317,7 @@ int ExpandCommand::CompareWithOutput() const
     if (isThere && there == text)
         return 0;
     const std::string difference =
-        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path + "\t(expanded)", text);
+        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path, "(expanded)", text);
     WriteStandardOutput([&](ByteSink& sink) { sink.Write(difference); });
     return 1;
 }

@@ -18,6 +18,8 @@ namespace fs = std::filesystem;
 
 using Strings = std::vector<std::string>;
 
+constexpr int s_mostLinks = 40;
+
 std::string In(const std::string& directory, const std::string& name)
 {
     return name.starts_with('/') ? name : JoinPath(directory, name);
@@ -147,13 +149,30 @@ std::string FileNames::Key(const std::string& path)
     return Place(path);
 }
 
+const std::string& FileNames::RealDirectory(const std::string& path)
+{
+    const auto [entry, isNew] = m_directories.try_emplace(path);
+    if (isNew)
+        entry->second = fs::weakly_canonical(fs::path(m_start) / path).string();
+    return entry->second;
+}
+
+/// Links are followed as for an output: also one whose target is still to be made.
 std::string FileNames::Place(const std::string& path)
 {
-    const fs::path name(path);
-    const auto [entry, isNew] = m_directories.try_emplace(name.parent_path().string());
-    if (isNew)
-        entry->second = fs::weakly_canonical(fs::path(m_start) / name.parent_path()).string();
-    return entry->second + "/" + name.filename().string();
+    fs::path name(path);
+    fs::path place;
+    for (int links = 0; links <= s_mostLinks; ++links)
+    {
+        const fs::path directory = RealDirectory(name.parent_path().string());
+        place = directory / name.filename();
+        std::error_code isNoLink;
+        const fs::path target = fs::read_symlink(place, isNoLink);
+        if (isNoLink)
+            break;
+        name = directory / target;
+    }
+    return place.string();
 }
 
 BatchOutputs::BatchOutputs(const std::vector<BatchJob>& jobs)

@@ -19,10 +19,13 @@ public:
 
     /// The same text for all names of a file, as long as none is made or replaced.
     std::string Key(const std::string& path);
-    /// The same text for all ways to a name in a directory, whatever has that name.
+    /// The same text for all ways to a name in a directory, whatever has that name, unless that is
+    /// a symbolic link: then for all ways to where it leads.
     std::string Place(const std::string& path);
 
 private:
+    const std::string& RealDirectory(const std::string& path);
+
     std::string m_start = AbsolutePath("."); ///< Python code may leave it.
     std::map<std::string, std::string> m_directories;
 };

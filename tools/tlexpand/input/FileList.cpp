@@ -3,6 +3,7 @@
 // Everything is looked at before anything is expanded: a mistake in line 9,000 costs nothing.
 #include "input/FileList.h"
 #include "Files.h"
+#include "Utf8.h"
 #include "input/BatchOutputs.h"
 #include <fcntl.h>
 #include <filesystem>
@@ -54,7 +55,8 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
                                     std::vector<BatchJob>& jobs)
 {
     const NamedInput list(path);
-    const std::string text = ToStdString(ReadAll(list.Fd(), list.Name()));
+    const xstring whole = ReadAll(list.Fd(), list.Name());
+    const std::string text = ToStdString(WithoutByteOrderMark(whole));
     size_t line = 0;
     for (size_t begin = 0; begin < text.size();)
     {
@@ -77,24 +79,26 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
     return RegularFileAt(list.Fd());
 }
 
-/// Messages of many files, one a line, that end with how many more there are.
+/// Messages of many files, each a line as if it were the only one, that end with how many more there are.
 class Messages
 {
 public:
     void Add(const std::string& message)
     {
         if (m_count++ < s_mostMessages)
-            m_text += (m_text.empty() ? "" : "\n") + message;
+            m_text += (m_text.empty() ? "" : s_nextLine) + message;
     }
     bool Empty() const { return m_count == 0; }
     std::string Text() const
     {
         return m_count <= s_mostMessages
                    ? m_text
-                   : m_text + "\n... and " + std::to_string(m_count - s_mostMessages) + " more";
+                   : m_text + s_nextLine + "... and " + std::to_string(m_count - s_mostMessages) + " more";
     }
 
 private:
+    static constexpr const char* s_nextLine = "\ntlexpand: ";
+
     std::string m_text;
     size_t m_count = 0;
 };
@@ -150,6 +154,34 @@ void CheckOutputs(const std::vector<BatchJob>& jobs, const std::optional<FileIde
         throw UsageError(wrong.Text());
 }
 
+/// An output takes the place of no directory, and is none that another one needs.
+void CheckOutputPlaces(const std::vector<BatchJob>& jobs)
+{
+    Messages directories;
+    for (const BatchJob& job : jobs)
+    {
+        const auto status = StatusOf(job.m_output);
+        if (job.m_output.ends_with('/') || (status && S_ISDIR(status->st_mode)))
+            directories.Add(job.m_place + MakeFileError("write", job.m_output, EISDIR).what());
+    }
+    if (!directories.Empty())
+        throw FileError(directories.Text());
+    Messages wrong;
+    FileNames names;
+    std::map<std::string, const BatchJob*> outputs;
+    for (const BatchJob& job : jobs)
+        outputs.emplace(names.Place(job.m_output), &job);
+    for (const auto& [place, job] : outputs)
+        for (fs::path above = fs::path(place).parent_path(); above.has_relative_path();
+             above = above.parent_path())
+            if (const auto entry = outputs.find(above.string()); entry != outputs.end())
+                wrong.Add(job->m_place + "the output '" + job->m_output + "' of '" + job->m_input +
+                          "' lies in '" + entry->second->m_output + "', the output of '" +
+                          entry->second->m_input + "'");
+    if (!wrong.Empty())
+        throw UsageError(wrong.Text());
+}
+
 void CheckImports(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
 {
     Messages wrong;
@@ -187,6 +219,7 @@ std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
         list = AddList(options, *options.m_batch, jobs);
     CheckInputs(jobs);
     CheckOutputs(jobs, list);
+    CheckOutputPlaces(jobs);
     CheckImports(options, jobs);
     MakeDirectories(jobs);
     return jobs;

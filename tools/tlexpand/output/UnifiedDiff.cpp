@@ -4,6 +4,7 @@
 // lines of the second), how far one can get; the states of all rounds lead back from the end.
 #include "output/UnifiedDiff.h"
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace telv::tool
@@ -228,17 +229,48 @@ private:
     long m_after = 0;
 };
 
+/// The escape of a string literal of C; empty for what needs none.
+std::string Escape(char c)
+{
+    constexpr std::string_view named = "\a\b\t\n\v\f\r\"\\";
+    constexpr std::string_view letters = "abtnvfr\"\\";
+    if (const size_t i = named.find(c); i != std::string_view::npos)
+        return {'\\', letters[i]};
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7f)
+        return {};
+    const auto digit = [&](int shift) { return static_cast<char>('0' + (byte >> shift & 7)); };
+    return {'\\', digit(6), digit(3), digit(0)};
+}
+
+/// A name with a blank, a tab and the like as diff and patch of the GNU project quote it; other
+/// names as they are.
+std::string Quoted(const std::string& name)
+{
+    std::string quoted;
+    bool mustQuote = false;
+    for (const char c : name)
+    {
+        const std::string escape = Escape(c);
+        mustQuote = mustQuote || c == ' ' || !escape.empty();
+        quoted += escape.empty() ? std::string(1, c) : escape;
+    }
+    return mustQuote ? '"' + quoted + '"' : name;
+}
+
 } // namespace
 
 std::string MakeUnifiedDiff(const std::string& beforeName, SubString before,
-                            const std::string& afterName, SubString after)
+                            const std::string& afterName, const std::string& afterNote,
+                            SubString after)
 {
     if (before == after)
         return {};
     const Lines beforeLines = CutLines(before);
     const Lines afterLines = CutLines(after);
     const std::vector<Step> steps = Comparison(beforeLines, afterLines).FindSteps();
-    return "--- " + beforeName + "\n+++ " + afterName + "\n" + HunkWriter(steps).Write();
+    return "--- " + Quoted(beforeName) + "\n+++ " + Quoted(afterName) + "\t" + afterNote + "\n" +
+           HunkWriter(steps).Write();
 }
 
 } // namespace telv::tool
