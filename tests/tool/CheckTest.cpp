@@ -104,11 +104,10 @@ TEST_F(CheckTest, PatchMakesTheOutput)
 TEST_F(CheckTest, ANameThatPatchWouldMisreadIsQuoted)
 {
     Write("main.tl", "1\n");
-    for (const auto& [name, quoted] :
-         {std::pair<std::string, std::string>{"a b", "\"a b\""},
-          {"a\tb", "\"a\\tb\""},
-          {"a\"\\\n\x1b", "\"a\\\"\\\\\\n\\033\""},
-          {"\xc3\xa4", "\xc3\xa4"}})
+    for (const auto& [name, quoted] : {std::pair<std::string, std::string>{"a b", "\"a b\""},
+                                       {"a\tb", "\"a\\tb\""},
+                                       {"a\"\\\n\x1b", "\"a\\\"\\\\\\n\\033\""},
+                                       {"\xc3\xa4", "\xc3\xa4"}})
     {
         Write(name, "2\n");
         EXPECT_EQ(Run({"--check", "-o", name, "main.tl"}).out,

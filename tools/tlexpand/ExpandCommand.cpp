@@ -59,8 +59,8 @@ struct WantedOutputs
         : m_text(options.m_check && !OpenCompared(options.m_output).IsOpen()
                      ? nullptr
                      : Add(options.m_output)),
-          m_map(Add(options.m_map)), m_sourceMap(Add(options.m_sourceMap)), m_depfile(Add(options.m_depfile)),
-          m_trace(Add(options.m_trace))
+          m_map(Add(options.m_map)), m_sourceMap(Add(options.m_sourceMap)),
+          m_depfile(Add(options.m_depfile)), m_trace(Add(options.m_trace))
     {
         if (options.m_keepUnchanged)
             m_set.KeepUnchanged();

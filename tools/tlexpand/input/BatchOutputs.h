@@ -49,10 +49,4 @@ private:
 std::string DescribeReplacedImport(const std::string& import, const std::string& reader,
                                    const BatchJob& maker);
 
-/// Why jobs would replace what others read, where the texts name it: see NamedImports.
-///
-/// @throws FileError  A file can't be read.
-std::vector<std::string> FindReplacedImports(const ExpandOptions& options,
-                                             const std::vector<BatchJob>& jobs);
-
 } // namespace telv::tool

@@ -79,7 +79,8 @@ std::optional<FileIdentity> AddList(const ExpandOptions& options, const std::str
     return RegularFileAt(list.Fd());
 }
 
-/// Messages of many files, each a line as if it were the only one, that end with how many more there are.
+/// Messages of many files, each a line as if it were the only one, that end with how many more
+/// there are.
 class Messages
 {
 public:
@@ -91,9 +92,9 @@ public:
     bool Empty() const { return m_count == 0; }
     std::string Text() const
     {
-        return m_count <= s_mostMessages
-                   ? m_text
-                   : m_text + s_nextLine + "... and " + std::to_string(m_count - s_mostMessages) + " more";
+        return m_count <= s_mostMessages ? m_text
+                                         : m_text + s_nextLine + "... and " +
+                                               std::to_string(m_count - s_mostMessages) + " more";
     }
 
 private:
@@ -182,13 +183,15 @@ void CheckOutputPlaces(const std::vector<BatchJob>& jobs)
         throw UsageError(wrong.Text());
 }
 
-void CheckImports(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
+/// What the texts import is looked at when they do.
+void CheckData(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
 {
-    Messages wrong;
-    for (const std::string& message : FindReplacedImports(options, jobs))
-        wrong.Add(message);
-    if (!wrong.Empty())
-        throw UsageError(wrong.Text());
+    BatchOutputs outputs(jobs);
+    for (const Definition& definition : options.m_definitions)
+        if (definition.m_kind == Definition::EKind::List)
+            if (const BatchJob* const maker = outputs.FindMaker(definition.m_rows.m_file))
+                throw UsageError(maker->m_place + DescribeReplacedImport(definition.m_rows.m_file,
+                                                                         "--list", *maker));
 }
 
 void MakeDirectories(const std::vector<BatchJob>& jobs)
@@ -220,7 +223,7 @@ std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
     CheckInputs(jobs);
     CheckOutputs(jobs, list);
     CheckOutputPlaces(jobs);
-    CheckImports(options, jobs);
+    CheckData(options, jobs);
     MakeDirectories(jobs);
     return jobs;
 }
