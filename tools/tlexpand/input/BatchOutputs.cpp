@@ -11,6 +11,8 @@ namespace
 
 namespace fs = std::filesystem;
 
+constexpr int s_mostLinks = 40; // as the system has it
+
 } // namespace
 
 std::string FileNames::Key(const FileIdentity& file)
