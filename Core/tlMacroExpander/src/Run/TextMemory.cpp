@@ -6,6 +6,7 @@
 #ifdef TELV_GUARD_TEXTS
 
 #include "tlUtils/HeldMemory.h"
+#include <atomic>
 #include <cstring>
 #include <new>
 #include <sys/mman.h>
@@ -25,6 +26,10 @@ struct DeadPages
 };
 
 constexpr size_t s_mostDead = 10000;
+
+/// The system keeps only so many mappings for a process; each text takes two, and others want some.
+constexpr size_t s_mostGuarded = 15000;
+std::atomic<size_t> s_guarded = 0;
 
 /// A ring of dead texts. Unmaps the pages that are left when the thread ends.
 class Graveyard
@@ -68,6 +73,12 @@ TextMemory::TextMemory(xstring& text)
 {
     if (text.empty())
         return;
+    if (s_guarded >= s_mostGuarded)
+    {
+        m_unguarded.swap(text);
+        m_text = m_unguarded;
+        return;
+    }
     t_graveyard.MakeRoom();
     const size_t page = static_cast<size_t>(getpagesize());
     const size_t length = static_cast<size_t>(text.size());
@@ -81,6 +92,7 @@ TextMemory::TextMemory(xstring& text)
         ReleaseMemory(text.size());
         throw std::bad_alloc();
     }
+    ++s_guarded;
     m_pages = static_cast<char*>(pages);
     char* const start = m_pages + readable - length;
     std::memcpy(start, text.begin(), length);
@@ -94,6 +106,7 @@ TextMemory::~TextMemory()
 {
     if (m_pages == nullptr)
         return;
+    --s_guarded;
     ReleaseMemory(m_text.size());
     t_graveyard.Bury(m_pages, m_size);
 }

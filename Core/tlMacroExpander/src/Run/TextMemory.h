@@ -13,7 +13,7 @@ namespace telv
 
 #ifdef TELV_GUARD_TEXTS
 
-/// Owns a copy of the characters of a text.
+/// Owns a copy of the characters of a text; where too many are guarded, the text itself.
 class TextMemory
 {
 public:
@@ -26,7 +26,8 @@ public:
 
 private:
     char* m_pages = nullptr;
-    size_t m_size = 0; ///< Of the pages, the unreadable one at the end included.
+    size_t m_size = 0;   ///< Of the pages, the unreadable one at the end included.
+    xstring m_unguarded; ///< Where too many are guarded.
     SubString m_text;
 };
 
