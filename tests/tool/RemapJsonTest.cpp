@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+// tlexpand remap on messages in JSON: GCC's diagnostics, SARIF, and documents of any other shape.
+#include "RemapTest.h"
+
+namespace telv::test
+{
+
+TEST_F(RemapTest, ColumnsInJsonHaveTheirUnits)
+{
+    Write("main.tl", "@def x = {1}\n/* \U00010400 */\tint a = b;\n");
+    Generate();
+    // Behind the letter (four bytes, two units of UTF-16) and the tab: b has byte column 20.
+    const auto gcc = [](const std::string& file, const std::string& column)
+    {
+        return R"([{"kind":"e","locations":[],"file":")" + file + R"(","line":)" +
+               (file == "gen.cpp" ? "1" : "2") + R"(,"display-column":17,"byte-column":20,)" +
+               R"("column":)" + column + "}]\n";
+    };
+    EXPECT_EQ(Filter(gcc("gen.cpp", "17")), gcc("main.tl", "17"));
+    EXPECT_EQ(Filter(gcc("gen.cpp", "20")), gcc("main.tl", "20"));
+    const auto sarif =
+        [](const std::string& unit, const std::string& file, int line, const std::string& column)
+    {
+        return R"({"runs":[{"columnKind":")" + unit +
+               R"(","results":[{"message":{},"locations":[{"physicalLocation":)" +
+               R"({"artifactLocation":{"uri":")" + file + R"("},"region":{"startLine":)" +
+               std::to_string(line) + R"(,"startColumn":)" + column + "}}}]}]}]}\n";
+    };
+    EXPECT_EQ(Filter(sarif("unicodeCodePoints", "gen.cpp", 1, "17")),
+              sarif("unicodeCodePoints", "main.tl", 2, "17"));
+    EXPECT_EQ(Filter(sarif("utf16CodeUnits", "gen.cpp", 1, "18")),
+              sarif("utf16CodeUnits", "main.tl", 2, "18"));
+}
+
+TEST_F(RemapTest, DiagnosticsOfGccInJson)
+{
+    Generate();
+    const ProgramResult result =
+        RunShell("g++ -fdiagnostics-format=json -c gen.cpp 2>&1 | \"$TLEXPAND\" remap gen.cpp.map");
+    std::string places;
+    std::istringstream lines(result.out);
+    std::string line;
+    std::getline(lines, line);
+    for (const auto& message : nlohmann::json::parse(line))
+    {
+        const auto& caret = message["locations"][0]["caret"];
+        places +=
+            caret["file"].get<std::string>() + ":" + std::to_string(caret["line"].get<int>()) + " ";
+    }
+    EXPECT_EQ(places, "main.tl:2 lib.tl:3 lib.tl:3 main.tl:4 main.tl:8 main.tl:8 main.tl:11 ");
+    EXPECT_EQ(result.out.find("gen.cpp"), std::string::npos);
+}
+
+TEST_F(RemapTest, Sarif)
+{
+    Write("main.tl", "@def deref(p) =\n{\n    if (!p)\n        return *p;\n}\n"
+                     "int f(int* p)\n{\n    deref(p)\n    return 0;\n}\n");
+    Generate("gen.c");
+    const ProgramResult result =
+        RunShell("clang-14 --analyze --analyzer-output sarif -o out.sarif gen.c 2> /dev/null && "
+                 "\"$TLEXPAND\" remap gen.c.map < out.sarif");
+    const auto document = nlohmann::json::parse(result.out);
+    const auto& found = document["runs"][0]["results"][0];
+    const auto& location = found["locations"][0]["physicalLocation"];
+    EXPECT_EQ(location["artifactLocation"]["uri"],
+              "file://" + std::filesystem::canonical(Path("main.tl")).string());
+    EXPECT_EQ(location["region"]["startLine"], 4);
+    EXPECT_EQ(location["region"]["startColumn"], 16);
+    for (const auto& step : found["codeFlows"][0]["threadFlows"][0]["locations"])
+        EXPECT_NE(
+            step["location"]["physicalLocation"]["artifactLocation"]["uri"].get<std::string>().find(
+                "main.tl"),
+            std::string::npos);
+    // What is no document after all comes out as it was.
+    EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\n  \"runs\": [\nend\n").out,
+              "{\n  \"runs\": [\nend\n");
+    EXPECT_EQ(Run({"remap", "gen.c.map"}, "{\"a\": 1}\n{\n").out, "{\"a\": 1}\n{\n");
+}
+
+// The steps name their files as the result itself does.
+TEST_F(RemapTest, ChainsInSarif)
+{
+    Generate("gen.cpp", {"--chains"});
+    const auto relatedTo = [this](const std::string& uri)
+    {
+        const std::string result =
+            Filter("{\"version\":\"2.1.0\",\"runs\":[{\"results\":[{\"message\":{\"text\":\"x\"},"
+                   "\"locations\":[{\"physicalLocation\":{\"artifactLocation\":{\"uri\":\"" +
+                   uri + "\"},\"region\":{\"startLine\":2,\"startColumn\":9}}}]}]}]}\n");
+        const auto found = nlohmann::json::parse(result)["runs"][0]["results"][0];
+        const auto place = [](const nlohmann::json& location)
+        {
+            const auto& physical = location["physicalLocation"];
+            return physical["artifactLocation"]["uri"].get<std::string>() + ":" +
+                   physical["region"]["startLine"].dump() + ":" +
+                   physical["region"]["startColumn"].dump();
+        };
+        std::string places = place(found["locations"][0]);
+        for (const auto& related : found["relatedLocations"])
+            places += " " + place(related) + " " + related["message"]["text"].get<std::string>();
+        return places;
+    };
+    EXPECT_EQ(relatedTo("gen.cpp"), "lib.tl:3:13 main.tl:3:1 in expansion of macro 'pair'");
+    const std::string here = "file://" + std::filesystem::canonical(Path(".")).string() + "/";
+    EXPECT_EQ(relatedTo(here + "gen.cpp"),
+              here + "lib.tl:3:13 " + here + "main.tl:3:1 in expansion of macro 'pair'");
+}
+
+TEST_F(RemapTest, JsonOfUnexpectedShapesPasses)
+{
+    Generate();
+    for (const std::string text : {
+             R"({"x":1e400})",
+             R"([{"kind":"e","message":"m","locations":{"a":1}}])",
+             R"([{"kind":"e","message":"m","locations":"x"}])",
+             R"([{"kind":"e","message":"m","locations":7}])",
+             R"([{"kind":"e","message":"m","locations":[7, null]}])",
+             R"([{"kind":"e","locations":[],"fixits":3}])",
+             R"([{"kind":"e","locations":[],"file":"gen.cpp","line":"1"}])",
+             R"({"runs":[{"results":[{"message":{},"locations":{"a":1}}]}]})",
+             R"({"runs":[1, {"results":2}, {"results":[{"fixes":[{"artifactChanges":"x"}]}]}]})",
+             R"({"runs":[{"artifacts":{"location":{"uri":"gen.cpp"}},"results":[{"message":{},)"
+             R"("locations":[{"physicalLocation":{"artifactLocation":{"index":0},)"
+             R"("region":{"startLine":1}}}]}]}]})",
+         })
+    {
+        EXPECT_EQ(Filter(text + "\ngen.cpp:1: after\n"), text + "\nmain.tl:2: after\n");
+        EXPECT_EQ(Filter(text), text);
+    }
+    const ProgramResult result = Run({"remap", "gen.cpp.map", "--", "sh", "-c",
+                                      "echo '{\"x\":1e400}'; echo gen.cpp:1: after; exit 3"});
+    EXPECT_EQ(result.out, "{\"x\":1e400}\nmain.tl:2: after\n");
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 3);
+}
+
+/// Where notes are to be added, something else can stand.
+TEST_F(RemapTest, JsonThatHasNoRoomForNotesPasses)
+{
+    Generate("gen.cpp", {"--chains"});
+    const std::string gcc = R"([{"kind":"e","message":"m","locations":[{"caret":)"
+                            R"({"file":"gen.cpp","line":2,"column":9}}],"children":@}])";
+    const std::string sarif = R"({"runs":[{"results":[{"message":{},"locations":)"
+                              R"([{"physicalLocation":{"artifactLocation":{"uri":"gen.cpp"},)"
+                              R"("region":{"startLine":2}}}],"relatedLocations":@}]}]})";
+    for (const std::string& text : {gcc, sarif})
+    {
+        for (const char* other : {"7", R"({"a":1})", R"("x")"})
+        {
+            const std::string document = Replace(text, "@", other) + "\n";
+            EXPECT_EQ(Filter(document), document);
+        }
+        EXPECT_NE(Filter(Replace(text, "@", "[]")).find("in expansion of macro"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(RemapTest, JsonInWhichNothingIsMappedKeepsItsBytes)
+{
+    Generate();
+    for (const char* text : {
+             "[{\"kind\":\"e\",\"locations\":[]} ]",
+             "[ {\"kind\":\"e\",\"message\":\"m\",\"locations\":[{\"caret\":{\"file\":\"o.cpp\","
+             "\"line\":1}}]}]\n\n",
+             "{\n \"runs\": [ {\"results\": [{\"message\": {}, \"fixes\": []}]} ] }\r\n",
+             "{\"runs\" :[]}",
+         })
+        EXPECT_EQ(Filter(text), text);
+    // What stands behind the document stays, too.
+    EXPECT_EQ(Filter("[{\"kind\":\"e\",\"locations\":[],\"file\":\"gen.cpp\",\"line\":1}]"),
+              "[{\"kind\":\"e\",\"locations\":[],\"file\":\"main.tl\",\"line\":2}]");
+}
+
+TEST_F(RemapTest, LinesThatJsonCannotMeanAreReportedOnce)
+{
+    Generate();
+    const auto said = [&](const std::string& line)
+    {
+        const std::string text = "[{\"kind\":\"e\",\"message\":\"m\",\"locations\":[{\"caret\":"
+                                 "{\"file\":\"gen.cpp\",\"line\":" +
+                                 line + "}}]} ]\n";
+        const ProgramResult result = Run({"remap", "gen.cpp.map"}, text);
+        EXPECT_EQ(result.out, text);
+        EXPECT_EQ(result.status, 2);
+        return result.err;
+    };
+    EXPECT_EQ(said("99"), "tlexpand: 'gen.cpp' has no line 99\n");
+    EXPECT_EQ(said("-1"), "tlexpand: 'gen.cpp' has no line -1\n");
+    EXPECT_EQ(said("18446744073709551615"),
+              "tlexpand: 'gen.cpp' has no line 9223372036854775807\n");
+}
+
+TEST_F(RemapTest, FixesInSarifStayForOtherFiles)
+{
+    Generate();
+    const auto fix = [](const std::string& file)
+    {
+        return R"({"artifactChanges":[{"artifactLocation":{"uri":")" + file +
+               R"("},"replacements":[{"deletedRegion":{"startLine":2},)"
+               R"("insertedContent":{"text":"x"}}]}]})";
+    };
+    const auto result = [](const std::string& file, const std::string& fixes)
+    {
+        return R"({"message":{"text":"m"},"locations":[{"physicalLocation":)"
+               R"({"artifactLocation":{"uri":")" +
+               file + R"("},"region":{"startLine":2}}}])" + fixes + "}";
+    };
+    const auto document = [](const std::string& results)
+    { return R"({"runs":[{"results":[)" + results + "]}]}\n"; };
+    const std::string others = ",\"fixes\":[" + fix("other.cpp") + "]";
+    EXPECT_EQ(Filter(document(result("other.cpp", others))), document(result("other.cpp", others)));
+    const std::string both = ",\"fixes\":[" + fix("gen.cpp") + "," + fix("other.cpp") + "]";
+    const std::string own = ",\"fixes\":[" + fix("gen.cpp") + "]";
+    const std::string text = Filter(document(result("gen.cpp", both) + "," + result("o.cpp", own)));
+    std::string expected = document(result("lib.tl", others) + "," + result("o.cpp", ""));
+    expected = Replace(expected, "\"startLine\":2}}}],\"fixes\"", "\"startLine\":3}}}],\"fixes\"");
+    EXPECT_EQ(text, expected);
+}
+} // namespace telv::test
