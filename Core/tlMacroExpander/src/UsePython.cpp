@@ -120,11 +120,11 @@ void CountLinesFrom(PyObject* object, ssize_t linesBefore)
 }
 
 /// The code behind leading blanks, which Python would take for an indentation.
-xstring WithoutLeadingBlanks(SubString code)
+SubString WithoutLeadingBlanks(SubString code)
 {
     while (!code.empty() && (code[0] == ' ' || code[0] == '\t'))
         ++code.m_p1;
-    return xstring(code);
+    return code;
 }
 
 /// Compiles statements as if `linesBefore` empty lines stood before them; null with an error set.
@@ -150,12 +150,11 @@ PyObject* Compile(const xstring& path, ssize_t linesBefore, const xstring& code)
 /// The value of an expression, or null with `errorString` set.
 PyObject* Evaluate(const xstring& expression, xstring& errorString)
 {
-    const PythonSignals signals(WhenSignalsChange());
-    const xstring code = WithoutLeadingBlanks(expression);
+    const SubString code = WithoutLeadingBlanks(expression);
     PyObject* result = EvaluateRepeated(code, s_moduleDict);
     if (result == nullptr && Python().PyErr_Occurred() == nullptr && CheckNoNul(code))
-        result = Python().PyRun_StringFlags(code.c_str(), Py_eval_input, s_moduleDict, s_moduleDict,
-                                            nullptr);
+        result = Python().PyRun_StringFlags(xstring(code).c_str(), Py_eval_input, s_moduleDict,
+                                            s_moduleDict, nullptr);
     if (result == nullptr)
         GetPythonError(errorString);
     return result;
@@ -163,7 +162,8 @@ PyObject* Evaluate(const xstring& expression, xstring& errorString)
 
 /// Calls `work`, which is to run `code`, with everything that code needs.
 /// @throws ExpansionLimitException  There is no stack that is large enough.
-void RunCode(const xstring& code, const char* errorPos, const std::function<void()>& work)
+template <class Work>
+void RunCode(const xstring& code, const char* errorPos, const Work& work)
 {
     LoadPython(errorPos);
     const PythonCodeScope scope;
@@ -171,14 +171,14 @@ void RunCode(const xstring& code, const char* errorPos, const std::function<void
     if (PythonStackSize() == 0 || !CodeFits(code.size()))
         ThrowNestedTooDeeply(errorPos);
     InitPython();
-    CallOnPythonStack(
-        [&]
-        {
-            const RecursionLimitScope recursionLimit;
-            ApplyModulePath(ExpansionRun::Current());
-            const PythonSignals signals(WhenSignalsChange());
-            work();
-        });
+    const auto prepareAndWork = [&]
+    {
+        const RecursionLimitScope recursionLimit;
+        ApplyModulePath(ExpansionRun::Current());
+        const PythonSignals signals(WhenSignalsChange());
+        work();
+    };
+    CallOnPythonStack(std::cref(prepareAndWork)); // by reference: without an allocation
     CheckPrinted(errorPos);
 }
 
@@ -188,8 +188,14 @@ PyObjectRef::~PyObjectRef()
 {
     if (m_pyObj == nullptr)
         return;
+    const auto release = [this] { Py_DECREF(m_pyObj); }; // may run code
+    if (IsOnPythonStack())
+    {
+        release();
+        return;
+    }
     const PythonLock lock;
-    CallOnPythonStack([this] { Py_DECREF(m_pyObj); }); // may run code
+    CallOnPythonStack(release);
 }
 
 void CheckPythonAllowed(const char* pos)
@@ -250,7 +256,12 @@ PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorStrin
     InitPython();
     const PythonLock lock;
     PyObject* result = nullptr;
-    CallOnPythonStack([&] { result = Evaluate(expression, errorString); });
+    CallOnPythonStack(
+        [&]
+        {
+            const PythonSignals signals(WhenSignalsChange());
+            result = Evaluate(expression, errorString);
+        });
     return result;
 }
 

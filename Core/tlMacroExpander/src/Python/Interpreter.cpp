@@ -219,8 +219,10 @@ void ApplyModulePath(const ExpansionRun* run)
 {
     static const std::vector<std::string> s_none;
     const std::vector<std::string>& wanted = run == nullptr ? s_none : run->m_pythonPath;
+    if (wanted == s_modulePath)
+        return;
     PyObject* const path = Python().PySys_GetObject(const_cast<char*>("path"));
-    if (wanted == s_modulePath || path == nullptr || !PyList_Check(path))
+    if (path == nullptr || !PyList_Check(path))
         return;
     for (const std::string& directory : s_modulePath)
         if (const Py_ssize_t i = IndexInPath(path, directory); i >= 0)

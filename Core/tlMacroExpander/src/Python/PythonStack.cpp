@@ -51,6 +51,11 @@ bool CodeFits(ssize_t length)
     return length <= (PythonStackSize() - s_forAllElse) / s_perByteOfCode;
 }
 
+bool IsOnPythonStack()
+{
+    return s_stack.Holds(__builtin_frame_address(0));
+}
+
 void CallOnPythonStack(const std::function<void()>& work)
 {
     s_stack.Call(work);

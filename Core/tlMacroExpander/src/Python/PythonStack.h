@@ -24,6 +24,9 @@ int RecursionThatFits();
 /// Whether the compiler can't run out of it with `length` bytes of code.
 bool CodeFits(ssize_t length);
 
+/// Whether the caller runs on it; it then holds the lock.
+bool IsOnPythonStack();
+
 /// Calls `work` on it, which must be mapped, and returns when it has returned; what it throws comes
 /// through. A call from `work` stays on it. One thread at a time.
 void CallOnPythonStack(const std::function<void()>& work);

@@ -7,6 +7,8 @@
 #include "tlMacroExpander/src/Python/RepeatedExpression.h"
 #include <algorithm>
 #include <charconv>
+#include <functional>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -50,8 +52,7 @@ std::string_view ToView(SubString text)
 
 ExpressionShape::ExpressionShape(SubString expression) : m_rest(expression)
 {
-    constexpr ssize_t longest = 400;
-    m_isKnown = expression.size() <= longest;
+    m_isKnown = expression.size() <= s_longest;
     while (m_isKnown && m_rest)
         m_isKnown = Read();
 }
@@ -68,7 +69,7 @@ bool ExpressionShape::Read()
     constexpr std::string_view operators = "+-*/%<>=!&|^~()[]{},.: ";
     if (operators.find(c) == std::string_view::npos)
         return false;
-    m_text += c;
+    Append({&c, 1});
     m_isAfterName = false;
     ++m_rest.m_p1;
     return true;
@@ -79,7 +80,7 @@ bool ExpressionShape::ReadWord()
     const char* const end = std::find_if_not(m_rest.begin(), m_rest.end(),
                                              [](char c) { return IsLetter(c) || IsDigit(c); });
     const SubString word(m_rest.begin(), end);
-    m_text += ToView(word);
+    Append(ToView(word));
     m_rest.m_p1 = end;
     m_isAfterName = true;
     return !IsSensitive(ToView(word));
@@ -118,20 +119,26 @@ bool ExpressionShape::ReadString()
 /// A value in the place of a keyword or an attribute would be an error, a name would be none.
 bool ExpressionShape::AddValue(SubString text, bool isString)
 {
-    const size_t last = m_text.find_last_not_of(' ');
-    if (last != std::string::npos && m_text[last] == '.')
+    const size_t last = Text().find_last_not_of(' ');
+    if (last != std::string_view::npos && m_text[last] == '.')
         return false;
     const char* const next =
         std::find_if_not(m_rest.begin(), m_rest.end(), [](char c) { return c == ' '; });
     const bool isKeyword =
         next != m_rest.end() && *next == '=' && (next + 1 == m_rest.end() || next[1] != '=');
-    if (isKeyword || m_values.size() == s_mostValues)
+    if (isKeyword || m_numValues == s_mostValues)
         return false;
-    m_text += s_names[m_values.size()];
-    m_text += ' ';
-    m_values.push_back({text, isString});
+    Append(s_names[m_numValues]);
+    Append(" ");
+    m_values[m_numValues++] = {text, isString};
     m_isAfterName = false;
     return true;
+}
+
+void ExpressionShape::Append(std::string_view text)
+{
+    text.copy(m_text + m_textSize, text.size());
+    m_textSize += text.size();
 }
 
 namespace
@@ -144,12 +151,19 @@ struct Compiled
     PyObject* m_code = nullptr; ///< Null: not compiled yet, or it cannot be.
 };
 
+/// Looks a view up without making a string of it.
+struct HashText
+{
+    using is_transparent = void;
+    size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+
 // Guarded by Python's lock.
-std::unordered_map<std::string, Compiled> s_compiled;
+std::unordered_map<std::string, Compiled, HashText, std::equal_to<>> s_compiled;
 PyObject* s_keys[ExpressionShape::s_mostValues] = {};
 
 /// What has been compiled for the shape; null when it is not met often enough.
-PyObject* CodeOf(const std::string& shape)
+PyObject* CodeOf(std::string_view shape)
 {
     constexpr size_t mostShapes = 512;
     auto known = s_compiled.find(shape);
@@ -163,8 +177,8 @@ PyObject* CodeOf(const std::string& shape)
     if (compiled.m_uses == 1)
     {
         compiled.m_uses = 2;
-        compiled.m_code =
-            Python().Py_CompileStringFlags(shape.c_str(), "<string>", Py_eval_input, nullptr);
+        compiled.m_code = Python().Py_CompileStringFlags(known->first.c_str(), "<string>",
+                                                         Py_eval_input, nullptr);
         Python().PyErr_Clear();
     }
     return compiled.m_code;

@@ -11,8 +11,8 @@
 #ifdef TELV_PYTHON_ENABLED
 
 #include "tlMacroExpander/src/UsePython.h"
-#include <string>
-#include <vector>
+#include <span>
+#include <string_view>
 
 namespace telv
 {
@@ -33,23 +33,29 @@ public:
     /// False: the expression has to be compiled as it is.
     explicit operator bool() const { return m_isKnown; }
     /// What is left, with names in the places of the values.
-    const std::string& Text() const { return m_text; }
-    const std::vector<Value>& Values() const { return m_values; }
+    std::string_view Text() const { return {m_text, m_textSize}; }
+    std::span<const Value> Values() const { return {m_values, m_numValues}; }
 
     static constexpr size_t s_mostValues = 16;
 
 private:
+    static constexpr ssize_t s_longest = 400;
+    static constexpr size_t s_longestName = 8; ///< In the place of a value, with a blank.
+
     bool Read();
     bool ReadNumber();
     bool ReadString();
     bool ReadWord();
     bool AddValue(SubString text, bool isString);
+    void Append(std::string_view text);
 
     SubString m_rest;
-    std::string m_text;
-    std::vector<Value> m_values;
     bool m_isAfterName = false;
     bool m_isKnown;
+    size_t m_textSize = 0;
+    size_t m_numValues = 0;
+    Value m_values[s_mostValues];
+    char m_text[s_longest + s_mostValues * s_longestName];
 };
 
 /// Evaluates `expression` in `dict` with what was compiled for one of the same shape before. Null
