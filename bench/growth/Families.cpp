@@ -98,6 +98,13 @@ Work Recursion(size_t n)
     return ExpansionOf("@def r(int n) = {@if(n>0){r(n-1)}}r(" + std::to_string(n) + ")");
 }
 
+/// Each level names the argument of the level before.
+Work PassedOn(size_t n)
+{
+    return ExpansionOf("@def r(int n, t) = {@if(n>0){t r(n-1, t)}}r(" + std::to_string(n) +
+                       ", word)r(" + std::to_string(n) + ", a text)");
+}
+
 Work Chain(size_t n)
 {
     return ExpansionOf(
@@ -433,6 +440,7 @@ std::vector<Family> TextFamilies()
         {"nested @[", 20'000, NestedTwice, nullptr},
         {"nested definitions", 40'000, NestedDefinitions, nullptr},
         {"deep recursion", 10'000, Recursion, nullptr},
+        {"arguments that are passed on", 4'000, PassedOn, nullptr},
         {"chain of macros", 4'000, Chain, nullptr},
         {"many formal arguments", 4'000, Formals, nullptr},
         {"nested calls", 25'000, NestedCalls, nullptr},

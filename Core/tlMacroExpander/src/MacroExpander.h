@@ -21,6 +21,7 @@ class ExpansionLevel;
 class ExpansionObserver;
 class ExpansionRun;
 class NameTable;
+class OwningMacroVariable;
 class MacroExpander;
 class Plan;
 class PlanReader;
@@ -295,6 +296,9 @@ private:
     void InvokeMacro(LSMacroVariable& macroVar);
     template <bool isObserved>
     class InvocationSpan;
+    bool InvokeAlias(const LSMacroVariable& macroVar);
+    void NoteAliases(const OwningMacroVariable& alias, const LSMacroVariable& end,
+                     const std::function<void(const LSMacroVariable&)>& note);
     void ExpandBody(const LSMacroVariable& macroVar, const LevelText& body, VarFrame& frame);
     void WriteValueOf(const LSVariable& var);
     void WriteTypedValue(VarFrame* frame, const LevelText& text, ELSVariable type);

@@ -39,7 +39,10 @@ void RoundFrame::Bind(ssize_t name, const LevelText& value)
 {
     const auto index = static_cast<size_t>(name);
     if (index < m_bound.size())
+    {
+        FrameTree::Names(m_parent).NoteChangedText();
         return SetLoopVariable(*m_bound[index], value);
+    }
     auto bound = MakeLoopVariable(m_names[name], &m_parent, m_owner, value);
     OwningMacroVariable* const var = bound.get();
     m_frame->m_localVariables.AddBound(bound.release(), m_entries[index]);

@@ -206,6 +206,7 @@ public:
     {
         const bool isNew = entry.m_rootVar == nullptr;
         entry.m_rootVar = v;
+        ++m_changes;
         NoteChange();
         return isNew;
     }
@@ -213,6 +214,12 @@ public:
     void Unbind(NameBinding* ofFrame);
 
     int64 TakeFrameNumber() { return ++m_lastNumber; }
+
+    /// Grows when what is found in any frame but the one that was made last may be another
+    /// variable, imports included. The bindings of a new frame change nothing for older ones.
+    uint64 Changes() const { return m_changes; }
+    /// A variable stands for another text now.
+    void NoteChangedText() { ++m_changes; }
 
     // Imports
 
@@ -319,6 +326,7 @@ private:
     IndexedPool<NameEntry> m_entries;
     Pool<NameBinding> m_bindings;
     int64 m_lastNumber = 0;
+    uint64 m_changes = 0;
     const uint64 m_serial;
 
     std::unique_ptr<ImportIndex> m_imports;

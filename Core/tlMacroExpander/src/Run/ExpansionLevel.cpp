@@ -12,8 +12,13 @@ void ExpansionLevel::NoteFailure() noexcept
 {
     if (!m_errorHasPosition && m_state.m_failurePos == nullptr)
         m_state.m_failurePos = m_state.ResolvePosition(Position());
-    if (!m_state.m_lostText.empty() && m_state.m_lostText.contains(m_text.end()))
-        m_state.m_isTextLost = true;
+    NoteLostText(m_text, m_state);
+}
+
+void ExpansionLevel::NoteLostText(SubString text, RunState& state) noexcept
+{
+    if (!state.m_lostText.empty() && state.m_lostText.contains(text.end()))
+        state.m_isTextLost = true;
 }
 
 void ExpansionLevel::MoveOutOfDeadTexts(LexScannerException& e) noexcept

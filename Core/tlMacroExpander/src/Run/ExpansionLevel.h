@@ -143,7 +143,33 @@ public:
         return true;
     }
 
+    /// Other expansions, which are not made one by one, lie between this one and those inside.
+    class Deeper
+    {
+    public:
+        Deeper(ExpansionLevel& level, ssize_t count) : m_state(level.m_state), m_count(count)
+        {
+            m_state.m_depth += count;
+        }
+        ~Deeper() { m_state.m_depth -= m_count; }
+        Deeper(const Deeper&) = delete;
+        Deeper& operator=(const Deeper&) = delete;
+
+    private:
+        RunState& m_state;
+        ssize_t m_count;
+    };
+
     bool HasStepLeft() const { return m_state.m_steps < m_limits.m_maxSteps; }
+
+    /// An error has left `text`: remembers whether the end of a block has taken its end away.
+    static void NoteLostText(SubString text, RunState& state) noexcept;
+    /// The same for the thread's run.
+    static void NoteLostText(SubString text) noexcept
+    {
+        if (RunState* const state = RunState::Current())
+            NoteLostText(text, *state);
+    }
 
     /// To be called when the text has been expanded.
     void Finish() { m_isFinished = true; }

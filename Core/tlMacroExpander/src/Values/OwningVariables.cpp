@@ -43,11 +43,19 @@ std::unique_ptr<T> MakeFor(const VarFrame* frame, const Args&... args)
 
 } // namespace
 
-MacroExtras& OwningMacroVariable::Extras()
+MacroExtras& OwningMacroVariable::Extras() const
 {
     if (m_extras == nullptr)
         m_extras = std::make_unique<MacroExtras>();
     return *m_extras;
+}
+
+const AliasEnd* OwningMacroVariable::KnownAliasEnd() const
+{
+    if (m_extras == nullptr || m_extras->m_aliasEnd.m_links == 0)
+        return nullptr;
+    const AliasEnd& end = m_extras->m_aliasEnd;
+    return end.m_changes == FrameTree::Names(*m_context).Changes() ? &end : nullptr;
 }
 
 std::unique_ptr<LSMacroVariable> MakeMacroVariable(ELSVariable returnType, SubString name,

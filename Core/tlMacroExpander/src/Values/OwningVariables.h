@@ -17,7 +17,17 @@
 namespace telv
 {
 
+class OwningMacroVariable;
 class TemporaryText;
+
+/// Where a macro leads whose text is the name of another one, whose text may be a name as well: an
+/// argument that is passed on.
+struct AliasEnd
+{
+    OwningMacroVariable* m_macro = nullptr; ///< Where they end: its text names no such macro.
+    ssize_t m_links = 0;                    ///< Names that lead there; 0: not known.
+    uint64 m_changes = 0; ///< NameTable::Changes when it was found; with another it is outdated.
+};
 
 /// What some macros have.
 struct MacroExtras : HeldObject
@@ -25,6 +35,7 @@ struct MacroExtras : HeldObject
     std::shared_ptr<TemporaryText> m_nameOwner; ///< Null when the application owns the text.
     std::shared_ptr<TemporaryText> m_bodyOwner; ///< Keeps alive `m_owner` of the macro; or null.
     HeldNames m_formalNames; ///< Of the formal arguments, once they have been bound.
+    AliasEnd m_aliasEnd;
 };
 
 /// A macro that the library made.
@@ -34,7 +45,9 @@ public:
     using LSMacroVariable::LSMacroVariable;
 
     /// Made if need be.
-    MacroExtras& Extras();
+    MacroExtras& Extras() const;
+    /// Where the names lead that begin with the text of this macro; null when that is not known.
+    const AliasEnd* KnownAliasEnd() const;
 
     CountedRef<ScannedText> m_scanned; ///< Once it is known; of the body or a larger text.
     TemporaryText* m_owner = nullptr;  ///< Of the body and the formal names; or null.
@@ -42,7 +55,7 @@ public:
     uint32 m_uses = 0; ///< How often the body has been expanded, as far as it matters.
 
 private:
-    std::unique_ptr<MacroExtras> m_extras;
+    mutable std::unique_ptr<MacroExtras> m_extras;
 };
 
 /// A value whose name lies in a temporary text.

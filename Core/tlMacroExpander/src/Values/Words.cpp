@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr ssize_t s_longest = 64;
-constexpr int s_mostMacros = 8;
+constexpr int s_mostMacros = 8; ///< That are followed one by one.
 
 bool IsWord(SubString text)
 {
@@ -24,7 +24,7 @@ bool IsWord(SubString text)
 /// The variable that the word means, or null. False when the text is no word. `scanned`: what is
 /// known of it from the item `first` on, or null.
 bool FindVariable(SubString word, ScannedText* scanned, uint32 first, VarFrame& frame,
-                  const LSVariable*& var)
+                  LSVariable*& var)
 {
     NameTable& names = FrameTree::Names(frame);
     if (scanned != nullptr && scanned->IsWord(first, word))
@@ -46,12 +46,25 @@ bool IsPlainText(const OwningMacroVariable& macro)
            macro.GetNumArgs() == 0;
 }
 
+/// Whether the names in the text of the macro are found in a frame of its own.
+bool IsBoundText(const OwningMacroVariable& macro)
+{
+    return macro.m_context != nullptr && IsPlainText(macro);
+}
+
+enum EFollowed
+{
+    FOLLOWED_TO_END,
+    FOLLOWED_LONG, ///< As far as is worth going from one to the next.
+    FOLLOWED_NOT
+};
+
 /// Goes from `var`, or from `word` when that is null, to what is not a word. `depth` expansions
 /// have been entered so far, and `steps` counted.
-bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFrame* context,
-            ssize_t depth, ssize_t steps, SubString& found)
+EFollowed FollowShort(ExpansionLevel& level, const LSVariable* var, SubString word,
+                      VarFrame* context, ssize_t depth, ssize_t steps, SubString& found)
 {
-    for (; var != nullptr; ++depth)
+    for (int macros = 0; var != nullptr; ++depth)
     {
         ++steps;
         const OwningMacroVariable* const macro = AsOwningMacro(*var);
@@ -59,21 +72,42 @@ bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFra
         {
             const auto* const value = var->GetType() == LSV_MACRO ? nullptr : AsValue(*var);
             if (value == nullptr || !level.CountNested(depth, steps))
-                return false;
+                return FOLLOWED_NOT;
             found = value->m_value;
-            return true;
+            return FOLLOWED_TO_END;
         }
         if (macro->m_context != nullptr)
             context = macro->m_context;
-        if (!IsPlainText(*macro) || depth == s_mostMacros || context->m_fileScopeFrame == nullptr)
-            return false;
+        if (!IsPlainText(*macro) || context->m_fileScopeFrame == nullptr)
+            return FOLLOWED_NOT;
+        if (macros++ == s_mostMacros)
+            return FOLLOWED_LONG;
         word = macro->GetSubstitutionString();
         ++steps;
-        if (!FindVariable(word, macro->m_scanned.Get(), macro->m_first, *context, var))
-            return false;
+        LSVariable* next = nullptr;
+        if (!FindVariable(word, macro->m_scanned.Get(), macro->m_first, *context, next))
+            return FOLLOWED_NOT;
+        var = next;
     }
     found = word;
-    return level.CountNested(depth, steps);
+    return level.CountNested(depth, steps) ? FOLLOWED_TO_END : FOLLOWED_NOT;
+}
+
+/// The same however long the way is: what is far away is found once and then known.
+bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFrame* context,
+            ssize_t depth, ssize_t steps, SubString& found)
+{
+    const OwningMacroVariable* const first = var == nullptr ? nullptr : AsOwningMacro(*var);
+    const AliasEnd* end = first == nullptr ? nullptr : first->KnownAliasEnd();
+    if (end == nullptr)
+    {
+        const EFollowed followed = FollowShort(level, var, word, context, depth, steps, found);
+        if (followed != FOLLOWED_LONG)
+            return followed == FOLLOWED_TO_END;
+        end = FindAliasEnd(*first);
+    }
+    return end != nullptr && FollowShort(level, end->m_macro, word, context, depth + end->m_links,
+                                         steps + 2 * end->m_links, found) == FOLLOWED_TO_END;
 }
 
 } // namespace
@@ -92,6 +126,48 @@ bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& fram
     }
 }
 
+OwningMacroVariable* NextAlias(const OwningMacroVariable& macro)
+{
+    VarFrame& context = *macro.m_context;
+    LSVariable* var = nullptr;
+    if (!FindVariable(macro.GetSubstitutionString(), macro.m_scanned.Get(), macro.m_first, context,
+                      var) ||
+        var == nullptr || AsOwningMacro(*var) == nullptr)
+        return nullptr;
+    // A change in another tree would not be noticed; an older frame each time leads to an end.
+    auto& next = static_cast<OwningMacroVariable&>(*var);
+    const bool isOlder = IsBoundText(next) &&
+                         &FrameTree::Names(*next.m_context) == &FrameTree::Names(context) &&
+                         FrameTree::Number(next.m_context) < FrameTree::Number(&context);
+    return isOlder ? &next : nullptr;
+}
+
+const AliasEnd* FindAliasEnd(const OwningMacroVariable& macro)
+try
+{
+    if (const AliasEnd* const known = macro.KnownAliasEnd())
+        return known;
+    if (!FastPaths::IsOn(FastPaths::WORDS) || !IsBoundText(macro))
+        return nullptr;
+    OwningMacroVariable* last = nullptr;
+    ssize_t links = 0;
+    for (OwningMacroVariable* next = NextAlias(macro); next != nullptr; next = NextAlias(*last))
+    {
+        const AliasEnd* const known = next->KnownAliasEnd();
+        last = known == nullptr ? next : known->m_macro;
+        links += known == nullptr ? 1 : 1 + known->m_links;
+    }
+    if (links == 0)
+        return nullptr;
+    AliasEnd& end = macro.Extras().m_aliasEnd;
+    end = {last, links, FrameTree::Names(*macro.m_context).Changes()};
+    return &end;
+}
+catch (const LexScannerException&)
+{
+    return nullptr; // expanding finds the error
+}
+
 bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found)
 {
     if (!FastPaths::IsOn(FastPaths::WORDS) || !level.AllowsFastPaths() ||
@@ -99,7 +175,7 @@ bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, Sub
         return false;
     try
     {
-        const LSVariable* var = nullptr;
+        LSVariable* var = nullptr;
         return FindVariable(text.m_text, text.m_scanned, text.m_first, frame, var) &&
                Follow(level, var, text.m_text, &frame, 1, 1, found);
     }

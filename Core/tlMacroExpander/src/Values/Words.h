@@ -10,6 +10,8 @@ namespace telv
 {
 
 class ExpansionLevel;
+class OwningMacroVariable;
+struct AliasEnd;
 
 /// What `var`, named in `frame`, comes to when it is used: its value, or what a macro comes to
 /// whose text is one word, expanded in a child of `frame`: the word itself when it stands for
@@ -21,5 +23,13 @@ bool FollowVariable(ExpansionLevel& level, const LSVariable& var, VarFrame& fram
 
 /// The same for a text that is expanded in a child of `frame`.
 bool FindWord(ExpansionLevel& level, const LevelText& text, VarFrame& frame, SubString& found);
+
+/// Where `macro` leads, which is then known; null when it leads nowhere, or a name on the way is
+/// ambiguous. Linear in the number of names up to where it is known.
+const AliasEnd* FindAliasEnd(const OwningMacroVariable& macro);
+
+/// The macro that the text of `macro` names, if what `FindAliasEnd` tells of leads over it; or
+/// null.
+OwningMacroVariable* NextAlias(const OwningMacroVariable& macro);
 
 } // namespace telv
