@@ -71,7 +71,7 @@ public:
     LSVariable* Lookup(SubString name, uint64 hash) const;
     /// Makes `v` the variable of its name. Changes nothing when it throws.
     void Set(LSVariable* v);
-    /// The same where the entry of the name is known.
+    /// The same where the entry of the name is known, in a new frame.
     void Set(LSVariable* v, NameEntry& entry);
 
 private:

@@ -256,11 +256,9 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
 {
     const OwningMacroVariable* const alias = AsOwningMacro(macroVar);
     ExpansionLevel* const level = OwnLevel();
-    if (alias == nullptr || level == nullptr || level->IsObserved() || !level->AllowsFastPaths())
+    if (alias == nullptr || level == nullptr || level->IsObserved() || !level->AllowsPassingOver())
         return false;
-    // Where nothing is recorded, words have been followed already as far as they are short.
-    const AliasEnd* const known =
-        level->IsRecorded() ? FindAliasEnd(*alias) : alias->KnownAliasEnd();
+    const AliasEnd* const known = FindAliasEnd(*alias);
     if (known == nullptr || !level->CountNested(known->m_links, 2 * known->m_links))
         return false;
     LSMacroVariable& end = *known->m_macro;
@@ -379,6 +377,8 @@ const LSVariable* MacroExpander::BindArgs(LSMacroVariable& macroVar, ActualArgs&
                                       ? MakeNamedArg(macroVar, formal, args[i])
                                       : MakeValueArg(macroVar, formal, args[i]);
         frame.m_localVariables.AddBound(bound, name);
+        if (macroVar.m_naked)
+            names.NoteDefinition(nullptr); // the caller's frame is not new
     }
     return frame.m_localVariables.m_first;
 }

@@ -39,6 +39,7 @@ void LSVariableMap::Set(LSVariable* v)
     if (m_names == nullptr)
         MakeNames();
     Set(v, *m_names->Intern(v->m_name, HashName(v->m_name)));
+    m_names->NoteDefinition(m_frame);
 }
 
 void LSVariableMap::Set(LSVariable* v, NameEntry& entry)

@@ -233,9 +233,6 @@ NameBinding* NameTable::NextNewer(const NameEntry& entry, int64 number)
 
 bool NameTable::Bind(VarFrame* frame, LSVariable* v, NameEntry& entry, NameBinding*& ofFrame)
 {
-    const int64 number = FrameTree::Number(frame);
-    if (number != m_lastNumber)
-        ++m_changes;
     if (NameBinding* const known = Nearest(frame, entry);
         known != nullptr && known->m_frame == frame)
     {
@@ -243,6 +240,7 @@ bool NameTable::Bind(VarFrame* frame, LSVariable* v, NameEntry& entry, NameBindi
         return false;
     }
     NameBinding* const binding = m_bindings.Take();
+    const int64 number = FrameTree::Number(frame);
     NameBinding* const newer = NextNewer(entry, number);
     NameBinding* const older = newer == nullptr ? entry.m_newest : newer->m_older;
     *binding = NameBinding{&entry, frame, v, number, older, newer, ofFrame, nullptr, nullptr, -1};
@@ -279,8 +277,15 @@ void NameTable::MakeRoomForImports(VarFrame* importer, ssize_t count)
     }
 }
 
+void NameTable::NoteDefinition(const VarFrame* frame)
+{
+    if (frame == nullptr || FrameTree::Number(frame) != m_lastNumber)
+        ++m_changes;
+}
+
 void NameTable::NoteImport(VarFrame* importer, VarFrame* imported)
 {
+    ++m_changes;
     if (FrameTree::IsRoot(importer))
         m_imports->NoteImport(imported);
     else

@@ -206,7 +206,6 @@ public:
     {
         const bool isNew = entry.m_rootVar == nullptr;
         entry.m_rootVar = v;
-        ++m_changes;
         NoteChange();
         return isNew;
     }
@@ -215,10 +214,12 @@ public:
 
     int64 TakeFrameNumber() { return ++m_lastNumber; }
 
-    /// Grows when what is found in any frame but the one that was made last may be another
-    /// variable, imports included. The bindings of a new frame change nothing for older ones.
+    /// Grows when a name may stand for something else, imports included, in any frame but the one
+    /// that was made last. What a new frame binds changes nothing for older ones.
     uint64 Changes() const { return m_changes; }
-    /// A variable stands for another text now.
+    /// `frame`, null for the root, defines a name.
+    void NoteDefinition(const VarFrame* frame);
+    /// A variable of the tree stands for another text.
     void NoteChangedText() { ++m_changes; }
 
     // Imports

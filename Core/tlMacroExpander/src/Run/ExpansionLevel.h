@@ -104,8 +104,13 @@ public:
     /// False where every write is to be checked, every look-up counted, or every token looked at.
     bool AllowsFastPaths() const
     {
-        return m_limits.m_maxOutput == ExpansionLimits::s_none && !IsCountingLookups() &&
-               m_state.m_depth < m_limits.m_maxDepth && !Warns(s_watchingWarnings);
+        return m_limits.m_maxOutput == ExpansionLimits::s_none && AllowsPassingOver();
+    }
+    /// The same for ways that leave all writing as it is.
+    bool AllowsPassingOver() const
+    {
+        return !IsCountingLookups() && m_state.m_depth < m_limits.m_maxDepth &&
+               !Warns(s_watchingWarnings);
     }
 
     /// The expansion around this one, or null.
