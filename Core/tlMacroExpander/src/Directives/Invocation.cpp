@@ -225,7 +225,8 @@ void MacroExpander::InvokeMacro(LSMacroVariable& macroVar)
     const LevelText body = BodyOf(macroVar);
     if (isPlainText && WriteInertText(body, *context, macroVar.m_indentation))
         return;
-    if (!isObserved && isPlainText && InvokeAlias(macroVar))
+    if (!isObserved && isPlainText && macroVar.m_context != nullptr && MayBeWord(body.m_text) &&
+        InvokeAlias(macroVar))
         return;
     std::optional<VarFrame> frame;
     const LSVariable* const lastArg =

@@ -12,13 +12,11 @@ namespace telv
 namespace
 {
 
-constexpr ssize_t s_longest = 64;
 constexpr int s_mostMacros = 8; ///< That are followed one by one.
 
 bool IsWord(SubString text)
 {
-    return !text.empty() && text.size() <= s_longest && ClassOf(*text.m_p1) <= CHAR_RAW_PREFIX &&
-           SkipNameCharacters(text.m_p1, text.m_p2) == text.m_p2;
+    return MayBeWord(text) && SkipNameCharacters(text.m_p1, text.m_p2) == text.m_p2;
 }
 
 /// The variable that the word means, or null. False when the text is no word. `scanned`: what is
@@ -52,19 +50,17 @@ bool IsBoundText(const OwningMacroVariable& macro)
     return macro.m_context != nullptr && IsPlainText(macro);
 }
 
-enum EFollowed
-{
-    FOLLOWED_TO_END,
-    FOLLOWED_LONG, ///< As far as is worth going from one to the next.
-    FOLLOWED_NOT
-};
+bool FollowFar(ExpansionLevel& level, const LSVariable& first, ssize_t depth, ssize_t steps,
+               SubString& found);
 
 /// Goes from `var`, or from `word` when that is null, to what is not a word. `depth` expansions
 /// have been entered so far, and `steps` counted.
-EFollowed FollowShort(ExpansionLevel& level, const LSVariable* var, SubString word,
-                      VarFrame* context, ssize_t depth, ssize_t steps, SubString& found)
+inline bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFrame* context,
+                   ssize_t depth, ssize_t steps, SubString& found)
 {
-    for (int macros = 0; var != nullptr; ++depth)
+    const LSVariable* const first = var;
+    const ssize_t farthest = depth + s_mostMacros;
+    for (; var != nullptr; ++depth)
     {
         ++steps;
         const OwningMacroVariable* const macro = AsOwningMacro(*var);
@@ -72,42 +68,35 @@ EFollowed FollowShort(ExpansionLevel& level, const LSVariable* var, SubString wo
         {
             const auto* const value = var->GetType() == LSV_MACRO ? nullptr : AsValue(*var);
             if (value == nullptr || !level.CountNested(depth, steps))
-                return FOLLOWED_NOT;
+                return false;
             found = value->m_value;
-            return FOLLOWED_TO_END;
+            return true;
         }
         if (macro->m_context != nullptr)
             context = macro->m_context;
         if (!IsPlainText(*macro) || context->m_fileScopeFrame == nullptr)
-            return FOLLOWED_NOT;
-        if (macros++ == s_mostMacros)
-            return FOLLOWED_LONG;
+            return false;
+        if (depth == farthest) [[unlikely]]
+            return FollowFar(level, *first, depth - s_mostMacros, steps - 2 * s_mostMacros - 1,
+                             found);
         word = macro->GetSubstitutionString();
         ++steps;
         LSVariable* next = nullptr;
         if (!FindVariable(word, macro->m_scanned.Get(), macro->m_first, *context, next))
-            return FOLLOWED_NOT;
+            return false;
         var = next;
     }
     found = word;
-    return level.CountNested(depth, steps) ? FOLLOWED_TO_END : FOLLOWED_NOT;
+    return level.CountNested(depth, steps);
 }
 
-/// The same however long the way is: what is far away is found once and then known.
-bool Follow(ExpansionLevel& level, const LSVariable* var, SubString word, VarFrame* context,
-            ssize_t depth, ssize_t steps, SubString& found)
+/// The same where that is too far to go from one to the next each time.
+[[gnu::noinline]] bool FollowFar(ExpansionLevel& level, const LSVariable& first, ssize_t depth,
+                                 ssize_t steps, SubString& found)
 {
-    const OwningMacroVariable* const first = var == nullptr ? nullptr : AsOwningMacro(*var);
-    const AliasEnd* end = first == nullptr ? nullptr : first->KnownAliasEnd();
-    if (end == nullptr)
-    {
-        const EFollowed followed = FollowShort(level, var, word, context, depth, steps, found);
-        if (followed != FOLLOWED_LONG)
-            return followed == FOLLOWED_TO_END;
-        end = FindAliasEnd(*first);
-    }
-    return end != nullptr && FollowShort(level, end->m_macro, word, context, depth + end->m_links,
-                                         steps + 2 * end->m_links, found) == FOLLOWED_TO_END;
+    const AliasEnd* const end = FindAliasEnd(static_cast<const OwningMacroVariable&>(first));
+    return end != nullptr && Follow(level, end->m_macro, SubString(), nullptr, depth + end->m_links,
+                                    steps + 2 * end->m_links, found);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Run/LevelText.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
 
 namespace telv
 {
@@ -12,6 +13,14 @@ namespace telv
 class ExpansionLevel;
 class OwningMacroVariable;
 struct AliasEnd;
+
+/// False where looking at the ends of the text tells that it is no word to be followed.
+inline bool MayBeWord(SubString text)
+{
+    constexpr ssize_t longest = 64;
+    return !text.empty() && text.size() <= longest && ClassOf(*text.m_p1) <= CHAR_RAW_PREFIX &&
+           ClassOf(text.m_p2[-1]) <= CHAR_DIGIT;
+}
 
 /// What `var`, named in `frame`, comes to when it is used: its value, or what a macro comes to
 /// whose text is one word, expanded in a child of `frame`: the word itself when it stands for
