@@ -51,6 +51,11 @@ install(FILES
     DESTINATION ${telvPackageDir}
     COMPONENT development)
 
+# Not CMAKE_INSTALL_DOCDIR, which has the name of the project that this one is a part of.
+install(FILES LICENSE
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tlMacroExpander
+    COMPONENT runtime)
+
 install(DIRECTORY build_rules/bazel
     DESTINATION ${CMAKE_INSTALL_DATADIR}/tlMacroExpander
     COMPONENT development)

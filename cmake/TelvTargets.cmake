@@ -8,12 +8,21 @@ macro(telv_check_pie)
     check_pie_supported(LANGUAGES CXX)
 endmacro()
 
-# telv_find_small_library(NAME HEADER) makes the target telv_NAME of libNAME, static where it can be had:
-# the tool uses a few functions of it, and another shared library would cost every start.
-function(telv_find_small_library name header)
+# Stops for want of a library: those who build this inside a project of theirs have not read what it needs.
+function(telv_miss_library library package)
+    message(FATAL_ERROR "${PROJECT_NAME}: ${library} is missing, which the tool is made of: install it (on Debian, ${package}), or say in CMAKE_PREFIX_PATH where it is")
+endfunction()
+
+# telv_find_small_library(NAME HEADER PACKAGE) makes the target telv_NAME of libNAME, static where it can be
+# had: the tool uses a few functions of it, and another shared library would cost every start.
+function(telv_find_small_library name header package)
     string(TOUPPER TELV_${name} prefix)
-    find_path(${prefix}_INCLUDE ${header} REQUIRED)
-    find_library(${prefix}_LIBRARY NAMES lib${name}.a ${name} REQUIRED)
+    find_path(${prefix}_INCLUDE ${header})
+    find_library(${prefix}_LIBRARY NAMES lib${name}.a ${name})
+    mark_as_advanced(${prefix}_INCLUDE ${prefix}_LIBRARY)
+    if(NOT ${prefix}_INCLUDE OR NOT ${prefix}_LIBRARY)
+        telv_miss_library("lib${name} with its header ${header}" ${package})
+    endif()
     add_library(telv_${name} INTERFACE)
     target_include_directories(telv_${name} SYSTEM INTERFACE ${${prefix}_INCLUDE})
     target_link_libraries(telv_${name} INTERFACE ${${prefix}_LIBRARY})

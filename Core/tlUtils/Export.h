@@ -14,3 +14,7 @@
 #else
 #define TELV_LIFETIMEBOUND
 #endif
+
+#if defined(__cplusplus) && __cplusplus < 201703L
+#error "the headers of libtlUtils and libtlMacroExpander want C++17 or later, as by -std=c++17"
+#endif

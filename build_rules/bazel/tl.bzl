@@ -57,13 +57,30 @@ tl_library = rule(
     },
 )
 
+def _check_options(options):
+    """Stops at options that name outputs: the build must know these, the sandbox throws others away."""
+    for option in options:
+        name = option.partition("=")[0]
+        for keyword, refused in [("out", "--output"), ("map", "--map"), ("source_map", "--source-map"), ("trace", "--trace")]:
+            if name == refused or (keyword == "out" and option.startswith("-o")):
+                fail("options: '%s' names an output; leave it out, and name it with the attribute %s" % (option, keyword))
+        for refused in ["--depfile", "--batch", "--out-dir", "--check"]:
+            if name == refused:
+                fail("options: '%s' is of no use here; leave it out: the build knows what an action reads, and makes one file in each" % option)
+
 def _tl_expand_impl(ctx):
+    _check_options(ctx.attr.options)
     arguments = ctx.actions.args()
-    arguments.add("-o", ctx.outputs.out)
-    outputs = [ctx.outputs.out]
-    if ctx.outputs.map:
-        arguments.add("--map", ctx.outputs.map)
-        outputs.append(ctx.outputs.map)
+    outputs = []
+    for option, output in [
+        ("-o", ctx.outputs.out),
+        ("--map", ctx.outputs.map),
+        ("--source-map", ctx.outputs.source_map),
+        ("--trace", ctx.outputs.trace),
+    ]:
+        if output:
+            arguments.add(option, output)
+            outputs.append(output)
     for name, value in sorted(ctx.attr.defines.items()):
         arguments.add("-D", name + "=" + value)
     for label, name in ctx.attr.lists.items():
@@ -101,6 +118,8 @@ tl_expand = rule(
         "src": attr.label(allow_single_file = True, mandatory = True),
         "out": attr.output(mandatory = True),
         "map": attr.output(doc = "The map from the output to its sources, as JSON."),
+        "source_map": attr.output(doc = "A source map, version 3."),
+        "trace": attr.output(doc = "A line for each call, round, definition and import."),
         "deps": attr.label_list(providers = [TlInfo], doc = "What the text imports."),
         "defines": attr.string_dict(doc = "Dollar macros."),
         "lists": attr.label_keyed_string_dict(
@@ -115,6 +134,8 @@ tl_expand = rule(
 
 def _tl_tool_impl(repository):
     path = repository.attr.path
+    if path and not path.startswith("/"):
+        fail("the path '%s' of the tool is not absolute" % path)
     found = repository.path(path) if path else repository.which("tlexpand")
     if not found or not found.exists:
         fail("there is no %s: install the tool, or name it: tl_tool(name = \"tlexpand\", path = ...)" % (path or "tlexpand on the PATH"))

@@ -53,20 +53,46 @@ endfunction()
 
 refuses("tl_expand: OUTPUT is missing" "tl_expand(INPUT a.txt.tl)")
 refuses("tl_expand: INPUT is missing" "tl_expand(OUTPUT a.txt)")
-refuses("tl_expand: unknown arguments: FLAGS;-x" "tl_expand(FLAGS -x OUTPUT a.txt INPUT a.txt.tl)")
-refuses("tl_expand: nothing follows MAP" "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP)")
-refuses("tl_expand: nothing follows OUTPUT" "tl_expand(OUTPUT INPUT a.txt.tl)")
+refuses("tl_expand: unknown arguments: FLAGS;-x; it takes OUTPUT, INPUT, MAP, SOURCE_MAP, TRACE, DEFINES, LISTS, EVALS, IMPORT_PATHS, OPTIONS, DEPENDS, and LINE_DIRECTIVES, which nothing follows"
+    "tl_expand(FLAGS -x OUTPUT a.txt INPUT a.txt.tl)")
+refuses("tl_expand: unknown arguments: ON; it takes" "tl_expand(OUTPUT a.txt INPUT a.txt.tl LINE_DIRECTIVES ON)")
+refuses("tl_expand_sources: unknown arguments: unit; it takes TARGET, SOURCES, DEFINES" "tl_expand_sources(unit SOURCES a.txt.tl)")
+foreach(keyword IN ITEMS MAP SOURCE_MAP TRACE)
+    refuses("tl_expand: nothing follows ${keyword}; give a name there" "tl_expand(OUTPUT a.txt INPUT a.txt.tl ${keyword})")
+    refuses("tl_expand: ${keyword} is another output of this call, '${WORK}/out/a.txt'; give it a name of its own"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl ${keyword} ../out/a.txt)")
+    refuses("tl_expand: ${keyword} is another output of this call, '${WORK}/out/a.txt.d'; give it a name of its own"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl ${keyword} a.txt.d)")
+    refuses("tl_expand: ${keyword} is the INPUT '${WORK}/a.txt.tl'; give it a name of its own"
+        "tl_expand(OUTPUT a.txt INPUT a.txt.tl ${keyword} ../a.txt.tl)")
+    refuses("tl_expand_sources: ${keyword} is for tl_expand" "tl_expand_sources(TARGET unit SOURCES a.txt.tl ${keyword} a.map)")
+    string(TOLOWER "--${keyword}" option)
+    string(REPLACE "_" "-" option "${option}")
+    foreach(given IN ITEMS "${option}" "${option}=a.map")
+        refuses("tl_expand: '${given}' in OPTIONS names a file that the build must know; leave it out, and name it with ${keyword} of tl_expand"
+            "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS ${given})")
+    endforeach()
+endforeach()
+refuses("tl_expand: '--tra=a' in OPTIONS names a file that the build must know; leave it out, and name it with TRACE"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS --tra=a)")
+refuses("tl_expand: TRACE is another output of this call, '${WORK}/out/a.map'"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map TRACE a.map)")
+refuses("tl_expand: nothing follows OUTPUT; give a name there" "tl_expand(OUTPUT INPUT a.txt.tl)")
 refuses("tl_expand_sources: nothing follows TARGET" "tl_expand_sources(TARGET SOURCES a.txt.tl)")
+refuses("tl_expand: OPTIONS has an empty argument; leave it out" "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS --warn \"\" --werror)")
+refuses("tl_expand: EVALS has an empty argument; leave it out" "tl_expand(OUTPUT a.txt INPUT a.txt.tl EVALS \"\" \"@def a = {1}\")")
+refuses("tl_expand: '${WORK}/single.tl' in IMPORT_PATHS is a file; name the directory that it lies in"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl IMPORT_PATHS single.tl)")
+refuses("tl_expand: '$<CONFIG>' in IMPORT_PATHS must be a name without generator expressions"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl IMPORT_PATHS $<CONFIG>)")
+refuses("tl_expand: 'rows=$<CONFIG>.csv' in LISTS must be a name without generator expressions"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl LISTS rows=$<CONFIG>.csv)")
 refuses("tl_expand: there is no target telv::tlexpand; find_package(tlMacroExpander) first"
     "tl_expand(OUTPUT a.txt INPUT a.txt.tl)" "")
 refuses("tl_expand: there is no file '${WORK}/b.tl'" "tl_expand(OUTPUT a.txt INPUT b.tl)")
 refuses("tl_expand: 'X' in DEFINES is not NAME=VALUE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl DEFINES X)")
 refuses("tl_expand: 'rows.csv' in LISTS is not NAME=FILE" "tl_expand(OUTPUT a.txt INPUT a.txt.tl LISTS rows.csv)")
 refuses("tl_expand: OUTPUT is the INPUT" "tl_expand(OUTPUT \${CMAKE_SOURCE_DIR}/a.txt.tl INPUT a.txt.tl)")
-refuses("tl_expand: MAP is the OUTPUT '${WORK}/out/a.txt'; give the map a name of its own"
-    "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP ../out/a.txt)")
-refuses("tl_expand: MAP is the INPUT '${WORK}/a.txt.tl'; give the map a name of its own"
-    "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP ../a.txt.tl)")
 foreach(option IN ITEMS "-o;b.txt" "-ob.txt" "--output;b.txt" "--output=b.txt" "--outp=b.txt" "--depfile;a.d" "--depfile=a.d")
     list(GET option 0 name)
     set(said "'${name}' in OPTIONS names a file that the build makes already; leave it out")
@@ -77,7 +103,7 @@ refuses("tl_expand_sources: '-o' in OPTIONS names a file that the build makes al
     "tl_expand_sources(TARGET unit SOURCES a.txt.tl OPTIONS -o b.txt)")
 refuses("tl_expand: the input '${WORK}/folder' is a directory; name a file" "tl_expand(OUTPUT a.txt INPUT folder)")
 accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map OPTIONS --depfile-target a.txt)")
-foreach(second IN ITEMS "OUTPUT a.txt INPUT single.tl" "OUTPUT ../out/a.txt INPUT a.txt.tl" "OUTPUT b.txt INPUT single.tl MAP a.txt")
+foreach(second IN ITEMS "OUTPUT ../out/a.txt INPUT single.tl" "OUTPUT b.txt INPUT single.tl MAP a.txt" "OUTPUT b.txt INPUT single.tl TRACE a.txt")
     refuses("tl_expand: '${WORK}/out/a.txt' is made already, of '${WORK}/a.txt.tl'; give one of the outputs another name"
         "tl_expand(OUTPUT a.txt INPUT a.txt.tl)\ntl_expand(${second})")
 endforeach()
@@ -91,11 +117,10 @@ foreach(option IN ITEMS --check --help -h -V --version)
     refuses("tl_expand: '${option}' in OPTIONS makes the tool write no output"
         "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS ${option})")
 endforeach()
-foreach(option IN ITEMS --map --map=a.map)
-    refuses("tl_expand: '${option}' in OPTIONS names a file that the build must know; leave it out, and name it with MAP"
-        "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS ${option})")
-endforeach()
-accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map OPTIONS --map-runs --chains --keep-imports --keep-unchanged)")
+accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map SOURCE_MAP b/a.map
+    OPTIONS --map-runs --chains --keep-imports --keep-unchanged --source-map-contents)")
+refuses("tl_expand_sources: '${WORK}/out/a.txt' is made already, of '${WORK}/a.txt.tl'; make it once; if two targets want it, for a library that both link"
+    "add_library(other OBJECT single.tl)\ntl_expand_sources(TARGET unit SOURCES a.txt.tl)\ntl_expand_sources(TARGET other SOURCES a.txt.tl)")
 # Names that are false as a condition are names.
 accepts("tl_expand(OUTPUT off INPUT a.txt.tl MAP no)
 get_source_file_property(isMade \${CMAKE_BINARY_DIR}/no GENERATED)

@@ -15,7 +15,7 @@ set_target_properties(telv::tlexpand PROPERTIES IMPORTED_LOCATION [[${TOOL}]])
 include(${SOURCE}/cmake/TelvExpand.cmake)
 ")
 file(WRITE ${WORK}/CMakeLists.txt "
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.0) # functions keep their own policies
 project(values LANGUAGES C)
 add_subdirectory(expander)
 " [=[
@@ -29,7 +29,8 @@ tl_expand_sources(TARGET unit SOURCES value.h.tl
 add_custom_target(one ALL DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/one.txt)
 add_custom_command(OUTPUT made.tl COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_SOURCE_DIR}/lib/names.tl made.tl)
 tl_expand(OUTPUT rows.txt INPUT rows.tl LISTS rows=data/rows.csv:name,number
-    IMPORT_PATHS ${CMAKE_CURRENT_BINARY_DIR} lib LINE_DIRECTIVES DEPENDS made.tl)
+    IMPORT_PATHS ${CMAKE_CURRENT_BINARY_DIR} lib LINE_DIRECTIVES DEPENDS made.tl
+    MAP kept/rows.map SOURCE_MAP kept/rows.txt.map TRACE kept/rows.trace)
 add_custom_target(rows ALL DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/rows.txt)
 ]=])
 file(WRITE ${WORK}/data/rows.csv "number,name\n1,one\n2,two\n")
@@ -69,3 +70,21 @@ rows_are("#line 3 \"WORK/rows.tl\"\nfirst\nrow <one>=1!row <two>=2!\n")
 file(WRITE ${WORK}/data/rows.csv "number,name\n3,three\n")
 run(--build ${WORK}/out)
 rows_are("#line 3 \"WORK/rows.tl\"\nfirst\nrow <three>=3!\n")
+
+# What a run makes besides is known to the build: it comes again when it is gone, and goes with the others.
+foreach(besides IN ITEMS rows.map rows.txt.map rows.trace)
+    set(file ${WORK}/out/kept/${besides})
+    if(NOT EXISTS ${file})
+        message(FATAL_ERROR "${file} was not made")
+    endif()
+    file(REMOVE ${file})
+    run(--build ${WORK}/out)
+    if(NOT EXISTS ${file})
+        message(FATAL_ERROR "${file} was not made again")
+    endif()
+endforeach()
+run(--build ${WORK}/out --target clean)
+file(GLOB left ${WORK}/out/kept/*)
+if(left)
+    message(FATAL_ERROR "cleaning leaves ${left}")
+endif()

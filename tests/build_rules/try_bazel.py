@@ -22,6 +22,8 @@ tl_expand(
     src = "options.tl",
     out = "options.txt",
     map = "options.map",
+    source_map = "options.txt.map",
+    trace = "options.trace",
     defines = {"A": "one two", "B": "3"},
     deps = [":inner"],
     options = ["--keep-imports"],
@@ -41,6 +43,11 @@ ROWS = {
     "own/y.tl": "@def own(x) = {<x>}\n",
     "data/parts.csv": "price,part\n3,bolt\n5,nut\n",
     "data/names.json": '[{"n": "ann", "k": 1}, {"n": "bob", "k": 2}]\n',
+}
+REFUSED = {
+    "-ox": "'-ox' names an output; leave it out, and name it with the attribute out",
+    "--source-map=x": "'--source-map=x' names an output; leave it out, and name it with the attribute source_map",
+    "--depfile": "'--depfile' is of no use here; leave it out",
 }
 FORGOTTEN = 'tl_expand(name = "forgotten", src = "src/f0.txt.tl", out = "forgotten.txt")\n'
 
@@ -73,6 +80,10 @@ def main():
         check("options", '@import "x.tl"\none two 3 inner\n', (root / "bazel-bin" / "options.txt").read_text())
         if not (root / "bazel-bin" / "options.map").read_text().startswith('{"version":1'):
             raise SystemExit("the map is none")
+        if '"version":3' not in (root / "bazel-bin" / "options.txt.map").read_text():
+            raise SystemExit("the source map is none")
+        if "import x.tl" not in (root / "bazel-bin" / "options.trace").read_text():
+            raise SystemExit("the trace is none")
 
         check("rows", "<bolt> 3 <nut> 5 ann 1 bob 2 ", (root / "bazel-bin" / "rows.txt").read_text())
 
@@ -88,6 +99,14 @@ def main():
         check("an import changed", (0, FILES // LIBRARIES), (done.returncode, ran), done.stderr)
         check("its text", True, "library one" in (root / "bazel-bin" / "out" / "f1.txt").read_text())
 
+        for option, said in REFUSED.items():
+            (root / "refused").mkdir(exist_ok=True)
+            (root / "refused" / "BUILD.bazel").write_text(
+                'load("//build_rules/bazel:tl.bzl", "tl_expand")\n'
+                f'tl_expand(name = "refused", src = "x.tl", out = "x.txt", options = ["{option}"])\n')
+            (root / "refused" / "x.tl").touch()
+            done, _, _ = bazel.build(root, base, "//refused:all")
+            check(option, (1, True), (done.returncode, said in done.stderr), done.stderr)
         with (root / "BUILD.bazel").open("a") as file:
             file.write(FORGOTTEN)
         done, _, _ = bazel.build(root, base)

@@ -136,6 +136,37 @@ TEST_F(BatchTest, KeepsGoing)
     EXPECT_EQ(Read("out/b"), "b");
 }
 
+TEST_F(BatchTest, DirectoriesThatStayEmptyGoAgain)
+{
+    Write("a.tl", "@fail(stop)");
+    Write("b.tl", "b");
+    Write("there/kept/earlier", "");
+    std::filesystem::remove(Path("there/kept/earlier"));
+    Write("list", "a.tl\tnew/deep/er/a\na.tl\tthere/kept/x/a\nb.tl\tnew/other/b\n");
+    const std::string before = Names();
+    for (const std::string processes : {"1", "3"})
+    {
+        const ProgramResult stopped = Run({"--batch", "list", "-j", processes, "--keep-going"});
+        EXPECT_EQ(stopped.status, 1);
+        EXPECT_EQ(Read("new/other/b"), "b");
+        EXPECT_FALSE(std::filesystem::exists(Path("new/deep")));
+        EXPECT_TRUE(std::filesystem::is_directory(Path("there/kept")));
+        EXPECT_FALSE(std::filesystem::exists(Path("there/kept/x")));
+        std::filesystem::remove_all(Path("new"));
+    }
+    EXPECT_EQ(Run({"--out-dir", "./out//./in", "a.tl"}).status, 1);
+    EXPECT_EQ(Names(), before);
+}
+
+TEST_F(BatchTest, DirectoriesGoAgainWhenAnotherCannotBeMade)
+{
+    Write("a.tl", "a");
+    Write("list", "a.tl\tnew/deep/a\na.tl\ta.tl/sub/b\n");
+    ExpectFailure(Run({"--batch", "list"}), 2,
+                  "tlexpand: can't make 'a.tl/sub': Not a directory\n");
+    EXPECT_EQ(Names(), " a.tl list");
+}
+
 TEST_F(BatchTest, MistakesInTheListCostNothing)
 {
     Write("a.tl", "a");

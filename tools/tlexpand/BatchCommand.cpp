@@ -15,6 +15,7 @@
 #include "Files.h"
 #include "input/BatchOutputs.h"
 #include "input/FileList.h"
+#include "output/MadeDirectories.h"
 #include "report/Diagnostics.h"
 #include "report/GuardedRun.h"
 #include <atomic>
@@ -298,6 +299,9 @@ bool IsBatch(const ExpandOptions& options)
 int RunBatchCommand(const ExpandOptions& options)
 {
     const std::vector<BatchJob> jobs = MakeBatch(options);
+    MadeDirectories directories;
+    for (const BatchJob& job : jobs)
+        directories.MakeFor(job.m_output);
     return Batch(options, jobs).Run();
 }
 

@@ -194,22 +194,6 @@ void CheckData(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
                                                                          "--list", *maker));
 }
 
-void MakeDirectories(const std::vector<BatchJob>& jobs)
-{
-    std::string last;
-    for (const BatchJob& job : jobs)
-    {
-        const std::string directory = fs::path(job.m_output).parent_path().string();
-        if (directory.empty() || directory == last)
-            continue;
-        std::error_code error;
-        fs::create_directories(directory, error);
-        if (error)
-            throw MakeFileError("make", directory, error.value());
-        last = directory;
-    }
-}
-
 } // namespace
 
 std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
@@ -224,7 +208,6 @@ std::vector<BatchJob> MakeBatch(const ExpandOptions& options)
     CheckOutputs(jobs, list);
     CheckOutputPlaces(jobs);
     CheckData(options, jobs);
-    MakeDirectories(jobs);
     return jobs;
 }
 

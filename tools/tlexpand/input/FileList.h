@@ -19,7 +19,7 @@ struct BatchJob
 };
 
 /// The files of the command line and those of the `--batch` list, in that order, after looking
-/// whether each can be read and has an output of its own. The directories of the outputs are made.
+/// whether each can be read and has an output of its own. Nothing is made.
 ///
 /// @throws FileError   The list or inputs can't be read; all of them are named.
 /// @throws UsageError  Two inputs have one output, an output is another input, the list or an
