@@ -42,6 +42,27 @@ macro(_tl_set_keywords)
     set(names OUTPUT INPUT ${besides})
 endmacro()
 
+# The whole name of an option that the functions can't take; nothing, when it is another. The tool understands
+# names that are cut off where they mean one option, at `--outp` for one.
+function(_tl_whole_name option result)
+    string(REGEX REPLACE "=.*" "" name "${option}")
+    foreach(known IN ITEMS -o,--outp,--output --depfile,--depfile --map,--map --source-map,--source-map --t,--trace
+            -j,--j,--jobs --b,--batch --out-,--out-dir --keep-g,--keep-going --chec,--check -h,--h,--help -V,--vers,--version)
+        string(REGEX MATCH "^(-.,)?([^,]*),(.*)" known "${known}")
+        set(short "${CMAKE_MATCH_1}")
+        set(shortest "${CMAKE_MATCH_2}")
+        set(whole "${CMAKE_MATCH_3}")
+        string(SUBSTRING "${option}," 0 2 start)
+        string(FIND "${name}" "${shortest}" hasShortest)
+        string(FIND "${whole}" "${name}" isStart)
+        if("${start}," STREQUAL short OR (hasShortest EQUAL 0 AND isStart EQUAL 0))
+            set(${result} "${whole}" PARENT_SCOPE)
+            return()
+        endif()
+    endforeach()
+    set(${result} "" PARENT_SCOPE)
+endfunction()
+
 # Stops unless all arguments were understood, of these keywords and those that both functions take. A macro:
 # it looks at the variables of its caller.
 macro(_tl_check_arguments function)
@@ -80,16 +101,16 @@ macro(_tl_check_arguments function)
     # A build that waits for one file while the tool writes another begins anew each time; a file that it
     # does not know is not removed, not waited for, and left out when results are shared.
     foreach(option IN LISTS arg_OPTIONS)
-        if(option MATCHES "^(-o|--outp|--depfile$|--depfile=)")
+        _tl_whole_name("${option}" whole)
+        if(whole MATCHES "^(--output|--depfile)$")
             message(FATAL_ERROR "${function}: '${option}' in OPTIONS names a file that the build makes already; leave it out, and name the output of tl_expand with OUTPUT")
-        elseif(option MATCHES "^--(map|source-map|t[a-z]*)(=|$)")
+        elseif(whole MATCHES "^--(map|source-map|trace)$")
             string(TOUPPER "${CMAKE_MATCH_1}" keyword)
-            string(REGEX REPLACE "^T.*" "TRACE" keyword "${keyword}")
             string(REPLACE "-" "_" keyword "${keyword}")
             message(FATAL_ERROR "${function}: '${option}' in OPTIONS names a file that the build must know; leave it out, and name it with ${keyword} of tl_expand")
-        elseif(option MATCHES "^(-j|--j|--b|--out-|--keep-g)")
+        elseif(whole MATCHES "^--(jobs|batch|out-dir|keep-going)$")
             message(FATAL_ERROR "${function}: '${option}' in OPTIONS is for runs over many files; leave it out: each file has a rule of its own")
-        elseif(option MATCHES "^(--chec|-h|--h|-V|--vers)")
+        elseif(whole MATCHES "^--(check|help|version)$")
             message(FATAL_ERROR "${function}: '${option}' in OPTIONS makes the tool write no output; leave it out")
         endif()
     endforeach()
@@ -102,6 +123,22 @@ macro(_tl_check_arguments function)
     if(NOT TARGET telv::tlexpand)
         message(FATAL_ERROR "${function}: there is no target telv::tlexpand; find_package(tlMacroExpander) first")
     endif()
+endmacro()
+
+# Stops at an argument in which brackets don't come in pairs: in a list of CMake it would swallow the next one.
+# A macro: it looks at the `count` arguments of its caller, which are not yet a list.
+macro(_tl_check_brackets function count)
+    set(index 0)
+    while(index LESS ${count})
+        string(REGEX REPLACE "[^[]" "" opened "${ARGV${index}}")
+        string(REGEX REPLACE "[^]]" "" closed "${ARGV${index}}")
+        string(LENGTH "${opened}" opened)
+        string(LENGTH "${closed}" closed)
+        if(NOT opened EQUAL closed)
+            message(FATAL_ERROR "${function}: '${ARGV${index}}' has ${opened} '[' and ${closed} ']', which no list of CMake can hold; define this text in a file that the input imports")
+        endif()
+        math(EXPR index "${index} + 1")
+    endwhile()
 endmacro()
 
 # The options that both functions take, for the command line; relative names are those of sources.
@@ -153,6 +190,32 @@ function(_tl_find_input function path result)
     set(${result} "${source}" PARENT_SCOPE)
 endfunction()
 
+# Command lines of Make and Ninja can't hold every text: $(NAME) is a variable of theirs in spite of VERBATIM, and
+# a line feed ends the command. (What comes of a generator expression may have such, too.) A script that CMake runs
+# can: this one, which lies beside the `output` of the caller, gives the tool its `options`.
+function(_tl_write_script result)
+    get_property(isMultiConfig GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+    set(script "${output}.cmake")
+    if(isMultiConfig)
+        set(script "${output}.$<CONFIG>.cmake")
+    endif()
+    set(text "# Made by TelvExpand.cmake.\n")
+    set(words "")
+    set(count 0)
+    foreach(word IN LISTS options)
+        # In brackets nothing means anything, except their end and a carriage return, which would be dropped.
+        string(REPLACE "]=" "]]==] \"=\" [==[\n" word "${word}")
+        string(REPLACE "\r" "]==] \"\\r\" [==[\n" word "${word}")
+        math(EXPR count "${count} + 1")
+        string(APPEND text "string(CONCAT word${count} [==[\n${word}]==])\n")
+        string(APPEND words " \"\${word${count}}\"")
+    endforeach()
+    string(APPEND text "execute_process(COMMAND [==[$<TARGET_FILE:telv::tlexpand>]==]${words} RESULT_VARIABLE status)\n"
+        "if(NOT status EQUAL 0)\n    message(FATAL_ERROR \"tlexpand ended with: \${status}\")\nendif()\n")
+    file(GENERATE OUTPUT "${script}" CONTENT "${text}")
+    set(${result} "${script}" PARENT_SCOPE)
+endfunction()
+
 # Adds the command that makes `output` of `input`, both relative or absolute, with the arguments of the
 # function that calls this: passed on as a list, those with a semicolon would fall apart.
 function(_tl_add_expansion function output input)
@@ -194,16 +257,25 @@ function(_tl_add_expansion function output input)
         file(MAKE_DIRECTORY "${directory}")
     endforeach()
     cmake_path(RELATIVE_PATH output BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE shown)
+    list(PREPEND options -o "${output}" --depfile "${output}.d")
+    list(APPEND options "${input}")
+    set(command telv::tlexpand "${options}")
+    set(script "")
+    if(options MATCHES "[$][(<]|[\n\r]")
+        _tl_write_script(script)
+        set(command "${CMAKE_COMMAND}" -P "${script}")
+    endif()
     add_custom_command(
         OUTPUT ${outputs}
-        COMMAND telv::tlexpand -o "${output}" --depfile "${output}.d" ${options} "${input}"
-        DEPENDS "${input}" telv::tlexpand ${arg_DEPENDS}
+        COMMAND ${command}
+        DEPENDS "${input}" telv::tlexpand ${script} ${arg_DEPENDS}
         DEPFILE "${output}.d"
         COMMENT "Expanding ${shown}"
         VERBATIM)
 endfunction()
 
 function(tl_expand)
+    _tl_check_brackets(tl_expand ${ARGC})
     _tl_set_keywords()
     cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "${names}" "${lists}")
     _tl_check_arguments(tl_expand ${names})
@@ -238,6 +310,7 @@ function(_tl_check_target target)
 endfunction()
 
 function(tl_expand_sources)
+    _tl_check_brackets(tl_expand_sources ${ARGC})
     _tl_set_keywords()
     cmake_parse_arguments(PARSE_ARGV 0 arg "LINE_DIRECTIVES" "TARGET;${names}" "SOURCES;${lists}")
     _tl_check_arguments(tl_expand_sources TARGET SOURCES)

@@ -75,6 +75,12 @@ foreach(keyword IN ITEMS MAP SOURCE_MAP TRACE)
 endforeach()
 refuses("tl_expand: '--tra=a' in OPTIONS names a file that the build must know; leave it out, and name it with TRACE"
     "tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS --tra=a)")
+# What only looks like such an option is left to the tool; a value may begin like one.
+accepts("tl_expand(OUTPUT a.txt INPUT a.txt.tl OPTIONS --bogus --trap --jump --outpost --check-all)")
+refuses("tl_expand: 'A=[[;]' has 2 '[' and 1 ']', which no list of CMake can hold; define this text in a file that the input imports"
+    "tl_expand(OUTPUT a.txt INPUT a.txt.tl DEFINES \"A=[[;]\" B=1)")
+refuses("tl_expand_sources: '@def a = {]}' has 0 '[' and 1 ']'"
+    "tl_expand_sources(TARGET unit SOURCES a.txt.tl EVALS \"@def a = {]}\")")
 refuses("tl_expand: TRACE is another output of this call, '${WORK}/out/a.map'"
     "tl_expand(OUTPUT a.txt INPUT a.txt.tl MAP a.map TRACE a.map)")
 refuses("tl_expand: nothing follows OUTPUT; give a name there" "tl_expand(OUTPUT INPUT a.txt.tl)")
