@@ -133,7 +133,7 @@ bool MacroExpander::EvaluateCondition(const LevelText& condition, SubString dire
     }
     catch (LexScannerException& e)
     {
-        AddExpressionContext(e, HintAtExpression, condition.m_text, text, directiveName);
+        AddExpressionContext(e, HintAtCondition, condition.m_text, text, directiveName);
         throw;
     }
 }

@@ -59,7 +59,7 @@ void MacroExpander::ProcessAssertDirective()
     }
     catch (LexScannerException& e)
     {
-        AddExpressionContext(e, HintAtExpression, section.m_text, text, "@assert");
+        AddExpressionContext(e, HintAtCondition, section.m_text, text, "@assert");
         throw;
     }
     if (!holds)

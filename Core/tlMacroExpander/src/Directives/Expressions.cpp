@@ -72,8 +72,7 @@ xstring ParseWholeText(SubString text, ELSVariable type)
     }
     catch (LexScannerException& e)
     {
-        const auto hint = type == LSV_STRING ? HintAtString : HintAtExpression;
-        hint(*frame, text.m_text, expanded, e);
+        HintAtValue(*frame, type, text.m_text, expanded, e);
         MoveOutOfText(e, expanded, origin);
         AddErrorContext(e, {"\n    expression: ", expanded});
         throw;

@@ -360,7 +360,7 @@ void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& 
         LSToken end;
         room[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
         if (i == n - 1 && end.m_type == TOKEN_COMMA)
-            HintAtArguments(list, m_str);
+            HintAtArguments(*m_vf, macroVar, list, m_str);
         CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
     }
 }

@@ -4,6 +4,7 @@
 #include "tlMacroExpander/src/Hints/HintSupport.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/OpenedAt.h"
+#include <algorithm>
 #include <string_view>
 
 namespace telv
@@ -40,15 +41,50 @@ void NoteHint(std::initializer_list<SubString> parts)
         RunState::Current()->m_hint += part;
 }
 
+namespace
+{
+
+bool Has(SubString text, std::string_view part)
+{
+    return std::string_view(text.begin(), static_cast<size_t>(text.size())).find(part) !=
+           std::string_view::npos;
+}
+
+/// The hint for what is never closed: the other half stands in a comment.
+xstring HintAtUnclosed(const RunState& state, SubString description, const char* opened)
+{
+    const RunState::KnownText* const text = state.FindText(opened);
+    if (text == nullptr)
+        return xstring();
+    const char* const bracket = FindBracketInComment(
+        SubString(opened, text->m_text.end()), Has(description, "Met EOS while reading argument"));
+    if (bracket == nullptr)
+        return xstring();
+    xstring hint("the '");
+    hint += *bracket;
+    hint += "' in line ";
+    hint += ToString(1 + std::count(text->m_text.begin(), bracket, '\n'));
+    hint += " stands in the comment that // begins";
+    return hint;
+}
+
+} // namespace
+
 xstring ExpansionRun::Hint(const LexScannerException& error) const
 {
-    const std::string_view description(error.m_description.begin(),
-                                       static_cast<size_t>(error.m_description.size()));
-    if (m_state->m_hint.empty() && m_state->m_isTextLost &&
-        description.find("Met EOS") != std::string_view::npos)
+    const SubString description(error.m_description);
+    const bool metEnd = Has(description, "Met EOS");
+    const bool wantedMore =
+        Has(description, "when read EOS") && !Has(description, " in expression");
+    if (!m_state->m_hint.empty() || !(metEnd || wantedMore))
+        return m_state->m_hint;
+    if (m_state->m_isTextLost)
         return "the bracket that ends a block of lines must stand on a line of its own: the "
                "character before it is lost";
-    return m_state->m_hint;
+    const char* const pos = m_state->ResolvePosition(error.m_pos);
+    const char* const opened = OpenedAt(pos);
+    return metEnd ? HintAtUnclosed(*m_state, description, opened == nullptr ? pos : opened)
+                  : xstring();
 }
 
 /// What is noted here may be old: it belongs to the error at `errorPos` alone.

@@ -6,13 +6,13 @@
 // hints with it.
 #pragma once
 
+#include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <initializer_list>
 
 namespace telv
 {
 
-class LSMacroVariable;
 class VarFrame;
 
 /// Notes the concatenation of `parts`.
@@ -22,9 +22,16 @@ void NoteHint(std::initializer_list<SubString> parts);
 /// known, and strings that are not written as such.
 void HintAtExpression(VarFrame& frame, SubString source, SubString expanded,
                       const LexScannerException& error);
+/// The same where a condition was wanted.
+void HintAtCondition(VarFrame& frame, SubString source, SubString expanded,
+                     const LexScannerException& error);
 /// The same where a string was wanted.
 void HintAtString(VarFrame& frame, SubString source, SubString expanded,
                   const LexScannerException& error);
+
+/// The same where the value of a variable of `type` was wanted.
+void HintAtValue(VarFrame& frame, ELSVariable type, SubString source, SubString expanded,
+                 const LexScannerException& error);
 
 /// There is no variable of this name, behind which the directive goes on with `rest`.
 void HintAtName(VarFrame& frame, SubString name, SubString rest);
@@ -32,9 +39,10 @@ void HintAtName(VarFrame& frame, SubString name, SubString rest);
 /// `word` stands where a list begins; `source` is what follows the word `in` of the loop.
 void HintAtList(VarFrame& frame, SubString source, SubString word);
 
-/// The call whose list of arguments is `list`, from its first character on, has too many: one of
-/// them may have been meant to hold the comma.
-void HintAtArguments(const char* list, SubString rest);
+/// The call of `macro` whose list of arguments is `list`, from its first character on, has too
+/// many: one of them may have been meant to hold the comma.
+void HintAtArguments(VarFrame& frame, const LSMacroVariable& macro, const char* list,
+                     SubString rest);
 
 /// The element of a list has too few or too many values for `names`.
 void HintAtElement(SubString element, ssize_t names);

@@ -2,6 +2,7 @@
 // Lists that have another number of parts than wanted: arguments of a call, values of an element.
 #include "tlMacroExpander/src/Hints/HintSupport.h"
 #include "tlMacroExpander/src/Hints/Hints.h"
+#include "tlMacroExpander/src/Hints/StringHints.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
@@ -68,6 +69,20 @@ bool HasCommaInAngles(SubString list)
     return false;
 }
 
+/// Whether only single words stand between the commas: rather several arguments than a sentence.
+bool IsListOfWords(SubString list)
+{
+    bool isBehindWord = false;
+    for (const LSToken& token : TokensOf(list))
+    {
+        const bool isComma = token.m_type == TOKEN_COMMA;
+        if (!isComma && (isBehindWord || token.m_type != TOKEN_IDENTIFIER))
+            return false;
+        isBehindWord = !isComma;
+    }
+    return true;
+}
+
 /// The values of the element `(a, b)`; -1 when it can't be read.
 ssize_t CountValues(SubString element)
 {
@@ -104,7 +119,8 @@ xstring Shown(SubString text)
 
 } // namespace
 
-void HintAtArguments(const char* list, SubString rest)
+void HintAtArguments(VarFrame& frame, const LSMacroVariable& macro, const char* list,
+                     SubString rest)
 {
     constexpr ssize_t longest = 4096; // of what is looked at
     if (!IsHintWanted())
@@ -114,9 +130,15 @@ void HintAtArguments(const char* list, SubString rest)
     try
     {
         MatchingBracket found;
-        if (SkipToMatchingBracket(text, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN, found, nullptr) &&
-            HasCommaInAngles(SubString(whole.begin(), found.m_close)))
+        if (!SkipToMatchingBracket(text, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN, found, nullptr))
+            return;
+        const SubString arguments(whole.begin(), found.m_close);
+        SubString sentence;
+        if (HasCommaInAngles(arguments))
             NoteHint({"an argument that holds a comma stands between back quotes: `...`"});
+        else if (macro.GetNumArgs() == 1 && macro.m_argNames[0].m_type == LSV_STRING &&
+                 !IsListOfWords(arguments) && GetQuotable(frame, arguments, sentence))
+            NoteHint({"a string is written in quotes: \"", sentence, "\""});
     }
     catch (const LexScannerException&)
     {
