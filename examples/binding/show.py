@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Calls the C library through its binding."""
 import rates
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walks an order through its states; the exit status says whether the tables are right.
 #include "status.h"
 

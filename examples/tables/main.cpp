@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shows a row as the statement that would store it; the exit status says whether it is right.
 #include "records.h"
 

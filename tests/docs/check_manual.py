@@ -97,6 +97,10 @@ def check_fish(folder, subcommand, options):
     expect(f"fish {before} --", long, fish(folder, [*before, "--"]))
     offered = [o for o in fish(folder, [*before, "-"]) if re.fullmatch("-[A-Za-z]", o)]
     expect(f"fish {before} -", short, offered)
+    if "--warn" in options:
+        expect(f"fish {before} --warn tabs,", ["tabs,unused"], fish(folder, [*before, "--warn tabs,unu"]))
+        expect(f"fish {before} --warn=tabs,", ["--warn=tabs,unused"],
+               fish(folder, [*before, "--warn=tabs,unu"]))
     if "--color" in options:
         expect(f"fish {before} --color", ["auto", "always", "never"],
                fish(folder, [*before, "--color "]))

@@ -98,12 +98,49 @@ TEST_F(BatchTest, ShowsProgressOnATerminalOnly)
     const ProgramResult plain = RunShell(command);
     EXPECT_EQ(plain.err.find("[0/2]"), std::string::npos);
     const ProgramResult shown =
-        RunShell("export TLEXPAND; script -qec '" + command + "' /dev/null </dev/null");
+        RunShell("export TLEXPAND TERM=xterm; script -qec '" + command + "' /dev/null </dev/null");
     EXPECT_EQ(shown.status, 1);
     EXPECT_NE(shown.out.find(start), std::string::npos) << shown.out;
     EXPECT_NE(shown.out.find("\033[K\rtlexpand: 1 of 2 files failed:\r\n"), std::string::npos)
         << shown.out;
     EXPECT_EQ(Read("out/a"), "a");
+}
+
+TEST_F(BatchTest, ShowsNoProgressWhereALineCantBeWrittenAgain)
+{
+    Write("a.tl", "a");
+    for (const char* const terminal : {"export TERM=dumb", "unset TERM"})
+    {
+        const ProgramResult shown =
+            RunShell(std::string("export TLEXPAND; ") + terminal +
+                     "; script -qec '\"$TLEXPAND\" --out-dir out a.tl' /dev/null </dev/null");
+        EXPECT_EQ(shown.status, 0) << terminal;
+        EXPECT_EQ(shown.out, "") << terminal;
+    }
+}
+
+TEST_F(BatchTest, AnOutputStreamThatFailsEndsAll)
+{
+    std::string list;
+    for (int i = 0; i < 9; ++i)
+    {
+        const std::string name = "in" + std::to_string(i);
+        Write(name + ".tl", i == 0 ? "silent" : "@print(text)x");
+        list += " " + name + ".tl";
+    }
+    const std::vector<std::pair<std::string, std::string>> streams = {
+        {"> /dev/full", "No space left on device"}, {">&-", "Bad file descriptor"}};
+    for (const auto& [stream, reason] : streams)
+        for (const char* const options : {"", "-j 3 ", "--keep-going -j 2 "})
+        {
+            const ProgramResult result =
+                RunShell("exec 3>&2; { $TLEXPAND --out-dir out " + std::string(options) + list +
+                         "; echo \"status $?\" >&3; } " + stream);
+            EXPECT_EQ(result.err,
+                      "tlexpand: can't write standard output: " + reason + "\nstatus 2\n")
+                << stream << options;
+        }
+    EXPECT_EQ(Read("out/in0"), "silent");
 }
 
 TEST_F(BatchTest, StopsAtTheFirstFailure)

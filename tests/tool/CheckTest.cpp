@@ -81,6 +81,29 @@ TEST_F(CheckTest, ADirectoryCannotBeRead)
                   "tlexpand: can't read 'main.tl/out': Not a directory\n");
 }
 
+TEST_F(CheckTest, AnEmptyOutputThatIsNotThereIsNamed)
+{
+    Write("main.tl", "");
+    ExpectFailure(Run({"--check", "-o", "out", "main.tl"}), 1,
+                  "tlexpand: 'out' is not there; its text would be empty\n");
+    Write("out", "");
+    EXPECT_EQ(Expand({"--check", "-o", "out", "main.tl"}), "");
+}
+
+TEST_F(CheckTest, TheFileBehindALinkIsNamed)
+{
+    Write("main.tl", "new\n");
+    Write("sub/file", "old\n");
+    std::filesystem::create_symlink("file", Path("sub/link"));
+    std::filesystem::create_symlink("sub/link", Path("out"));
+    const ProgramResult result = Run({"--check", "-o", "out", "main.tl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "--- sub/file\n+++ sub/file\t(expanded)\n@@ -1 +1 @@\n-old\n+new\n");
+    EXPECT_EQ(RunShell("$TLEXPAND --check -o out main.tl | patch -p0").status, 0);
+    EXPECT_EQ(Read("sub/file"), "new\n");
+    EXPECT_EQ(Expand({"--check", "-o", "out", "main.tl"}), "");
+}
+
 TEST_F(CheckTest, AnEmptyExpansionTakesAllLines)
 {
     Write("main.tl", "");

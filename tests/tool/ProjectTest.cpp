@@ -52,6 +52,71 @@ TEST_F(ProjectTest, ASettingInARowOfDefinitionsIsASetting)
               " \"importPaths\":[],\"settings\":{\"s\":\"$(A)\"}}\n");
 }
 
+TEST_F(ProjectTest, AnImportThatFailsDoesNotStopTheReading)
+{
+    Write("e1", "$a = 1\n");
+    Write("e2", "@import \"missing\"\n@(1 / 0)\n");
+    Write("p", "@import \"none\"\n@import \"e1\"\n@import \"e2\"\n$s = 2\n");
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "p(1) : error : Couldn't open file none\n"
+                  " 1 | @import \"none\"\n"
+                  "   |         ^\n"
+                  "e2(1) : error : Couldn't open file missing\n"
+                  " 1 | @import \"missing\"\n"
+                  "   |         ^\n"
+                  "imported from p(3)\n"
+                  "e2(2) : error : Division by zero error\n"
+                  "    in @(1 / 0)\n"
+                  " 2 | @(1 / 0)\n"
+                  "   | ^\n"
+                  "imported from p(3)\n"
+                  "e1(1) : error : Expected quoted string when read 1\n"
+                  " 1 | $a = 1\n"
+                  "   |      ^\n"
+                  "imported from p(2)\n"
+                  "p(4) : error : Expected quoted string when read 2\n"
+                  " 4 | $s = 2\n"
+                  "   |      ^\n");
+    Write("cy1", "@import \"cy2\"\n");
+    Write("cy2", "@import \"cy1\"\n@import \"e1\"\n");
+    ExpectFailure(Run({"project", "cy1"}), 1,
+                  "cy2(1) : error : Import cycle: cy1 -> cy2 -> cy1\n"
+                  " 1 | @import \"cy1\"\n"
+                  "   |         ^\n"
+                  "imported from cy1(1)\n"
+                  "e1(1) : error : Expected quoted string when read 1\n"
+                  " 1 | $a = 1\n"
+                  "   |      ^\n"
+                  "imported from cy2(2)\n"
+                  "imported from cy1(1)\n");
+}
+
+TEST_F(ProjectTest, FilesThatNoStatementLeadsToAfterAnErrorAreRead)
+{
+    Write("e1", "$a = 1\n");
+    Write("p", "@import \"e1\"\n@fail(\"stop\")\n");
+    ExpectFailure(Run({"project", "p"}), 1,
+                  "p(2) : error : stop\n"
+                  " 2 | @fail(\"stop\")\n"
+                  "   |      ^\n"
+                  "e1(1) : error : Expected quoted string when read 1\n"
+                  " 1 | $a = 1\n"
+                  "   |      ^\n"
+                  "imported from p(1)\n");
+    Write("q", "$b =\n@import \"e1\"\n@import \"none\"\n");
+    ExpectFailure(Run({"project", "q"}), 1,
+                  "q(3) : error : Couldn't open file none\n"
+                  " 3 | @import \"none\"\n"
+                  "   |         ^\n"
+                  "q(2) : error : Expected quoted string when read @\n"
+                  " 2 | @import \"e1\"\n"
+                  "   | ^\n"
+                  "e1(1) : error : Expected quoted string when read 1\n"
+                  " 1 | $a = 1\n"
+                  "   |      ^\n"
+                  "imported from q(2)\n");
+}
+
 TEST_F(ProjectTest, DefinitionsOfTheCommandLineComeFirst)
 {
     Write("p", "$B = \"$(A)\"\n");

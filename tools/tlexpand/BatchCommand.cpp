@@ -47,6 +47,7 @@ struct JobState
 {
     State m_result = s_waits;
     std::atomic<bool> m_isImported = false; ///< Its output is read by another file.
+    std::atomic<bool> m_isReported = false; ///< Its worker ends, and has said why.
 };
 
 /// Lies in memory that the processes share.
@@ -55,6 +56,7 @@ struct SharedState
     std::atomic<size_t> m_next = 0;
     std::atomic<size_t> m_done = 0;
     std::atomic<bool> m_stop = false;
+    std::atomic<bool> m_streamFailed = false; ///< A standard stream takes no more.
 };
 
 class Batch
@@ -71,6 +73,7 @@ private:
     bool HasMore() const { return !m_shared->m_stop && m_shared->m_next < m_jobs.size(); }
     void StartWorker();
     [[noreturn]] void Work();
+    bool NoteEarlyEnd(JobState& state, EEnd end);
     int RunJob(const BatchJob& job);
     void CheckImports(const BatchJob& job, const std::vector<std::string>& imports);
     JobState& StateOf(const BatchJob& job) { return m_states[&job - m_jobs.data()]; }
@@ -96,7 +99,7 @@ Batch::Batch(const ExpandOptions& options, const std::vector<BatchJob>& jobs)
     : m_options(options), m_jobs(jobs), m_outputs(jobs),
       m_size(sizeof(SharedState) + jobs.size() * sizeof(JobState)),
       m_memory(mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
-      m_showsProgress(isatty(STDERR_FILENO) == 1)
+      m_showsProgress(IsCapableTerminal(STDERR_FILENO))
 {
     if (m_memory == MAP_FAILED)
         throw std::bad_alloc();
@@ -138,9 +141,21 @@ void Batch::Work()
         if (index >= m_jobs.size())
             break;
         m_states[index].m_result = -getpid();
+        SetEndHook([&](EEnd end) { return NoteEarlyEnd(m_states[index], end); });
         NoteResult(index, RunJob(m_jobs[index]));
     }
     _exit(0);
+}
+
+/// The run of a file ends here and now; true when its message is still to be written. A standard
+/// stream that takes no more ends all, as it would end a run over one file.
+bool Batch::NoteEarlyEnd(JobState& state, EEnd end)
+{
+    state.m_isReported = true;
+    if (end != EEnd::Streams)
+        return true;
+    m_shared->m_stop = true;
+    return !m_shared->m_streamFailed.exchange(true);
 }
 
 void Batch::NoteResult(size_t index, int status)
@@ -203,7 +218,7 @@ void Batch::NoteEnd(pid_t worker, int status)
         if (WIFSIGNALED(status))
             ReportToolError(place + ": the process that expanded it was ended by signal " +
                             std::to_string(WTERMSIG(status)));
-        else
+        else if (!m_states[i].m_isReported)
             ReportToolError(place + ": the process that expanded it ended without a result");
         NoteResult(i, 2);
     }
@@ -245,6 +260,8 @@ void Batch::ShowProgress(bool isLast) const
 
 int Batch::Report() const
 {
+    if (m_shared->m_streamFailed)
+        return 2;
     int largest = 0;
     size_t failed = 0;
     size_t skipped = 0;

@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 namespace telv::tool
 {
@@ -42,6 +43,8 @@ pid_t s_owner = 0;
 const volatile unsigned char* s_isOwner = nullptr;
 /// The thread that makes, renames and removes temporary files.
 std::atomic<pid_t> s_worker = 0;
+/// Of a worker of a batch.
+std::function<bool(EEnd)> s_endHook;
 /// What `s_worker` handles a fault on when its stack has run out.
 alignas(16) char s_faultStack[64 * 1024];
 
@@ -329,11 +332,17 @@ void HandleSignalsHere()
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
-void EndRun(const std::string& message)
+void SetEndHook(std::function<bool(EEnd)> hook)
+{
+    s_endHook = std::move(hook);
+}
+
+void EndRun(const std::string& message, EEnd end)
 {
     EndForkedProcess(/*succeeded=*/false);
     RemoveTemporaryFiles();
-    WriteAll(STDERR_FILENO, ViewOf("tlexpand: " + message + "\n"));
+    if (!s_endHook || s_endHook(end))
+        WriteAll(STDERR_FILENO, ViewOf("tlexpand: " + message + "\n"));
     _exit(2);
 }
 

@@ -9,6 +9,7 @@
 
 #include "Files.h"
 #include <csignal>
+#include <functional>
 #include <string>
 
 namespace telv::tool
@@ -85,10 +86,20 @@ private:
 /// Makes this thread the one that signals are handled on, and lets them through to it.
 void HandleSignalsHere();
 
+/// Whom the end of a run concerns.
+enum class EEnd : unsigned char
+{
+    File,   ///< The file at hand.
+    Streams ///< Every file of the batch: a standard stream takes no more.
+};
+
+/// Asked by EndRun before the message is written, which is left out when the answer is false.
+void SetEndHook(std::function<bool(EEnd)> hook);
+
 /// Ends the process at once, with status 2, after removing the temporary files and writing
 /// "tlexpand: MESSAGE"; without either in a process that was forked off. For places that no
 /// exception may leave.
-[[noreturn]] void EndRun(const std::string& message);
+[[noreturn]] void EndRun(const std::string& message, EEnd end = EEnd::File);
 
 /// Lets `EndForkedProcess` know without a system call; to be called before the first code that can
 /// fork, once in a process.

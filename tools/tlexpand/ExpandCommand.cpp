@@ -19,7 +19,9 @@
 #include "report/TraceWriter.h"
 #include <algorithm>
 #include <fcntl.h>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <unistd.h>
 
 namespace telv::tool
@@ -303,6 +305,15 @@ void ExpandCommand::WriteText(ByteSink& sink) const
     ForEachPart([&](SubString part) { sink.Write(part); });
 }
 
+/// The name of the file that is written where `path` is a symbolic link: `patch` follows none.
+std::string BehindLinks(std::filesystem::path path)
+{
+    std::error_code error;
+    for (int most = 40; most > 0 && std::filesystem::is_symlink(path, error); --most)
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    return path.string();
+}
+
 /// 0 when the output is what the run would write, else 1 after the difference has been printed.
 int ExpandCommand::CompareWithOutput() const
 {
@@ -316,8 +327,14 @@ int ExpandCommand::CompareWithOutput() const
         there = ReadAll(file.Get(), path);
     if (isThere && there == text)
         return 0;
+    if (!isThere && text.empty()) // No difference of lines says so.
+    {
+        ReportToolError("'" + path + "' is not there; its text would be empty");
+        return 1;
+    }
+    const std::string name = BehindLinks(path);
     const std::string difference =
-        MakeUnifiedDiff(isThere ? path : "/dev/null", there, path, "(expanded)", text);
+        MakeUnifiedDiff(isThere ? name : "/dev/null", there, name, "(expanded)", text);
     WriteStandardOutput([&](ByteSink& sink) { sink.Write(difference); });
     return 1;
 }

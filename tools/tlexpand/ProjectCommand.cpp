@@ -91,6 +91,8 @@ try
 {
     const MemoryLimitScope limit(m_run);
     m_reader.Read(xstring(ViewOf(m_mainName)), m_mainText);
+    if (m_failed)
+        m_reader.ReadLeft();
 }
 catch (...)
 {

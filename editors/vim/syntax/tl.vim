@@ -10,8 +10,8 @@ syntax iskeyword @,48-57,_,128-255
 " Text: what is copied as one piece, and in which nothing is replaced.
 syntax region tlString start=/\<[rR]\@!"/ start=/"/ skip=/\\./ end=/"/ oneline contains=tlEscape,tlBadEscape,tlDollar
 syntax region tlString start=/'/ skip=/\\./ end=/'/ oneline contains=tlEscape,tlBadEscape
-syntax match tlRawString /\<[rR]"\%([^"\\]\|\\.\)*"/
-syntax match tlRawString /\<[rR]'\%([^'\\]\|\\.\)*'/
+syntax match tlRawString /\<[rR]"[^"]*"/
+syntax match tlRawString /\<[rR]'[^']*'/
 syntax region tlBackQuoted start=/`/ end=/`/ oneline contains=tlPaste
 syntax match tlBadEscape /\\./ contained
 syntax match tlEscape /\\\%([abfnrtv0\\'"?]\|x\x\x\)/ contained

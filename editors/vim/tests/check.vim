@@ -36,6 +36,13 @@ let s:rows = [
     \ ['"a\n"', 3, 'tlEscape'],
     \ ['"a\q"', 3, 'tlBadEscape'],
     \ ['r"C:\temp" x', 6, 'tlRawString'],
+    \ ['r"x\" + a r"y" b', 5, 'tlRawString'],
+    \ ['r"x\" + a r"y" b', 7, ''],
+    \ ['r"x\" + a r"y" b', 9, ''],
+    \ ['r"x\" + a r"y" b', 13, 'tlRawString'],
+    \ ['r"x\" + a r"y" b', 16, ''],
+    \ ["R'x\\' + 'b' c", 5, 'tlRawString'],
+    \ ["R'x\\' + 'b' c", 10, 'tlString'],
     \ ['ann@example.org @unknown', 18, ''],
     \ ]
 new

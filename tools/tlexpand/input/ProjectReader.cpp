@@ -85,10 +85,29 @@ void ProjectReader::Read(const xstring& path, xstring& text)
     ProcessImportedFile(AddText(path, text));
 }
 
+void ProjectReader::ReadLeft()
+{
+    for (ssize_t i = 0; i < m_frame.m_srcFileList.size(); ++i)
+        ProcessImportedFile(m_frame.m_srcFileList[i]);
+}
+
 bool ProjectReader::HandleImport(VarFrame* vf, const xstring& path, const char* pos)
 {
     const PositionScope scope(m_importPositions, pos);
-    return MpfwParser::HandleImport(vf, path, pos);
+    try
+    {
+        return MpfwParser::HandleImport(vf, path, pos);
+    }
+    catch (const ExpansionLimitException&)
+    {
+        throw;
+    }
+    catch (const LexScannerException& e)
+    {
+        m_failedImports.push_back(pos);
+        m_report(e);
+        return true; // so that what stands behind it is read
+    }
 }
 
 MpfwSourceFile* ProjectReader::CreateMpfwSourceFile()
@@ -147,12 +166,42 @@ void ProjectReader::ProcessImportedFile(MpfwSourceFile* srcFile)
     static_cast<ParserBase&>(*this) = before;
 }
 
+/// An import that fails doesn't stop the reading of what stands behind it. Where a directive led to
+/// it, its error has been reported.
+bool ProjectReader::ReadImport()
+{
+    const char* const start = m_token.m_str.begin();
+    try
+    {
+        return ParseImportDirective();
+    }
+    catch (const ExpansionLimitException&)
+    {
+        throw;
+    }
+    catch (LexScannerException& e)
+    {
+        if (m_token.m_type != TOKEN_DOUBLE_QUOTED_STRING &&
+            m_token.m_type != TOKEN_SINGLE_QUOTED_STRING)
+            throw; // It is no import.
+        const SubString statement(PlaceInBuffer(start), PlaceInBuffer(m_token.m_str.begin()));
+        if (std::ranges::none_of(m_failedImports, [&](const char* pos)
+                                 { return IsWithin(SubString(pos, pos), statement); }))
+        {
+            e.m_pos = PlaceInBuffer(e.m_pos);
+            m_report(e);
+        }
+        ReadNextToken();
+        return true;
+    }
+}
+
 void ProjectReader::ReadStatements(ProjectFile& file)
 {
     Init(file.m_expanded);
     while (m_token.m_type != TOKEN_END)
     {
-        if (ParseImportDirective())
+        if (ReadImport())
             continue;
         if (m_token.m_type == TOKEN_DOLLAR)
         {

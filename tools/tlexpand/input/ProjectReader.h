@@ -29,7 +29,8 @@ public:
     using ErrorSink = std::function<void(const LexScannerException&)>;
 
     /// @param report  Gets the errors in statements, located in the file as it was read; the
-    ///                reading goes on with the next file.
+    ///                reading goes on with the next file. Gets imports that fail, too, behind
+    ///                which it goes on.
     ProjectReader(MpfwFrame& frame, const ProjectOptions& options, ErrorSink report);
 
     /// Reads a project from its main file on, whose text is taken. `path` is where it lies, or
@@ -37,6 +38,9 @@ public:
     ///
     /// @throws LexScannerException  Something ran out.
     void Read(const xstring& path, xstring& text);
+    /// Reads the statements of files to which no statement has led: those that a file imported
+    /// before its expansion failed.
+    void ReadLeft();
 
     /// Definitions in the order of reading.
     const NamedValues& Macros() const { return m_macros; }
@@ -51,6 +55,7 @@ public:
     void ProcessImportedFile(MpfwSourceFile* srcFile) override;
 
 private:
+    bool ReadImport();
     bool FindImport(const xstring& name, xstring& path);
     void ReadStatements(ProjectFile& file);
     void ReadDollarStatement();
@@ -62,6 +67,7 @@ private:
     NamedValues m_macros;
     NamedValues m_values;
     std::vector<const char*> m_importPositions; ///< Of the imports in progress, innermost last.
+    std::vector<const char*> m_failedImports;   ///< Places of the directives whose import failed.
 };
 
 } // namespace telv::tool

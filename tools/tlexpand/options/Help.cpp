@@ -79,8 +79,8 @@ Options of an expansion:
 )" + s_limitOptions +
            s_lastOptions + R"(
 FILE of an output may be '-', standard output, for one of them.
-Exit status: 0 expanded, 1 error in the source text, 2 usage error or a file that
-cannot be read or written.
+Exit status: 0 expanded, 1 error in a source text (or --check finds a difference), 2 usage
+error or a file that cannot be read or written.
 )";
 }
 

@@ -23,7 +23,8 @@ void PrintedText::Flush()
     const int error = WriteAll(m_descriptor, ViewOf(m_pending));
     m_pending.clear();
     if (error != 0)
-        EndRun(std::string("can't write ") + NameOfStream(m_descriptor) + ": " + ErrorText(error));
+        EndRun(std::string("can't write ") + NameOfStream(m_descriptor) + ": " + ErrorText(error),
+               EEnd::Streams);
 }
 
 void PrintedText::Write(const char* text, ssize_t length)

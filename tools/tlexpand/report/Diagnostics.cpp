@@ -41,15 +41,19 @@ void WriteToStandardError(const std::string& text)
 
 } // namespace
 
+bool IsCapableTerminal(int descriptor)
+{
+    const char* const terminal = std::getenv("TERM");
+    return isatty(descriptor) == 1 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+}
+
 bool WantsColour(Colour colour, int descriptor)
 {
     if (colour != Colour::Auto)
         return colour == Colour::Always;
-    const char* const terminal = std::getenv("TERM");
     const char* const refusal = std::getenv("NO_COLOR");
     const bool refused = refusal != nullptr && *refusal != '\0';
-    return isatty(descriptor) == 1 && !refused && terminal != nullptr &&
-           std::strcmp(terminal, "dumb") != 0;
+    return !refused && IsCapableTerminal(descriptor);
 }
 
 Diagnostics::Diagnostics(const Sources& sources, Colour colour) : m_sources(sources)

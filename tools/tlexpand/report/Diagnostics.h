@@ -55,6 +55,10 @@ private:
     ExcerptStyle m_style;
 };
 
+/// Whether it is a terminal that understands more than text: colours, and lines that are written
+/// again.
+bool IsCapableTerminal(int descriptor);
+
 /// Whether text for `descriptor` is coloured.
 bool WantsColour(Colour colour, int descriptor);
 
