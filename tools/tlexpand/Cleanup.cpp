@@ -42,6 +42,8 @@ pid_t s_owner = 0;
 const volatile unsigned char* s_isOwner = nullptr;
 /// The thread that makes, renames and removes temporary files.
 std::atomic<pid_t> s_worker = 0;
+/// A process that was started and is to end with this one; 0 for none.
+std::atomic<pid_t> s_child = 0;
 /// What `s_worker` handles a fault on when its stack has run out.
 alignas(16) char s_faultStack[64 * 1024];
 
@@ -86,8 +88,12 @@ void SetHandler(int signal, void (*handler)(int))
 void OnSignal(int signal, siginfo_t* info, void* /*context*/)
 {
     const int error = errno;
-    if (IsOfThisThread(signal, *info) || !HandOn(signal))
+    const bool isFault = IsOfThisThread(signal, *info);
+    if (isFault || !HandOn(signal))
     {
+        const pid_t child = s_child;
+        if (child != 0 && !isFault && info->si_code <= 0 && getpid() == s_owner)
+            kill(child, signal);
         RemoveTemporaryFiles();
         // The first process of a container gets no signal that it does not handle.
         if (getpid() == 1)
@@ -301,6 +307,11 @@ void InstallSignalHandlers()
     ending.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
     ending.sa_mask = HandledSignals();
     ForEachEndingSignal([&](int signal) { HandleUnlessHandled(signal, ending); });
+}
+
+void PassSignalsTo(pid_t child)
+{
+    s_child = child;
 }
 
 SignalBlocker::SignalBlocker()
