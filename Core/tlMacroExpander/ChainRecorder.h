@@ -58,9 +58,10 @@ public:
     ChainRecorder& operator=(const ChainRecorder&) = delete;
 
     const xvector<ChainStep>& Steps() const { return m_steps; }
-    /// Pieces that were written to the output, as many as its map has.
+    /// Pieces of the output up to the last that an expansion wrote, as many as its map has then.
     ssize_t CountOfPieces() const { return m_stepOfPiece.size(); }
-    /// The innermost step on the way to a piece; -1 for text of the outermost level.
+    /// The innermost step on the way to a piece; -1 for text of the outermost level, and for what
+    /// the application wrote itself.
     ssize_t StepOfPiece(ssize_t piece) const { return m_stepOfPiece[piece]; }
 
     void ExpansionBegins(const ObservedExpansion& expansion) override;

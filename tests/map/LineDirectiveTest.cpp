@@ -287,6 +287,42 @@ TEST_F(LineDirectiveTest, OtherLanguagesHaveOtherForms)
               "\n\n//line <stdin>:3 100%\nx");
 }
 
+TEST_F(LineDirectiveTest, StandBehindAByteOrderMark)
+{
+    const std::string mark = "\xef\xbb\xbf";
+    Write("lib.tl", "@def w = {2}\n");
+    for (const std::string start : {"@def v = 1\n", "@import \"lib.tl\"\n"})
+    {
+        Write("main.tl", mark + start + "int a = planted_a_1;\n");
+        Expand({"--line-directives", "--verify-map", "-o", "out.cpp", "main.tl"});
+        EXPECT_EQ(Read("out.cpp"), mark + "#line 2 \"main.tl\"\nint a = planted_a_1;\n");
+        for (const std::string compiler : {"g++", "clang++-14"})
+            EXPECT_EQ(Compile(compiler)["planted_a_1"], std::set<std::string>{"main.tl:2"});
+    }
+    Write("main.tl", mark + "int a;\n");
+    EXPECT_EQ(Expand({"--line-directives", "main.tl"}), mark + "#line 1 \"main.tl\"\nint a;\n");
+    EXPECT_EQ(Expand({"--line-directives"}, mark), mark);
+}
+
+TEST_F(LineDirectiveTest, EndAsTheLinesOfTheTextDo)
+{
+    Write("main.tl", "@def v = {1}\r\n\r\nint a = v;\r\n\r\n@def w = {2}\r\nint b = w;");
+    EXPECT_EQ(Expand({"--line-directives", "main.tl"}), "\r\n"
+                                                        "\r\n"
+                                                        "#line 3 \"main.tl\"\r\n"
+                                                        "int a = 1;\r\n"
+                                                        "#line 6 \"main.tl\"\r\n"
+                                                        "int b = 2;");
+    Write("lib.tl", "@def two =\n{\n  a\n  b\n}\n");
+    Write("main.tl", "@import \"lib.tl\"\r\ntwo\r\nc\r\nd");
+    EXPECT_EQ(Expand({"--line-directives", "main.tl"}), "#line 3 \"lib.tl\"\n"
+                                                        "a\n"
+                                                        "b\r\n"
+                                                        "#line 3 \"main.tl\"\r\n"
+                                                        "c\r\n"
+                                                        "d");
+}
+
 TEST_F(LineDirectiveTest, NothingMeansNoDirective)
 {
     EXPECT_EQ(Expand({"--line-directives"}, ""), "");

@@ -53,6 +53,22 @@ TEST_F(ByteOrderMarkTest, StandsInTheMapAndCountsInPositions)
               "\"inSize\":1}]}\n");
 }
 
+TEST_F(ByteOrderMarkTest, CameThroughNoChain)
+{
+    Write("a.tl", s_mark + "@def m(x) = {bad_@@x;}\nint a;\nm(q)\n");
+    Expand({"--chains", "--verify-map", "-o", "out", "--map", "map", "a.tl"});
+    EXPECT_EQ(Expand({"where", "map", "out:1:1"}), "a.tl:1:1: copied from here\n"
+                                                   " 1 | \xef\xbb\xbf@def m(x) = {bad_@@x;}\n"
+                                                   "   | ^\n");
+    const std::string lines = Expand({"where", "map", "out:2:1"});
+    EXPECT_EQ(lines, "a.tl:1:17: copied from here\n"
+                     " 1 | \xef\xbb\xbf@def m(x) = {bad_@@x;}\n"
+                     "   |              ^\n"
+                     "a.tl:3:1: in expansion of macro 'm'\n"
+                     " 3 | m(q)\n"
+                     "   | ^\n");
+}
+
 TEST_F(ByteOrderMarkTest, IsNoStatementOfAProject)
 {
     Write("lib.project", s_mark + "$A = \"1\"\n");

@@ -190,6 +190,55 @@ TEST_F(RemapTest, LinesThatJsonCannotMeanAreReportedOnce)
               "tlexpand: 'gen.cpp' has no line 9223372036854775807\n");
 }
 
+TEST_F(RemapTest, RangesOfGccAreOfOnePiece)
+{
+    Write("lib.tl", "@def e(p) = {int p@@_value; int k = p@@_valu + other;}\n");
+    Write("main.tl", "@import \"lib.tl\"\ne(my)\n");
+    Generate();
+    ASSERT_EQ(Read("gen.cpp"), "int my_value; int k = my_valu + other;\n");
+    const auto place = [](int column, const std::string& file = "gen.cpp", int line = 1) {
+        return nlohmann::ordered_json{{"file", file}, {"line", line}, {"column", column}};
+    };
+    const auto filter =
+        [&](const nlohmann::ordered_json& location, const nlohmann::ordered_json& fixes)
+    {
+        nlohmann::ordered_json message = {
+            {"kind", "error"}, {"locations", {location}}, {"message", "m"}};
+        if (!fixes.empty())
+            message["fixits"] = fixes;
+        const std::string text = nlohmann::ordered_json::array({message}).dump() + "\n";
+        const auto written = nlohmann::ordered_json::parse(Filter(text));
+        return written[0]["locations"][0].dump() +
+               (written[0].contains("fixits") ? written[0]["fixits"].dump() : "");
+    };
+    const auto fix = [](const auto& start, const auto& next) {
+        return nlohmann::ordered_json::array({{{"start", start}, {"next", next}, {"string", "s"}}});
+    };
+    const auto caret = [](const auto& at) { return nlohmann::ordered_json{{"caret", at}}; };
+    const auto range = [](const auto& at, const auto& finish) {
+        return nlohmann::ordered_json{{"caret", at}, {"finish", finish}};
+    };
+    // "my" is of main.tl, "_valu" of lib.tl.
+    EXPECT_EQ(filter(range(place(23), place(29)), fix(place(23), place(30))),
+              caret(place(3, "main.tl", 2)).dump());
+    // A piece to its very end.
+    EXPECT_EQ(filter(range(place(23), place(24)), fix(place(23), place(25))),
+              range(place(3, "main.tl", 2), place(4, "main.tl", 2)).dump() +
+                  fix(place(3, "main.tl", 2), place(5, "main.tl", 2)).dump());
+    EXPECT_EQ(filter(range(place(33), place(37)), fix(place(33), place(38))),
+              range(place(48, "lib.tl"), place(52, "lib.tl")).dump() +
+                  fix(place(48, "lib.tl"), place(53, "lib.tl")).dump());
+    // What only inserts.
+    EXPECT_EQ(filter(caret(place(33)), fix(place(38), place(38))),
+              caret(place(48, "lib.tl")).dump() +
+                  fix(place(53, "lib.tl"), place(53, "lib.tl")).dump());
+    // Other files.
+    EXPECT_EQ(
+        filter(range(place(1, "x.h"), place(2, "x.h")), fix(place(1, "x.h"), place(3, "x.h"))),
+        range(place(1, "x.h"), place(2, "x.h")).dump() +
+            fix(place(1, "x.h"), place(3, "x.h")).dump());
+}
+
 TEST_F(RemapTest, FixesInSarifStayForOtherFiles)
 {
     Generate();

@@ -178,6 +178,73 @@ TEST_F(RemapTest, PathsOfEveryKind)
     EXPECT_EQ(result.err, "");
 }
 
+TEST_F(RemapTest, AFileOfTheSameNameInAnEnteredDirectoryIsMeant)
+{
+    Generate();
+    Write("sub/gen.cpp", "int b;\n");
+    Write("empty/README", "");
+    const auto filter = [&](const std::string& directory)
+    {
+        const std::string entering = "make: Entering directory '" + directory + "'\n";
+        return Filter(entering + "gen.cpp:1:1: a\n./gen.cpp:1:1: b\n../gen.cpp:1:1: c\n")
+            .substr(entering.size());
+    };
+    EXPECT_EQ(filter("sub"), "gen.cpp:1:1: a\n./gen.cpp:1:1: b\nmain.tl:2:1: c\n");
+    // Of several directories at once, only one is said last.
+    EXPECT_EQ(filter("empty"), "main.tl:2:1: a\nmain.tl:2:1: b\nmain.tl:2:1: c\n");
+}
+
+TEST_F(RemapTest, MapsAndOutputsCanBeLinks)
+{
+    std::filesystem::create_directories(Path("real"));
+    std::filesystem::create_directories(Path("link"));
+    Write("real.cpp", "");
+    std::filesystem::create_symlink("real.cpp", Path("link.cpp"));
+    std::filesystem::create_symlink("real.cpp", Path("other.cpp"));
+    Expand({"-o", "link.cpp", "--map", "real/r.map", "main.tl"});
+    std::filesystem::create_symlink("../real/r.map", Path("link/l.map"));
+    std::filesystem::create_symlink("../real", Path("link/directory"));
+    for (const std::string map : {"real/r.map", "link/l.map", "link/directory/r.map"})
+    {
+        const ProgramResult result =
+            Run({"remap", map}, "link.cpp:1: a\nreal.cpp:1: b\nother.cpp:1: c\nother.c:1: d\n");
+        EXPECT_EQ(result.out, "main.tl:2: a\nmain.tl:2: b\nmain.tl:2: c\nother.c:1: d\n") << map;
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(Run({"where", map, "link.cpp:1"}).out,
+                  "main.tl:2:1: copied from here\n 2 | int ok = bad_in_text;\n   | ^\n")
+            << map;
+    }
+    for (const std::string read : {"< link/l.map", "< real/r.map cat |"})
+        EXPECT_EQ(RunShell(read + " \"$TLEXPAND\" where /dev/stdin real.cpp:1").out,
+                  "main.tl:2:1: copied from here\n 2 | int ok = bad_in_text;\n   | ^\n");
+}
+
+TEST_F(RemapTest, WhatIsQuotedStays)
+{
+    Write("main.tl", "@def name = {\"gen.cpp:1:2\"}\n\nlog(name); oops;\n");
+    Generate("gen.cpp", {"--chains"});
+    const std::string bar =
+        "    1 | log(\"gen.cpp:1:2\"); oops;\n      |                      ^~~~\n";
+    EXPECT_EQ(Filter("gen.cpp:1:21: error: 'oops'\n" + bar + "gen.cpp:1:1: note: x\n"),
+              "main.tl:3:12: error: 'oops'\n" + bar + "main.tl:3:1: note: x\n");
+    const std::string plain = "log(\"gen.cpp:1:2\"); oops;\n                    ^\n";
+    EXPECT_EQ(Filter("gen.cpp:1:21: error: 'oops'\n" + plain + "gen.cpp:1:1: note: x\n"),
+              "main.tl:3:12: error: 'oops'\n" + plain + "main.tl:3:1: note: x\n");
+    const std::string coloured = "   \x1b[1m 1 | \x1b[0mlog(\"gen.cpp:1:2\"\n";
+    EXPECT_EQ(Filter(coloured), coloured);
+}
+
+TEST_F(RemapTest, ASignalEndsTheCommandToo)
+{
+    Generate();
+    const ProgramResult result = RunShell(
+        "\"$TLEXPAND\" remap gen.cpp.map -- sh -c 'trap \"echo ended > end; exit 3\" TERM; "
+        "echo $$ > pid; while :; do sleep 0.1; done' & "
+        "until [ -s pid ]; do sleep 0.1; done; kill -TERM $!; wait $!; echo $?; "
+        "while kill -0 $(cat pid) 2> none; do sleep 0.1; done; cat end");
+    EXPECT_EQ(result.out, "143\nended\n");
+}
+
 TEST_F(RemapTest, SeveralMapsAndOneWithoutAName)
 {
     Generate();
@@ -288,6 +355,14 @@ TEST_F(RemapTest, ChainsOfRealCompilers)
 }
 
 /// Clang shows a tab as blanks, and what it would insert below the caret.
+TEST_F(RemapTest, NotesEndAsTheMessageDoes)
+{
+    Generate("gen.cpp", {"--chains"});
+    EXPECT_EQ(Filter("gen.cpp:2:9: error: 'bad_in_body'\r\n 2 | x\r\ngen.cpp:1:1: error: y\n"),
+              "lib.tl:3:13: error: 'bad_in_body'\r\n 2 | x\r\n"
+              "main.tl:3:1: note: in expansion of macro 'pair'\r\nmain.tl:2:1: error: y\n");
+}
+
 TEST_F(RemapTest, NotesStandBehindTheWholeExcerpt)
 {
     Write("main.tl", "@def m(x) =\n{\nint z;\n\tint x = bad\nint w;\n}\n"

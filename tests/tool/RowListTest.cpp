@@ -217,6 +217,34 @@ TEST_F(RowListTest, JsonValuesKeepTheirWriting)
     EXPECT_EQ(Json("[{\"a\":{\"x\":1,\"y\":\"]\"}}]"), "[(1,])]");
 }
 
+TEST_F(RowListTest, ObjectsAtOnePlaceHaveTheOrderOfTheFirst)
+{
+    EXPECT_EQ(Json("[[1,[{\"n\":2,\"as\":\"sda\"},{\"as\":\"scl\",\"n\":3}]],"
+                   "[2,[{\"as\":\"sck\",\"n\":4}]]]"),
+              "[(1,[(2,sda),(3,scl)]),(2,[(4,sck)])]");
+    EXPECT_EQ(Json("[{\"a\":{\"x\":1,\"y\":2,\"z\":3}},{\"a\":{\"z\":6,\"y\":\"5,5\",\"x\":4}},"
+                   "{\"a\":{\"y\":8,\"z\":null,\"x\":[]}}]"),
+              "[(1,2,3),(4,`5,5`,6),([],8,)]");
+    // One within another, and each place by itself.
+    EXPECT_EQ(Json("[{\"a\":{\"x\":{\"p\":1,\"q\":2},\"y\":{\"q\":3,\"p\":4}},\"b\":{\"y\":5}},"
+                   "{\"b\":{\"y\":6},\"a\":{\"y\":{\"p\":7,\"q\":8},\"x\":{\"q\":9,\"p\":10}}}]"),
+              "[(((1,2),(3,4)),(5)),(((10,9),(8,7)),(6))]");
+    // What is not wanted may have any shape.
+    EXPECT_EQ(Json("[{\"a\":1,\"b\":{\"x\":1}},{\"a\":2,\"b\":{\"y\":1,\"y\":2}}]", ":a"), "[1,2]");
+}
+
+TEST_F(RowListTest, AnErrorInAValueThatHasWaitedIsLocatedInTheFile)
+{
+    Write("a.json", "[{\"a\":{\"x\":1,\"y\":2}},\n {\"a\":{\"y\":4,\n\"x\":\"@(1 / 0)\"}}]\n");
+    ExpectFailure(Run({"--list", "rows=a.json"}, "@for(v in rows){v}"), 1,
+                  "a.json(3) : error : Division by zero error\n"
+                  "    in @(1 / 0)\n"
+                  "    invoking macro rows\n"
+                  " 3 | \"x\":\"@(1 / 0)\"}}]\n"
+                  "   |      ^\n"
+                  "called from <stdin>(1)\n");
+}
+
 TEST_F(RowListTest, AByteOrderMarkIsSkipped)
 {
     EXPECT_EQ(Csv("\xef\xbb\xbf"
@@ -274,6 +302,14 @@ TEST_F(RowListTest, WhatIsWrongIsLocatedInTheFile)
                 "2) : error : The row has several values for column 'a'");
     ExpectError("a.json", "[{\"a\":1,\n\"b\":{\"b\":1,\"b\":2},\n\"a\":[2]}]",
                 "3) : error : The row has several values for column 'a'");
+    ExpectError("a.json", "[[{\"x\":1,\"y\":2}],\n[{\"y\":3}]]",
+                "2) : error : The object has 1 value instead of 2: none for member 'x'");
+    ExpectError("a.json", "[[[{\"x\":1},\n{\"x\":1,\n\"y\":2}]]]",
+                "3) : error : The first object of these has no member 'y'");
+    ExpectError("a.json", "[[{\"x\":1,\n\"x\":2}]]",
+                "2) : error : The object has several values for member 'x'");
+    ExpectError("a.json", "[[{\"x\":1,\"y\":2}],[{\"y\":1,\n\"y\":2}]]",
+                "2) : error : The object has several values for member 'y'");
     ExpectError("a.json", "[{\"a\":1,\"a\":2}]", "1) : error : There are several columns 'a'",
                 ":a");
     ExpectError("a.json", "[{\"a\":1}]", "1) : error : There is no column 'b'", ":b");

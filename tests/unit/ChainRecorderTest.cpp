@@ -183,6 +183,29 @@ TEST(ChainRecorder, ManyCalls)
     EXPECT_EQ(chains.Steps().size(), 3 * n); // a round, f and g
 }
 
+TEST(ChainRecorder, WhatTheApplicationWritesItselfHasNoSteps)
+{
+    const xstring first("@def m = {x}m");
+    const xstring second("m");
+    const xstring own("own");
+    ChainRecorder chains;
+    ExpansionRun run;
+    run.SetObserver(&chains);
+    const ExpansionRunScope scope(run);
+    FileScopeVarFrame frame;
+    StringStream os(64);
+    ExpandedOutput output(&os);
+    output.WriteSubStringFromSourceFile(own, 0);
+    MacroExpand(nullptr, &frame, first, 0, 0, output);
+    output.WriteCalculatedSubString("a\nb", own, 2);
+    MacroExpand(nullptr, &frame, second, 0, 0, output);
+    ASSERT_EQ(chains.CountOfPieces(), output.m_pieces.m_pieces.size());
+    std::string steps;
+    for (ssize_t i = 0; i < chains.CountOfPieces(); ++i)
+        steps += " " + std::to_string(chains.StepOfPiece(i));
+    EXPECT_EQ(steps, " -1 0 -1 1");
+}
+
 TEST(ChainRecorder, DeepCalls)
 {
     constexpr ssize_t depth = 20'000;

@@ -45,6 +45,8 @@ const volatile unsigned char* s_isOwner = nullptr;
 std::atomic<pid_t> s_worker = 0;
 /// Of a worker of a batch.
 std::function<bool(EEnd)> s_endHook;
+/// A process that was started and is to end with this one; 0 for none.
+std::atomic<pid_t> s_child = 0;
 /// What `s_worker` handles a fault on when its stack has run out.
 alignas(16) char s_faultStack[64 * 1024];
 
@@ -89,8 +91,12 @@ void SetHandler(int signal, void (*handler)(int))
 void OnSignal(int signal, siginfo_t* info, void* /*context*/)
 {
     const int error = errno;
-    if (IsOfThisThread(signal, *info) || !HandOn(signal))
+    const bool isFault = IsOfThisThread(signal, *info);
+    if (isFault || !HandOn(signal))
     {
+        const pid_t child = s_child;
+        if (child != 0 && !isFault && info->si_code <= 0 && getpid() == s_owner)
+            kill(child, signal);
         RemoveTemporaryFiles();
         // The first process of a container gets no signal that it does not handle.
         if (getpid() == 1)
@@ -304,6 +310,11 @@ void InstallSignalHandlers()
     ending.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
     ending.sa_mask = HandledSignals();
     ForEachEndingSignal([&](int signal) { HandleUnlessHandled(signal, ending); });
+}
+
+void PassSignalsTo(pid_t child)
+{
+    s_child = child;
 }
 
 SignalBlocker::SignalBlocker()

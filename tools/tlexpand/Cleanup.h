@@ -11,6 +11,7 @@
 #include <csignal>
 #include <functional>
 #include <string>
+#include <sys/types.h>
 
 namespace telv::tool
 {
@@ -69,6 +70,11 @@ private:
 /// effect from now on, so that the write that meets them fails. Signals that are ignored or handled
 /// already stay so; programs that this process starts find all others at their defaults.
 void InstallSignalHandlers();
+
+/// From now on, a signal that is sent to this process and ends it is sent to the process `child` as
+/// well, which was started by it and not waited for; 0 for none. Those of a terminal it gets
+/// anyway.
+void PassSignalsTo(pid_t child);
 
 /// Keeps those signals away, faults of the code apart, for the length of a scope, or of a thread.
 class SignalBlocker

@@ -23,14 +23,30 @@ bool IsFileName(const std::string& source)
     return !(source.starts_with('<') && source.ends_with('>'));
 }
 
+namespace
+{
+
+/// The directory that the names in a map are relative to, from here; empty for this one. A map that
+/// is reached by a link lies where the link leads; where one lies that comes through a pipe is not
+/// known.
+std::string BaseOf(const std::string& mapPath, const std::string& directory)
+{
+    if (directory.empty() || directory.starts_with('/'))
+        return directory;
+    if (!IsRegularFile(mapPath))
+        return "";
+    const std::string base = JoinPath(DirectoryOf(mapPath), directory);
+    const std::string real = JoinPath(DirectoryOf(ResolvedPath(mapPath)), directory);
+    const bool isSame = !StatusOf(real) || IsSameFile(base.empty() ? "." : base, real);
+    return isSame ? base : RelativePath(ResolvedPath("."), real);
+}
+
+} // namespace
+
 MappedFiles::MappedFiles(const std::string& mapPath, const std::string& output)
     : m_mapPath(mapPath), m_map(ReadMap(ReadWholeFile(mapPath), mapPath)), m_outputPath(output)
 {
-    if (!m_map.m_directory.empty())
-    {
-        const bool isAbsolute = m_map.m_directory.starts_with('/');
-        m_base = isAbsolute ? m_map.m_directory : JoinPath(DirectoryOf(mapPath), m_map.m_directory);
-    }
+    m_base = BaseOf(mapPath, m_map.m_directory);
     if (m_outputPath.empty() && m_map.m_output)
         m_outputPath = PathFromHere(*m_map.m_output);
     m_sources.resize(m_map.m_sources.size());

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 // One pass over what is written: at the end of each line the source line that it belongs to is
-// compared with the one that a compiler would count to.
+// compared with the one that a compiler would count to. A byte order mark at the very beginning is
+// no part of the first line: compilers know it there alone.
 #include "output/LineDirectives.h"
 #include "Files.h"
+#include "Utf8.h"
 #include "map/LineTable.h"
 #include "output/CLineScan.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace telv::tool
 {
@@ -89,8 +92,10 @@ private:
     std::vector<LineShare> m_shares;   ///< Of this line, in the order of their first characters.
     ssize_t m_nextSource = s_none;     ///< The source line that follows the last line feed there.
     ssize_t m_nextLine = 0;
-    bool m_canInsert = true;   ///< At the start of this line.
-    ssize_t m_source = s_none; ///< What the compiler takes this line for.
+    const char* m_lineEnd = "\n"; ///< Of this line, or the last one that has an end.
+    bool m_isReturn = false;      ///< The last character was a carriage return.
+    bool m_canInsert = true;      ///< At the start of this line.
+    ssize_t m_source = s_none;    ///< What the compiler takes this line for.
     ssize_t m_line = 0;
     // The source line that was looked up last: most characters lie beside the one before.
     size_t m_knownSource = 0;
@@ -115,7 +120,8 @@ std::vector<TextEdit> DirectivePlacer::Place()
 
 void DirectivePlacer::Visit(const WrittenPiece& written)
 {
-    for (const char& c : written.m_text)
+    const bool isFirst = written.m_piece.m_out == 0;
+    for (const char& c : isFirst ? WithoutByteOrderMark(written.m_text) : written.m_text)
     {
         const ssize_t offset = &c - written.m_text.begin();
         if (m_lineStart == nullptr)
@@ -124,8 +130,10 @@ void DirectivePlacer::Visit(const WrittenPiece& written)
             if (const std::optional<Origin> origin = OriginIn(written.m_piece, offset))
                 Count(*origin);
         m_scan.Read(c);
+        const bool isBehindReturn = std::exchange(m_isReturn, c == '\r');
         if (c != '\n')
             continue;
+        m_lineEnd = isBehindReturn ? "\r\n" : "\n";
         EndLine();
         StartLine(written.m_piece, offset);
     }
@@ -188,7 +196,8 @@ void DirectivePlacer::Insert(const LineShare& share)
     const ssize_t at = m_lineStart - m_output.m_text.begin();
     const SourceRange place{static_cast<ssize_t>(share.m_source), share.m_first.m_offset,
                             share.m_first.m_size};
-    m_directives.push_back({at, at, FormatDirective(m_format, share.m_line, file) + "\n", place});
+    m_directives.push_back(
+        {at, at, FormatDirective(m_format, share.m_line, file) + m_lineEnd, place});
 }
 
 ssize_t DirectivePlacer::LineOf(const Origin& origin)

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Two pipes, read as they have something. The program finds signals as a program does that a shell
-// has started.
+// has started, and is sent those that end this one.
 #include "remap/CommandRun.h"
+#include "Cleanup.h"
 #include "Files.h"
 #include "report/Diagnostics.h"
 #include <array>
@@ -80,6 +81,11 @@ bool ReadSome(int fd, const std::function<void(SubString)>& take)
 
 int WaitFor(pid_t child)
 {
+    // No signal goes to a number that is another's by now.
+    siginfo_t ended = {};
+    Uninterrupted([&]
+                  { return waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT); });
+    PassSignalsTo(0);
     int status = 0;
     while (waitpid(child, &status, 0) < 0)
         if (errno != EINTR)
@@ -103,8 +109,13 @@ int RunAndRead(char** arguments, const std::function<void(SubString)>& out,
     Pipe errPipe;
     SpawnSettings settings(outPipe.m_write.Get(), errPipe.m_write.Get());
     pid_t child = 0;
-    const int error = posix_spawnp(&child, arguments[0], &settings.m_actions,
-                                   &settings.m_attributes, arguments, environ);
+    int error = 0;
+    {
+        const SignalBlocker blocker; // The program runs only when it is known.
+        error = posix_spawnp(&child, arguments[0], &settings.m_actions, &settings.m_attributes,
+                             arguments, environ);
+        PassSignalsTo(error == 0 ? child : 0);
+    }
     if (error != 0)
     {
         ReportToolError(std::string("can't run '") + arguments[0] + "': " + ErrorText(error));

@@ -49,6 +49,8 @@ public:
 
     void Remap(Json& value)
     {
+        if (value.is_object() && value.contains("start") && value.contains("next"))
+            return RemapFix(value);
         if (value.is_object())
             RemapObject(value);
         if (value.is_structured())
@@ -59,7 +61,12 @@ public:
 private:
     void RemapObject(Json& object);
     std::optional<MessageOrigin> OriginOf(const Json& place);
+    static std::optional<OutputPlace> PlaceIn(const Json& place);
+    std::optional<CopiedRange> RangeOf(const Json& first, const Json& last, bool isLastInside);
     void RemapPlace(Json& place);
+    void SetPlace(Json& place, const MessagePlace& to);
+    void RemapFix(Json& fix);
+    void CutRange(Json& location);
     bool CanFix(const Json& fixes);
     static EColumnUnit UnitOfColumn(const Json& place);
     void AddNotes(Json& message, const MessageOrigin& origin, EColumnUnit unit);
@@ -72,10 +79,12 @@ void GccRemapper::RemapObject(Json& object)
 {
     if (object.contains("locations") && object.contains("message"))
     {
-        const Json& locations = object["locations"];
+        Json& locations = object["locations"];
         if (!locations.empty() && locations[0].contains("caret"))
             if (const auto origin = OriginOf(locations[0]["caret"]))
                 AddNotes(object, *origin, UnitOfColumn(locations[0]["caret"]));
+        for (Json& location : locations)
+            CutRange(location);
     }
     if (object.contains("fixits") && !CanFix(object["fixits"]))
     {
@@ -97,6 +106,51 @@ std::optional<MessageOrigin> GccRemapper::OriginOf(const Json& place)
     return m_outputs.Map(*output, *line, NumberIn(place, "column"), UnitOfColumn(place));
 }
 
+/// Nothing for a place without a column.
+std::optional<OutputPlace> GccRemapper::PlaceIn(const Json& place)
+{
+    const auto line = NumberIn(place, "line");
+    const auto byte = NumberIn(place, "byte-column");
+    const auto column = byte ? byte : NumberIn(place, "column");
+    if (!line || !column)
+        return std::nullopt;
+    return OutputPlace{*line, *column, byte ? EColumnUnit::Bytes : UnitOfColumn(place)};
+}
+
+/// Where the stretch between two places of one output was copied from, in one piece. GCC's ranges
+/// end with the place of their last character, its fixes before one.
+std::optional<CopiedRange> GccRemapper::RangeOf(const Json& first, const Json& last,
+                                                bool isLastInside)
+{
+    const auto output = m_outputs.Find(TextIn(first, "file"));
+    const auto from = PlaceIn(first);
+    auto to = PlaceIn(last);
+    if (!output || !from || !to || m_outputs.Find(TextIn(last, "file")) != output)
+        return std::nullopt;
+    if (isLastInside && to->m_column < std::numeric_limits<ssize_t>::max())
+        ++to->m_column;
+    return m_outputs.MapRange(*output, *from, *to);
+}
+
+/// Takes the ends from a location of an output that was not copied as it stands, from the first to
+/// the last character: they come from elsewhere than the place itself.
+void GccRemapper::CutRange(Json& location)
+{
+    if (!location.contains("caret") || !(location.contains("start") || location.contains("finish")))
+        return;
+    const Json& caret = location["caret"];
+    if (const auto origin = OriginOf(caret); !origin || !origin->IsInFile())
+        return;
+    const Json& first = location.contains("start") ? location["start"] : caret;
+    const Json& last = location.contains("finish") ? location["finish"] : caret;
+    if (RangeOf(first, last, /*isLastInside=*/true) &&
+        (first == caret || RangeOf(first, caret, /*isLastInside=*/true)) &&
+        (last == caret || RangeOf(caret, last, /*isLastInside=*/true)))
+        return;
+    location.erase("start");
+    location.erase("finish");
+}
+
 /// What "column" counts; GCC's default if that can't be told.
 EColumnUnit GccRemapper::UnitOfColumn(const Json& place)
 {
@@ -110,32 +164,59 @@ void GccRemapper::RemapPlace(Json& place)
     const auto origin = OriginOf(place);
     if (!origin || !origin->IsInFile())
         return;
+    SetPlace(place, origin->m_place);
+}
+
+void GccRemapper::SetPlace(Json& place, const MessagePlace& to)
+{
     m_isChanged = true;
-    place["file"] = origin->m_place.m_path;
-    place["line"] = origin->m_place.m_line;
+    place["file"] = to.m_path;
+    place["line"] = to.m_line;
     const EColumnUnit unit = UnitOfColumn(place);
     for (const auto& [name, counted] : {std::pair("column", unit),
                                         {"byte-column", EColumnUnit::Bytes},
                                         {"display-column", EColumnUnit::Terminal}})
         if (place.contains(name))
-            place[name] = ColumnIn(origin->m_place, counted);
+            place[name] = ColumnIn(to, counted);
 }
 
-/// A fix of calculated text would spoil the directive, and one of which only an end has a source
-/// would change something else. Fixes of no known source stay as they are.
+/// Of one that stays: see CanFix.
+void GccRemapper::RemapFix(Json& fix)
+{
+    if (const auto range = RangeOf(fix["start"], fix["next"], /*isLastInside=*/false))
+    {
+        SetPlace(fix["start"], range->m_first);
+        SetPlace(fix["next"], range->m_end);
+        return;
+    }
+    RemapPlace(fix["start"]);
+    RemapPlace(fix["next"]);
+}
+
+/// A fix of calculated text would spoil the directive, and one of text that comes from several
+/// places would change something else. Fixes of no known source stay as they are.
 bool GccRemapper::CanFix(const Json& fixes)
 {
     bool areCopied = true;
     bool areMapped = false;
     for (const Json& fix : fixes)
-        for (const char* end : {"start", "next"})
+    {
+        const bool hasBoth = fix.contains("start") && fix.contains("next");
+        const bool isOutput = hasBoth && m_outputs.Find(TextIn(fix["start"], "file"));
+        // One that only inserts stands before what was copied.
+        if (isOutput && fix["start"] != fix["next"])
+            areCopied =
+                areCopied && RangeOf(fix["start"], fix["next"], /*isLastInside=*/false).has_value();
+        for (const std::string end : {"start", "next"})
             if (fix.contains(end) && m_outputs.Find(TextIn(fix[end], "file")))
             {
                 const auto origin = OriginOf(fix[end]);
                 const bool isMapped = origin && origin->IsInFile();
                 areMapped = areMapped || isMapped;
-                areCopied = areCopied && isMapped && origin->m_isCopied;
+                if (end == "start" || !hasBoth)
+                    areCopied = areCopied && isMapped && origin->m_isCopied;
             }
+    }
     return areCopied || !areMapped;
 }
 

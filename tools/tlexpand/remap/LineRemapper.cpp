@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // An excerpt is what compilers print under a message: lines with a bar, or lines with a caret and
-// the line above. GCC's and clang's can be told from messages by their first characters.
+// the line above. What it quotes is the output, names of files in it included. GCC's and clang's
+// can be told from messages by their first characters.
 #include "remap/LineRemapper.h"
 #include "map/ChainText.h"
 #include "remap/MessageText.h"
@@ -47,6 +48,12 @@ std::string WithoutBlanks(const std::string& line)
     return text;
 }
 
+/// How lines end where this one comes from.
+const char* EndOf(const std::string& line)
+{
+    return line.ends_with("\r\n") ? "\r\n" : "\n";
+}
+
 /// Of "FILE(LINE) : error : text" and "FILE(LINE): error: text", what stands between.
 std::string Separator(const std::string& line, size_t end)
 {
@@ -66,17 +73,29 @@ bool IsMessage(const std::string& line, const PlaceInLine& place)
 
 std::string LineRemapper::Remap(const std::string& line)
 {
-    m_outputs.NoteDirectory(line);
     const std::string plain = WithoutColours(line);
+    const EExcerpt excerpt = ReadExcerpt(plain);
+    if (excerpt == EExcerpt::Quote)
+        return line;
+    m_outputs.NoteDirectory(line);
     std::string written;
-    std::string rewritten;
     size_t from = 0;
-    if (!ContinuesExcerpt(plain) && !m_notes.empty())
+    if (excerpt == EExcerpt::None && !m_notes.empty())
     {
         // The end of the excerpt's colour stands before what follows it.
         from = line.starts_with(s_colourEnd) ? s_colourEnd.size() : 0;
         written = line.substr(0, from) + Finish();
     }
+    const std::string rewritten = RemapPlaces(line, plain, from);
+    written += std::exchange(m_before, "") + rewritten;
+    return written;
+}
+
+/// The rest of the line, with its places rewritten. Notes are added to those that wait.
+std::string LineRemapper::RemapPlaces(const std::string& line, const std::string& plain,
+                                      size_t from)
+{
+    std::string rewritten;
     std::optional<size_t> output;
     const auto isKnown = [&](const std::string& path)
     {
@@ -102,30 +121,29 @@ std::string LineRemapper::Remap(const std::string& line)
             AddNotes(line, *place, *origin);
         from = place->m_end;
     }
-    written += m_before + rewritten + line.substr(from);
-    m_before.clear();
-    return written;
+    return rewritten + line.substr(from);
 }
 
 /// Clang quotes a line with blanks for its tabs.
-bool LineRemapper::ContinuesExcerpt(const std::string& plain)
+LineRemapper::EExcerpt LineRemapper::ReadExcerpt(const std::string& plain)
 {
     const std::string quoted = std::exchange(m_quoted, "");
     const std::string marks = std::exchange(m_marks, "");
     if (HasBar(plain) || (!quoted.empty() && WithoutBlanks(plain) == quoted))
-        return true;
+        return EExcerpt::Quote;
     if (HasMarks(plain))
     {
         m_marks = plain;
-        return true;
+        return EExcerpt::Mark;
     }
-    return !marks.empty() && IsFix(plain, marks);
+    return !marks.empty() && IsFix(plain, marks) ? EExcerpt::Mark : EExcerpt::None;
 }
 
 void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
                             const MessageOrigin& origin)
 {
     m_quoted = WithoutBlanks(origin.m_line);
+    const char* const end = EndOf(line);
     for (const MessageNote& note : origin.m_notes)
     {
         if (note.m_place.m_path.empty())
@@ -136,18 +154,18 @@ void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
         const std::string separator =
             place.m_form == EPlaceForm::Brackets ? Separator(line, place.m_end) : ": ";
         if (place.m_form == EPlaceForm::Python)
-            m_before.insert(0, line.substr(0, place.m_begin) + at + ", " + note.m_text + "\n");
+            m_before.insert(0, line.substr(0, place.m_begin) + at + ", " + note.m_text + end);
         else
             m_notes.append(at)
                 .append(separator)
                 .append("note")
                 .append(separator)
                 .append(note.m_text)
-                .append("\n");
+                .append(end);
     }
     if (origin.m_moreNotes == 0)
         return;
-    const std::string more = DescribeMoreSteps(origin.m_moreNotes) + "\n";
+    const std::string more = DescribeMoreSteps(origin.m_moreNotes) + end;
     if (place.m_form == EPlaceForm::Python)
         m_before.insert(0, line.substr(0, line.find_first_not_of(" \t")) + more);
     else

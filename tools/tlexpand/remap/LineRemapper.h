@@ -22,7 +22,16 @@ public:
     std::string Finish();
 
 private:
-    bool ContinuesExcerpt(const std::string& plain);
+    /// What a line of messages has to do with the excerpt of the last one.
+    enum class EExcerpt
+    {
+        Quote, ///< It quotes the output, and stays as it is.
+        Mark,  ///< It stands below such a line.
+        None
+    };
+
+    std::string RemapPlaces(const std::string& line, const std::string& plain, size_t from);
+    EExcerpt ReadExcerpt(const std::string& plain);
     void AddNotes(const std::string& line, const PlaceInLine& place, const MessageOrigin& origin);
 
     MappedOutputs& m_outputs;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A path is compared by name first; files are looked at only when the last parts are equal.
+// A path is compared by name first; files are looked at when the last parts are equal, or when the
+// path leads through a symbolic link to one whose last part is.
 #include "remap/MappedOutputs.h"
 #include "Files.h"
 #include "Utf8.h"
@@ -120,9 +121,10 @@ try
         return m_report("'" + mapPath + "' does not name its output: name it with -o");
     added->m_absolute = AbsolutePath(m_here, path);
     const std::string name = LastPart(path);
-    if (!m_byName.contains(name))
-        m_lastParts.push_back(name);
-    m_byName.emplace(name, m_outputs.size());
+    const std::string realName = LastPart(ResolvedPath(path));
+    AddName(name);
+    if (realName != name)
+        AddName(realName);
     m_outputs.push_back(std::move(added));
 }
 catch (const std::runtime_error& e)
@@ -130,7 +132,15 @@ catch (const std::runtime_error& e)
     m_report(e.what());
 }
 
-std::optional<size_t> MappedOutputs::FindAbsolute(const std::string& path) const
+/// Of the output that is added next.
+void MappedOutputs::AddName(const std::string& name)
+{
+    if (!m_byName.contains(name))
+        m_lastParts.push_back(name);
+    m_byName.emplace(name, m_outputs.size());
+}
+
+std::optional<size_t> MappedOutputs::FindByName(const std::string& path) const
 {
     const auto [first, last] = m_byName.equal_range(LastPart(path));
     for (auto named = first; named != last; ++named)
@@ -142,19 +152,28 @@ std::optional<size_t> MappedOutputs::FindAbsolute(const std::string& path) const
     return std::nullopt;
 }
 
-std::optional<size_t> MappedOutputs::Find(const std::string& path)
+/// The output at `path`, from the root; of what exists the answer is kept.
+std::optional<size_t> MappedOutputs::FindAbsolute(const std::string& path)
 {
-    if (!m_byName.contains(LastPart(path)))
-        return std::nullopt;
-    const std::string& directory = m_directories.empty() ? m_here : m_directories.back();
-    const std::string absolute = AbsolutePath(directory, path);
-    const auto known = m_known.find(absolute);
+    const auto known = m_known.find(path);
     if (known != m_known.end())
         return known->second;
-    std::optional<size_t> found = FindAbsolute(absolute);
-    if (!found && directory != m_here)
-        found = FindAbsolute(AbsolutePath(m_here, path));
-    m_known[absolute] = found;
+    std::optional<size_t> found = FindByName(path);
+    if (!found)
+        found = FindByName(ResolvedPath(path));
+    if (found || StatusOf(path))
+        m_known[path] = found;
+    return found;
+}
+
+std::optional<size_t> MappedOutputs::Find(const std::string& path)
+{
+    const std::string& directory = m_directories.empty() ? m_here : m_directories.back();
+    const std::string absolute = AbsolutePath(directory, path);
+    const std::optional<size_t> found = FindAbsolute(absolute);
+    // The commands of several directories can be mixed; but what is there is meant.
+    if (!found && directory != m_here && !StatusOf(absolute))
+        return FindAbsolute(AbsolutePath(m_here, path));
     return found;
 }
 
@@ -212,6 +231,58 @@ std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
     result.m_line = ToStdString(text);
     AddNotes(files, *origin, result);
     return result;
+}
+
+std::optional<CopiedRange> MappedOutputs::MapRange(size_t index, const OutputPlace& first,
+                                                   const OutputPlace& end)
+{
+    Output& output = *m_outputs[index];
+    if (output.m_isBroken)
+        return std::nullopt;
+    try
+    {
+        return MapRangeIn(output.m_files, first, end);
+    }
+    catch (const std::runtime_error& e)
+    {
+        output.m_isBroken = true;
+        m_report(e.what());
+        return std::nullopt;
+    }
+}
+
+std::optional<CopiedRange> MappedOutputs::MapRangeIn(MappedFiles& files, const OutputPlace& first,
+                                                     const OutputPlace& end)
+{
+    const LineTable& lines = files.Output().m_lines;
+    const auto offsetOf = [&](const OutputPlace& place)
+    {
+        return lines.Start(place.m_line) +
+               ColumnOffset(lines.Line(place.m_line), place.m_column, place.m_unit, {});
+    };
+    if (std::min(first.m_line, end.m_line) < 1 ||
+        std::max(first.m_line, end.m_line) > lines.Count())
+        return std::nullopt;
+    const ssize_t from = offsetOf(first);
+    const ssize_t to = offsetOf(end);
+    const auto origin = from < to ? files.Map().OriginOf(from) : std::nullopt;
+    for (ssize_t at = from; at < to;)
+    {
+        const auto here = files.Map().OriginOf(at);
+        if (!here || !here->IsCopied() || here->m_source != origin->m_source ||
+            here->m_offset - origin->m_offset != at - from)
+            return std::nullopt;
+        const MapPiece& piece = files.Map().PieceAt(at);
+        at = piece.m_out + piece.m_size;
+    }
+    if (!origin)
+        return std::nullopt;
+    const auto source = static_cast<ssize_t>(origin->m_source);
+    const auto begin = PlaceOf(files, {source, origin->m_offset, 1});
+    const auto behind = PlaceOf(files, {source, origin->m_offset + (to - from), 0});
+    if (!begin || !behind)
+        return std::nullopt;
+    return CopiedRange{*begin, *behind};
 }
 
 /// Nothing for a source that is no file.

@@ -55,6 +55,21 @@ enum class EColumnUnit
     Utf16
 };
 
+/// A place in an output, as a document gives it.
+struct OutputPlace
+{
+    ssize_t m_line = 0;
+    ssize_t m_column = 1;
+    EColumnUnit m_unit = EColumnUnit::Bytes;
+};
+
+/// The stretch of a source that a stretch of an output was copied from.
+struct CopiedRange
+{
+    MessagePlace m_first;
+    MessagePlace m_end; ///< Behind it.
+};
+
 /// What a message says about what stands at its place.
 struct ColumnHints
 {
@@ -85,6 +100,11 @@ public:
     std::optional<MessageOrigin> Map(size_t output, ssize_t line, std::optional<ssize_t> column,
                                      EColumnUnit unit, const ColumnHints& hints = {});
 
+    /// Where the characters from `first` up to `end` were copied from in one stretch; nothing when
+    /// they were not, or when there are none.
+    std::optional<CopiedRange> MapRange(size_t output, const OutputPlace& first,
+                                        const OutputPlace& end);
+
     /// Heeds what make and ninja say about the directory that they work in.
     void NoteDirectory(const std::string& line);
 
@@ -100,9 +120,13 @@ private:
         std::set<size_t> m_noFiles;  ///< Sources that are no files, and that were reported.
     };
 
-    std::optional<size_t> FindAbsolute(const std::string& path) const;
+    void AddName(const std::string& name);
+    std::optional<size_t> FindByName(const std::string& path) const;
+    std::optional<size_t> FindAbsolute(const std::string& path);
     std::optional<MessageOrigin> MapIn(Output& output, ssize_t line, std::optional<ssize_t> column,
                                        EColumnUnit unit, const ColumnHints& hints);
+    std::optional<CopiedRange> MapRangeIn(MappedFiles& files, const OutputPlace& first,
+                                          const OutputPlace& end);
     std::optional<MessagePlace> PlaceOf(MappedFiles& files, const SourceRange& range);
     void AddNotes(MappedFiles& files, const Origin& origin, MessageOrigin& result);
 
@@ -111,7 +135,7 @@ private:
     std::vector<std::unique_ptr<Output>> m_outputs;
     std::vector<std::string> m_lastParts;                 ///< Of their paths.
     std::multimap<std::string, size_t> m_byName;          ///< By the last part of the path.
-    std::map<std::string, std::optional<size_t>> m_known; ///< Answers of `Find`.
+    std::map<std::string, std::optional<size_t>> m_known; ///< Answers of `FindAbsolute`.
     std::vector<std::string> m_directories;               ///< That were entered, innermost last.
 };
 

@@ -158,7 +158,12 @@ std::optional<size_t> FindPath(const std::string& line, size_t from, size_t end,
             if (files.m_isKnown(line.substr(begin, end - begin)))
                 return begin;
     }
-    return std::nullopt;
+    // Any other name can be that of a link.
+    size_t begin = end;
+    while (begin > from && !CanBegin(line, begin, from))
+        --begin;
+    const bool isLink = begin < end && files.m_isKnown(line.substr(begin, end - begin));
+    return isLink ? std::optional(begin) : std::nullopt;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 // The text is read twice: up to the end of the first row, to know the columns, then as a whole.
 #include "rows/JsonRows.h"
 #include "Utf8.h"
+#include "rows/TupleWriter.h"
 #include <algorithm>
 #include <cstring>
 #include <functional>
@@ -235,15 +236,20 @@ bool ColumnReader::Close(SubString)
 class RowReader final : public JsonReader
 {
 public:
-    RowReader(SubString text, RowWriter& writer) : JsonReader(text), m_writer(writer) {}
+    RowReader(SubString text, RowWriter& writer)
+        : JsonReader(text), m_writer(writer), m_columnShapes(writer.ColumnCount())
+    {
+    }
 
 private:
     /// An array or object within a value.
     struct Group
     {
         bool m_isObject;
-        bool m_isFirst;
-        size_t m_begin; ///< Of its last value in the text.
+        ObjectShape* m_shape;               ///< Of what stands in it; null: written nowhere.
+        std::optional<TupleWriter> m_tuple; ///< Of an object that is written.
+        bool m_isFirst = true;
+        size_t m_begin = 0; ///< Of the last value of an array in the text.
     };
 
     bool Scalar(SubString source, SubString value) override;
@@ -264,6 +270,10 @@ private:
     ssize_t m_row = 0;
     size_t m_column = 0;             ///< The next one of the row.
     WrittenValue* m_value = nullptr; ///< Where values go now; null: nowhere.
+    ObjectShape** m_shape =
+        nullptr; ///< The link to that of the value at hand, if it goes anywhere.
+    ObjectShapes m_shapes;
+    std::vector<ObjectShape*> m_columnShapes;
     std::vector<Group> m_groups;
     size_t m_lists = 0; ///< Groups that are arrays.
     size_t m_tuples = 0;
@@ -282,7 +292,14 @@ bool RowReader::Scalar(SubString source, SubString value)
 bool RowReader::Key(SubString source, const std::string& name)
 {
     if (!m_groups.empty())
+    {
+        if (auto& tuple = m_groups.back().m_tuple)
+        {
+            m_value = &tuple->Begin(name, Offset(source));
+            m_shape = &tuple->MemberShape();
+        }
         return true;
+    }
     const auto column = m_writer.FindColumn(name, m_column);
     if (!column && m_writer.WantsAll())
         throw RowError("The first row has no column '" + name + "'", Offset(source));
@@ -336,43 +353,52 @@ void RowReader::BeginValue(SubString source)
     if (!m_groups.empty())
     {
         Group& group = m_groups.back();
-        if (m_value != nullptr && !std::exchange(group.m_isFirst, false))
+        if (m_value == nullptr || group.m_isObject)
+            return;
+        if (!std::exchange(group.m_isFirst, false))
             m_value->m_text += ',';
-        if (m_value != nullptr)
-            group.m_begin = m_value->m_text.size();
+        group.m_begin = m_value->m_text.size();
+        m_shape = &group.m_shape->m_element;
         return;
     }
     const bool isKnown = m_column < m_writer.ColumnCount();
     m_value = isKnown ? m_writer.AddValue(m_column, Offset(source)) : nullptr;
+    m_shape = isKnown ? &m_columnShapes[m_column] : nullptr;
     ++m_column;
 }
 
 void RowReader::OpenGroup(SubString bracket, bool isObject)
 {
     BeginValue(bracket);
-    if (m_value != nullptr)
+    Group group{isObject, m_value == nullptr ? nullptr : &m_shapes.At(*m_shape), std::nullopt};
+    if (m_value != nullptr && isObject)
+        group.m_tuple.emplace(*group.m_shape, *m_value, Offset(bracket));
+    else if (m_value != nullptr)
     {
         m_value->m_places.push_back(
             {static_cast<ssize_t>(m_value->m_text.size()), Offset(bracket)});
-        m_value->m_text += isObject ? '(' : '[';
+        m_value->m_text += '[';
     }
-    m_groups.push_back({isObject, /*m_isFirst=*/true, 0});
+    m_groups.push_back(std::move(group));
     ++(isObject ? m_tuples : m_lists);
 }
 
 void RowReader::CloseGroup()
 {
-    const Group group = m_groups.back();
+    Group group = std::move(m_groups.back());
     m_groups.pop_back();
     --(group.m_isObject ? m_tuples : m_lists);
-    if (m_value == nullptr)
+    if (group.m_tuple)
+    {
+        group.m_tuple->End();
+        m_value = &group.m_tuple->Target();
+    }
+    if (m_value == nullptr || group.m_isObject)
         return;
     std::string& text = m_value->m_text;
     // As at the end of the whole list.
     const bool lastIsEmpty = !group.m_isFirst && group.m_begin == text.size();
-    if (lastIsEmpty && !group.m_isObject)
-        text += ',';
-    text += group.m_isObject ? ')' : ']';
+    text += lastIsEmpty ? ",]" : "]";
 }
 
 ValuePlace RowReader::Place() const

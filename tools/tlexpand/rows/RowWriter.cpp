@@ -32,12 +32,12 @@ ssize_t OriginIn(const WrittenValue& value, size_t end)
     return origin;
 }
 
-std::string Counted(size_t count)
+} // namespace
+
+std::string CountedValues(size_t count)
 {
     return std::to_string(count) + (count == 1 ? " value" : " values");
 }
-
-} // namespace
 
 RowWriter::RowWriter(const std::vector<std::string>& columns, RowList& list)
     : m_wanted(columns), m_list(list), m_text("[")
@@ -97,7 +97,7 @@ std::string RowWriter::NameOf(size_t column) const
 void RowWriter::CheckCount(size_t count, ssize_t offset) const
 {
     if (count != ColumnCount())
-        throw RowError("The row has " + Counted(count) + " instead of " +
+        throw RowError("The row has " + CountedValues(count) + " instead of " +
                            std::to_string(ColumnCount()),
                        offset);
 }
@@ -119,7 +119,7 @@ void RowWriter::EndRow(ssize_t offset)
     if (m_countInRow != m_values.size())
     {
         const auto missing = std::ranges::find(m_values, false, &WrittenValue::m_isThere);
-        throw RowError("The row has " + Counted(m_countInRow) + " instead of " +
+        throw RowError("The row has " + CountedValues(m_countInRow) + " instead of " +
                            std::to_string(m_values.size()) + ": none for column " +
                            NameOf(m_sources[static_cast<size_t>(missing - m_values.begin())]),
                        offset);

@@ -81,6 +81,9 @@ private:
     std::optional<ssize_t> m_openComment; ///< Of the value, in the file, that holds the first one.
 };
 
+/// "1 value", "2 values".
+std::string CountedValues(size_t count);
+
 /// Writes one value, or throws a RowError that shows it.
 ///
 /// @param origin  Of the value in the file.

@@ -25,6 +25,11 @@ void ChainRecorder::ExpansionBegins(const ObservedExpansion& expansion)
 {
     if (m_output == nullptr)
         m_output = &expansion.m_output;
+    if (&expansion.m_output != m_output)
+        return;
+    // What an application has written itself, before or between expansions, has pieces too.
+    while (m_stepOfPiece.size() < m_output->m_pieces.m_pieces.size())
+        m_stepOfPiece.push_back(-1);
 }
 
 void ChainRecorder::InvocationBegins(const ObservedInvocation& invocation)
