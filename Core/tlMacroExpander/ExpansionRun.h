@@ -159,6 +159,12 @@ public:
     /// Where the bracket, quote or comment was opened that had no end, when the last error stood at
     /// `errorPos`, the end of the text, for that reason; else null.
     const char* OpenedAt(const char* errorPos) const;
+    /// Where the name of the Python macro stands in its definition whose code raised the last
+    /// error, which stands at the call; else null. To be asked before the next expansion.
+    const char* DefinedAt() const;
+    /// Where the element stands, in the list that was given, for which the last error, at its
+    /// `@for`, says that it can't be read as one; null when that is not known. As long.
+    const char* ElementAt() const;
 
 private:
     friend class RunState;

@@ -165,6 +165,67 @@ async function testRows(browser, colorScheme) {
   assert.deepStrictEqual(page.faults, []);
 }
 
+/// A long line scrolls to the side only where that is needed; tabs count from the line's beginning;
+/// columns are bytes.
+async function testLongLines(browser) {
+  const words = Array.from({length: 300}, (_, i) => `word${i}`).join(" ");
+  const files = {"long.tl": `@def x = {1}\n\u00e4 ${words} x end\na\tb\n\tc\n`};
+  const page = await open(browser, explain("long.html", files, "long.tl"));
+  const scrolled = side => page.$eval(`#${side}`, element => element.scrollLeft);
+  await page.$eval("#output", element => { element.scrollLeft = 800; });
+  await page.locator("#output .number").first().waitFor();
+  await page.mouse.click(900, (await page.locator("#output .row").first().boundingBox()).y + 10);
+  assert.strictEqual(await scrolled("output"), 800);
+  await piece(page, "output", "1").nth(0).waitFor();
+  await page.locator("#output .calculated, #output [data-start]", {hasText: /^1$/}).first().click();
+  assert.match(await page.textContent("#status"), /copied from long\.tl:1:11$/);
+  const far = await scrolled("output");
+  assert.ok(far > 800);
+  assert.strictEqual(await scrolled("sources"), 0);
+  // What is in view stays where it is.
+  await page.$eval("#sources", element => { element.scrollLeft = 5; });
+  await page.locator("#output [data-start]", {hasText: /^1$/}).first().click();
+  assert.strictEqual(await scrolled("output"), far);
+  assert.strictEqual(await scrolled("sources"), 5);
+  await page.locator("#output [data-start]", {hasText: "end"}).first().hover();
+  const column = 3 + words.length + 3;
+  assert.match(await page.textContent("#status"),
+               new RegExp(`copied from long\\.tl:2:${column}$`));
+  const left = async (row, text) => {
+    await page.$eval("#output", element => { element.scrollLeft = 0; });
+    return page.$$eval("#output .row .text", (rows, [index, word]) => {
+      const range = document.createRange();
+      const walker = document.createTreeWalker(rows[index], NodeFilter.SHOW_TEXT);
+      for (let node = walker.nextNode(); node; node = walker.nextNode()) {
+        const at = node.data.indexOf(word);
+        if (at >= 0) {
+          range.setStart(node, at);
+          range.setEnd(node, at + 1);
+          return range.getBoundingClientRect().left;
+        }
+      }
+      return -1;
+    }, [row, text]);
+  };
+  assert.strictEqual(await left(2, "b"), await left(3, "c"));
+  const width = (await left(3, "c") - await left(2, "a")) / 4;
+  assert.ok(width > 7 && width < 9, `a column is ${width} wide`);
+  await page.screenshot({path: "long.png"});
+  assert.deepStrictEqual(page.faults, []);
+}
+
+/// On a narrow screen the panel reads downwards.
+async function testNarrow(browser, url) {
+  const page = await open(browser, url, {viewport: {width: 420, height: 800}});
+  await piece(page, "output", "42").click();
+  const panel = await page.$eval("#details", ({scrollWidth, clientWidth, scrollHeight}) =>
+    ({scrollWidth, clientWidth, scrollHeight}));
+  assert.ok(panel.scrollWidth <= panel.clientWidth, JSON.stringify(panel));
+  assert.strictEqual(await page.evaluate(() => document.documentElement.scrollWidth), 420);
+  await page.screenshot({path: "narrow.png"});
+  assert.deepStrictEqual(page.faults, []);
+}
+
 /// docs/explain.png is the picture that this takes.
 async function testExample(browser) {
   const url = explain("example.html", {"shapes.tl": fs.readFileSync(EXAMPLE)}, "shapes.tl");
@@ -222,9 +283,8 @@ async function testChains(browser) {
     }
     for (const colorScheme of ["light", "dark"])
       await testRows(browser, colorScheme);
-    const narrow = await open(browser, url, {viewport: {width: 420, height: 800}});
-    await narrow.screenshot({path: "narrow.png"});
-    assert.deepStrictEqual(narrow.faults, []);
+    await testNarrow(browser, url);
+    await testLongLines(browser);
     const empty = await open(browser, explain("empty.html", {"empty.tl": ""}, "empty.tl"));
     await empty.locator("#output").focus();
     await empty.keyboard.press("ArrowDown");

@@ -162,4 +162,29 @@ TEST_F(DiagnosticsTest, PrintedTextComesFirst)
     EXPECT_EQ(Run({}, "@println(text)@else").err.substr(0, 24), "text\n<stdin>(1) : error ");
 }
 
+// A message that quotes the rest of the file says so, and shows how it begins and ends.
+TEST_F(DiagnosticsTest, OfAMessageWithManyLinesTheMiddleIsLeftOut)
+{
+    const auto lines = [](int from, int to)
+    {
+        std::string text;
+        for (int i = from; i <= to; ++i)
+            text += "line " + std::to_string(i) + "\n";
+        return text;
+    };
+    Write("main.tl", "@def f(x) = {x}\nf(a,\n" + lines(1, 1000));
+    const ProgramResult result = Run({"main.tl"});
+    EXPECT_EQ(result.status, 1);
+    const std::string message = result.err.substr(0, result.err.find("\n 2 | "));
+    EXPECT_EQ(message.substr(0, message.find('\n')),
+              "main.tl(2) : error : Too many arguments provided for macro f(x)");
+    Write("main.tl", "@def f(x) = {x}\nf(a\n" + lines(1, 1000));
+    const std::string err = Run({"main.tl"}).err;
+    EXPECT_EQ(err.substr(0, err.find("\n 2 | ")),
+              "main.tl(2) : error : Met EOS while reading argument a\n" + lines(1, 39) +
+                  "... (952 lines left out)\n" + lines(992, 1000));
+    Write("main.tl", "@def f(x) = {x}\nf(a\n" + lines(1, 58));
+    EXPECT_NE(Run({"main.tl"}).err.find(lines(1, 58)), std::string::npos);
+}
+
 } // namespace telv::test

@@ -156,4 +156,21 @@ TEST_F(ExplainTest, AnErrorOfTheTextLeavesTheEarlierPage)
     EXPECT_EQ(Read("page"), "earlier");
 }
 
+TEST_F(ExplainTest, TheOutputOfAMapIsNamedByTheCaller)
+{
+    Write("gen.c", Expand({"--map", "map", "--chains", "main.tl"}));
+    ExpectFailure(Run({"explain", "--from-map", "map", "-o", "page"}), 2,
+                  "tlexpand: 'map' does not name its output: name it behind it\n"
+                  "Try 'tlexpand --help' for more information.\n");
+    const Json made = PageData({"--from-map", "map", "gen.c"});
+    EXPECT_EQ(made["output"]["name"], "gen.c");
+    EXPECT_EQ(made["pieces"], PageData({"main.tl"})["pieces"]);
+    // One that was moved is found too.
+    Expand({"-o", "out", "--map", "map", "main.tl"});
+    std::filesystem::rename(Path("out"), Path("moved"));
+    EXPECT_EQ(PageData({"--from-map", "map", "moved"})["output"]["name"], "moved");
+    ExpectFailure(Run({"explain", "--from-map", "map", "main.tl", "-o", "page"}), 2,
+                  "tlexpand: 'map' does not fit 'main.tl': the file has 52 bytes, the map 36\n");
+}
+
 } // namespace telv::test

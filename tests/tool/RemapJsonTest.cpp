@@ -265,4 +265,73 @@ TEST_F(RemapTest, FixesInSarifStayForOtherFiles)
     expected = Replace(expected, "\"startLine\":2}}}],\"fixes\"", "\"startLine\":3}}}],\"fixes\"");
     EXPECT_EQ(text, expected);
 }
+/// A SARIF document with one location.
+static std::string SarifAt(const std::string& artifact, const std::string& region,
+                           const std::string& run = "")
+{
+    return R"({"runs":[{)" + run +
+           R"("results":[{"message":{},"locations":[{"physicalLocation":{"artifactLocation":)" +
+           artifact + R"(,"region":)" + region + "}}]}]}]}\n";
+}
+
+// The end stays where what lies between it and the beginning was copied in one.
+TEST_F(RemapTest, EndsOfRegionsInSarif)
+{
+    Generate();
+    const auto expect =
+        [this](const std::string& region, const std::string& file, const std::string& mapped)
+    {
+        EXPECT_EQ(Filter(SarifAt(R"({"uri":"gen.cpp"})", region)),
+                  SarifAt(R"({"uri":")" + file + R"("})", mapped));
+    };
+    // int ok = bad_in_text;
+    expect(R"({"startLine":1,"startColumn":10,"endColumn":21})", "main.tl",
+           R"({"startLine":2,"startColumn":10,"endColumn":21})");
+    expect(R"({"startLine":1,"startColumn":10,"endLine":1,"endColumn":21})", "main.tl",
+           R"({"startLine":2,"startColumn":10,"endLine":2,"endColumn":21})");
+    // int x = bad_in_body; in which x is the argument.
+    expect(R"({"startLine":2,"startColumn":9,"endColumn":20})", "lib.tl",
+           R"({"startLine":3,"startColumn":13,"endColumn":24})");
+    expect(R"({"startLine":2,"startColumn":5,"endColumn":20})", "main.tl",
+           R"({"startLine":3,"startColumn":6})");
+    expect(R"({"startLine":2,"startColumn":1,"endColumn":20})", "lib.tl",
+           R"({"startLine":3,"startColumn":5,"endColumn":24})");
+    // int c = bad_calculated;
+    expect(R"({"startLine":10,"startColumn":9,"endColumn":23})", "main.tl",
+           R"({"startLine":11,"startColumn":9})");
+}
+
+TEST_F(RemapTest, BasesOfUrisInSarif)
+{
+    std::filesystem::create_directories(Path("out/deep"));
+    Expand({"-o", "out/deep/gen.cpp", "--map", "gen.map", "main.tl"});
+    const std::string here = "file://" + std::filesystem::canonical(Path(".")).string() + "/";
+    const auto bases = [](const std::string& base)
+    {
+        return R"("originalUriBaseIds":{"ROOT":)" + base +
+               R"(,"OUT":{"uri":"out","uriBaseId":"ROOT"}},)";
+    };
+    const std::string root = bases(R"({"uri":")" + here + R"("})");
+    const auto expect =
+        [this](const std::string& run, const std::string& from, const std::string& to)
+    {
+        EXPECT_EQ(Run({"remap", "gen.map"}, SarifAt(from, R"({"startLine":1})", run)).out,
+                  SarifAt(to, R"({"startLine":2})", run));
+    };
+    expect(root, R"({"uri":"out/deep/gen.cpp","uriBaseId":"ROOT"})",
+           R"({"uri":"main.tl","uriBaseId":"ROOT"})");
+    // The source lies not below the base: it is named whole.
+    expect(root, R"({"uri":"deep/gen.cpp","uriBaseId":"OUT"})",
+           R"({"uri":")" + here + R"(main.tl"})");
+    // A base that is not said is the current directory.
+    expect("", R"({"uri":"out/deep/gen.cpp","uriBaseId":"%SRCROOT%"})",
+           R"({"uri":"main.tl","uriBaseId":"%SRCROOT%"})");
+    expect("", R"({"uri":"out/deep/gen.cpp"})", R"({"uri":"main.tl"})");
+    // Bases that are relative to each other are none.
+    const std::string ring = bases(R"({"uri":"x/","uriBaseId":"OUT"})");
+    const std::string lost =
+        SarifAt(R"({"uri":"y/gen.cpp","uriBaseId":"ROOT"})", R"({"startLine":1})", ring);
+    EXPECT_EQ(Run({"remap", "gen.map"}, lost).out, lost);
+}
+
 } // namespace telv::test

@@ -552,4 +552,33 @@ TEST_F(RemapTest, AMissingSourceIsReported)
     EXPECT_EQ(result.status, 2);
 }
 
+TEST_F(RemapTest, UrisInTextAreNamedWhole)
+{
+    Generate("gen.cpp", {"--chains"});
+    const std::string here = "file://" + std::filesystem::canonical(Path(".")).string() + "/";
+    EXPECT_EQ(Filter("at " + here + "gen.cpp:1:10 and (" + here + "gen.cpp:1)\n"),
+              "at " + here + "main.tl:2:10 and (" + here + "main.tl:2)\n");
+    EXPECT_EQ(Filter(here + "gen.cpp:2:9: error: x\n"),
+              here + "lib.tl:3:13: error: x\n" + here +
+                  "main.tl:3:1: note: in expansion of macro 'pair'\n");
+    EXPECT_EQ(Filter("http://gen.cpp:1\n"), "http://gen.cpp:1\n");
+}
+
+// On Linux a backslash is a character like any other.
+TEST_F(RemapTest, DirectoriesWithABackslash)
+{
+    std::filesystem::create_directories(Path("a\\b/c"));
+    Write("a\\b/main.tl", "@def x = 1\nint ok = bad;\n");
+    const std::string message = ":1:10: error: x\n";
+    Expand({"-o", "a\\b/c/gen.cpp", "--map", "a\\b/gen.map", "a\\b/main.tl"});
+    EXPECT_EQ(Run({"remap", "a\\b/gen.map"}, "a\\b/c/gen.cpp" + message).out,
+              "a\\b/main.tl:2:10: error: x\n");
+    EXPECT_EQ(RunShell("cd 'a\\b/c' && echo 'gen.cpp:1:10: error: x' | \"$TLEXPAND\" remap "
+                       "../gen.map")
+                  .out,
+              "../main.tl:2:10: error: x\n");
+    EXPECT_EQ(Run({"where", "a\\b/gen.map", "a\\b/c/gen.cpp:1:10"}).out.substr(0, 15),
+              "a\\b/main.tl:2:1");
+}
+
 } // namespace telv::test

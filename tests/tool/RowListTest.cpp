@@ -410,4 +410,39 @@ TEST_F(RowListTest, DepthAndWidthAreNoDanger)
                 "2) : error : The row has 1000001 values instead of 1000000");
 }
 
+// The comment would take the rest of the list out of the text.
+TEST_F(RowListTest, ACommentThatWouldGoOnBehindTheValueIsRefused)
+{
+    const std::string reason = "\n    the comment that @// begins would go on behind it";
+    for (const std::string value : {"@//", "a @// b"})
+    {
+        Write("a.csv", "a,b\n1,x\n" + value + ",y\n");
+        const ProgramResult result = Run({"--list", "rows=a.csv", "-"}, "rows");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err.substr(0, result.err.find("\n 3 | ")),
+                  "a.csv(3) : error : " + s_cantBeWritten + value + reason);
+    }
+    EXPECT_EQ(Csv("a,b\n\"x @// y\nz\",1\n"), "[(xz,1)]");
+    EXPECT_EQ(Csv("a,b\nx @/* y */ z,1\n"), "[(xz,1)]");
+}
+
+// What a macro makes of a value is seen when the loop cuts the list.
+TEST_F(RowListTest, ARowThatIsNoElementAnyMoreIsNamed)
+{
+    const auto expect = [this](const std::string& value, const std::string& place)
+    {
+        Write("a.csv", "a,b\n1,one\n2,two\n" + value + ",three\n4,four\n");
+        Write("main.tl", "@def pair = {x, y}\n@def open = {(}\n@def close = {)}\n"
+                         "@for((a, b) in rows){a=b }\n");
+        const ProgramResult result = Run({"--list", "rows=a.csv", "main.tl"});
+        EXPECT_EQ(result.status, 1) << value;
+        EXPECT_EQ(result.err.substr(0, 11), "main.tl(4) ") << result.err;
+        EXPECT_NE(result.err.find("\nelement at " + place + "\n"), std::string::npos) << result.err;
+    };
+    expect("pair", "a.csv(4)");
+    expect("\"@(\"\"x,y\"\")\"", "a.csv(4)");
+    expect("open", "a.csv(4)");
+    expect("@def v = 5", "a.csv(4)");
+}
+
 } // namespace telv::test

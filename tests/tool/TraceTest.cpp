@@ -139,4 +139,17 @@ TEST_F(TraceTest, FullDisk)
     EXPECT_EQ(Names(), "");
 }
 
+// What options define is told before the text begins, in their order.
+TEST_F(TraceTest, DefinitionsOfOptions)
+{
+    Write("rows.csv", "a,b\n1,one\n");
+    Write("main.tl", "x\n");
+    Expand({"--trace", "trace", "-o", "out", "-D", "ROOT=/usr", "--list", "rows=rows.csv", "-E",
+            "@def f = {y}", "-D", "LAST=", "main.tl"});
+    EXPECT_EQ(Read("trace"), "define $ROOT = /usr at <command line>\n"
+                             "define rows = [(1,one)] at rows.csv(1)\n"
+                             "define f = y at <command line>(1)\n"
+                             "define $LAST =  at <command line>\n");
+}
+
 } // namespace telv::test

@@ -370,4 +370,15 @@ TEST_F(WhereTest, ShowsTheChain)
                                    "imported as 'main.tl'\n");
 }
 
+// The output may take the place of its source; then the map speaks of what was there.
+TEST_F(WhereTest, ASourceThatWasReplacedByItsOutputIsSeen)
+{
+    Write("same.tl", "@def x = {1}\nx\n");
+    Expand({"-o", "same.tl", "--map", "same.map", "same.tl"});
+    EXPECT_EQ(Read("same.tl"), "1\n");
+    ExpectFailure(Run({"where", "same.map", "same.tl:1:1"}), 2,
+                  "tlexpand: 'same.map' does not fit 'same.tl' and 'same.tl': one of them has "
+                  "changed since it was written\n");
+}
+
 } // namespace telv::test

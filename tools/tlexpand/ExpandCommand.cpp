@@ -107,6 +107,7 @@ private:
     void ExpandUnchanged();
     void ExpandObserved();
     void Expand();
+    void Define(const Definition& definition);
     void Warn(const ExpansionWarning& warning);
     void RefuseInputs() const;
     WrittenOutput Written() const;
@@ -215,21 +216,8 @@ void ExpandCommand::Expand()
         m_observers.Add(m_recorder.emplace(&output));
     if (!m_observers.IsEmpty())
         m_run.SetObserver(&m_observers);
-    for (const Definition& definition : m_options.m_definitions)
-    {
-        switch (definition.m_kind)
-        {
-        case Definition::EKind::DollarMacro:
-            m_handler.Define(definition.m_name, definition.m_value);
-            break;
-        case Definition::EKind::Text:
-            m_handler.Evaluate(definition.m_value);
-            break;
-        case Definition::EKind::List:
-            m_handler.DefineList(definition.m_name, definition.m_rows);
-            break;
-        }
-    }
+    std::ranges::for_each(m_options.m_definitions,
+                          [this](const Definition& definition) { Define(definition); });
     if (m_options.NeedsPieces())
         m_run.m_mappedOutput = &output;
     m_handler.ExpandMain(m_options.m_srcIndent, m_options.m_dstIndent, output,
@@ -242,6 +230,26 @@ void ExpandCommand::Expand()
     m_edits = MakeRemovals(m_text.Removed());
     if (m_recorder)
         m_chains = MakeOutputChains(*m_recorder, m_sources);
+}
+
+void ExpandCommand::Define(const Definition& definition)
+{
+    std::string name = definition.m_name;
+    SubString value = ViewOf(definition.m_value);
+    switch (definition.m_kind)
+    {
+    case Definition::EKind::DollarMacro:
+        m_handler.Define(definition.m_name, definition.m_value);
+        name.insert(0, 1, '$');
+        break;
+    case Definition::EKind::Text:
+        return m_handler.Evaluate(definition.m_value); // which tells by itself
+    case Definition::EKind::List:
+        value = m_handler.DefineList(definition.m_name, definition.m_rows);
+        break;
+    }
+    if (m_options.m_trace)
+        m_trace.DefinedByOption(name, value);
 }
 
 WrittenOutput ExpandCommand::Written() const

@@ -39,9 +39,10 @@ int RunExplainMapCommand(const ExpandOptions& options)
 {
     OutputSet outputs;
     OutputFile* const file = outputs.Add(options.m_output);
-    MappedFiles files(*options.m_fromMap, "");
+    MappedFiles files(*options.m_fromMap, options.m_file);
     if (files.OutputPath().empty())
-        throw UsageError("'" + *options.m_fromMap + "' does not name its output");
+        throw UsageError("'" + *options.m_fromMap +
+                         "' does not name its output: name it behind it");
     RefuseInputs(outputs, files);
     const Page page = MakePage(files);
     outputs.SetContent(file, [&](ByteSink& sink) { WritePage(sink, page); });

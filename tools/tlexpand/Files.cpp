@@ -320,6 +320,15 @@ bool IsSameFile(const std::string& a, const std::string& b)
 
 std::string JoinPath(const std::string& directory, const std::string& name)
 {
+    const std::filesystem::path joined(directory.empty() ? name : directory + "/" + name);
+    std::string normal = joined.lexically_normal().string();
+    if (normal.size() > 1 && normal.ends_with('/'))
+        normal.pop_back();
+    return normal;
+}
+
+std::string JoinImportPath(const std::string& directory, const std::string& name)
+{
     xstring joined(ViewOf(directory.empty() ? name : directory + "/" + name));
     NormalisePath(joined);
     return ToStdString(joined);
@@ -333,9 +342,10 @@ std::string ResolvedPath(const std::string& path)
 
 std::string RelativePath(const std::string& from, const std::string& to)
 {
-    xstring path;
-    CalcRelativePath(ViewOf(from), ViewOf(to), path);
-    return ToStdString(path);
+    const std::string target = JoinPath("", to);
+    const std::string way =
+        std::filesystem::path(target).lexically_relative(JoinPath("", from)).string();
+    return way.empty() ? target : way;
 }
 
 } // namespace telv::tool

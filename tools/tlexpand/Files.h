@@ -150,6 +150,8 @@ std::string AbsolutePath(const std::string& path);
 
 /// `name` in `directory`, normalised; without a leading "./".
 std::string JoinPath(const std::string& directory, const std::string& name);
+/// The same for what a text imports, in which backslashes are slashes.
+std::string JoinImportPath(const std::string& directory, const std::string& name);
 
 /// The path without symbolic links; `path` itself when it leads nowhere.
 std::string ResolvedPath(const std::string& path);

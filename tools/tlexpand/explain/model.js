@@ -3,7 +3,9 @@
 "use strict";
 
 const KINDS = ["copied", "calculated", "indentation", "made"];
-const LONGEST_ROW = 400;
+// A line can be the whole text, and a row has all its elements.
+const LONGEST_ROW = 2000;
+const UTF8 = new TextEncoder();
 
 /// The last index of the sorted array whose value is at most `value`; -1 when there is none.
 function lastAtMost(sorted, value) {
@@ -128,21 +130,32 @@ class TextRows {
     for (let start = begin; start < end; ++line) {
       const feed = this.text.indexOf("\n", start);
       const next = feed < 0 || feed >= end ? end : feed + 1;
-      for (let row = start; row < next; row += LONGEST_ROW)
-        this.rows.push({file, start: row, end: Math.min(row + LONGEST_ROW, next),
-                        line: row === start ? line : 0});
+      for (let row = start; row < next;) {
+        const rowEnd = this.endOfRow(row, next);
+        this.rows.push({file, start: row, end: rowEnd, line: row === start ? line : 0});
+        row = rowEnd;
+      }
       start = next;
     }
   }
 
+  /// No character of two units is cut.
+  endOfRow(begin, next) {
+    const end = begin + LONGEST_ROW;
+    if (end >= next)
+      return next;
+    return /[\ud800-\udbff]/.test(this.text[end - 1]) ? end - 1 : end;
+  }
+
   rowAt(offset) { return lastAtMost(this.starts, offset); }
 
-  /// "NAME:LINE:COLUMN" of an offset; the column counts from 1.
+  /// "NAME:LINE:COLUMN" of an offset; the column counts bytes from 1, as it does in messages.
   place(offset, names) {
     let row = this.rowAt(offset);
     while (row > 0 && this.rows[row].line === 0)
       --row;
     const found = this.rows[row];
-    return `${names[found.file]}:${found.line}:${offset - found.start + 1}`;
+    const before = UTF8.encode(this.text.slice(found.start, offset)).length;
+    return `${names[found.file]}:${found.line}:${before + 1}`;
   }
 }

@@ -70,12 +70,14 @@ class Pane {
     }
     const number = document.createElement("span");
     number.className = "number";
-    number.textContent = row.line || "";
-    element.append(number);
+    number.textContent = row.line || "\u21b3"; // The line goes on.
+    const text = document.createElement("span");
+    text.className = "text";
+    element.append(number, text);
     let start = row.start;
     for (let i = lastAtMost(this.cut, start) + 1; start < row.end; ++i) {
       const end = Math.min(i < this.cut.length ? this.cut[i] : row.end, row.end);
-      element.append(this.makeSegment(start, end));
+      text.append(this.makeSegment(start, end));
       start = end;
     }
     return element;
@@ -116,10 +118,23 @@ class Pane {
     const {scrollTop, clientHeight} = this.element;
     if (top < scrollTop + ROW_HEIGHT || top > scrollTop + clientHeight - 2 * ROW_HEIGHT)
       this.element.scrollTop = top - clientHeight / 3;
-    const column = offset - this.rows.rows[row].start;
-    const wanted = column * 7.8 - this.element.clientWidth / 2;
-    this.element.scrollLeft = wanted > 0 ? wanted : 0;
     this.render();
+    this.revealAcross(this.shown.get(row), offset);
+  }
+
+  /// The same to the left and right, where the row goes on; what is in view stays where it is.
+  revealAcross(row, offset) {
+    const isThere = segment =>
+      Number(segment.dataset.start) <= offset && offset < Number(segment.dataset.end);
+    const segment = [...row.querySelectorAll("[data-start]")].find(isThere);
+    if (!segment)
+      return;
+    const {scrollLeft, clientWidth} = this.element;
+    const gutter = row.firstChild.offsetWidth;
+    const left = segment.offsetLeft + segment.offsetParent.offsetLeft;
+    const right = left + Math.min(segment.offsetWidth, clientWidth / 2);
+    if (left - gutter < scrollLeft || right > scrollLeft + clientWidth)
+      this.element.scrollLeft = right <= clientWidth ? 0 : left - clientWidth / 2;
   }
 
   /// The place after the current one: by segment, or by row.

@@ -132,7 +132,7 @@ void FileImportHandler::Define(const std::string& name, const std::string& value
     m_prelude.Define(xstring(ViewOf(name)), xstring(ViewOf(value)));
 }
 
-void FileImportHandler::DefineList(const std::string& name, const RowListOption& rows)
+SubString FileImportHandler::DefineList(const std::string& name, const RowListOption& rows)
 {
     Input& input = *m_inputs.emplace_back(std::make_unique<Input>());
     input.m_rows = std::make_unique<RowList>();
@@ -153,6 +153,7 @@ void FileImportHandler::DefineList(const std::string& name, const RowListOption&
     input.m_path = rows.m_file;
     input.m_paths.push_back(rows.m_file);
     m_prelude.DefineMacro(ViewOf(input.m_listName), list.m_text);
+    return list.m_text;
 }
 
 void FileImportHandler::Evaluate(const std::string& text)
@@ -219,7 +220,7 @@ std::string FileImportHandler::ExpandName(const xstring& name, const char* pos) 
 static std::optional<std::string> FindIn(const std::string& directory, const std::string& name)
 {
     for (std::string (*const join)(const std::string&, const std::string&) :
-         {InDirectory, JoinPath})
+         {InDirectory, JoinImportPath})
         if (std::string path = join(directory, name); IsRegularFile(path))
             return path;
     return std::nullopt;
@@ -299,7 +300,7 @@ try
         return known;
     }
     const FileStamp stamp(status);
-    const std::string name = path.starts_with('/') ? path : JoinPath("", path);
+    const std::string name = path.starts_with('/') ? path : JoinImportPath("", path);
     Input& input = AddInput(name, ReadImport(path, fd.Get(), status), importPos);
     input.m_path = path;
     Know(input, stamp);
@@ -457,7 +458,7 @@ void FileImportHandler::NotePath(Input& input, int fd, const std::string& path)
         HoldToEnd(*noted);
     const auto leadsToIt = [&](const std::string& name)
     { return LeadsTo(name, *input.m_identity); };
-    const std::string normalised = path.starts_with('/') ? path : JoinPath("", path);
+    const std::string normalised = path.starts_with('/') ? path : JoinImportPath("", path);
     input.m_paths.push_back(leadsToIt(normalised) ? normalised : path);
     if (const std::string real = RealPath(fd, path); leadsToIt(real))
         input.m_paths.push_back(real);

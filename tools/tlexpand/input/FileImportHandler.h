@@ -56,10 +56,11 @@ public:
     /// Adds a dollar macro that every file sees.
     void Define(const std::string& name, const std::string& value);
     /// Adds a macro that every file sees: a list of rows of data, which count as an imported file.
+    /// The text of the list, which lives as long as this object.
     ///
     /// @throws FileError  The file can't be read.
     /// @throws DataError  Its data can't be made a list.
-    void DefineList(const std::string& name, const RowListOption& rows);
+    SubString DefineList(const std::string& name, const RowListOption& rows);
     /// Expands a text of the command line whose definitions every file sees.
     void Evaluate(const std::string& text);
 

@@ -123,7 +123,7 @@ bool ProjectReader::FindImport(const xstring& name, xstring& path)
         return true;
     for (const std::string& directory : m_options.m_importPaths)
     {
-        const std::string candidate = JoinPath(directory, ToStdString(name));
+        const std::string candidate = JoinImportPath(directory, ToStdString(name));
         if (!IsRegularFile(candidate))
             continue;
         path = xstring(ViewOf(candidate));

@@ -87,14 +87,15 @@ error or a file that cannot be read or written.
 std::string ExplainHelp()
 {
     return R"(Usage: tlexpand explain [OPTIONS] [FILE]
-       tlexpand explain [OPTIONS] --from-map MAP
+       tlexpand explain [OPTIONS] --from-map MAP [OUTPUT]
 
 Expands FILE ('-' or none: standard input) and writes a page for a browser that shows the
 sources beside the output: what belongs together lights up. It needs nothing else.
 
 Options:
   -o, --output PAGE        write the page to PAGE (default: standard output)
-      --from-map MAP       show the output of an earlier expansion, with the map of --map
+      --from-map MAP       show the output of an earlier expansion, with the map of --map;
+                           OUTPUT where it is, if not where the map says
 )" + std::string(s_textOptions) +
            s_pythonOptions + s_limitOptions + s_lastOptions;
 }

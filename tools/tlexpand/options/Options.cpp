@@ -195,9 +195,7 @@ ExpandOptions ParseExplainOptions(int argc, char** argv)
         argc, argv, {s_commonRows<ExpandOptions>, s_textRows, s_explainRows});
     options.m_isExplained = true;
     RefuseMoreFiles(options);
-    if (options.m_fromMap && !options.m_file.empty())
-        throw UsageError("with --from-map there is no file to expand");
-    if (options.m_file.empty())
+    if (options.m_file.empty() && !options.m_fromMap)
         options.m_file = s_standardStream;
     return options;
 }

@@ -76,8 +76,9 @@ struct ExpandOptions : CommonOptions
     std::optional<std::string> m_lineFormat; ///< Of line directives; without it there are none.
     std::optional<std::string> m_sourceMap;
     bool m_sourceMapContents = false;
-    bool m_isExplained = false;           ///< The output is a page that shows text and sources.
-    std::optional<std::string> m_fromMap; ///< The page is made for this map, without an expansion.
+    bool m_isExplained = false; ///< The output is a page that shows text and sources.
+    /// The page is made for this map, without an expansion; the file, if any, is then the output.
+    std::optional<std::string> m_fromMap;
     std::optional<std::string> m_depfile;
     std::optional<std::string> m_trace;
     std::optional<std::string> m_depfileTarget; ///< Else the output.

@@ -5,6 +5,7 @@
 #include "remap/JsonRemapper.h"
 #include "Files.h"
 #include "map/ChainText.h"
+#include "remap/FileUri.h"
 #include <limits>
 #include <nlohmann/json.hpp>
 
@@ -239,52 +240,7 @@ void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUn
                                        {"locations", Json::array()}});
 }
 
-int HexDigit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-constexpr const char* s_fileScheme = "file://";
-
-/// The path of a URI: a relative one, or one of a file.
-std::string PathOfUri(const std::string& uri)
-{
-    std::string path;
-    const std::string escaped = uri.starts_with(s_fileScheme) ? uri.substr(7) : uri;
-    for (size_t i = 0; i < escaped.size(); ++i)
-    {
-        const bool isEscape = escaped[i] == '%' && i + 2 < escaped.size() &&
-                              HexDigit(escaped[i + 1]) >= 0 && HexDigit(escaped[i + 2]) >= 0;
-        path += isEscape
-                    ? static_cast<char>(HexDigit(escaped[i + 1]) * 16 + HexDigit(escaped[i + 2]))
-                    : escaped[i];
-        i += isEscape ? 2 : 0;
-    }
-    return path;
-}
-
-std::string UriOfPath(const std::string& path)
-{
-    static const char s_digits[] = "0123456789ABCDEF";
-    static const std::string s_plain = "-._~/!$&'()*+,;=@";
-    std::string uri;
-    for (const char c : path)
-    {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isPlain = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') ||
-                             (c >= 'A' && c <= 'Z') || s_plain.find(c) != std::string::npos;
-        if (isPlain)
-            uri += c;
-        else
-            uri += std::string("%") + s_digits[byte >> 4] + s_digits[byte & 15];
-    }
-    return uri;
-}
-
-/// SARIF: {"artifactLocation":{"uri":U,"index":I},"region":{...}}, in each run.
+/// SARIF: {"artifactLocation":{"uri":U,"uriBaseId":B,"index":I},"region":{...}}, in each run.
 class SarifRemapper
 {
 public:
@@ -306,15 +262,30 @@ public:
     }
 
 private:
+    /// How a location names its file: what it is replaced by, and what is said about it, does so
+    /// too then.
+    struct Naming
+    {
+        std::string m_path;        ///< What it names, from here or from the root.
+        bool m_isAbsolute = false; ///< It is a URI with a scheme.
+        std::string m_baseId;      ///< Of the directory that it is relative to; or empty.
+        std::string m_base;        ///< That directory, with a slash; empty when it is not known.
+    };
+
     void RemapPart(Json& value);
     void RemapResult(Json& result);
     void EraseFixes(Json& result);
     bool IsMapped(const Json& fix);
     std::optional<MessageOrigin> OriginOf(const Json& location);
-    std::string UriOf(const Json& artifact) const;
-    bool IsAbsolute(const Json& location) const;
+    Json ArtifactOf(const Json& artifact) const;
+    std::string BaseOf(const std::string& id) const;
+    Naming NamingOf(const Json& location) const;
+    static Json NameArtifact(const std::string& path, const Naming& naming);
     void RemapLocation(Json& location);
-    void Place(Json& location, const MessagePlace& place, bool isAbsolute);
+    void Place(Json& location, const MessagePlace& place, const Naming& naming) const;
+    std::optional<MessagePlace> EndOf(const Json& location);
+    void PlaceEnd(Json& region, const Json& before, const MessagePlace& begin,
+                  const MessagePlace& end) const;
 
     MappedOutputs& m_outputs;
     Json* m_run = nullptr;
@@ -349,7 +320,7 @@ void SarifRemapper::RemapResult(Json& result)
     const auto origin = OriginOf(first["physicalLocation"]);
     if (!origin)
         return;
-    const bool isAbsolute = IsAbsolute(first["physicalLocation"]);
+    const Naming naming = NamingOf(first["physicalLocation"]);
     for (const MessageNote& note : origin->m_notes)
     {
         Json related = {{"message", {{"text", note.m_text}}}};
@@ -357,7 +328,7 @@ void SarifRemapper::RemapResult(Json& result)
         {
             related["physicalLocation"] = {{"artifactLocation", Json::object()},
                                            {"region", Json::object()}};
-            Place(related["physicalLocation"], note.m_place, isAbsolute);
+            Place(related["physicalLocation"], note.m_place, naming);
         }
         result["relatedLocations"].push_back(related);
         m_isChanged = true;
@@ -402,25 +373,44 @@ bool SarifRemapper::IsMapped(const Json& fix)
     return false;
 }
 
-/// The name itself, or that of the artifact that an index means.
-std::string SarifRemapper::UriOf(const Json& artifact) const
+/// The location itself, or that of the artifact that its index means.
+Json SarifRemapper::ArtifactOf(const Json& artifact) const
 {
-    std::string uri = TextIn(artifact, "uri");
     const auto index = NumberIn(artifact, "index");
-    if (!uri.empty() || !index || !m_run->contains("artifacts"))
-        return uri;
+    if (!TextIn(artifact, "uri").empty() || !index || !m_run->contains("artifacts"))
+        return artifact;
     const Json& artifacts = (*m_run)["artifacts"];
     const auto number = static_cast<size_t>(*index);
     if (*index < 0 || number >= artifacts.size() || !artifacts[number].contains("location"))
-        return uri;
-    return TextIn(artifacts[number]["location"], "uri");
+        return artifact;
+    return artifacts[number]["location"];
+}
+
+/// The directory that the run gives this name, with a slash; empty when it gives none. Names can be
+/// relative to others.
+std::string SarifRemapper::BaseOf(const std::string& id) const
+{
+    constexpr int most = 8; // of names relative to others
+    std::string path;
+    std::string next = id;
+    const auto bases = m_run->find("originalUriBaseIds");
+    for (int i = 0; i < most && bases != m_run->end() && bases->contains(next); ++i)
+    {
+        const Json& base = (*bases)[next];
+        const std::string uri = TextIn(base, "uri");
+        path.insert(0, PathOfUri(uri));
+        next = TextIn(base, "uriBaseId");
+        if (uri.starts_with(s_fileScheme) || next.empty())
+            return path.empty() || path.ends_with('/') ? path : path + "/";
+    }
+    return std::string();
 }
 
 std::optional<MessageOrigin> SarifRemapper::OriginOf(const Json& location)
 {
     if (!location.contains("artifactLocation") || !location.contains("region"))
         return std::nullopt;
-    const auto output = m_outputs.Find(PathOfUri(UriOf(location["artifactLocation"])));
+    const auto output = m_outputs.Find(NamingOf(location).m_path);
     const auto line = NumberIn(location["region"], "startLine");
     if (!output || !line)
         return std::nullopt;
@@ -432,30 +422,90 @@ void SarifRemapper::RemapLocation(Json& location)
     const auto origin = OriginOf(location);
     if (!origin || !origin->IsInFile())
         return;
-    const bool isAbsolute = IsAbsolute(location);
+    const auto end = origin->m_isCopied ? EndOf(location) : std::nullopt;
+    const Naming naming = NamingOf(location);
+    const Json before = location["region"];
     m_isChanged = true;
     location.erase("contextRegion");
-    Place(location, origin->m_place, isAbsolute);
+    Place(location, origin->m_place, naming);
+    if (end)
+        PlaceEnd(location["region"], before, origin->m_place, *end);
 }
 
-/// Whether a location names its file whole: what it is replaced by, and what is said about it,
-/// does so too then.
-bool SarifRemapper::IsAbsolute(const Json& location) const
+SarifRemapper::Naming SarifRemapper::NamingOf(const Json& location) const
 {
-    return UriOf(location["artifactLocation"]).starts_with(s_fileScheme);
+    const Json artifact = ArtifactOf(location["artifactLocation"]);
+    const std::string uri = TextIn(artifact, "uri");
+    Naming naming;
+    naming.m_path = PathOfUri(uri);
+    naming.m_isAbsolute = uri.starts_with(s_fileScheme);
+    if (naming.m_isAbsolute)
+        return naming;
+    naming.m_baseId = TextIn(artifact, "uriBaseId");
+    naming.m_base = BaseOf(naming.m_baseId);
+    naming.m_path.insert(0, naming.m_base);
+    return naming;
 }
 
-/// The end of a region can come from elsewhere than its beginning, so only this is kept.
-void SarifRemapper::Place(Json& location, const MessagePlace& place, bool isAbsolute)
+/// A name relative to the same directory, where the file lies in it; else the whole one.
+Json SarifRemapper::NameArtifact(const std::string& path, const Naming& naming)
 {
-    std::string uri = UriOfPath(isAbsolute ? ResolvedPath(place.m_path) : place.m_path);
-    if (isAbsolute)
-        uri.insert(0, s_fileScheme);
-    location["artifactLocation"] = {{"uri", uri}};
+    const bool isBaseKnown = !naming.m_base.empty();
+    if (!naming.m_isAbsolute && !isBaseKnown)
+    {
+        Json artifact = {{"uri", UriOfPath(path)}};
+        if (!naming.m_baseId.empty() && !path.starts_with('/') && !path.starts_with("../"))
+            artifact["uriBaseId"] = naming.m_baseId;
+        return artifact;
+    }
+    const std::string whole = ResolvedPath(path);
+    const std::string base = isBaseKnown ? ResolvedPath(naming.m_base) + "/" : std::string();
+    if (isBaseKnown && whole.starts_with(base))
+        return {{"uri", UriOfPath(whole.substr(base.size()))}, {"uriBaseId", naming.m_baseId}};
+    return {{"uri", s_fileScheme + UriOfPath(whole)}};
+}
+
+void SarifRemapper::Place(Json& location, const MessagePlace& place, const Naming& naming) const
+{
+    location["artifactLocation"] = NameArtifact(place.m_path, naming);
     const bool hasColumn = location["region"].contains("startColumn") || location["region"].empty();
     location["region"] = {{"startLine", place.m_line}};
     if (hasColumn)
         location["region"]["startColumn"] = ColumnIn(place, m_unit);
+}
+
+/// Where the last character of a region comes from, if it was copied.
+std::optional<MessagePlace> SarifRemapper::EndOf(const Json& location)
+{
+    const Json& region = location["region"];
+    const auto line = NumberIn(region, region.contains("endLine") ? "endLine" : "startLine");
+    const auto behind = NumberIn(region, "endColumn");
+    if (!line || !behind || *behind < 2)
+        return std::nullopt;
+    const auto output = m_outputs.Find(NamingOf(location).m_path);
+    const auto last = output ? m_outputs.Map(*output, *line, *behind - 1, m_unit) : std::nullopt;
+    return last && last->IsInFile() && last->m_isCopied ? std::optional(last->m_place)
+                                                        : std::nullopt;
+}
+
+/// Adds the end to a region where it is as far from the beginning as it was `before`; elsewhere the
+/// two were put side by side by the expansion, and what is between them in the source is not meant.
+/// `end` is the last character.
+void SarifRemapper::PlaceEnd(Json& region, const Json& before, const MessagePlace& begin,
+                             const MessagePlace& end) const
+{
+    const ssize_t startLine = NumberIn(before, "startLine").value_or(1);
+    const ssize_t lines = NumberIn(before, "endLine").value_or(startLine) - startLine;
+    if (end.m_path != begin.m_path || end.m_line - begin.m_line != lines)
+        return;
+    const ssize_t behind = ColumnIn(end, m_unit) + 1;
+    const ssize_t startColumn = NumberIn(before, "startColumn").value_or(1);
+    const ssize_t width = NumberIn(before, "endColumn").value_or(1) - startColumn;
+    if (lines == 0 && behind - ColumnIn(begin, m_unit) != width)
+        return;
+    if (before.contains("endLine"))
+        region["endLine"] = end.m_line;
+    region["endColumn"] = behind;
 }
 
 bool HasGccMessages(const Json& document)

@@ -4,7 +4,9 @@
 // can be told from messages by their first characters.
 #include "remap/LineRemapper.h"
 #include "map/ChainText.h"
+#include "remap/FileUri.h"
 #include "remap/MessageText.h"
+#include <cstring>
 #include <utility>
 
 namespace telv::tool
@@ -63,10 +65,18 @@ std::string Separator(const std::string& line, size_t end)
 /// Whether the place is that of a message: at the beginning of the line, with text behind it.
 bool IsMessage(const std::string& line, const PlaceInLine& place)
 {
-    const bool isFirst = line.find_first_not_of(" \t") == place.m_begin || line[0] == '\x1b';
+    const size_t scheme = IsInUri(line, place.m_begin) ? std::strlen(s_fileScheme) : 0;
+    const bool isFirst =
+        line.find_first_not_of(" \t") == place.m_begin - scheme || line[0] == '\x1b';
     if (place.m_form == EPlaceForm::Python)
         return line.find_first_not_of(" \t") == line.find("File \"");
     return isFirst && line.find(':', place.m_end) != std::string::npos;
+}
+
+/// The name of a file as the line has them at `like`: in a URI, whole.
+std::string NameLike(const std::string& line, const PlaceInLine& like, const MessagePlace& place)
+{
+    return IsInUri(line, like.m_begin) ? UriOfPath(ResolvedPath(place.m_path)) : place.m_path;
 }
 
 } // namespace
@@ -115,7 +125,7 @@ std::string LineRemapper::RemapPlaces(const std::string& line, const std::string
         {
             const MessagePlace& to = origin->m_place;
             const auto column = place->m_column ? std::optional(to.m_column) : std::nullopt;
-            rewritten += WritePlace(place->m_form, to.m_path, to.m_line, column);
+            rewritten += WritePlace(place->m_form, NameLike(line, *place, to), to.m_line, column);
         }
         if (origin && IsMessage(line, *place))
             AddNotes(line, *place, *origin);
@@ -150,7 +160,10 @@ void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
             continue;
         const auto column = place.m_column ? std::optional(note.m_place.m_column) : std::nullopt;
         const std::string at =
-            WritePlace(place.m_form, note.m_place.m_path, note.m_place.m_line, column);
+            (IsInUri(line, place.m_begin) && place.m_form != EPlaceForm::Python ? s_fileScheme
+                                                                                : "") +
+            WritePlace(place.m_form, NameLike(line, place, note.m_place), note.m_place.m_line,
+                       column);
         const std::string separator =
             place.m_form == EPlaceForm::Brackets ? Separator(line, place.m_end) : ": ";
         if (place.m_form == EPlaceForm::Python)

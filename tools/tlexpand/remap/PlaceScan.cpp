@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Numbers are rarer than names: each one is looked at for what stands around it.
 #include "remap/PlaceScan.h"
+#include "remap/FileUri.h"
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 namespace telv::tool
 {
@@ -109,9 +111,9 @@ std::optional<PlaceInLine> ReadPlaceEnd(const std::string& line, size_t pos)
     }
 }
 
-/// Whether a name can begin at `pos`: at the beginning, behind a blank, a quote or bracket, or
+/// Whether a word can begin at `pos`: at the beginning, behind a blank, a quote or bracket, or
 /// behind an escape sequence of a terminal.
-bool CanBegin(const std::string& line, size_t pos, size_t from)
+bool CanBeginWord(const std::string& line, size_t pos, size_t from)
 {
     if (pos == from)
         return true;
@@ -126,6 +128,13 @@ bool CanBegin(const std::string& line, size_t pos, size_t from)
     const size_t escape = tail.rfind('\x1b');
     return escape != std::string::npos &&
            tail.find_first_not_of("[0123456789;", escape + 1) == std::string::npos;
+}
+
+/// Whether a name can begin at `pos`: as a word, or behind "file://".
+bool CanBegin(const std::string& line, size_t pos, size_t from)
+{
+    return CanBeginWord(line, pos, from) ||
+           (IsInUri(line, pos) && CanBeginWord(line, pos - std::strlen(s_fileScheme), from));
 }
 
 /// Blanks and the like in one path; in a line with more of them no path is looked for further back.
@@ -167,6 +176,13 @@ std::optional<size_t> FindPath(const std::string& line, size_t from, size_t end,
 }
 
 } // namespace
+
+bool IsInUri(const std::string& line, size_t pos)
+{
+    const size_t length = std::strlen(s_fileScheme);
+    return pos >= length && line[pos] == '/' &&
+           line.compare(pos - length, length, s_fileScheme) == 0;
+}
 
 std::optional<PlaceInLine> FindPlace(const std::string& line, size_t from, const KnownFiles& files)
 {

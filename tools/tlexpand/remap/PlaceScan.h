@@ -37,6 +37,9 @@ struct KnownFiles
     std::function<bool(const std::string& path)> m_isKnown;
 };
 
+/// Whether the path at `pos` of a line is that of a URI, behind "file://".
+bool IsInUri(const std::string& line, size_t pos);
+
 /// The first place at or after `from` whose file is known. A path can hold blanks: of several
 /// beginnings, the one that makes it longest counts.
 std::optional<PlaceInLine> FindPlace(const std::string& line, size_t from, const KnownFiles& files);

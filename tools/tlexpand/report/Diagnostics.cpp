@@ -14,7 +14,11 @@ namespace telv::tool
 namespace
 {
 
-/// A message can quote whole expanded texts; of a longer one, the beginning is shown.
+/// A message can quote the rest of a text. Of one with more lines, the first and the last are
+/// shown; of a longer one the beginning.
+constexpr ssize_t s_mostLines = 60;
+constexpr ssize_t s_firstLines = 40;
+constexpr ssize_t s_lastLines = 10;
 constexpr size_t s_longestMessage = size_t{64} * 1024;
 
 constexpr const char* s_bold = "\x1b[1m";
@@ -23,12 +27,38 @@ constexpr const char* s_magenta = "\x1b[35m";
 constexpr const char* s_boldAgain = "\x1b[0m\x1b[1m";
 constexpr const char* s_plain = "\x1b[0m";
 
-/// `message`, or its beginning when it is too long.
+/// Behind so many line feeds.
+const char* SkipLines(SubString text, ssize_t count)
+{
+    const char* p = text.begin();
+    for (; count > 0; --count)
+        p = std::find(p, text.end(), '\n') + 1;
+    return p;
+}
+
+/// Tells of a message without the lines in its middle. What Python says ends with the cause, and
+/// may be long before that.
+std::string LeaveLinesOut(SubString message)
+{
+    const ssize_t lines = 1 + std::count(message.begin(), message.end(), '\n');
+    const SubString python("Python error: ");
+    const bool isPython =
+        message.size() > python.size() && std::equal(python.begin(), python.end(), message.begin());
+    if (lines <= s_mostLines || isPython)
+        return ToStdString(message);
+    const char* const middle = SkipLines(message, s_firstLines);
+    const char* const last = SkipLines(message, lines - s_lastLines);
+    return ToStdString(SubString(message.begin(), middle)) + "... (" +
+           std::to_string(lines - s_firstLines - s_lastLines) + " lines left out)\n" +
+           ToStdString(SubString(last, message.end()));
+}
+
+/// `message`, or parts of it when it is too long.
 std::string Shorten(SubString message)
 {
     const size_t length = static_cast<size_t>(message.size());
     if (length <= s_longestMessage)
-        return ToStdString(message);
+        return LeaveLinesOut(message);
     return ToStdString(SubString(message.begin(), message.begin() + s_longestMessage)) + "\n... (" +
            std::to_string(length - s_longestMessage) + " bytes left out)";
 }
@@ -67,7 +97,8 @@ void Diagnostics::Report(const LexScannerException& error, const ExpansionRun* r
     const Place place = PlaceOf(error.m_pos);
     std::string notes;
     if (run != nullptr)
-        notes = MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(), run->ImportPlaces()) +
+        notes = MakeCauseLines(*run, place.m_pos) +
+                MakeCallLines(run->CallPlaces(), run->MoreCallPlaces(), run->ImportPlaces()) +
                 MakeNotes(*run, error, place.m_pos);
     else if (place.m_source != nullptr)
         notes = MakeImportLines(*place.m_source);
@@ -102,14 +133,28 @@ void Diagnostics::Write(const LexScannerException& error, const Place& place,
                          MakeExcerpt(*place.m_source, place.m_pos, m_style) + notes);
 }
 
+/// Where else the fault may lie: in the Python code of a macro, in an element of a list.
+std::string Diagnostics::MakeCauseLines(const ExpansionRun& run, const char* pos) const
+{
+    std::string lines = MakeNote("defined at ", run.DefinedAt());
+    if (MakePlace(run.ElementAt()) != MakePlace(pos))
+        lines += MakeNote("element at ", run.ElementAt());
+    return lines;
+}
+
+/// A place besides that of the error; empty for one in no source.
+std::string Diagnostics::MakeNote(const char* what, const char* pos) const
+{
+    const Source* const source = m_sources.Find(pos);
+    return source == nullptr ? std::string()
+                             : what + MakePlace(pos) + "\n" + MakeExcerpt(*source, pos, m_style);
+}
+
 /// Where what has no end was opened, and what would mend the error.
 std::string Diagnostics::MakeNotes(const ExpansionRun& run, const LexScannerException& error,
                                    const char* pos) const
 {
-    std::string notes;
-    const char* const opened = run.OpenedAt(pos);
-    if (const Source* const source = m_sources.Find(opened))
-        notes += "opened at " + MakePlace(opened) + "\n" + MakeExcerpt(*source, opened, m_style);
+    std::string notes = MakeNote("opened at ", run.OpenedAt(pos));
     if (const xstring hint = run.Hint(error); !hint.empty())
         notes += "hint: " + Show(hint) + "\n";
     return notes;

@@ -43,6 +43,8 @@ private:
     std::string MakeFirstLines(const LexScannerException& error, const Source& source,
                                const char* pos) const;
     std::string MakeImportLines(const Source& source) const;
+    std::string MakeCauseLines(const ExpansionRun& run, const char* pos) const;
+    std::string MakeNote(const char* what, const char* pos) const;
     std::string MakeNotes(const ExpansionRun& run, const LexScannerException& error,
                           const char* pos) const;
     std::string MakePlace(const char* pos) const;

@@ -146,13 +146,25 @@ void TraceWriter::Defined(const ObservedDefinition& definition)
     WriteLine(what + " = " + Brief(definition.m_value), definition.m_place);
 }
 
+void TraceWriter::DefinedByOption(const std::string& what, SubString value)
+{
+    const std::string place = PlaceText(value.begin());
+    WriteText("define " + what + " = " + Brief(value) +
+              (place.empty() ? " at <command line>" : place));
+}
+
 void TraceWriter::WriteLine(const std::string& what, SubString place)
+{
+    WriteText(what + PlaceText(m_run.ResolvePosition(place.begin())));
+}
+
+void TraceWriter::WriteText(const std::string& line)
 {
     // Deeper than a screen is wide, the number says what the indentation can't.
     m_pending.append(2 * std::min(m_depth, s_mostIndented), ' ');
     if (m_depth > s_mostIndented)
         m_pending += "[" + std::to_string(m_depth) + "] ";
-    m_pending += what + PlaceText(m_run.ResolvePosition(place.begin())) + "\n";
+    m_pending += line + "\n";
     if (m_pending.size() >= s_mostPending)
         Send();
 }

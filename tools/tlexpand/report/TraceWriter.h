@@ -39,6 +39,9 @@ public:
     void ImportEnds() noexcept override { --m_depth; }
     void Defined(const ObservedDefinition& definition) override;
 
+    /// An option has defined something; `value` stands in a source, or on the command line alone.
+    void DefinedByOption(const std::string& what, SubString value);
+
     /// The lines that have not been written yet.
     void WriteRest(ByteSink& sink) const { sink.Write(m_pending); }
     /// The run has failed: what is written directly gets its last lines all the same.
@@ -46,6 +49,7 @@ public:
 
 private:
     void WriteLine(const std::string& what, SubString place);
+    void WriteText(const std::string& line);
     void Send();
     std::string PlaceText(const char* pos);
     ssize_t LineIn(const Source& source, const char* pos);

@@ -67,6 +67,12 @@ bool Survives(const std::string& text, const char* behind, std::string& reason, 
     }
 }
 
+/// Whether the token is a comment that takes all up to the end of its line out of the text.
+bool IsRestOfLine(const LSToken& token)
+{
+    return token.m_type == TOKEN_PREPROC_COMMENT && token.m_str.begin()[2] == '/';
+}
+
 /// Whether it consists of tokens. `openComment` becomes the offset behind the first sign of a
 /// comment that is text only for want of an end.
 bool IsText(const std::string& value, std::string& reason, std::optional<size_t>& openComment)
@@ -79,6 +85,11 @@ bool IsText(const std::string& value, std::string& reason, std::optional<size_t>
             const LSToken token = LsScanToken(rest, /*returnComments=*/true);
             if (token.m_type == TOKEN_END)
                 return true;
+            if (IsRestOfLine(token) && rest.empty())
+            {
+                reason = "the comment that @// begins would go on behind it";
+                return false;
+            }
             const char* const sign = token.m_str.begin();
             const bool opens = token.m_type == TOKEN_UNDEF && *sign == '/' && rest && *rest == '*';
             if (opens && !openComment)

@@ -12,6 +12,7 @@
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
+#include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 
 namespace telv
@@ -99,7 +100,15 @@ void MacroExpander::ReadMacroVariableDefn(SubString name, LSMacroVariable* macro
     const LSToken token = NextToken();
     if (token.m_type == TOKEN_LEFT_PAREN)
     {
-        ReadFormalArgs(name, *macroVar);
+        try
+        {
+            ReadFormalArgs(name, *macroVar);
+        }
+        catch (const LexScannerException& e)
+        {
+            NoteOpenedAround(token.m_str.begin(), e.m_pos, m_str.end());
+            throw;
+        }
         ReadEqualsForVariableDefn(name);
     }
     else if (token.m_type != TOKEN_EQUAL)

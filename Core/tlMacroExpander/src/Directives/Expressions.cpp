@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 
@@ -155,6 +156,8 @@ void MacroExpander::AssignVariable(const LSToken& nameToken)
 /// The variable that is to be given another value.
 LSValueVariable* MacroExpander::FindAssigned(SubString name)
 {
+    if (Warns(WARN_UNUSED))
+        Watch::Current().NoteMet(name.begin());
     LSVariable* const var = m_vf->Find(name, name.end());
     if (var == nullptr && IsWithin(name, m_origStr))
         HintAtName(*m_vf, name, SubString(name.end(), m_origStr.end()));

@@ -6,6 +6,7 @@
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
+#include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include <optional>
 
 namespace telv
@@ -85,13 +86,25 @@ void MacroExpander::ProcessRelativePathDirective()
     const LSToken open = NextToken();
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected after @relativepath when read "}, open);
+    const auto cut = [&](LSToken& end)
+    {
+        try
+        {
+            return CutArgument(end, TOKEN_RIGHT_PAREN);
+        }
+        catch (const LexScannerException& e)
+        {
+            NoteOpenedAround(open.m_str.begin(), e.m_pos, m_str.end());
+            throw;
+        }
+    };
     LSToken comma;
-    const LevelText first = CutArgument(comma, TOKEN_RIGHT_PAREN);
+    const LevelText first = cut(comma);
     if (comma.m_type != TOKEN_COMMA)
         ThrowAtToken({"Comma expected in @relativepath directive when read "}, comma);
     xstring from = EvaluateText(first, "@relativepath");
     LSToken close;
-    const LevelText second = CutArgument(close, TOKEN_RIGHT_PAREN);
+    const LevelText second = cut(close);
     if (close.m_type != TOKEN_RIGHT_PAREN)
         ThrowAtToken({") expected  in @relativepath directive when read "}, close);
     xstring to = EvaluateText(second, "@relativepath");

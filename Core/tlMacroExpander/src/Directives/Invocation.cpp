@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
@@ -355,13 +356,21 @@ void MacroExpander::ReadActualArgs(const LSMacroVariable& macroVar, ActualArgs& 
     const ssize_t n = macroVar.GetNumArgs();
     LevelText* const room = args.MakeRoom(n);
     const char* const list = m_str.begin();
-    for (ssize_t i = 0; i < n; ++i)
+    try
     {
-        LSToken end;
-        room[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
-        if (i == n - 1 && end.m_type == TOKEN_COMMA)
-            HintAtArguments(*m_vf, macroVar, list, m_str);
-        CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
+        for (ssize_t i = 0; i < n; ++i)
+        {
+            LSToken end;
+            room[i] = CutArgument(end, TOKEN_RIGHT_PAREN);
+            if (i == n - 1 && end.m_type == TOKEN_COMMA)
+                HintAtArguments(*m_vf, macroVar, list, m_str);
+            CheckEndOfArg(end, macroVar, /*isLast=*/i == n - 1);
+        }
+    }
+    catch (const LexScannerException& e)
+    {
+        NoteOpenedAround(open.m_str.begin(), e.m_pos, m_str.end());
+        throw;
     }
 }
 
@@ -436,11 +445,13 @@ void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText&
 [[gnu::noinline]] void MacroExpander::WritePythonMacroResult(LSMacroVariable& macroVar,
                                                              const LevelText& body, VarFrame& frame)
 {
+    bool isRun = false;
     try
     {
         xstring code;
         ExpandIntoString(frame, body, macroVar.m_indentation, code);
         LoadPython(m_startDirectivePos);
+        isRun = true;
         xstring result;
         EvalPythonExpression(code, result, m_str.begin());
         WriteCalculatedSubString(result);
@@ -449,6 +460,8 @@ void MacroExpander::ExpandBody(const LSMacroVariable& macroVar, const LevelText&
     {
         if (!IsSwallowed(e))
             NoteCall(macroVar);
+        if (isRun)
+            NoteDefinition(macroVar.m_name.begin());
         HintAtPythonMacro(macroVar, e);
         AddErrorContext(e, {"\n    invoking python macro ", macroVar.m_name});
         throw;

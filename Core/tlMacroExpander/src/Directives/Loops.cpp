@@ -10,6 +10,8 @@
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/ObservedSpan.h"
 #include "tlMacroExpander/src/Run/TemporaryText.h"
+#include "tlMacroExpander/src/Scan/CharClass.h"
+#include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
 #include "tlMacroExpander/src/Texts/RepeatedText.h"
@@ -75,6 +77,8 @@ public:
 
 private:
     LSToken CutElement(SubString& s, SubString& element, EToken close) const;
+    void NoteFaulty(ssize_t index) const;
+    void HintAtFaulty(SubString element) const;
     void BeginRound();
     void ExpandElement(SubString element);
     void ExpandRound(VarFrame& frame, SubString element);
@@ -98,7 +102,16 @@ private:
 void MacroExpander::ProcessForDirective()
 {
     ForHead head;
-    ReadForHead(head, [this] { return NextToken(); });
+    const char* const open = SkipBlanks(m_str.begin(), m_str.end());
+    try
+    {
+        ReadForHead(head, [this] { return NextToken(); });
+    }
+    catch (const LexScannerException& e)
+    {
+        NoteOpenedAround(open, e.m_pos, m_str.end());
+        throw;
+    }
     head.m_listPos = m_str.begin();
     const std::shared_ptr<TemporaryText> list =
         MakeText(CutSection(/*readOpen=*/false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN));
@@ -221,6 +234,20 @@ void MacroExpander::ForLoop::Run()
     }
 }
 
+/// The element with this index is not what it should be.
+void MacroExpander::ForLoop::NoteFaulty(ssize_t index) const
+{
+    NoteElement(*m_expander.m_vf, SubString(m_head.m_listPos, m_expander.m_origStr.end()),
+                m_list.Text(), index);
+}
+
+/// The element of this round has not the values that are wanted.
+void MacroExpander::ForLoop::HintAtFaulty(SubString element) const
+{
+    NoteFaulty(m_round - 1);
+    HintAtElement(element, m_head.m_names.size());
+}
+
 /// Cuts the next element, or a value of one, out of the list.
 LSToken MacroExpander::ForLoop::CutElement(SubString& s, SubString& element, EToken close) const
 {
@@ -230,6 +257,7 @@ LSToken MacroExpander::ForLoop::CutElement(SubString& s, SubString& element, ETo
     }
     catch (LexScannerException& e)
     {
+        NoteFaulty(close == TOKEN_RIGHT_SQUARE ? m_round : m_round - 1);
         if (dynamic_cast<ExpansionLimitException*>(&e) == nullptr)
             e.m_pos = m_head.m_listPos;
         AddErrorContext(e, {"\n    in @for directive for list ", m_list.Text()});
@@ -307,7 +335,7 @@ void MacroExpander::ForLoop::BindValues(SubString element)
     const SubString whole(element);
     const LSToken open = LsScanToken(element, /*returnComments=*/false);
     if (open.m_type != TOKEN_LEFT_PAREN)
-        HintAtElement(whole, m_head.m_names.size());
+        HintAtFaulty(whole);
     if (open.m_type != TOKEN_LEFT_PAREN)
         ThrowAtToken({"( expected when read "}, open);
     const ssize_t n = m_head.m_names.size();
@@ -317,7 +345,7 @@ void MacroExpander::ForLoop::BindValues(SubString element)
         const LSToken end = CutElement(element, value, TOKEN_RIGHT_PAREN);
         Bind(i, LevelText{value});
         if ((i < n - 1) != (end.m_type == TOKEN_COMMA))
-            HintAtElement(whole, n);
+            HintAtFaulty(whole);
         if (i < n - 1 && end.m_type != TOKEN_COMMA)
             ThrowAtToken({", expected when read "}, end);
         if (i == n - 1 && end.m_type != TOKEN_RIGHT_PAREN)

@@ -5,6 +5,7 @@
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
 #include "tlMacroExpander/src/Expressions/BuiltIns.h"
 #include "tlMacroExpander/src/Hints/NearName.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/Watch.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
@@ -64,6 +65,8 @@ void WatchCall(const MacroExpander& expander, SubString name)
 
 void WatchName(const MacroExpander& expander, SubString name)
 {
+    if (Warns(WARN_UNUSED))
+        Watch::Current().NoteMet(name.begin());
     if (const LSVariable* const var = FindVisible(*expander.m_vf, name))
         Watch::Current().NoteUse(var->m_name);
     else if (Warns(WARN_UNKNOWN_NAME))
@@ -77,6 +80,24 @@ bool IsBehindText(SubString whole, SubString comment)
     while (p != whole.begin() && (p[-1] == ' ' || p[-1] == '\t'))
         --p;
     return p != whole.begin() && p[-1] != '\n';
+}
+
+/// Whether a name ends at `p` that is no prefix of literals, as in `u'x'`.
+bool IsBehindWord(SubString whole, const char* p)
+{
+    static const SubString s_prefixes[] = {"u", "U", "u8", "L",  "b",  "B",  "br", "bR", "Br", "BR",
+                                           "f", "F", "fr", "rb", "rB", "Rb", "RB", "ur", "UR"};
+    const char* begin = p;
+    while (begin != whole.begin() && IsNameCharacter(begin[-1]))
+        --begin;
+    return begin != p && std::ranges::find(s_prefixes, SubString(begin, p)) == std::end(s_prefixes);
+}
+
+/// Whether two apostrophes are letters of words, as in `it's name that's`, and quote nothing.
+bool IsBetweenWords(SubString whole, SubString token)
+{
+    return IsBehindWord(whole, token.begin()) ||
+           (token.end() != whole.end() && IsNameCharacter(*token.end()));
 }
 
 /// Looks for visible names inside a token.
@@ -119,6 +140,30 @@ SubString BlanksBefore(SubString text)
     return p != first && p[-1] == '\n' ? SubString(p, text.begin()) : SubString();
 }
 
+/// Whether something stands behind the first line of a text.
+bool HasMoreLines(SubString text)
+{
+    const char* const lineFeed = std::find(text.begin(), text.end(), '\n');
+    return SkipBlanks(lineFeed, text.end()) != text.end();
+}
+
+/// The first tab that the line begins with on which the level's text is wanted; null for none, and
+/// far behind the beginning of the line.
+const char* FindTabBefore(const ExpansionLevel& level)
+{
+    constexpr ssize_t farthest = 4096;
+    if (level.Outer() == nullptr)
+        return nullptr;
+    const char* const pos = level.Outer()->Position();
+    const RunState::KnownText* const known = RunState::Current()->FindText(pos);
+    const char* const first =
+        known == nullptr ? level.Outer()->Text().begin() : known->m_text.begin();
+    const char* line = pos;
+    while (line != first && line[-1] != '\n' && pos - line < farthest)
+        --line;
+    return line == first || line[-1] == '\n' ? FindTab(line, pos) : nullptr;
+}
+
 /// The words that are not directives, and those that do what is meant.
 SubString OtherWord(SubString word)
 {
@@ -144,7 +189,8 @@ void WatchToken(const MacroExpander& expander, const LSToken& token)
         WatchName(expander, token.m_str);
     else if (!Warns(WARN_HIDDEN_NAME))
         return;
-    else if (token.m_type == TOKEN_SINGLE_QUOTED_STRING)
+    else if (token.m_type == TOKEN_SINGLE_QUOTED_STRING &&
+             IsBetweenWords(expander.m_origStr, token.m_str))
         WatchHidden(expander, token.m_str, "between apostrophes");
     else if (token.m_type == TOKEN_COMMENT && IsBehindText(expander.m_origStr, token.m_str))
         WatchHidden(expander, token.m_str, "in a comment");
@@ -153,8 +199,19 @@ void WatchToken(const MacroExpander& expander, const LSToken& token)
 IndentationWatch::IndentationWatch(const MacroExpander& expander)
     : m_tabFree(Watch::Current().TabFree()), m_outer(m_tabFree)
 {
-    if (expander.m_srcIndent == 0 || expander.m_dstIndent == 0 || !Warns(WARN_TABS))
+    if (expander.m_dstIndent == 0 || !Warns(WARN_TABS))
         return;
+    if (const char* const tab = expander.m_srcIndent == 0 ? nullptr : FindTabOfBlock(expander))
+        Warn(WARN_TABS, tab, {"the tabs that indent this block are written as spaces"});
+    else if (const char* const before = HasMoreLines(expander.m_origStr)
+                                            ? FindTabBefore(*RunState::Current()->m_level)
+                                            : nullptr)
+        Warn(WARN_TABS, before,
+             {"the tabs before what this line writes are spaces on its further lines"});
+}
+
+const char* IndentationWatch::FindTabOfBlock(const MacroExpander& expander)
+{
     const char* tab = nullptr;
     if (expander.m_output.m_columnPos < 0)
     {
@@ -162,10 +219,7 @@ IndentationWatch::IndentationWatch(const MacroExpander& expander)
         const char* p = blanks.begin();
         tab = FindTab(p, blanks.end());
     }
-    if (tab == nullptr)
-        tab = FindTabOfLines(expander.m_origStr);
-    if (tab != nullptr)
-        Warn(WARN_TABS, tab, {"the tabs that indent this block are written as spaces"});
+    return tab != nullptr ? tab : FindTabOfLines(expander.m_origStr);
 }
 
 /// What a text around this one has been searched for already is passed over.

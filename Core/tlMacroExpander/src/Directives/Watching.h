@@ -24,6 +24,7 @@ public:
     IndentationWatch& operator=(const IndentationWatch&) = delete;
 
 private:
+    const char* FindTabOfBlock(const MacroExpander& expander);
     const char* FindTabOfLines(SubString text);
 
     SubString& m_tabFree; ///< The run's.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The hint and the opening place of a run: noted while the error passes, read when it is reported.
+// The hint of a run, and the places besides the error's: noted while the error passes, read when it
+// is reported.
 #include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/Hints/HintSupport.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
@@ -95,6 +96,21 @@ void NoteOpened(const char* opened, const char* errorPos)
         return;
     state->m_openedAt = state->ResolvePosition(opened);
     state->m_neverClosed = state->ResolvePosition(errorPos);
+}
+
+void NoteOpenedAround(const char* opened, const char* errorPos, const char* end)
+{
+    const RunState* const state = RunState::Current();
+    if (errorPos == end && opened != end && state != nullptr &&
+        state->ResolvePosition(errorPos) != state->m_neverClosed)
+        NoteOpened(opened, errorPos);
+}
+
+void NoteDefinition(const char* name)
+{
+    RunState* const state = RunState::Current();
+    if (state != nullptr && !state->m_errorsAreSwallowed)
+        state->m_definedAt = state->ResolvePosition(name);
 }
 
 /// In a lenient run no error of a token leaves the scanner, and there may be one for each byte.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What would probably mend an error, noted where it is known; and where what was never closed was
-// opened. Both are read when the error is reported (ExpansionRun::Hint, ExpansionRun::OpenedAt).
+// opened, or what failed was defined or listed. All are read when the error is reported
+// (ExpansionRun::Hint, and its neighbours).
 //
 // The first hint counts: it comes from the innermost place. An error that is swallowed takes its
 // hints with it.
@@ -44,8 +45,16 @@ void HintAtList(VarFrame& frame, SubString source, SubString word);
 void HintAtArguments(VarFrame& frame, const LSMacroVariable& macro, const char* list,
                      SubString rest);
 
+/// The element with this index can't be read in `list`, to which the list was expanded that stands
+/// at `source`, behind the word `in` of the loop: notes where it stands in what was given.
+void NoteElement(VarFrame& frame, SubString source, SubString list, ssize_t index);
+
 /// The element of a list has too few or too many values for `names`.
 void HintAtElement(SubString element, ssize_t names);
+
+/// The code of the macro that is defined at `name` failed, which the position of the error, that of
+/// the call, does not tell.
+void NoteDefinition(const char* name);
 
 /// A Python macro was nested too deeply. Where it calls itself by the name of a method, the error
 /// moves to that name.

@@ -2,7 +2,9 @@
 // Lists that have another number of parts than wanted: arguments of a call, values of an element.
 #include "tlMacroExpander/src/Hints/HintSupport.h"
 #include "tlMacroExpander/src/Hints/Hints.h"
+#include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/src/Hints/StringHints.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/BracketCache.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/ScanSection.h"
@@ -106,6 +108,40 @@ ssize_t CountValues(SubString element)
     }
 }
 
+/// The text of the list that `source` begins with, or that it names; empty when that takes more
+/// than a look.
+SubString GivenList(VarFrame& frame, SubString source)
+{
+    SubString rest = source;
+    const LSToken first = LsScanToken(rest, /*returnComments=*/false);
+    if (first.m_type != TOKEN_IDENTIFIER)
+        return source;
+    const LSVariable* const var = FindVisible(frame, first.m_str);
+    if (var == nullptr || var->GetType() != LSV_MACRO ||
+        LsScanToken(rest, /*returnComments=*/false).m_type != TOKEN_RIGHT_PAREN)
+        return SubString();
+    const auto& macro = static_cast<const LSMacroVariable&>(*var);
+    return macro.m_isPython || macro.GetNumArgs() > 0 ? SubString() : macro.GetSubstitutionString();
+}
+
+/// Where the element with this index begins in a list, behind its bracket if it has one: rows of
+/// data have none in their file. Null when not all before it are `(a, b)`,
+/// which stay one element whatever their values come to.
+const char* FindElement(SubString list, ssize_t index)
+{
+    if (LsScanToken(list, /*returnComments=*/false).m_type != TOKEN_LEFT_SQUARE)
+        return nullptr;
+    for (; index > 0; --index)
+    {
+        SubString element;
+        if (ScanArgument(list, element, TOKEN_RIGHT_SQUARE).m_type != TOKEN_COMMA ||
+            element.empty() || *element != '(')
+            return nullptr;
+    }
+    const char* const begin = SkipBlanks(list.begin(), list.end());
+    return begin != list.end() && *begin == '(' ? SkipBlanks(begin + 1, list.end()) : begin;
+}
+
 /// Long texts are named by their first characters.
 xstring Shown(SubString text)
 {
@@ -143,6 +179,26 @@ void HintAtArguments(VarFrame& frame, const LSMacroVariable& macro, const char* 
     catch (const LexScannerException&)
     {
         return; // the list is not whole
+    }
+}
+
+void NoteElement(VarFrame& frame, SubString source, SubString list, ssize_t index)
+{
+    RunState* const state = RunState::Current();
+    if (state == nullptr || state->m_errorsAreSwallowed || state->m_elementAt != nullptr)
+        return;
+    const SwallowedErrors nobodyIsTold;
+    try
+    {
+        const SubString given = GivenList(frame, source);
+        if (given.empty() || state->FindLiveText(given.begin()) != nullptr ||
+            FindElement(list, index) == nullptr)
+            return;
+        state->m_elementAt = FindElement(given, index);
+    }
+    catch (const LexScannerException&)
+    {
+        return; // the list can't be read so far
     }
 }
 

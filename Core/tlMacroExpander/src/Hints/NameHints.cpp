@@ -7,6 +7,7 @@
 #include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/src/Hints/StringHints.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
 #include <vector>
@@ -100,6 +101,35 @@ void HintAtText(VarFrame& frame, SubString source, SubString word, Wanted wanted
         NoteHint({"= assigns; two values are compared with =="});
 }
 
+/// While it lives, what is no token is an error in the lenient run too.
+class StrictReading
+{
+public:
+    explicit StrictReading(ExpansionRun& run) : m_run(run) { m_run.m_lenient = false; }
+    ~StrictReading() { m_run.m_lenient = true; }
+    StrictReading(const StrictReading&) = delete;
+    StrictReading& operator=(const StrictReading&) = delete;
+
+private:
+    ExpansionRun& m_run;
+    SwallowedErrors m_nobodyIsTold;
+};
+
+/// `text`, in a lenient run, begins with what is no token: what the scanner says of it.
+xstring WhyNoToken(SubString text)
+{
+    const StrictReading strict(*RunState::CurrentRun());
+    try
+    {
+        LsScanToken(text, /*returnComments=*/false);
+        return xstring();
+    }
+    catch (const LexScannerException& e)
+    {
+        return e.m_description;
+    }
+}
+
 void HintAt(VarFrame& frame, SubString source, SubString expanded, const LexScannerException& error,
             Wanted wanted)
 {
@@ -107,6 +137,9 @@ void HintAt(VarFrame& frame, SubString source, SubString expanded, const LexScan
         return;
     const LSToken token = TokenAt(expanded, error);
     const SubString word = token.m_type == TOKEN_IDENTIFIER ? token.m_str : SubString();
+    if (token.m_type == TOKEN_UNDEF && !token.m_str.empty())
+        return NoteHint({"taken as text, as the run is lenient: ",
+                         WhyNoToken(SubString(token.m_str.begin(), expanded.end()))});
     if (word.empty() || !HasWord(WordsOf(source), word))
         HintAtText(frame, source, word, wanted);
     else if (!IsBuiltIn(word) && FindVisible(frame, word) == nullptr)
@@ -170,7 +203,9 @@ void HintAtName(VarFrame& frame, SubString name, SubString rest)
     if (!near.Best().empty())
         NoteHint({"did you mean '", near.Best(), "'?"});
     else
-        NoteHint({"a new variable has a type: @let int ", name, " = {...}"});
+        NoteHint({"a new variable has a type: @let ",
+                  next != rest.end() && *next == ':' ? "string " : "int ", name,
+                  next != rest.end() && *next == ':' ? " := {...}" : " = {...}"});
 }
 
 void HintAtList(VarFrame& frame, SubString source, SubString word)

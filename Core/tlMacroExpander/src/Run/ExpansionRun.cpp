@@ -138,6 +138,16 @@ const char* ExpansionRun::OpenedAt(const char* errorPos) const
     return errorPos == m_state->m_neverClosed ? m_state->m_openedAt : nullptr;
 }
 
+const char* ExpansionRun::DefinedAt() const
+{
+    return m_state->m_definedAt;
+}
+
+const char* ExpansionRun::ElementAt() const
+{
+    return m_state->m_elementAt;
+}
+
 void RunState::NoteCall(CallPlace::EKind kind, SubString name, const char* pos, ssize_t round)
 {
     if (static_cast<ssize_t>(m_callPlaces.size()) < ExpansionRun::s_mostCallPlaces)

@@ -103,7 +103,7 @@ public:
         m_overdraft = 0;
         m_hint.clear();
         m_isTextLost = false;
-        m_openedAt = m_neverClosed = nullptr;
+        m_openedAt = m_neverClosed = m_definedAt = m_elementAt = nullptr;
     }
 
     /// An error passes the invocation of a macro, or a round of a loop, at `pos`.
@@ -126,6 +126,8 @@ public:
     xstring m_hint;                     ///< See ExpansionRun::Hint; empty for none.
     const char* m_openedAt = nullptr;   ///< What `m_neverClosed`, an error, found without an end.
     const char* m_neverClosed = nullptr;
+    const char* m_definedAt = nullptr; ///< See ExpansionRun, as the next.
+    const char* m_elementAt = nullptr;
     /// Characters that the ends of blocks have taken away; see Scan/LostText.h.
     HeldSet<const char*> m_lostText;
     bool m_isTextLost = false; ///< A text whose last character is one of these had an error.

@@ -63,13 +63,14 @@ public:
     }
 
     /// Whether a name stands anywhere but where something of that name is defined, or in the
-    /// definition itself.
-    bool HasOther(const Watch::Definition& definition,
-                  const std::map<const char*, Watch::Definition>& definitions) const
+    /// definition itself, or where it has been met.
+    bool HasOther(const Watch::Definition& definition, const Watch& watch) const
     {
         return std::ranges::any_of(m_places.at(definition.m_name),
-                                   [&](const char* place) {
-                                       return !definitions.contains(place) &&
+                                   [&](const char* place)
+                                   {
+                                       return !watch.Definitions().contains(place) &&
+                                              !watch.IsMet(place) &&
                                               !IsWithin(SubString(place, place), definition.m_body);
                                    });
     }
@@ -124,10 +125,10 @@ void Warn(EWarning kind, const char* pos, std::initializer_list<SubString> text)
     ExpansionWarning warning;
     warning.m_kind = kind;
     warning.m_pos = state.ResolvePosition(pos);
-    if (!Watch::Current().IsFirst(kind, warning.m_pos))
-        return;
     for (const SubString& part : text)
         warning.m_text += part;
+    if (!Watch::Current().IsFirst(kind, warning.m_pos, warning.m_text, warning.m_pos != pos))
+        return;
     if (state.m_level != nullptr)
         for (const ExpansionLevel* level = state.m_level->Outer(); level != nullptr;
              level = level->Outer())
@@ -168,7 +169,7 @@ FindUnusedIn(const Watch& watch, SubString text, const std::vector<SubString>& t
     for (const SubString& read : texts)
         occurrences.Read(read);
     std::erase_if(unused, [&](const Watch::Definition* definition)
-                  { return occurrences.HasOther(*definition, watch.Definitions()); });
+                  { return occurrences.HasOther(*definition, watch); });
     return unused;
 }
 

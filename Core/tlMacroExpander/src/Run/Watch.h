@@ -10,6 +10,8 @@
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <initializer_list>
 #include <set>
+#include <string>
+#include <unordered_set>
 #include <utility>
 
 namespace telv
@@ -44,8 +46,13 @@ public:
     /// Of the current run, which must be there.
     static Watch& Current();
 
-    /// Whether this is the first warning of its kind at this place.
-    bool IsFirst(EWarning kind, const char* pos) { return m_warned.emplace(kind, pos).second; }
+    /// Whether this is the first warning of its kind at this place; in a text that was made, of
+    /// its words: what was copied there was seen where it stands.
+    bool IsFirst(EWarning kind, const char* pos, const xstring& words, bool isMade)
+    {
+        const bool isNew = m_words.emplace(kind, std::string(words.begin(), words.end())).second;
+        return m_warned.emplace(kind, pos).second && (isNew || !isMade);
+    }
     /// A definition whose name stands in the application's text.
     void NoteDefinition(const Definition& definition)
     {
@@ -53,6 +60,10 @@ public:
     }
     /// The variable that was defined by the name `definition` is used.
     void NoteUse(SubString definition) { m_used.insert(definition.begin()); }
+    /// A name was met at `place`, whatever it meant, or is assigned to there: it is no use of what
+    /// was not found there.
+    void NoteMet(const char* place) { m_met.insert(place); }
+    bool IsMet(const char* place) const { return m_met.contains(place); }
     bool IsUsed(SubString definition) const { return m_used.contains(definition.begin()); }
     /// By where their names stand.
     const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
@@ -63,8 +74,10 @@ public:
 
 private:
     std::set<std::pair<EWarning, const char*>> m_warned;
+    std::set<std::pair<EWarning, std::string>> m_words; ///< Of those.
     std::map<const char*, Definition> m_definitions;
     std::set<const char*> m_used;
+    std::unordered_set<const char*> m_met;
     NearIndex m_near;
     SubString m_tabFree;
 };
