@@ -19,7 +19,7 @@
 #include "tlMacroExpander/src/Python/SignalModule.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
-#include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/UsePythonInside.h"
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
