@@ -68,17 +68,17 @@ public:
 
     /// The variable of this name, or null. Constant time.
     LSVariable* Lookup(SubString name) const;
-    LSVariable* Lookup(SubString name, uint64 hash) const;
     /// Makes `v` the variable of its name. Changes nothing when it throws.
     void Set(LSVariable* v);
-    /// The same where the entry of the name is known, in a new frame.
-    void Set(LSVariable* v, NameEntry& entry);
 
 private:
     friend class FrameTree;
     friend class LSVariableList;
     friend class VarFrame;
 
+    LSVariable* Lookup(SubString name, uint64 hash) const;
+    /// Set where the entry of the name is known, in a new frame.
+    void Set(LSVariable* v, NameEntry& entry);
     void MakeNames();
     void Sort() const;
     void Free();

@@ -40,13 +40,17 @@ public:
     /// Takes ownership of `v`, which becomes the visible variable of its name. When it throws, `v`
     /// has been deleted, unless it is null or has no name.
     void Add(LSVariable* v);
-    /// The same where the entry of the name in the table of the tree is known, in a frame in which
-    /// nobody has looked for a name.
-    void AddBound(LSVariable* v, NameEntry& entry);
     /// The visible variable of this name, or null. Constant time.
     LSVariable* Find(SubString name);
     /// Writes every variable, hidden ones included, newest first.
     void WriteToStream(xostream& os) const;
+
+private:
+    friend class FrameTree;
+
+    /// Add where the entry of the name in the table of the tree is known, in a frame in which nobody
+    /// has looked for a name.
+    void AddBound(LSVariable* v, NameEntry& entry);
 };
 
 /// A scope. Neither its parent nor the frames it imports are owned; they, and the texts that hold

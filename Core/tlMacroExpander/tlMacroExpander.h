@@ -14,6 +14,7 @@
 #include "tlMacroExpander/src/ExpressionParser.h"
 #include "tlMacroExpander/src/LSSourceFile.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Mpfw/MpfwParser.h"
 #include "tlMacroExpander/src/UsePython.h"
 #include "tlUtils/HeldMemory.h"

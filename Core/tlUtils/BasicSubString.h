@@ -12,6 +12,7 @@
 #include <cstring>
 #include <iosfwd>
 #include <string_view>
+#include <type_traits>
 
 namespace telv
 {
@@ -100,20 +101,52 @@ inline bool operator!=(SubString a, SubString b)
     return !(a == b);
 }
 
-// For C++17, which doesn't try operators the other way round, in both orders.
-inline bool operator==(SubString a, std::string_view b)
+template <class C>
+class basic_xstring;
+
+// Which comparisons of other types than two views there are.
+namespace comparison
 {
-    return a == SubString(b);
-}
-inline bool operator==(std::string_view a, SubString b)
+
+/// The types of text of this library.
+template <class T>
+inline constexpr bool s_isOwnText =
+    std::is_same_v<T, SubString> || std::is_base_of_v<basic_xstring<char>, T>;
+
+/// What a text of this library can be compared with: itself, what C++ and its library call a
+/// string.
+template <class T>
+inline constexpr bool s_isText =
+    std::is_convertible_v<const T&, SubString> || std::is_convertible_v<const T&, std::string_view>;
+
+/// A text of this library and one of any type, but not two views, for which there is the operator
+/// above.
+template <class A, class B>
+inline constexpr bool
+    s_areMixedTexts = ((s_isOwnText<A> && s_isText<B>) || (s_isText<A> && s_isOwnText<B>)) &&
+                      !(std::is_same_v<A, SubString> && std::is_same_v<B, SubString>);
+
+template <class T>
+SubString ViewOf(const T& text)
 {
-    return SubString(a) == b;
+    if constexpr (std::is_convertible_v<const T&, SubString>)
+        return text;
+    else
+        return SubString(std::string_view(text));
 }
-inline bool operator!=(SubString a, std::string_view b)
+
+} // namespace comparison
+
+// Templates, which take arguments as they are and nothing that isn't of this library: no conversion
+// competes with another one, in C++17 or C++20 (which tries operators the other way round), and
+// where an application has said `using namespace telv`, comparisons of other types are left alone.
+template <class A, class B, std::enable_if_t<comparison::s_areMixedTexts<A, B>, int> = 0>
+bool operator==(const A& a, const B& b)
 {
-    return !(a == b);
+    return comparison::ViewOf(a) == comparison::ViewOf(b);
 }
-inline bool operator!=(std::string_view a, SubString b)
+template <class A, class B, std::enable_if_t<comparison::s_areMixedTexts<A, B>, int> = 0>
+bool operator!=(const A& a, const B& b)
 {
     return !(a == b);
 }

@@ -91,52 +91,6 @@ extern template class basic_xstring<char>;
 
 using xstring = basic_xstring<char>;
 
-inline bool operator==(const xstring& a, const xstring& b)
-{
-    return SubString(a) == SubString(b);
-}
-inline bool operator!=(const xstring& a, const xstring& b)
-{
-    return !(a == b);
-}
-inline bool operator==(const xstring& a, const char* b)
-{
-    return SubString(a) == SubString(b);
-}
-inline bool operator!=(const xstring& a, const char* b)
-{
-    return !(a == b);
-}
-inline bool operator==(const xstring& a, SubString b)
-{
-    return SubString(a) == b;
-}
-inline bool operator==(SubString a, const char* b)
-{
-    return a == SubString(b);
-}
-inline bool operator!=(SubString a, const char* b)
-{
-    return !(a == SubString(b));
-}
-
-inline bool operator==(const xstring& a, std::string_view b)
-{
-    return SubString(a) == SubString(b);
-}
-inline bool operator==(std::string_view a, const xstring& b)
-{
-    return b == a;
-}
-inline bool operator!=(const xstring& a, std::string_view b)
-{
-    return !(a == b);
-}
-inline bool operator!=(std::string_view a, const xstring& b)
-{
-    return !(b == a);
-}
-
 /// As for the view. Include `<ostream>`.
 template <class Traits>
 std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& os, const xstring& s)

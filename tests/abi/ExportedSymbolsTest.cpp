@@ -202,6 +202,45 @@ TEST(ExportedSymbolsTest, AnInstalledHeaderDeclaresWhatIsExported)
         }
 }
 
+/// The declarations of free functions at the outer level of a header that are neither defined there
+/// nor marked as exported.
+std::vector<std::string> UnmarkedFunctions(const std::string& header)
+{
+    static const std::set<std::string> others = {"class",     "struct", "enum",
+                                                 "template",  "using",  "typedef",
+                                                 "namespace", "extern", "static_assert"};
+    std::vector<std::string> found;
+    std::istringstream lines(header);
+    std::string previous = ";";
+    for (std::string line; std::getline(lines, line);)
+    {
+        if (line.find_first_not_of(' ') == std::string::npos)
+            continue;
+        const bool begins = std::isalpha(static_cast<unsigned char>(line[0])) != 0 &&
+                            std::string(";{}").find(previous.back()) != std::string::npos;
+        previous = line.starts_with('#') ? ";" : line;
+        const std::string first = line.substr(0, line.find_first_of(" (<"));
+        if (!begins || line.find('(') == std::string::npos || others.count(first) == 1 ||
+            line.find("_API") != std::string::npos)
+            continue;
+        std::string declaration = line;
+        while (declaration.find_first_of(";{") == std::string::npos && std::getline(lines, line))
+            declaration += line;
+        if (declaration.find('{') == std::string::npos)
+            found.push_back(declaration);
+    }
+    return found;
+}
+
+TEST(ExportedSymbolsTest, WhatInstalledHeadersDeclareIsExported)
+{
+    EXPECT_EQ(UnmarkedFunctions("void Hidden(int,\n    int);\nTLUTILS_API void Shown();\n"
+                                "inline int Inline()\n{\n}\n"),
+              std::vector<std::string>{"void Hidden(int,    int);"});
+    for (const std::string& header : PublicHeaders())
+        EXPECT_EQ(UnmarkedFunctions(header), std::vector<std::string>{});
+}
+
 TEST(ExportedSymbolsTest, SonameHasTheMajorVersion)
 {
     for (const char* const library : s_libraries)

@@ -183,12 +183,12 @@ TEST(NameTable, BindsByEntry)
     NameTable& names = FrameTree::Names(file);
     NameEntry* const entry = Intern(names, "x");
     NameTable::AddRef(*entry);
-    file.m_localVariables.AddBound(new LSVar("x", "file"), *entry);
+    FrameTree::AddBound(file, new LSVar("x", "file"), *entry);
     for (int i = 0; i < 3; ++i)
     {
         VarFrame child(&file);
-        child.m_localVariables.AddBound(new LSVar("x", "old"), *entry);
-        child.m_localVariables.AddBound(new LSVar("x", "new"), *entry);
+        FrameTree::AddBound(child, new LSVar("x", "old"), *entry);
+        FrameTree::AddBound(child, new LSVar("x", "new"), *entry);
         EXPECT_EQ(Find(child, "x"), "new");
         EXPECT_EQ(Find(file, "x"), "file");
         EXPECT_EQ(child.m_localVariables.m_map.size(), 1);

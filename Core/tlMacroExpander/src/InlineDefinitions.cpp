@@ -4,6 +4,7 @@
 #include "tlMacroExpander/LSLiteral.h"
 #include "tlMacroExpander/VarFrame.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/UsePython.h"
 #include <new>
 #include <utility>
 
@@ -33,6 +34,9 @@ namespace
     ::new (place) LSToken;
     ::new (place) LSToken(token.m_type, token.m_str);
     ::new (place) LSVariableList;
+    ::new (place) PyObjectRef;
+    ::new (place) PyObjectRef(static_cast<PyObject*>(place));
+    ::new (place) PyObjectRef(std::move(*static_cast<PyObjectRef*>(place)));
     // With the tables of virtual functions, which optimisation at link time would drop.
     static_cast<ExpansionLimitException*>(place)
         ->ExpansionLimitException::~ExpansionLimitException();
@@ -58,6 +62,8 @@ using Literal = LSLiteral;
 [[gnu::used]] xstring (Literal::*const s_asString)(bool) const = &Literal::AsString;
 [[gnu::used]] void (Literal::*const s_putString)(xstring&, bool) const = &Literal::AsString;
 
+[[gnu::used]] bool (LSToken::*const s_isToken)() const = &LSToken::boolean_test;
+[[gnu::used]] bool (PyObjectRef::*const s_isObject)() const = &PyObjectRef::boolean_test;
 [[gnu::used]] bool (LSMacroVariable::*const s_isPython)() const = &LSMacroVariable::IsPython;
 [[gnu::used]] bool (LSMacroVariable::*const s_isNaked)() const = &LSMacroVariable::IsNaked;
 [[gnu::used]] ssize_t (LSMacroVariable::*const s_numArgs)() const = &LSMacroVariable::GetNumArgs;

@@ -7,6 +7,7 @@
 
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Directives/DirectiveTable.h"
+#include "tlMacroExpander/src/Directives/NestedText.h"
 #include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Output/UnrecordedOutput.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"

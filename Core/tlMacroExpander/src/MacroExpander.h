@@ -171,19 +171,8 @@ public:
     /// `@runpython {code}`: runs Python statements; writes nothing.
     void ProcessRunPythonDirective();
 
-    // What directives of a scanned text ask for, read once (Texts/Plan.h).
-
-    static PlannedAction PlanIf(PlanReader& reader);
-    static PlannedAction PlanWhile(PlanReader& reader);
-    static PlannedAction PlanFor(PlanReader& reader);
-    static PlannedAction PlanLet(PlanReader& reader);
-    static PlannedAction PlanRndBracket(PlanReader& reader);
-    static PlannedAction PlanSqrBracket(PlanReader& reader);
-    static PlannedAction PlanScope(PlanReader& reader);
-    template <bool splitLines, EStrLiteralMode mode>
-    static PlannedAction PlanStr(PlanReader& reader);
-
 private:
+    friend struct DirectivePlans;
     friend void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent,
                                  xstring& output, OutputPieces* pieces);
     friend void MacroExpand(ImportHandler* ih, VarFrame* vf, SubString str, ssize_t srcIndent,
@@ -196,6 +185,18 @@ private:
     class ForLoop;
     struct ForHead;
     struct KnownList;
+
+    // What directives of a scanned text ask for, read once (Texts/Plan.h).
+
+    static PlannedAction PlanIf(PlanReader& reader);
+    static PlannedAction PlanWhile(PlanReader& reader);
+    static PlannedAction PlanFor(PlanReader& reader);
+    static PlannedAction PlanLet(PlanReader& reader);
+    static PlannedAction PlanRndBracket(PlanReader& reader);
+    static PlannedAction PlanSqrBracket(PlanReader& reader);
+    static PlannedAction PlanScope(PlanReader& reader);
+    template <bool splitLines, EStrLiteralMode mode>
+    static PlannedAction PlanStr(PlanReader& reader);
 
     // From a text to the loop over its tokens, in three storeys.
     //
@@ -359,15 +360,6 @@ TLEXPANDER_API ELSVariable CheckVariableType(SubString word);
 /// and stores its written form in `value`, which is unchanged after an error.
 TLEXPANDER_API void ReadVariableValueByParsingExpression(VarFrame* frame, SubString text,
                                                          ELSVariable type, xstring& value);
-
-/// The same for a directive or macro name, to which errors in the expanded text are moved.
-void ReadVariableValueFor(VarFrame* frame, const LevelText& text, ELSVariable type, xstring& value,
-                          const char* origin);
-
-/// Expands a text in `frame` into a string, which is unchanged after an error. Its pieces are
-/// recorded when they are asked for.
-void ExpandIntoString(VarFrame& frame, const LevelText& text, ssize_t srcIndent, xstring& output,
-                      OutputPieces* pieces = nullptr);
 
 /// Read `@elseif` or `@else` from the front of `str`; false, with `str` moved, for anything else.
 TLEXPANDER_API bool ScanElseIfBlock(SubString& str);

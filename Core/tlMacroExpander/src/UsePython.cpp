@@ -15,7 +15,7 @@
 #include "tlMacroExpander/src/Python/SignalModule.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/StackGuard.h"
-#include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/UsePythonInside.h"
 #include <cstring>
 #include <exception>
 #include <functional>

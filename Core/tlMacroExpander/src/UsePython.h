@@ -43,14 +43,6 @@ public:
     bool boolean_test() const { return m_pyObj != nullptr; }
 };
 
-/// @throws LexScannerException  "Python is disabled" at `pos`: the current run forbids Python, or
-///     the library was built without it.
-void CheckPythonAllowed(const char* pos);
-
-/// Loads the Python library if it is not loaded yet.
-/// @throws LexScannerException  "Python 2.7 is not available: " and the reason, at `pos`.
-void LoadPython(const char* pos);
-
 /// Starts the interpreter; does nothing when it runs already.
 TLEXPANDER_API void InitPython();
 /// Ends the interpreter as the end of a program does: waits for its threads, calls the functions of
@@ -80,10 +72,6 @@ TLEXPANDER_API PyObject* ExecutePythonExpression(const xstring& expression, xstr
 /// @throws LexScannerException  "Python compilation error: " or "Python error: " and the traceback,
 ///     at `errorPos`.
 TLEXPANDER_API void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos);
-
-/// The same for code that stands behind `linesBefore` lines of `path`: tracebacks count from there.
-void RunPythonBehind(const xstring& path, ssize_t linesBefore, const xstring& pythonCode,
-                     const char* errorPos);
 
 /// Evaluates an expression and stores its value as text.
 /// @throws LexScannerException  "Python error: " and the traceback, or "Can't convert python

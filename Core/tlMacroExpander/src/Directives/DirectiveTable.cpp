@@ -10,10 +10,27 @@
 namespace telv
 {
 
+/// The ways to read a directive for a plan, which this table hands out.
+struct DirectivePlans
+{
+    using Reader = PlannedAction (*)(PlanReader&);
+
+    static constexpr Reader s_for = MacroExpander::PlanFor;
+    static constexpr Reader s_if = MacroExpander::PlanIf;
+    static constexpr Reader s_let = MacroExpander::PlanLet;
+    static constexpr Reader s_rndBracket = MacroExpander::PlanRndBracket;
+    static constexpr Reader s_scope = MacroExpander::PlanScope;
+    static constexpr Reader s_sqrBracket = MacroExpander::PlanSqrBracket;
+    static constexpr Reader s_while = MacroExpander::PlanWhile;
+    template <bool splitLines, EStrLiteralMode mode>
+    static constexpr Reader s_str = MacroExpander::PlanStr<splitLines, mode>;
+};
+
 namespace
 {
 
 using Expander = MacroExpander;
+using Plans = DirectivePlans;
 
 void ProcessImport(Expander& e, const LSToken& word)
 {
@@ -51,16 +68,16 @@ constexpr Directive s_directives[] = {
     {"import",       s_name, s_swallow, ProcessImport},
     {"importpath",   s_name, s_swallow, ProcessImportPath},
     {"relativepath", s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessRelativePathDirective(); }},
-    {"str",          s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/false, SLM_ASCII); }, Expander::PlanStr<false, SLM_ASCII>},
-    {"strx",         s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/true, SLM_ASCII); }, Expander::PlanStr<true, SLM_ASCII>},
-    {"strW",         s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/false, SLM_WIDE); }, Expander::PlanStr<false, SLM_WIDE>},
-    {"strxW",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/true, SLM_WIDE); }, Expander::PlanStr<true, SLM_WIDE>},
+    {"str",          s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/false, SLM_ASCII); }, Plans::s_str<false, SLM_ASCII>},
+    {"strx",         s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/true, SLM_ASCII); }, Plans::s_str<true, SLM_ASCII>},
+    {"strW",         s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/false, SLM_WIDE); }, Plans::s_str<false, SLM_WIDE>},
+    {"strxW",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessStrDirective(/*splitLines=*/true, SLM_WIDE); }, Plans::s_str<true, SLM_WIDE>},
     {"unstr",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessUnstrDirective(); }},
-    {"scope",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessScopeDirective(); }, Expander::PlanScope},
-    {"if",           s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessIfDirective(); }, Expander::PlanIf},
+    {"scope",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessScopeDirective(); }, Plans::s_scope},
+    {"if",           s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessIfDirective(); }, Plans::s_if},
     {"else",         s_name, s_swallow, ProcessElse},
-    {"while",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessWhileDirective(); }, Expander::PlanWhile},
-    {"for",          s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessForDirective(); }, Expander::PlanFor},
+    {"while",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessWhileDirective(); }, Plans::s_while},
+    {"for",          s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessForDirective(); }, Plans::s_for},
     {"print",        s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessPrintDirective(/*newline=*/false); }},
     {"println",      s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessPrintDirective(/*newline=*/true); }},
     {"assert",       s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessAssertDirective(); }},
@@ -71,10 +88,10 @@ constexpr Directive s_directives[] = {
     {"nakeddef",     s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessDefDirective(/*exportdef=*/false, /*nakeddef=*/true, /*defpython=*/false); }},
     {"defpython",    s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessDefDirective(/*exportdef=*/false, /*nakeddef=*/false, /*defpython=*/true); }},
     {"runpython",    s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessRunPythonDirective(); }},
-    {"let",          s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessLetDirective(); }, Expander::PlanLet},
+    {"let",          s_name, s_swallow, [](Expander& e, const LSToken&) { e.ProcessLetDirective(); }, Plans::s_let},
     {"quote",        s_name, s_keep,    [](Expander& e, const LSToken&) { e.ProcessQuoteDirective(); }},
-    {"[", TOKEN_LEFT_SQUARE, s_keep,    [](Expander& e, const LSToken&) { e.ProcessSqrBracketDirective(); }, Expander::PlanSqrBracket},
-    {"(", TOKEN_LEFT_PAREN,  s_keep,    [](Expander& e, const LSToken&) { e.ProcessRndBracketDirective(); }, Expander::PlanRndBracket},
+    {"[", TOKEN_LEFT_SQUARE, s_keep,    [](Expander& e, const LSToken&) { e.ProcessSqrBracketDirective(); }, Plans::s_sqrBracket},
+    {"(", TOKEN_LEFT_PAREN,  s_keep,    [](Expander& e, const LSToken&) { e.ProcessRndBracketDirective(); }, Plans::s_rndBracket},
     {"$", TOKEN_DOLLAR,      s_swallow, ProcessDollar}, // flushes itself, when it is a directive
 };
 // clang-format on

@@ -6,6 +6,7 @@
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
 #include "tlMacroExpander/ExpansionObserver.h"
+#include "tlMacroExpander/src/Directives/NestedText.h"
 #include "tlMacroExpander/src/Directives/Watching.h"
 #include "tlMacroExpander/src/Expressions/DirectExpression.h"
 #include "tlMacroExpander/src/Expressions/ParseExpanded.h"

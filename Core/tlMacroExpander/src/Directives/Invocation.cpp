@@ -7,6 +7,7 @@
 // nested call, so what only errors need is composed elsewhere.
 #define TELV_SOURCE_PATH "Core/tlMacroExpander/src/MacroExpander"
 
+#include "tlMacroExpander/src/Directives/NestedText.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Hints/Hints.h"
 #include "tlMacroExpander/src/MacroExpander.h"
@@ -16,7 +17,7 @@
 #include "tlMacroExpander/src/Run/TemporaryText.h"
 #include "tlMacroExpander/src/Scan/OpenedAt.h"
 #include "tlMacroExpander/src/Texts/Plan.h"
-#include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/UsePythonInside.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
 #include "tlMacroExpander/src/Values/Words.h"
 #include <algorithm>
@@ -386,7 +387,7 @@ const LSVariable* MacroExpander::BindArgs(LSMacroVariable& macroVar, ActualArgs&
         LSVariable* const bound = formal.m_type == LSV_MACRO
                                       ? MakeNamedArg(macroVar, formal, args[i])
                                       : MakeValueArg(macroVar, formal, args[i]);
-        frame.m_localVariables.AddBound(bound, name);
+        FrameTree::AddBound(frame, bound, name);
         if (macroVar.m_naked)
             names.NoteDefinition(nullptr); // the caller's frame is not new
     }

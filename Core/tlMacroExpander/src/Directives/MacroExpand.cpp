@@ -4,6 +4,7 @@
 
 #include "tlMacroExpander/MacroExpand.h"
 #include "tlMacroExpander/ExpansionRun.h"
+#include "tlMacroExpander/src/Directives/NestedText.h"
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Output/StringSink.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"

@@ -4,7 +4,7 @@
 #include "tlMacroExpander/src/MacroExpander.h"
 #include "tlMacroExpander/src/Run/ErrorContext.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
-#include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/UsePythonInside.h"
 
 namespace telv
 {

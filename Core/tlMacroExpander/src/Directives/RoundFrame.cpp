@@ -2,6 +2,7 @@
 // A definition or an import in the frame ends its use: what a round has made is not seen by the
 // next one.
 #include "tlMacroExpander/src/Directives/RoundFrame.h"
+#include "tlMacroExpander/src/Frames/FrameTree.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include "tlMacroExpander/src/Scan/FastPaths.h"
 #include "tlMacroExpander/src/Values/OwningVariables.h"
@@ -45,7 +46,7 @@ void RoundFrame::Bind(ssize_t name, const LevelText& value)
     }
     auto bound = MakeLoopVariable(m_names[name], &m_parent, m_owner, value);
     OwningMacroVariable* const var = bound.get();
-    m_frame->m_localVariables.AddBound(bound.release(), m_entries[index]);
+    FrameTree::AddBound(*m_frame, bound.release(), m_entries[index]);
     m_bound.push_back(var);
 }
 

@@ -26,6 +26,17 @@ public:
     {
         return frame->m_localVariables.m_map.m_bindings;
     }
+    /// The frame's own variable of this name, or null.
+    static LSVariable* FindOwn(const VarFrame& frame, SubString name, uint64 hash)
+    {
+        return frame.m_localVariables.m_map.Lookup(name, hash);
+    }
+    /// Adds a variable to a frame in which nobody has looked for a name, where the entry of its own
+    /// name in the table of the tree is known.
+    static void AddBound(VarFrame& frame, LSVariable* v, NameEntry& entry)
+    {
+        frame.m_localVariables.AddBound(v, entry);
+    }
     /// The ancestor of this depth. Logarithmic.
     static const VarFrame* AncestorAt(const VarFrame* frame, int64 depth);
     /// The deepest frame that is an ancestor of both, or one of them. Logarithmic.

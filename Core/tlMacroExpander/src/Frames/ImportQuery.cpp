@@ -22,7 +22,7 @@ LSVariable* ImportQuery::FindOwn(VarFrame* frame)
 {
     if (IsCountingLookups())
         return frame->m_localVariables.Find(m_name);
-    return frame->m_localVariables.m_map.Lookup(m_name, m_hash);
+    return FrameTree::FindOwn(*frame, m_name, m_hash);
 }
 
 LSVariable* ImportQuery::FindOwnOrAbove(VarFrame* frame)

@@ -84,6 +84,8 @@ public:
     /// @throws LexScannerException  There is another statement: "Syntax error: " and the token.
     virtual void ProcessImportedFile(MpfwSourceFile* srcFile);
 
+    /// Reads `$name = "value"`; the string remains the current token.
+    void ParseStringSettingHelper(const xstring& name, xstring& value);
     /// Reads `$name = "value"` and reads past it.
     void ParseStringSetting(const xstring& name, xstring& value);
     /// The same for a path: empty, or with forward slashes and without one at its end.
@@ -139,7 +141,6 @@ private:
     void Expand(MpfwSourceFile& srcFile);
     void ReportError(const LexScannerException& e) const;
     [[noreturn]] void ThrowCycle(const MpfwSourceFile& again, const char* pos) const;
-    void ParseStringSettingHelper(const xstring& name, xstring& value);
 };
 
 #pragma GCC diagnostic pop

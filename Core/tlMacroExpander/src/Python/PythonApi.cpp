@@ -7,7 +7,7 @@
 
 #include "tlMacroExpander/src/Python/PythonApi.h"
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/UsePythonInside.h"
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>

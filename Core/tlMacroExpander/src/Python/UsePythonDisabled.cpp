@@ -3,7 +3,7 @@
 #ifndef TELV_PYTHON_ENABLED
 
 #include "tlMacroExpander/src/LSToken.h"
-#include "tlMacroExpander/src/UsePython.h"
+#include "tlMacroExpander/src/UsePythonInside.h"
 
 namespace telv
 {
