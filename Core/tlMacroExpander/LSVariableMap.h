@@ -79,6 +79,7 @@ private:
     friend class LSVariableList;
     friend class VarFrame;
 
+    bool HasNone() const;
     void MakeNames();
     void Sort() const;
     void Free();
