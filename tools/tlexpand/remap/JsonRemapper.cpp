@@ -118,7 +118,7 @@ void GccRemapper::RemapPlace(Json& place)
                                         {"byte-column", EColumnUnit::Bytes},
                                         {"display-column", EColumnUnit::Terminal}})
         if (place.contains(name))
-            place[name] = ColumnIn(origin->m_place, counted);
+            place[name] = m_outputs.ColumnIn(origin->m_place, counted);
 }
 
 /// A fix of calculated text would spoil the directive, and one of which only an end has a source
@@ -145,7 +145,7 @@ void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUn
     {
         const Json caret = {{"file", note.m_place.m_path},
                             {"line", note.m_place.m_line},
-                            {"column", ColumnIn(note.m_place, unit)}};
+                            {"column", m_outputs.ColumnIn(note.m_place, unit)}};
         Json child = {{"kind", "note"}, {"message", note.m_text}, {"locations", Json::array()}};
         if (!note.m_place.m_path.empty())
             child["locations"].push_back({{"caret", caret}});
@@ -374,7 +374,7 @@ void SarifRemapper::Place(Json& location, const MessagePlace& place, bool isAbso
     const bool hasColumn = location["region"].contains("startColumn") || location["region"].empty();
     location["region"] = {{"startLine", place.m_line}};
     if (hasColumn)
-        location["region"]["startColumn"] = ColumnIn(place, m_unit);
+        location["region"]["startColumn"] = m_outputs.ColumnIn(place, m_unit);
 }
 
 bool HasGccMessages(const Json& document)

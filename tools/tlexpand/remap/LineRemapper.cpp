@@ -38,7 +38,7 @@ bool IsFix(const std::string& line, const std::string& marks)
     return isMarked && line.find_first_of(" \t\r\n") == line.find_first_of("\r\n");
 }
 
-std::string WithoutBlanks(const std::string& line)
+std::string WithoutBlanks(SubString line)
 {
     std::string text;
     for (const char c : line)
@@ -110,9 +110,9 @@ std::string LineRemapper::Remap(const std::string& line)
 /// Clang quotes a line with blanks for its tabs.
 bool LineRemapper::ContinuesExcerpt(const std::string& plain)
 {
-    const std::string quoted = std::exchange(m_quoted, "");
+    const std::string* const quoted = std::exchange(m_quoted, nullptr);
     const std::string marks = std::exchange(m_marks, "");
-    if (HasBar(plain) || (!quoted.empty() && WithoutBlanks(plain) == quoted))
+    if (HasBar(plain) || (quoted != nullptr && WithoutBlanks(ViewOf(plain)) == *quoted))
         return true;
     if (HasMarks(plain))
     {
@@ -125,7 +125,10 @@ bool LineRemapper::ContinuesExcerpt(const std::string& plain)
 void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
                             const MessageOrigin& origin)
 {
-    m_quoted = WithoutBlanks(origin.m_line);
+    const auto [known, isNew] = m_lines.try_emplace(origin.m_line.begin());
+    if (isNew)
+        known->second = WithoutBlanks(origin.m_line);
+    m_quoted = known->second.empty() ? nullptr : &known->second;
     for (const MessageNote& note : origin.m_notes)
     {
         if (note.m_place.m_path.empty())
