@@ -8,8 +8,8 @@
 
 #include "tlMacroExpander/src/Hints/NearIndex.h"
 #include "tlMacroExpander/src/Run/RunState.h"
+#include "tlUtils/HeldContainers.h"
 #include <initializer_list>
-#include <set>
 #include <utility>
 
 namespace telv
@@ -55,16 +55,16 @@ public:
     void NoteUse(SubString definition) { m_used.insert(definition.begin()); }
     bool IsUsed(SubString definition) const { return m_used.contains(definition.begin()); }
     /// By where their names stand.
-    const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
+    const HeldMap<const char*, Definition>& Definitions() const { return m_definitions; }
 
     NearIndex& Near() { return m_near; }
     /// A part of a text that is being expanded no line of which begins with tabs.
     SubString& TabFree() { return m_tabFree; }
 
 private:
-    std::set<std::pair<EWarning, const char*>> m_warned;
-    std::map<const char*, Definition> m_definitions;
-    std::set<const char*> m_used;
+    HeldSet<std::pair<EWarning, const char*>> m_warned;
+    HeldMap<const char*, Definition> m_definitions;
+    HeldSet<const char*> m_used;
     NearIndex m_near;
     SubString m_tabFree;
 };
