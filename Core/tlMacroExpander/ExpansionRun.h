@@ -152,6 +152,12 @@ public:
     /// sense.
     bool DefinesInVain(const std::vector<SubString>& defining,
                        const std::vector<SubString>& texts) const;
+    /// The same for many groups of `texts`, where the texts that are not in a group may use it;
+    /// each text is read once. `group` appends the numbers of the texts of the group of this
+    /// number.
+    std::vector<bool>
+    DefineInVain(const std::vector<SubString>& texts, size_t groups,
+                 const std::function<void(size_t, std::vector<size_t>&)>& group) const;
 
     /// What would probably mend `error`, the last that left an expansion, in one line; empty when
     /// that is not known. To be asked before the next expansion.

@@ -79,6 +79,7 @@ private:
     LSVariable* Lookup(SubString name, uint64 hash) const;
     /// Set where the entry of the name is known, in a new frame.
     void Set(LSVariable* v, NameEntry& entry);
+    bool HasNone() const;
     void MakeNames();
     void Sort() const;
     void Free();

@@ -3,6 +3,7 @@
 // does so after each import.
 #include "Families.h"
 #include "tlMacroExpander/VarFrame.h"
+#include "tlMacroExpander/src/Frames/GivenNames.h"
 #include <memory>
 #include <string>
 
@@ -148,6 +149,31 @@ Work CommonImport(size_t n)
     };
 }
 
+/// As many definitions are given to every file as there are files; each uses one of them.
+Work GivenDefinitions(size_t n)
+{
+    const auto files = std::make_shared<Files>(n);
+    return [files]
+    {
+        FileScopeVarFrame prelude;
+        for (size_t i = 0; i < files->Count(); ++i)
+            prelude.InsertDollarMacro(xstring(files->Word(i)), "value");
+        GivenNames given;
+        given.Give(prelude);
+        FileScopeVarFrame importer;
+        for (size_t i = 0; i < files->Count(); ++i)
+        {
+            FileScopeVarFrame& file = *files->m_frames[i];
+            given.MakeVisibleIn(file);
+            file.AddImport(&prelude);
+            file.Find(SubString("_word7_"), nullptr);
+            for (size_t j = 0; j < s_namesEach; ++j)
+                file.FindDollarMacro(files->NameOf(i, j));
+            importer.AddImport(&file);
+        }
+    };
+}
+
 } // namespace
 
 std::vector<Family> ImportFamilies()
@@ -162,6 +188,7 @@ std::vector<Family> ImportFamilies()
         {"import and definition, in turn", 2'000, DefinitionsInTurn, nullptr},
         {"definitions in imported files", 2'000, LateDefinitions, nullptr},
         {"a common import of many names", 2'000, CommonImport, nullptr},
+        {"files, and definitions given to all", 2'000, GivenDefinitions, nullptr},
     };
 }
 

@@ -189,5 +189,31 @@ TEST_F(MemoryTest, NoStackButTheMainThreads)
 
 #endif
 
+/// From what the C library can't be loaded with to what is enough: each run ends with a message.
+TEST_F(MemoryTest, HardlyAnyAddressSpaceIsAnError)
+{
+    if (s_underAddressSanitizer)
+        GTEST_SKIP() << "a limit on the address space does not go with its shadow memory";
+    TempDir directory;
+    WriteFile(directory.Path("main.tl"), "@def m = {x}m\n");
+    constexpr unsigned long kibi = 1024;
+    constexpr int notLoaded = 127;
+    size_t succeeded = 0;
+    for (unsigned long space = 3'000 * kibi; space < 16'000 * kibi; space += 52 * kibi)
+    {
+        LimitedOptions options;
+        options.directory = directory.Path(".");
+        options.addressSpace = space;
+        const ProgramResult result = RunLimited({TELV_TLEXPAND_PATH, "main.tl"}, options);
+        EXPECT_EQ(result.signal, 0) << space / kibi << result.err;
+        succeeded += result.status == 0 ? 1 : 0;
+        if (result.status == 0)
+            EXPECT_EQ(result.out, "x\n");
+        else if (result.status != notLoaded)
+            EXPECT_NE(result.err.find("Out of memory\n"), std::string::npos) << space / kibi;
+    }
+    EXPECT_GT(succeeded, 10u);
+}
+
 } // namespace
 } // namespace telv::test

@@ -124,6 +124,20 @@ TEST_F(CheckTest, PatchMakesTheOutput)
     EXPECT_EQ(result.status, 0) << result.out << result.err;
 }
 
+TEST_F(CheckTest, ATerminalIsNotSentTheCharactersOfAFile)
+{
+    Write("main.tl", "// \x1b[2J\t\xe2\x80\xae.\n");
+    Write("out", "old\n");
+    const std::string command = "\"$TLEXPAND\" --check -o out main.tl";
+    const ProgramResult piped = RunShell(command + "| cat");
+    EXPECT_NE(piped.out.find("\n+// \x1b[2J\t\xe2\x80\xae.\n"), std::string::npos) << piped.out;
+    const ProgramResult shown =
+        RunShell("export TLEXPAND; script -qec '" + command + "' /dev/null </dev/null");
+    EXPECT_EQ(shown.status, 1);
+    EXPECT_NE(shown.out.find("\r\n+// \\x1b[2J\t\\xe2\\x80\\xae.\r\n"), std::string::npos)
+        << shown.out;
+}
+
 TEST_F(CheckTest, ANameThatPatchWouldMisreadIsQuoted)
 {
     Write("main.tl", "1\n");

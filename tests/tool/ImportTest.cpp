@@ -199,4 +199,34 @@ TEST_F(ImportTest, AMacroMayBeInvokedWhereItsFileWasImported)
                   "called from <stdin>(2)\n");
 }
 
+// n paths and n imports are n^2 directories to look into, n files in a chain n^2 files to see.
+TEST_F(ImportTest, WhatImportsRepeatCountsAsSteps)
+{
+    constexpr int n = 30;
+    std::string paths;
+    std::string imports;
+    for (int i = 0; i < n; ++i)
+    {
+        paths += "@importpath \"p" + std::to_string(i) + "\"\n";
+        imports += "@import \"f" + std::to_string(i) + ".tl\"\n";
+        Write("lib/f" + std::to_string(i) + ".tl", "");
+        Write("c" + std::to_string(i) + ".tl",
+              i + 1 < n ? "@import \"c" + std::to_string(i + 1) + ".tl\"" : "");
+    }
+    const auto stepsSuffice = [&](int steps, const std::string& source)
+    {
+        const ProgramResult result =
+            Run({"-I", "lib", "--max-steps", std::to_string(steps)}, source);
+        EXPECT_EQ(result.err.find("Too many expansion steps") == std::string::npos,
+                  result.status == 0)
+            << result.err;
+        return result.status == 0;
+    };
+    EXPECT_FALSE(stepsSuffice(n * n, paths + imports));
+    EXPECT_TRUE(stepsSuffice(n * n + 3 * n, paths + imports));
+    EXPECT_TRUE(stepsSuffice(4 * n, imports));
+    EXPECT_FALSE(stepsSuffice(n * (n - 1) / 2 - n, "@import \"c0.tl\""));
+    EXPECT_TRUE(stepsSuffice(n * (n - 1) / 2 + 2 * n, "@import \"c0.tl\""));
+}
+
 } // namespace telv::test

@@ -159,6 +159,31 @@ TEST_F(OutputTest, RefusesTwoOutputsThatAreOneFile)
                   "tlexpand: 'hard' and 'dir/x' are the same output" + s_hint);
 }
 
+// What is printed is sent off at once; nothing is after the file has been seen.
+TEST_F(OutputTest, RefusesToPrintIntoWhatIsRead)
+{
+    const std::string lib = "@def m = {x}\n";
+    const std::string main = "@import \"lib.tl\"\n@print(2)m";
+    Write("main.tl", main);
+    const auto expectRefusal = [&](const std::string& command, const std::string& name)
+    {
+        Write("lib.tl", lib);
+        const ProgramResult result = RunShell(command);
+        EXPECT_EQ(result.status, 2) << command;
+        const std::string message = "tlexpand: " + name + " is a file that is read" + s_hint;
+        const bool isOfErrors = name == "standard error";
+        EXPECT_EQ(result.err, isOfErrors ? "" : message) << command;
+        EXPECT_EQ(Read("lib.tl"), lib + (isOfErrors ? message : "")) << command;
+        EXPECT_EQ(Names(), " lib.tl main.tl") << command;
+    };
+    expectRefusal("$TLEXPAND -o out main.tl >> lib.tl", "standard output");
+    expectRefusal("$TLEXPAND main.tl >> lib.tl", "standard output");
+    expectRefusal("$TLEXPAND -E '@import \"lib.tl\"' main.tl >> lib.tl", "standard output");
+    expectRefusal("$TLEXPAND main.tl 2>> lib.tl", "standard error");
+    EXPECT_EQ(RunShell("$TLEXPAND main.tl >> main.tl").status, 2);
+    EXPECT_EQ(Read("main.tl"), main);
+}
+
 TEST_F(OutputTest, RefusesToOverwriteWhatIsRead)
 {
     Write("main.tl", "@import \"lib.tl\"\nm");

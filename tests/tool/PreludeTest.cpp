@@ -61,6 +61,27 @@ TEST_F(PreludeTest, ADefinitionInAnImportIsNotAmbiguous)
               "1 1 \"1\"");
 }
 
+// Whatever kind of definition a file replaces, its importers and the command line's other files do
+// not notice.
+TEST_F(PreludeTest, AFileMayMakeSomethingElseOfADefinition)
+{
+    Write("lib.tl", "@let _A_ := {lib}\n@def + m(a) = {<a>}\n@def inLib = {_A_}\n@print(m(_A_))");
+    const ProgramResult result = Run({"-E", "@def m = {1}", "-D", "A=1"},
+                                     "@import \"lib.tl\"\nm _A_ inLib @let _A_ := {main}\n_A_");
+    EXPECT_EQ(result.err, "<lib>");
+    EXPECT_EQ(result.out, "1 1 1main");
+}
+
+TEST_F(PreludeTest, ADefinitionIsTheNameThatWasProbablyMeant)
+{
+    ExpectFailure(Run({"-D", "LENGTH=1", "-E", "@def width = {1}"}, "@(widht)"), 1,
+                  "<stdin>(1) : error : Unexpected widht after ( in expression\n"
+                  "    in @(widht)\n"
+                  " 1 | @(widht)\n"
+                  "   | ^\n"
+                  "hint: 'widht' names nothing here; did you mean 'width'?\n");
+}
+
 TEST_F(PreludeTest, VariablesAreShared)
 {
     Write("lib.tl", "@let n = n + 1\n");

@@ -100,6 +100,20 @@ TEST_F(PythonPathTest, NothingIsWrittenBesideTheModules)
     EXPECT_EQ(Read("one/names.pyc"), "(none)");
 }
 
+// Nor do the variables of the locale decide what a terminal's encoding is called.
+TEST_F(PythonPathTest, TheEncodingOfATerminalIsNotTheLocales)
+{
+    Write("main.tl", "@runpython{\nimport sys\nprint(sys.stdin.encoding, sys.__stdout__.encoding, "
+                     "sys.__stderr__.encoding)\n}\n");
+    for (const std::string locale : {"C", "C.UTF-8"})
+    {
+        const ProgramResult shown = RunShell("export TLEXPAND LC_ALL=" + locale +
+                                             "; script -qec '\"$TLEXPAND\" main.tl' /dev/null "
+                                             "</dev/null");
+        EXPECT_NE(shown.out.find("('UTF-8', 'UTF-8', 'UTF-8')"), std::string::npos) << shown.out;
+    }
+}
+
 } // namespace telv::test
 
 #endif

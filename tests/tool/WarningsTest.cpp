@@ -147,4 +147,29 @@ TEST_F(WarningsTest, LenientTextIsWatchedToo)
               " hidden-name");
 }
 
+// What a file brings are its definitions and those of its imports; others may use them.
+TEST_F(WarningsTest, ImportsThatShareFilesAreJudgedEachWithItsOwn)
+{
+    Write("low.tl", "@def low = {1}\n");
+    Write("left.tl", "@import \"low.tl\"\n@def left = {low}\n");
+    Write("right.tl", "@import \"low.tl\"\n@def right = {2}\n");
+    const auto unused = [&](const std::string& text)
+    {
+        const ProgramResult result = Run({"--warn=unused"}, text);
+        std::string lines;
+        const std::string before = "<stdin>(";
+        for (size_t at = 0; (at = result.err.find(before, at)) != std::string::npos; ++at)
+            lines += result.err[at + before.size()];
+        return lines;
+    };
+    // Only `left` uses `low`.
+    EXPECT_EQ(unused("@import \"left.tl\"\n"), "1");
+    EXPECT_EQ(unused("@import \"right.tl\"\n"), "1");
+    EXPECT_EQ(unused("@import \"left.tl\"\n@import \"right.tl\"\n"), "1");
+    EXPECT_EQ(unused("@import \"low.tl\"\n@import \"left.tl\"\n"), "2");
+    EXPECT_EQ(unused("@import \"right.tl\"\n@import \"right.tl\"\n"), "12");
+    EXPECT_EQ(unused("@import \"right.tl\"\n@import \"left.tl\"\nright"), "2");
+    EXPECT_EQ(unused("@import \"right.tl\"\n@import \"left.tl\"\nlow"), "");
+}
+
 } // namespace telv::test

@@ -20,6 +20,7 @@
 #include "report/GuardedRun.h"
 #include <atomic>
 #include <new>
+#include <optional>
 #include <set>
 #include <string>
 #include <sys/mman.h>
@@ -38,6 +39,8 @@ namespace
 constexpr pid_t s_waits = -1;
 
 constexpr size_t s_mostNames = 20;
+/// Workers that may be ended by signals before they have taken a file.
+constexpr int s_mostIdleEnds = 10;
 constexpr useconds_t s_progressMicroseconds = 100'000;
 
 using State = std::atomic<pid_t>;
@@ -53,7 +56,7 @@ struct JobState
 /// Lies in memory that the processes share.
 struct SharedState
 {
-    std::atomic<size_t> m_next = 0;
+    std::atomic<size_t> m_next = 0; ///< All before it are taken, and perhaps some others.
     std::atomic<size_t> m_done = 0;
     std::atomic<bool> m_stop = false;
     std::atomic<bool> m_streamFailed = false; ///< A standard stream takes no more.
@@ -74,6 +77,7 @@ private:
     void StartWorker();
     [[noreturn]] void Work();
     bool NoteEarlyEnd(JobState& state, EEnd end);
+    std::optional<size_t> TakeJob();
     int RunJob(const BatchJob& job);
     void CheckImports(const BatchJob& job, const std::vector<std::string>& imports);
     JobState& StateOf(const BatchJob& job) { return m_states[&job - m_jobs.data()]; }
@@ -92,6 +96,7 @@ private:
     SharedState* m_shared;
     JobState* m_states;
     std::set<pid_t> m_workers;
+    int m_idleEnds = 0;
     bool m_showsProgress;
 };
 
@@ -137,12 +142,11 @@ void Batch::Work()
     HandleSignalsHere();
     while (!m_shared->m_stop && !PythonHasRun())
     {
-        const size_t index = m_shared->m_next++;
-        if (index >= m_jobs.size())
+        const std::optional<size_t> index = TakeJob();
+        if (!index)
             break;
-        m_states[index].m_result = -getpid();
-        SetEndHook([&](EEnd end) { return NoteEarlyEnd(m_states[index], end); });
-        NoteResult(index, RunJob(m_jobs[index]));
+        SetEndHook([&](EEnd end) { return NoteEarlyEnd(m_states[*index], end); });
+        NoteResult(*index, RunJob(m_jobs[*index]));
     }
     _exit(0);
 }
@@ -156,6 +160,23 @@ bool Batch::NoteEarlyEnd(JobState& state, EEnd end)
         return true;
     m_shared->m_stop = true;
     return !m_shared->m_streamFailed.exchange(true);
+}
+
+/// The next file that nobody has. In one step it is taken and says who took it: a process that is
+/// killed just then has it.
+std::optional<size_t> Batch::TakeJob()
+{
+    const pid_t self = getpid();
+    for (size_t index = m_shared->m_next; index < m_jobs.size(); ++index)
+    {
+        pid_t result = s_waits;
+        const bool isTaken = m_states[index].m_result.compare_exchange_strong(result, -self);
+        size_t next = index;
+        m_shared->m_next.compare_exchange_strong(next, index + 1);
+        if (isTaken)
+            return index;
+    }
+    return std::nullopt;
 }
 
 void Batch::NoteResult(size_t index, int status)
@@ -210,10 +231,12 @@ void Batch::NoteEnd(pid_t worker, int status)
 {
     if (m_workers.erase(worker) == 0)
         return; // A child of whoever was this process before it became the tool.
+    bool isIdle = true;
     for (size_t i = 0; i < m_jobs.size(); ++i)
     {
         if (m_states[i].m_result != -worker)
             continue;
+        isIdle = false;
         const std::string place = m_jobs[i].m_place + m_jobs[i].m_input;
         if (WIFSIGNALED(status))
             ReportToolError(place + ": the process that expanded it was ended by signal " +
@@ -221,6 +244,13 @@ void Batch::NoteEnd(pid_t worker, int status)
         else if (!m_states[i].m_isReported)
             ReportToolError(place + ": the process that expanded it ended without a result");
         NoteResult(i, 2);
+    }
+    if (isIdle && WIFSIGNALED(status) && ++m_idleEnds > s_mostIdleEnds)
+    {
+        // Another would not get further.
+        m_shared->m_stop = true;
+        ReportToolError("the processes that expand files are ended by signal " +
+                        std::to_string(WTERMSIG(status)) + " before they begin");
     }
 }
 
@@ -278,7 +308,9 @@ int Batch::Report() const
                 names += "\n  " + m_jobs[i].m_input;
         }
     }
-    if (failed == 0)
+    if (m_idleEnds > s_mostIdleEnds)
+        largest = 2;
+    else if (failed == 0)
         return 0;
     if (failed > s_mostNames)
         names += "\n  ... and " + std::to_string(failed - s_mostNames) + " more";
@@ -286,7 +318,7 @@ int Batch::Report() const
         std::to_string(failed) + " of " + std::to_string(m_jobs.size()) + " files failed";
     if (skipped > 0)
         text += ", " + std::to_string(skipped) + " not tried (--keep-going tries them)";
-    ReportToolError(text + ":" + names);
+    ReportToolError(names.empty() ? text : text + ":" + names);
     return largest;
 }
 

@@ -7,13 +7,17 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cxxabi.h>
+#include <exception>
 #include <fcntl.h>
 #include <iterator>
+#include <new>
 #include <string_view>
 #include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <typeinfo>
 #include <unistd.h>
 #include <utility>
 
@@ -355,6 +359,35 @@ void EndRun(const std::string& message, EEnd end)
     if (!s_endHook || s_endHook(end))
         WriteAll(STDERR_FILENO, ViewOf("tlexpand: " + message + "\n"));
     _exit(2);
+}
+
+namespace
+{
+
+/// Takes no memory.
+[[noreturn]] void EndForLackOfMemory()
+{
+    constexpr std::string_view message = "tlexpand: Out of memory\n";
+    EndForkedProcess(/*succeeded=*/false);
+    RemoveTemporaryFiles();
+    WriteAll(STDERR_FILENO, SubString(message.data(), message.data() + message.size()));
+    _exit(2);
+}
+
+/// Without an exception under way, one could not be made. To throw it again would need memory.
+void Terminate()
+{
+    const std::type_info* const error = abi::__cxa_current_exception_type();
+    if (error == nullptr || *error == typeid(std::bad_alloc))
+        EndForLackOfMemory();
+    abort(); // a broken assumption of this program, of which a core is worth having
+}
+
+} // namespace
+
+void EndRunWithoutMemory()
+{
+    std::set_terminate(Terminate);
 }
 
 void WatchForForks()

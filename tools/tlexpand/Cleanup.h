@@ -107,6 +107,11 @@ void SetEndHook(std::function<bool(EEnd)> hook);
 /// exception may leave.
 [[noreturn]] void EndRun(const std::string& message, EEnd end = EEnd::File);
 
+/// Has the process end in the same way, with "Out of memory", when an error can't be reported
+/// because there is no memory for an exception, or because memory ran out where no exception may
+/// leave.
+void EndRunWithoutMemory();
+
 /// Lets `EndForkedProcess` know without a system call; to be called before the first code that can
 /// fork, once in a process.
 void WatchForForks();

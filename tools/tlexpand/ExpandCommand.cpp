@@ -109,6 +109,7 @@ private:
     void Expand();
     void Define(const Definition& definition);
     void Warn(const ExpansionWarning& warning);
+    static std::vector<std::pair<const char*, std::optional<FileIdentity>>> StandardFiles();
     void RefuseInputs() const;
     WrittenOutput Written() const;
     void AddDirectives();
@@ -149,6 +150,13 @@ try
     const ExpansionRunScope scope(m_run);
     if (m_options.m_depfile)
         m_handler.NotePaths();
+    m_handler.CheckFiles(
+        [streams = StandardFiles()](const FileIdentity& identity)
+        {
+            for (const auto& [name, file] : streams)
+                if (file == identity)
+                    throw UsageError(std::string(name) + " is a file that is read");
+        });
     m_handler.ReadMain(m_options.m_file);
     if (!RunGuarded([this] { ExpandUnchanged(); }, m_run, m_sources, m_diagnostics, m_printed))
         return 1;
@@ -279,20 +287,27 @@ void ExpandCommand::Warn(const ExpansionWarning& warning)
     m_diagnostics.Warn(warning);
 }
 
+/// Standard output and standard error, which printed text, the expansion and messages go to, where
+/// they are regular files.
+std::vector<std::pair<const char*, std::optional<FileIdentity>>> ExpandCommand::StandardFiles()
+{
+    std::vector<std::pair<const char*, std::optional<FileIdentity>>> files;
+    for (const int fd : {STDOUT_FILENO, STDERR_FILENO})
+        if (const auto identity = RegularFileAt(fd))
+            files.emplace_back(NameOfStream(fd), identity);
+    return files;
+}
+
 void ExpandCommand::RefuseInputs() const
 {
     // A text may take the place of its source, a page that shows it not.
     const OutputFile* const mayReplaceMain = m_options.m_isExplained ? nullptr : m_outputs.m_text;
     if (const auto identity = m_handler.MainIdentity())
         m_outputs.m_set.RefuseInput(*identity, mayReplaceMain);
-    const std::optional<FileIdentity> standardOutput = RegularFileAt(STDOUT_FILENO);
     const auto isWritten = [&](const FileIdentity& identity)
-    { return m_outputs.m_set.Holds(identity) || standardOutput == identity; };
-    const std::vector<FileIdentity> imports = m_handler.ImportedIdentities(isWritten);
-    for (const FileIdentity& identity : imports)
+    { return m_outputs.m_set.Holds(identity); };
+    for (const FileIdentity& identity : m_handler.ImportedIdentities(isWritten))
         m_outputs.m_set.RefuseInput(identity, nullptr);
-    if (!imports.empty()) // and no other output
-        throw UsageError("standard output is a file that is read");
     if (m_checkImports)
         m_checkImports(m_handler.OpenedImports());
 }
@@ -341,8 +356,10 @@ int ExpandCommand::CompareWithOutput() const
         return 1;
     }
     const std::string name = BehindLinks(path);
-    const std::string difference =
+    std::string difference =
         MakeUnifiedDiff(isThere ? name : "/dev/null", there, name, "(expanded)", text);
+    if (isatty(STDOUT_FILENO) == 1) // else it stays one that can be applied
+        difference = EscapeForTerminal(ViewOf(difference));
     WriteStandardOutput([&](ByteSink& sink) { sink.Write(difference); });
     return 1;
 }

@@ -127,6 +127,7 @@ catch (const std::exception& e)
 int main(int argc, char** argv)
 {
     using namespace telv::tool;
+    EndRunWithoutMemory();
     OpenMissingStandardDescriptors();
     StartDirectory();
     InstallSignalHandlers();

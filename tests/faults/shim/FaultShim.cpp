@@ -8,7 +8,9 @@
 //                EINVALS, ENOSYSS: two files can't be exchanged, from this call on;
 //                FORESEEN: the random numbers are zeros at first;
 //                GROW: before it, a read, somebody else appends a byte to the file;
-//                KILL, TERM: the signal comes before it;  TERM_AFTER: right after it
+//                KILL, TERM: the signal comes before it;  TERM_AFTER: right after it;
+//                KILL_ONE, KILL_CHILDREN: instead of those, the calls of getpid are counted, and
+//                the first process to meet the one, or each but the first process, is killed there
 //   FAULT_NOTE   a file that receives the name of the call that was met
 //
 // Calls before main and those of the C library itself are not counted.
@@ -34,6 +36,7 @@ struct Plan
     const char* kind = "";
     const char* note = nullptr;
     long count = 0;
+    long firstProcess = 0;
 };
 
 Plan s_plan;
@@ -45,6 +48,7 @@ Plan s_plan;
     s_plan.note = std::getenv("FAULT_NOTE");
     s_plan.kind = kind == nullptr ? "" : kind;
     s_plan.at = at == nullptr ? 0 : std::atol(at);
+    s_plan.firstProcess = syscall(SYS_getpid);
 }
 
 bool Is(const char* kind)
@@ -89,6 +93,8 @@ struct Fault
 Fault Meet(const char* call, bool canBeShort = false)
 {
     Fault fault;
+    if (Is("KILL_ONE") || Is("KILL_CHILDREN"))
+        return fault;
     ++s_plan.count;
     const bool isRepeated = Is("EINTRS") || Is("SHORTS") || Is("EINVALS") || Is("ENOSYSS");
     if (s_plan.count != s_plan.at && !(isRepeated && s_plan.count > s_plan.at && s_plan.at > 0))
@@ -143,6 +149,19 @@ size_t Part(size_t count, const Fault& fault)
 } // namespace
 
 #define EXPORTED extern "C" [[gnu::visibility("default")]]
+
+EXPORTED pid_t getpid()
+{
+    const long self = syscall(SYS_getpid);
+    const bool isChild = Is("KILL_CHILDREN") && self != s_plan.firstProcess;
+    const bool isMet = Is("KILL_ONE") && ++s_plan.count == s_plan.at;
+    if (isChild || (isMet && access(s_plan.note, F_OK) != 0))
+    {
+        WriteNote("getpid");
+        syscall(SYS_kill, self, SIGKILL);
+    }
+    return static_cast<pid_t>(self);
+}
 
 EXPORTED int open(const char* path, int flags, ...)
 {

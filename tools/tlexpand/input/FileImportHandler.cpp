@@ -4,6 +4,7 @@
 #include "input/FileImportHandler.h"
 #include "Utf8.h"
 #include "tlMacroExpander/src/LSToken.h"
+#include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Run/MemoryLimit.h"
 #include "tlMacroExpander/src/Run/RunState.h"
 #include <algorithm>
@@ -150,6 +151,8 @@ SubString FileImportHandler::DefineList(const std::string& name, const RowListOp
     }
     m_sources.Add(rows.m_file, list.m_text, nullptr).SetMadeFrom({list.m_fileText, &list.m_places});
     input.m_identity = list.m_identity;
+    if (m_checkFile && list.m_identity)
+        m_checkFile(*list.m_identity);
     input.m_path = rows.m_file;
     input.m_paths.push_back(rows.m_file);
     m_prelude.DefineMacro(ViewOf(input.m_listName), list.m_text);
@@ -226,19 +229,33 @@ static std::optional<std::string> FindIn(const std::string& directory, const std
     return std::nullopt;
 }
 
-std::optional<std::string> FileImportHandler::FindPath(const std::string& name) const
+/// What an import costs with each that came before: counted as steps of the run.
+static void CountSteps(ssize_t n, const char* pos)
+{
+    if (ExpansionLevel* const level = ExpansionLevel::Current())
+        for (ssize_t i = 0; i < n; ++i)
+            level->CountStep(pos);
+}
+
+std::optional<std::string> FileImportHandler::FindPath(const std::string& name,
+                                                       const char* pos) const
 {
     if (name.starts_with('/'))
         return IsRegularFile(name) ? std::optional(name) : std::nullopt;
     std::optional<std::string> path = FindIn(CurrentDirectory(), name);
     for (const auto* const directories : {&m_registeredPaths, &m_importPaths})
         for (size_t i = 0; !path && i < directories->size(); ++i)
+        {
+            CountSteps(1, pos);
             path = FindIn((*directories)[i], name);
+        }
     return path;
 }
 
 void FileImportHandler::Know(Input& input, const FileStamp& stamp)
 {
+    if (m_checkFile)
+        m_checkFile(stamp.Identity());
     input.m_stamp = stamp;
     input.m_identity = stamp.Identity();
     m_byIdentity[stamp.Identity()] = &input;
@@ -369,7 +386,7 @@ bool FileImportHandler::RemoveImport(const xstring& path, const char* pos)
 
 bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const char* pos)
 {
-    const auto found = FindPath(ExpandName(path, pos));
+    const auto found = FindPath(ExpandName(path, pos), pos);
     Input* const input = found ? Open(*found, pos) : nullptr;
     if (input == nullptr)
         return false;
@@ -382,6 +399,7 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
     }
     if (input->m_frame == nullptr)
         ExpandImport(*input);
+    CountSteps(input->m_frame->m_setOfFrames.size(), pos);
     vf->m_fileScopeFrame->AddImport(input->m_frame.get());
     if ((m_run.m_warnings & WARN_UNUSED) != 0 &&
         m_active.front().m_input == m_inputs.front().get() && m_active.size() == 1)
@@ -389,14 +407,45 @@ bool FileImportHandler::HandleImport(VarFrame* vf, const xstring& path, const ch
     return true;
 }
 
-/// The texts that the imported file brings: its own and those of its imports.
-std::vector<SubString> FileImportHandler::TextsOf(const Input& import) const
+/// Those of the files that the main file imports of which nothing is used. An import brings its own
+/// text and those of its imports.
+std::set<const FileImportHandler::Input*> FileImportHandler::FindUnusedImports() const
 {
-    std::vector<SubString> texts = {import.m_text->Text()};
-    for (const Input* input : m_expanded)
-        if (import.m_frame->m_setOfFrames.contains(input->m_frame.get()))
-            texts.push_back(input->m_text->Text());
-    return texts;
+    std::vector<SubString> texts;
+    std::vector<bool> haveDollarMacros;
+    std::map<const VarFrame*, size_t> byFrame;
+    for (const auto& input : m_inputs)
+    {
+        if (input->m_text == nullptr)
+            continue; // rows of data
+        if (input->m_frame != nullptr)
+            byFrame[input->m_frame.get()] = texts.size();
+        const SubString text = texts.emplace_back(input->m_text->Text());
+        const std::string_view whole(text.begin(), static_cast<size_t>(text.size()));
+        haveDollarMacros.push_back(whole.find("@$") != std::string_view::npos);
+    }
+    std::set<const Input*> unused;
+    for (const MainImport& import : m_mainImports)
+        unused.insert(import.m_input);
+    const std::vector<const Input*> imports(unused.begin(), unused.end());
+    const auto textsOf = [&](size_t import, std::vector<size_t>& group)
+    {
+        const VarFrame* const frame = imports[import]->m_frame.get();
+        group.push_back(byFrame.at(frame));
+        frame->m_setOfFrames.ForEach(
+            [&](const VarFrame* imported)
+            {
+                if (const auto found = byFrame.find(imported); found != byFrame.end())
+                    group.push_back(found->second);
+            });
+        if (std::ranges::any_of(group, [&](size_t text) { return haveDollarMacros[text]; }))
+            group.clear(); // it may be read for these
+    };
+    const std::vector<bool> areInVain = m_run.DefineInVain(texts, imports.size(), textsOf);
+    for (size_t i = 0; i < imports.size(); ++i)
+        if (!areInVain[i])
+            unused.erase(imports[i]);
+    return unused;
 }
 
 std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
@@ -407,23 +456,10 @@ std::vector<ExpansionWarning> FileImportHandler::FindUnused() const
         if (input->m_text != nullptr) // rows of data have none
             all.push_back(input->m_text->Text());
     std::vector<ExpansionWarning> unused = m_run.FindUnused(main, all);
+    const std::set<const Input*> unusedImports = FindUnusedImports();
     for (const MainImport& import : m_mainImports)
     {
-        const std::vector<SubString> own = TextsOf(*import.m_input);
-        std::vector<SubString> others = all;
-        std::erase_if(others,
-                      [&](SubString text) {
-                          return std::ranges::any_of(own, [&](SubString s)
-                                                     { return s.begin() == text.begin(); });
-                      });
-        const bool hasDollarMacros = std::ranges::any_of(
-            own,
-            [](SubString text)
-            {
-                return std::string_view(text.begin(), static_cast<size_t>(text.size()))
-                           .find("@$") != std::string_view::npos;
-            });
-        if (hasDollarMacros || !m_run.DefinesInVain(own, others))
+        if (!unusedImports.contains(import.m_input))
             continue;
         ExpansionWarning& warning = unused.emplace_back();
         warning.m_kind = WARN_UNUSED;

@@ -80,6 +80,12 @@ public:
 
     /// Where the main file is; nothing for a pipe or a device.
     std::optional<FileIdentity> MainIdentity() const { return m_inputs.front()->m_identity; }
+    /// Calls `check` with each regular file before its text is expanded or its rows are used; what
+    /// it throws ends the run. To be called first.
+    void CheckFiles(std::function<void(const FileIdentity&)> check)
+    {
+        m_checkFile = std::move(check);
+    }
     /// Before anything is read: `ImportedPaths` will be asked.
     void NotePaths() { m_notesPaths = true; }
     /// Names that lead to the files that were imported, in the order of reading: each name by which
@@ -133,12 +139,12 @@ private:
     std::shared_ptr<const InputText> ReadImport(const std::string& path, int fd,
                                                 const struct stat& status);
     std::string ExpandName(const xstring& name, const char* pos) const;
-    std::optional<std::string> FindPath(const std::string& name) const;
+    std::optional<std::string> FindPath(const std::string& name, const char* pos) const;
     void Know(Input& input, const FileStamp& stamp);
     bool IsActive(const Input& input) const;
     Input* FindKnown(const std::string& path, int fd, const struct stat& status);
     Input* Open(const std::string& path, const char* importPos);
-    std::vector<SubString> TextsOf(const Input& import) const;
+    std::set<const Input*> FindUnusedImports() const;
     /// Project files have the same in the library, over another chain (MpfwParser::ThrowCycle).
     void CheckCycle(const Input& input, const char* pos) const;
     void ExpandImport(Input& input);
@@ -162,6 +168,7 @@ private:
     std::unique_ptr<FileScopeVarFrame> m_mainFrame;
     TextStream* m_mainText = nullptr; ///< While the main file is expanded. Null: imports stay.
     ssize_t m_mainIndent = 0;         ///< The destination indentation.
+    std::function<void(const FileIdentity&)> m_checkFile; ///< Null: none.
     bool m_notesPaths = false;
     std::set<std::string> m_notedPaths; ///< See NotePath.
     size_t m_countOfTexts = 0;          ///< Of the command line.

@@ -1,24 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Copies of macros view the same text as the originals, which live as long as the prelude.
+// A frame is given to files when it is finished.
 #include "input/Prelude.h"
 #include <memory>
 
 namespace telv::tool
 {
-
-namespace
-{
-
-void AddCopy(FileScopeVarFrame& frame, const LSMacroVariable& macro)
-{
-    auto copy = std::make_unique<LSMacroVariable>(macro.m_returnType, macro.m_name, macro.m_context,
-                                                  macro.m_isPython, macro.m_naked, macro.m_isFnArg);
-    copy->m_argNames = macro.m_argNames;
-    copy->SetSubstitutionString(macro.GetSubstitutionString(), /*copy=*/false, macro.m_indentation);
-    frame.m_localVariables.Add(copy.release());
-}
-
-} // namespace
 
 FileScopeVarFrame& Prelude::LastFrame()
 {
@@ -52,15 +38,14 @@ FileScopeVarFrame& Prelude::StartText(bool mayImport)
     return frame;
 }
 
-void Prelude::MakeVisibleIn(FileScopeVarFrame& frame) const
+void Prelude::MakeVisibleIn(FileScopeVarFrame& frame)
 {
     if (m_last == nullptr)
         return;
-    for (const auto& [name, variable] : m_last->m_localVariables.m_map)
-        if (variable->GetType() == LSV_MACRO)
-            AddCopy(frame, static_cast<const LSMacroVariable&>(*variable));
-    for (const auto& [name, value] : m_last->m_dollarMacrosMap)
-        frame.InsertDollarMacro(name, value);
+    if (m_given != m_last)
+        m_names.Give(*m_last);
+    m_given = m_last;
+    m_names.MakeVisibleIn(frame);
     frame.AddImport(m_last);
 }
 

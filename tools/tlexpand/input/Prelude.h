@@ -3,7 +3,7 @@
 //
 // What a text of `-E` defines must neither collide with what files define nor be copied when it can
 // be assigned to. So a file's frame imports the prelude's frame, which shares its typed variables,
-// and gets copies of its own of the macros and dollar macros, which never change: its own
+// and is given the macros and dollar macros, which never change, as its own (GivenNames.h): its own
 // definitions hide what its imports define, without ambiguity, and it may redefine them for itself.
 //
 // All texts share one frame, except that one which may import begins another, in the same relation
@@ -12,6 +12,7 @@
 #pragma once
 
 #include "tlMacroExpander/LSVariable.h"
+#include "tlMacroExpander/src/Frames/GivenNames.h"
 #include <deque>
 
 namespace telv::tool
@@ -33,15 +34,17 @@ public:
     FileScopeVarFrame& StartText(bool mayImport);
     void FinishText() { m_last = &m_frames.back(); }
 
-    /// Makes all that was defined up to now visible in the frame of a file, which must not outlive
-    /// this object.
-    void MakeVisibleIn(FileScopeVarFrame& frame) const;
+    /// Makes all that was defined up to now visible in the frame of a file, which must be new,
+    /// and not be used after this object.
+    void MakeVisibleIn(FileScopeVarFrame& frame);
 
 private:
     FileScopeVarFrame& LastFrame();
 
+    GivenNames m_names;
     std::deque<FileScopeVarFrame> m_frames;
-    FileScopeVarFrame* m_last = nullptr; ///< Of the finished texts; null before the first.
+    FileScopeVarFrame* m_last = nullptr;        ///< Of the finished texts; null before the first.
+    const FileScopeVarFrame* m_given = nullptr; ///< The last that files have been given.
 };
 
 } // namespace telv::tool

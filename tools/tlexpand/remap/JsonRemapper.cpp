@@ -178,7 +178,7 @@ void GccRemapper::SetPlace(Json& place, const MessagePlace& to)
                                         {"byte-column", EColumnUnit::Bytes},
                                         {"display-column", EColumnUnit::Terminal}})
         if (place.contains(name))
-            place[name] = ColumnIn(to, counted);
+            place[name] = m_outputs.ColumnIn(to, counted);
 }
 
 /// Of one that stays: see CanFix.
@@ -227,7 +227,7 @@ void GccRemapper::AddNotes(Json& message, const MessageOrigin& origin, EColumnUn
     {
         const Json caret = {{"file", note.m_place.m_path},
                             {"line", note.m_place.m_line},
-                            {"column", ColumnIn(note.m_place, unit)}};
+                            {"column", m_outputs.ColumnIn(note.m_place, unit)}};
         Json child = {{"kind", "note"}, {"message", note.m_text}, {"locations", Json::array()}};
         if (!note.m_place.m_path.empty())
             child["locations"].push_back({{"caret", caret}});
@@ -471,7 +471,7 @@ void SarifRemapper::Place(Json& location, const MessagePlace& place, const Namin
     const bool hasColumn = location["region"].contains("startColumn") || location["region"].empty();
     location["region"] = {{"startLine", place.m_line}};
     if (hasColumn)
-        location["region"]["startColumn"] = ColumnIn(place, m_unit);
+        location["region"]["startColumn"] = m_outputs.ColumnIn(place, m_unit);
 }
 
 /// Where the last character of a region comes from, if it was copied.
@@ -498,10 +498,10 @@ void SarifRemapper::PlaceEnd(Json& region, const Json& before, const MessagePlac
     const ssize_t lines = NumberIn(before, "endLine").value_or(startLine) - startLine;
     if (end.m_path != begin.m_path || end.m_line - begin.m_line != lines)
         return;
-    const ssize_t behind = ColumnIn(end, m_unit) + 1;
+    const ssize_t behind = m_outputs.ColumnIn(end, m_unit) + 1;
     const ssize_t startColumn = NumberIn(before, "startColumn").value_or(1);
     const ssize_t width = NumberIn(before, "endColumn").value_or(1) - startColumn;
-    if (lines == 0 && behind - ColumnIn(begin, m_unit) != width)
+    if (lines == 0 && behind - m_outputs.ColumnIn(begin, m_unit) != width)
         return;
     if (before.contains("endLine"))
         region["endLine"] = end.m_line;

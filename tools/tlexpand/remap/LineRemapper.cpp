@@ -41,7 +41,7 @@ bool IsFix(const std::string& line, const std::string& marks)
     return isMarked && line.find_first_of(" \t\r\n") == line.find_first_of("\r\n");
 }
 
-std::string WithoutBlanks(const std::string& line)
+std::string WithoutBlanks(SubString line)
 {
     std::string text;
     for (const char c : line)
@@ -137,9 +137,9 @@ std::string LineRemapper::RemapPlaces(const std::string& line, const std::string
 /// Clang quotes a line with blanks for its tabs.
 LineRemapper::EExcerpt LineRemapper::ReadExcerpt(const std::string& plain)
 {
-    const std::string quoted = std::exchange(m_quoted, "");
+    const std::string* const quoted = std::exchange(m_quoted, nullptr);
     const std::string marks = std::exchange(m_marks, "");
-    if (HasBar(plain) || (!quoted.empty() && WithoutBlanks(plain) == quoted))
+    if (HasBar(plain) || (quoted != nullptr && WithoutBlanks(ViewOf(plain)) == *quoted))
         return EExcerpt::Quote;
     if (HasMarks(plain))
     {
@@ -152,7 +152,10 @@ LineRemapper::EExcerpt LineRemapper::ReadExcerpt(const std::string& plain)
 void LineRemapper::AddNotes(const std::string& line, const PlaceInLine& place,
                             const MessageOrigin& origin)
 {
-    m_quoted = WithoutBlanks(origin.m_line);
+    const auto [known, isNew] = m_lines.try_emplace(origin.m_line.begin());
+    if (isNew)
+        known->second = WithoutBlanks(origin.m_line);
+    m_quoted = known->second.empty() ? nullptr : &known->second;
     const char* const end = EndOf(line);
     for (const MessageNote& note : origin.m_notes)
     {

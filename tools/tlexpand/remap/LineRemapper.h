@@ -4,6 +4,8 @@
 
 #include "remap/MappedOutputs.h"
 #include "remap/PlaceScan.h"
+#include <map>
+#include <string>
 
 namespace telv::tool
 {
@@ -35,10 +37,12 @@ private:
     void AddNotes(const std::string& line, const PlaceInLine& place, const MessageOrigin& origin);
 
     MappedOutputs& m_outputs;
-    std::string m_before; ///< Notes of the line at hand that stand before it.
-    std::string m_notes;  ///< Notes that wait for the end of the excerpt,
-    std::string m_quoted; ///< which can begin with this line of the output, here without blanks.
-    std::string m_marks;  ///< The line of the excerpt with the caret, if it was the last one.
+    std::string m_before;                  ///< Notes of the line at hand that stand before it.
+    std::string m_notes;                   ///< Notes that wait for the end of the excerpt,
+    const std::string* m_quoted = nullptr; ///< which can begin with this one of `m_lines`.
+    /// Lines of the outputs that messages pointed into, without blanks, by where they begin.
+    std::map<const char*, std::string> m_lines;
+    std::string m_marks; ///< The line of the excerpt with the caret, if it was the last one.
 };
 
 } // namespace telv::tool

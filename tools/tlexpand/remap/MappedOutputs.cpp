@@ -3,7 +3,6 @@
 // path leads through a symbolic link to one whose last part is.
 #include "remap/MappedOutputs.h"
 #include "Files.h"
-#include "Utf8.h"
 #include "map/ChainText.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include <algorithm>
@@ -24,9 +23,6 @@ std::string AbsolutePath(const std::string& directory, const std::string& path)
 {
     return path.starts_with('/') ? JoinPath("", path) : JoinPath(directory, path);
 }
-
-/// As of GCC, whose default can't be seen in its messages.
-constexpr ssize_t s_tabWidth = 8;
 
 bool IsBlank(char c)
 {
@@ -54,10 +50,8 @@ bool HasWordAt(SubString line, ssize_t offset, const std::string& word)
 /// GCC counts terminal columns, most others bytes; they differ behind tabs and what is not ASCII.
 /// The word that the message speaks of decides, else where something can stand. The very end of a
 /// line, where clang misses a semicolon, is hardly met by chance.
-ssize_t GuessOffset(SubString line, ssize_t column, const ColumnHints& hints)
+ssize_t GuessOffset(SubString line, ssize_t byte, ssize_t shown, const ColumnHints& hints)
 {
-    const ssize_t byte = column - 1;
-    const ssize_t shown = BytesOfColumns(line, column - 1, s_tabWidth);
     const auto fits = [&](ssize_t offset)
     {
         return std::any_of(hints.m_quoted.begin(), hints.m_quoted.end(),
@@ -71,45 +65,27 @@ ssize_t GuessOffset(SubString line, ssize_t column, const ColumnHints& hints)
     return isShown ? shown : byte;
 }
 
-ssize_t CharacterOffset(SubString line, ssize_t column, bool utf16)
-{
-    SubString rest = line;
-    for (ssize_t count = 1; count < column && !rest.empty(); ++count)
-        if (TakeUtf8Character(rest).m_bytes.size() == 4 && utf16)
-            ++count;
-    return rest.begin() - line.begin();
-}
-
 } // namespace
 
-ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit, const ColumnHints& hints)
+/// The offset of a column of a line, from 0, held within the line.
+ssize_t MappedOutputs::ColumnOffset(SubString line, ssize_t column, EColumnUnit unit,
+                                    const ColumnHints& hints)
 {
-    column = std::max(column, ssize_t{1});
-    ssize_t offset = column - 1;
+    ssize_t offset = std::max(column, ssize_t{1}) - 1;
     if (unit == EColumnUnit::Guess)
-        offset = GuessOffset(line, column, hints);
-    else if (unit == EColumnUnit::Terminal)
-        offset = BytesOfColumns(line, column - 1, s_tabWidth);
+        offset = GuessOffset(line, offset, m_columns.BytesOf(line, offset, EColumnUnit::Terminal),
+                             hints);
     else if (unit != EColumnUnit::Bytes)
-        offset = CharacterOffset(line, column, unit == EColumnUnit::Utf16);
+        offset = m_columns.BytesOf(line, offset, unit);
     return std::clamp(offset, ssize_t{0}, line.size());
 }
 
-ssize_t ColumnIn(const MessagePlace& place, EColumnUnit unit)
+ssize_t MappedOutputs::ColumnIn(const MessagePlace& place, EColumnUnit unit)
 {
     if (unit == EColumnUnit::Guess || unit == EColumnUnit::Bytes)
         return place.m_column;
     const ssize_t offset = std::min(place.m_column - 1, place.m_text.size());
-    if (unit == EColumnUnit::Terminal)
-        return ColumnsOfBytes(place.m_text, offset, s_tabWidth) + 1;
-    SubString rest(place.m_text.begin(), place.m_text.begin() + offset);
-    ssize_t column = 1;
-    while (!rest.empty())
-    {
-        const bool isPair = TakeUtf8Character(rest).m_bytes.size() == 4;
-        column += isPair && unit == EColumnUnit::Utf16 ? 2 : 1;
-    }
-    return column;
+    return m_columns.ColumnsOf(place.m_text, offset, unit) + 1;
 }
 
 void MappedOutputs::Add(const std::string& mapPath, const std::string& output)
@@ -209,10 +185,8 @@ std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
         return std::nullopt;
     }
     const SubString text = lines.Line(line);
-    SubString seen = text;
-    ScanWhiteSpace(seen);
-    const ssize_t visible = seen.empty() ? 0 : seen.begin() - text.begin();
-    const ssize_t offset = column ? ColumnOffset(text, *column, unit, hints) : visible;
+    const ssize_t offset =
+        column ? ColumnOffset(text, *column, unit, hints) : m_columns.Visible(text);
     const ssize_t begin = lines.Start(line);
     auto origin =
         files.Map().FirstOrigin(std::min(begin + offset, lines.End(line) - 1), lines.End(line));
@@ -228,7 +202,7 @@ std::optional<MessageOrigin> MappedOutputs::MapIn(Output& output, ssize_t line,
     MessageOrigin result;
     result.m_place = place.value_or(MessagePlace());
     result.m_isCopied = origin->IsCopied();
-    result.m_line = ToStdString(text);
+    result.m_line = text;
     AddNotes(files, *origin, result);
     return result;
 }

@@ -5,6 +5,7 @@
 
 #include "Files.h"
 #include "map/MappedFiles.h"
+#include "remap/LineColumns.h"
 #include <functional>
 #include <map>
 #include <memory>
@@ -42,17 +43,7 @@ struct MessageOrigin
     bool m_isCopied = false;
     std::vector<MessageNote> m_notes; ///< Of the chain, innermost first; of a long one the first.
     size_t m_moreNotes = 0;           ///< Those that were left out.
-    std::string m_line;               ///< Of the output, without its end.
-};
-
-/// What a column counts.
-enum class EColumnUnit
-{
-    Guess, ///< Bytes or terminal columns, whichever fits the message.
-    Bytes,
-    Terminal, ///< A tab goes to the next multiple of eight.
-    CodePoints,
-    Utf16
+    SubString m_line;                 ///< Of the output, without its end; lives as long as that.
 };
 
 /// A place in an output, as a document gives it.
@@ -104,6 +95,8 @@ public:
     /// they were not, or when there are none.
     std::optional<CopiedRange> MapRange(size_t output, const OutputPlace& first,
                                         const OutputPlace& end);
+    /// The column of a place, from 1, in a unit; a guess is one of bytes.
+    ssize_t ColumnIn(const MessagePlace& place, EColumnUnit unit);
 
     /// Heeds what make and ninja say about the directory that they work in.
     void NoteDirectory(const std::string& line);
@@ -123,6 +116,8 @@ private:
     void AddName(const std::string& name);
     std::optional<size_t> FindByName(const std::string& path) const;
     std::optional<size_t> FindAbsolute(const std::string& path);
+    ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit,
+                         const ColumnHints& hints);
     std::optional<MessageOrigin> MapIn(Output& output, ssize_t line, std::optional<ssize_t> column,
                                        EColumnUnit unit, const ColumnHints& hints);
     std::optional<CopiedRange> MapRangeIn(MappedFiles& files, const OutputPlace& first,
@@ -133,16 +128,11 @@ private:
     std::function<void(const std::string&)> m_report;
     std::string m_here = ResolvedPath(".");
     std::vector<std::unique_ptr<Output>> m_outputs;
+    LineColumns m_columns;                                ///< Of outputs and sources.
     std::vector<std::string> m_lastParts;                 ///< Of their paths.
     std::multimap<std::string, size_t> m_byName;          ///< By the last part of the path.
     std::map<std::string, std::optional<size_t>> m_known; ///< Answers of `FindAbsolute`.
     std::vector<std::string> m_directories;               ///< That were entered, innermost last.
 };
-
-/// The offset of a column of a line, from 0, held within the line.
-ssize_t ColumnOffset(SubString line, ssize_t column, EColumnUnit unit, const ColumnHints& hints);
-
-/// The column of a place, from 1, in a unit; a guess is one of bytes.
-ssize_t ColumnIn(const MessagePlace& place, EColumnUnit unit);
 
 } // namespace telv::tool

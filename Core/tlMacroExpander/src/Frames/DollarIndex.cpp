@@ -90,9 +90,12 @@ void DollarIndex::Synchronise(const FileScopeVarFrame& file)
         m_isAsked = true;
     }
     m_isWhole = false;
+    const NameTable& names = FrameTree::Names(file);
     Walk(file, m_imports, m_visited,
          [&](const FileScopeVarFrame& at)
          {
+             if (names.SeesAllOf(FrameTree::Names(at)))
+                 return false; // found before the imports are asked
              for (const auto& [name, value] : at.m_dollarMacrosMap)
                  m_values.try_emplace(name, &value);
              return false;

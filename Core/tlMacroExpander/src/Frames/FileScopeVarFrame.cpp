@@ -31,13 +31,6 @@ void FileScopeVarFrame::AddImport(FileScopeVarFrame* md)
 namespace
 {
 
-/// The string variable of a dollar macro.
-class DollarVariable final : public LSVar, public HeldObject
-{
-public:
-    using LSVar::LSVar;
-};
-
 /// The map of a frame is made of the standard library's nodes, which are not counted.
 void HoldNode()
 {
@@ -54,10 +47,8 @@ void FileScopeVarFrame::InsertDollarMacro(const xstring& name, const xstring& va
     if (isNew)
         HoldNode();
     macro->second = value;
-    xstring variableName("_");
-    variableName += name;
-    variableName += '_';
-    m_localVariables.Add(std::make_unique<DollarVariable>(variableName, value).release());
+    const xstring variable = DollarVariable::NameOf(name);
+    m_localVariables.Add(std::make_unique<DollarVariable>(variable, value).release());
 }
 
 const xstring* FileScopeVarFrame::FindDollarMacro(const xstring& name) const
@@ -65,6 +56,8 @@ const xstring* FileScopeVarFrame::FindDollarMacro(const xstring& name) const
     const auto own = m_dollarMacrosMap.find(name);
     if (own != m_dollarMacrosMap.end())
         return &own->second;
+    if (const xstring* const given = FrameTree::Names(*this).FindGivenDollarMacro(name))
+        return given;
     if (m_imports.empty())
         return nullptr;
     return FrameTree::Names(*this).DollarMacros().FindImported(*this, name);

@@ -123,6 +123,8 @@ void ImportIndex::Read(Source& source)
 void ImportIndex::Provide(VarFrame* provider, LSVariable* v)
 {
     NameTable& names = FrameTree::Names(*m_importer);
+    if (names.IsGiven(v->m_name))
+        return; // what the importer has itself hides it
     NameEntry& entry = *names.Intern(v->m_name, HashName(v->m_name));
     if (entry.m_import == nullptr)
         entry.m_import = &m_names.emplace_back(ImportedName{provider, v, false, 0, nullptr});

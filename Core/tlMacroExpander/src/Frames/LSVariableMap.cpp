@@ -21,14 +21,20 @@ void LSVariableMap::Free()
         delete m_names;
 }
 
+bool LSVariableMap::HasNone() const
+{
+    const bool mayBeGiven = m_frame == nullptr && m_names != nullptr && m_names->SeesGiven();
+    return m_size == 0 && !mayBeGiven;
+}
+
 LSVariable* LSVariableMap::Lookup(SubString name) const
 {
-    return m_size == 0 ? nullptr : Lookup(name, HashName(name));
+    return HasNone() ? nullptr : Lookup(name, HashName(name));
 }
 
 LSVariable* LSVariableMap::Lookup(SubString name, uint64 hash) const
 {
-    if (m_size == 0)
+    if (HasNone())
         return nullptr;
     return m_frame != nullptr ? m_names->FindOwn(m_frame, name, hash)
                               : m_names->RootVar(name, hash);

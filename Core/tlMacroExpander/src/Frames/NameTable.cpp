@@ -7,6 +7,7 @@
 #include <atomic>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace telv
 {
@@ -75,7 +76,7 @@ size_t NameTable::Probe(SubString name, uint64 hash) const
     return place;
 }
 
-NameEntry* NameTable::Lookup(SubString name, uint64 hash) const
+NameEntry* NameTable::Known(SubString name, uint64 hash) const
 {
     if (m_slots.empty())
         return nullptr;
@@ -83,23 +84,44 @@ NameEntry* NameTable::Lookup(SubString name, uint64 hash) const
     return slot.m_index == 0 ? nullptr : &m_entries[slot.m_index];
 }
 
+NameEntry* NameTable::Lookup(SubString name, uint64 hash)
+{
+    NameEntry* const known = Known(name, hash);
+    if (known != nullptr || !SeesGiven())
+        return known;
+    std::unique_ptr<LSVariable> given = CopyGiven(name);
+    return given == nullptr ? nullptr : Add(name, hash, std::move(given));
+}
+
 NameEntry* NameTable::Intern(SubString name, uint64 hash)
 {
-    if (m_slots.empty())
-        MakeRoom(1);
-    size_t place = Probe(name, hash);
-    if (const uint32 known = m_slots[place].m_index)
-        return &m_entries[known];
+    NameEntry* const known = Known(name, hash);
+    return known != nullptr ? known : Add(name, hash, CopyGiven(name));
+}
+
+std::unique_ptr<LSVariable> NameTable::CopyGiven(SubString name) const
+{
+    return SeesGiven() ? m_given.m_names->Copy(name, m_given.m_edition) : nullptr;
+}
+
+/// Adds an entry for a name without one. The root binds `given`, unless it is null.
+NameEntry* NameTable::Add(SubString name, uint64 hash, std::unique_ptr<LSVariable> given)
+{
     if (!HasRoom(1))
-    {
         MakeRoom(1);
-        place = Probe(name, hash);
-    }
     uint32 index = 0;
     NameEntry* const entry = MakeEntry(name, hash, index);
-    m_slots[place] = Slot{TagOf(hash), index};
+    m_slots[Probe(name, hash)] = Slot{TagOf(hash), index};
     ++m_size;
+    if (given != nullptr)
+        m_given.m_root->m_localVariables.AddBound(given.release(), *entry);
     return entry;
+}
+
+void NameTable::SeeGiven(const GivenToRoot& given)
+{
+    m_given = given;
+    m_marks.AddAll(given.m_names->Marks());
 }
 
 NameEntry* NameTable::MakeEntry(SubString name, uint64 hash, uint32& index)
@@ -111,7 +133,7 @@ NameEntry* NameTable::MakeEntry(SubString name, uint64 hash, uint32& index)
         isFar ? HeldAllocator<char>().allocate(length) : nullptr, free);
     index = m_entries.Take();
     NameEntry& entry = m_entries[index];
-    Mark(name);
+    m_marks.Add(name);
     entry.m_hash = hash;
     entry.m_length = static_cast<uint32>(length);
     std::memcpy(isFar ? far.get() : entry.m_chars, name.begin(), length);
@@ -158,7 +180,7 @@ void NameTable::MakeRoom(size_t n)
 void NameTable::FreeUnused(size_t count)
 {
     m_entries.MakeRoomToGive(count);
-    std::fill(std::begin(m_marks), std::end(m_marks), 0);
+    m_marks = SeesGiven() ? m_given.m_names->Marks() : NameMarks();
     for (Slot& slot : m_slots)
     {
         if (slot.m_index == 0)
@@ -166,7 +188,7 @@ void NameTable::FreeUnused(size_t count)
         NameEntry& entry = m_entries[slot.m_index];
         if (!IsUnused(entry))
         {
-            Mark(entry.Name());
+            m_marks.Add(entry.Name());
             continue;
         }
         if (entry.m_length > sizeof entry.m_chars)
@@ -177,7 +199,7 @@ void NameTable::FreeUnused(size_t count)
     m_size -= count;
 }
 
-LSVariable* NameTable::FindBound(const VarFrame* frame, SubString name, uint64 hash) const
+LSVariable* NameTable::FindBound(const VarFrame* frame, SubString name, uint64 hash)
 {
     const NameEntry* const entry = Lookup(name, hash);
     if (entry == nullptr)
@@ -186,7 +208,7 @@ LSVariable* NameTable::FindBound(const VarFrame* frame, SubString name, uint64 h
     return binding != nullptr ? binding->m_var : entry->m_rootVar;
 }
 
-LSVariable* NameTable::FindOwn(const VarFrame* frame, SubString name, uint64 hash) const
+LSVariable* NameTable::FindOwn(const VarFrame* frame, SubString name, uint64 hash)
 {
     const NameEntry* const entry = Lookup(name, hash);
     if (entry == nullptr)

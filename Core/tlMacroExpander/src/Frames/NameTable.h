@@ -16,9 +16,11 @@
 #include "tlMacroExpander/LSVariable.h"
 #include "tlMacroExpander/src/Frames/DollarIndex.h"
 #include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/Frames/GivenNames.h"
 #include "tlMacroExpander/src/Frames/HashName.h"
 #include "tlMacroExpander/src/Frames/ImportIndex.h"
 #include "tlMacroExpander/src/Frames/NameFetcher.h"
+#include "tlMacroExpander/src/Frames/NameMarks.h"
 #include "tlMacroExpander/src/Frames/Pool.h"
 #include "tlMacroExpander/src/Run/LookupCount.h"
 #include "tlUtils/HeldContainers.h"
@@ -102,22 +104,21 @@ public:
     /// The entry of `name`, made if need be. Copies the name.
     TLEXPANDER_API NameEntry* Intern(SubString name, uint64 hash);
     /// The entry of `name` or null. With null, no frame of the tree binds it; imports may provide
-    /// it (`FindUnknown`).
-    TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash) const;
+    /// it (`FindUnknown`). What is given to the root is bound when it is first asked for.
+    TLEXPANDER_API NameEntry* Lookup(SubString name, uint64 hash);
 
     /// False when no name at all is bound or provided.
     bool BindsAny() const
     {
-        return m_size != 0 || m_imports != nullptr || m_importers.m_newest != nullptr ||
-               IsCountingLookups();
+        return m_size != 0 || SeesGiven() || m_imports != nullptr ||
+               m_importers.m_newest != nullptr || IsCountingLookups();
     }
     /// False only for names that no frame of the tree binds and no import provides. Needs no hash.
     bool MayBeBound(SubString name) const
     {
         if (m_imports != nullptr || m_importers.m_newest != nullptr || IsCountingLookups())
             return true;
-        const uint32 mark = MarkOf(name);
-        return (m_marks[mark / 64] >> (mark % 64) & 1) != 0;
+        return m_marks.MayHave(name);
     }
 
     /// Whether looking up a name mostly means waiting for memory.
@@ -188,10 +189,10 @@ public:
     }
 
     /// What `frame` or its nearest ancestor that binds the name binds, imports apart; or null.
-    LSVariable* FindBound(const VarFrame* frame, SubString name, uint64 hash) const;
+    LSVariable* FindBound(const VarFrame* frame, SubString name, uint64 hash);
     /// What `frame` itself binds, or null.
-    LSVariable* FindOwn(const VarFrame* frame, SubString name, uint64 hash) const;
-    LSVariable* RootVar(SubString name, uint64 hash) const
+    LSVariable* FindOwn(const VarFrame* frame, SubString name, uint64 hash);
+    LSVariable* RootVar(SubString name, uint64 hash)
     {
         const NameEntry* const entry = Lookup(name, hash);
         return entry == nullptr ? nullptr : entry->m_rootVar;
@@ -221,6 +222,36 @@ public:
     void NoteDefinition(const VarFrame* frame);
     /// A variable of the tree stands for another text.
     void NoteChangedText() { ++m_changes; }
+
+    // Given definitions
+
+    /// The root, in which nothing is bound yet, sees `given`.
+    void SeeGiven(const GivenToRoot& given);
+    bool SeesGiven() const { return m_given.m_names != nullptr; }
+    /// Whether the root would bind the name when it is asked for.
+    bool IsGiven(SubString name) const
+    {
+        return SeesGiven() && m_given.m_names->Has(name, m_given.m_edition);
+    }
+    /// The value of a dollar macro that is given to the root, or null.
+    const xstring* FindGivenDollarMacro(SubString name) const
+    {
+        return SeesGiven() ? m_given.m_names->FindDollarMacro(name, m_given.m_edition) : nullptr;
+    }
+    /// Calls `visit` with each name that the root binds when it is asked for, or has bound.
+    template <class Visitor>
+    void ForEachGivenName(Visitor visit) const
+    {
+        if (SeesGiven())
+            m_given.m_names->ForEachName(m_given.m_edition, visit);
+    }
+    /// What the root binds is given to others.
+    void NoteGiven(const GivenNames& by) { m_givenBy = &by; }
+    /// Whether what the root of `other` binds is given to this root.
+    bool SeesAllOf(const NameTable& other) const
+    {
+        return SeesGiven() && other.m_givenBy == m_given.m_names;
+    }
 
     // Imports
 
@@ -290,19 +321,6 @@ private:
     TLEXPANDER_API LSVariable* FindAboveImporters(VarFrame* frame, NameEntry* entry, SubString name,
                                                   uint64 hash, const char* pos);
 
-    /// A number that few names have in common: their ends and their length.
-    static uint32 MarkOf(SubString name)
-    {
-        const auto bits = [](ssize_t value, uint32 mask)
-        { return static_cast<uint32>(value) & mask; };
-        return bits(name.m_p1[0], 31) | bits(name.m_p2[-1], 7) << 5 | bits(name.size(), 7) << 8;
-    }
-    void Mark(SubString name)
-    {
-        const uint32 mark = MarkOf(name);
-        m_marks[mark / 64] |= uint64{1} << (mark % 64);
-    }
-
     /// Where the search for a name begins. The upper bits of the tag say it, so that a larger table
     /// has the names in the order of the smaller one and is made without looking at them.
     size_t FirstPlace(uint32 tag) const { return static_cast<size_t>(uint64{tag} >> m_shift); }
@@ -312,17 +330,19 @@ private:
     NameFetcher& Fetcher();
     void CountChange();
     size_t Probe(SubString name, uint64 hash) const;
+    NameEntry* Known(SubString name, uint64 hash) const;
+    std::unique_ptr<LSVariable> CopyGiven(SubString name) const;
+    NameEntry* Add(SubString name, uint64 hash, std::unique_ptr<LSVariable> given);
     NameEntry* MakeEntry(SubString name, uint64 hash, uint32& index);
     void FreeUnused(size_t count);
     static bool IsUnused(const NameEntry& entry);
 
-    static constexpr uint32 s_marks = 2048;
     static constexpr int s_bitsOfTag = 32;
     static constexpr size_t s_large = 16384; ///< With entries and variables, more than a cache.
 
-    uint64 m_marks[s_marks / 64] = {}; ///< Of the names that have entries.
-    HeldVector<Slot> m_slots;          ///< Open addressing, a power of two.
-    int m_shift = s_bitsOfTag;         ///< From a tag to a place in them.
+    NameMarks m_marks;         ///< Of the names that have entries, and of those that are given.
+    HeldVector<Slot> m_slots;  ///< Open addressing, a power of two.
+    int m_shift = s_bitsOfTag; ///< From a tag to a place in them.
     size_t m_size = 0;
     IndexedPool<NameEntry> m_entries;
     Pool<NameBinding> m_bindings;
@@ -332,6 +352,8 @@ private:
 
     std::unique_ptr<ImportIndex> m_imports;
     std::unique_ptr<DollarIndex> m_dollarMacros;
+    GivenToRoot m_given;
+    const GivenNames* m_givenBy = nullptr; ///< What the root binds is a part of these; or null.
     NameEntry m_importers; ///< "Bound" in each frame below the root that imports others.
     bool m_isWatched = false;
     HeldNames* m_held = nullptr; ///< Who holds entries.

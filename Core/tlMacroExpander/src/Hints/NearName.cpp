@@ -3,6 +3,9 @@
 // what is near the diagonal is looked at, so that long names take no more than their length.
 #include "tlMacroExpander/src/Hints/NearName.h"
 #include "tlMacroExpander/VarFrame.h"
+#include "tlMacroExpander/src/Frames/FrameTree.h"
+#include "tlMacroExpander/src/Frames/HashName.h"
+#include "tlMacroExpander/src/Frames/NameTable.h"
 #include "tlMacroExpander/src/LSToken.h"
 #include <algorithm>
 #include <array>
@@ -37,12 +40,15 @@ size_t PlaceOf(ssize_t j, ssize_t i, int most)
 }
 
 /// The row of the first `i` letters of `a`, from the two before it.
-Row NextRow(SubString a, SubString b, ssize_t i, int most, const Row& last, const Row& beforeLast)
+/// Counts the places that it fills.
+Row NextRow(SubString a, SubString b, ssize_t i, int most, const Row& last, const Row& beforeLast,
+            ssize_t& places)
 {
     Row row;
     row.fill(most + 1);
     for (ssize_t j = std::max<ssize_t>(0, i - most); j <= std::min(b.size(), i + most); ++j)
     {
+        ++places;
         const size_t at = PlaceOf(j, i, most);
         row[at] = std::min(row[at], last[at + 1] + 1);
         if (j == 0)
@@ -72,6 +78,12 @@ const LSVariable* FindVisible(VarFrame& frame, SubString name)
 
 int EditDistance(SubString a, SubString b, int most)
 {
+    ssize_t places = 0;
+    return EditDistance(a, b, most, places);
+}
+
+int EditDistance(SubString a, SubString b, int most, ssize_t& places)
+{
     const int tooMany = most + 1;
     if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) > most)
         return tooMany;
@@ -82,7 +94,7 @@ int EditDistance(SubString a, SubString b, int most)
     Row beforeLast = last;
     for (ssize_t i = 1; i <= a.size(); ++i)
     {
-        const Row row = NextRow(a, b, i, most, last, beforeLast);
+        const Row row = NextRow(a, b, i, most, last, beforeLast, places);
         if (*std::ranges::min_element(row) > most)
             return tooMany;
         beforeLast = last;
@@ -138,11 +150,34 @@ void NearName::OfferImports(const VarFrame& frame, ssize_t& looked)
     Offer(best.Best());
 }
 
+/// Of the names that are given to a file, the nearest alone may become the best: only that is
+/// bound, and then offered like any other.
+void NearName::BindNearestGiven(NameTable& names, ssize_t& looked) const
+{
+    xstring best;
+    int least = m_distance;
+    names.ForEachGivenName(
+        [&](SubString name)
+        {
+            ++looked;
+            const int distance = Distance(name, std::min(least, m_distance - 1));
+            if (distance == 0 || distance >= m_distance || distance > least ||
+                (distance == least && strcmp(name, best) > 0))
+                return;
+            least = distance;
+            best = xstring(name);
+        });
+    if (!best.empty())
+        names.Lookup(best, HashName(best));
+}
+
 ssize_t NearName::OfferVisible(VarFrame& frame)
 {
     ssize_t looked = 0;
     for (VarFrame* f = &frame; f != nullptr; f = f->m_parent)
     {
+        if (FrameTree::IsRoot(f))
+            BindNearestGiven(FrameTree::Names(*f), looked);
         for (const auto& [name, variable] : f->m_localVariables.m_map)
             Offer(name);
         looked += 1 + f->m_localVariables.m_map.size();

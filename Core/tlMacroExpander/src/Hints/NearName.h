@@ -12,6 +12,7 @@ namespace telv
 {
 
 class LSVariable;
+class NameTable;
 class VarFrame;
 
 /// What `name` means in `frame`, or null; also when imports disagree.
@@ -29,6 +30,8 @@ constexpr int s_mostDifferences = 3;
 /// `b`; `most + 1` when it is more than `most`, which is at most `s_mostDifferences`.
 /// Linear.
 int EditDistance(SubString a, SubString b, int most);
+/// The same; adds to `places` the pairs of letters that were compared.
+int EditDistance(SubString a, SubString b, int most, ssize_t& places);
 
 /// Looks for the name nearest to one that is not known.
 class NearName
@@ -52,6 +55,7 @@ private:
     static int DefaultMost(SubString written);
     /// The differences from what is written, or more than `most`.
     int Distance(SubString name, int most) const;
+    void BindNearestGiven(NameTable& names, ssize_t& looked) const;
     void OfferImports(const VarFrame& frame, ssize_t& looked);
 
     SubString m_written;

@@ -20,6 +20,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 #include <vector>
 
 namespace telv
@@ -113,6 +114,22 @@ bool RunSimpleString(const char* code)
     return static_cast<bool>(result);
 }
 
+/// The start has asked for the locale that the environment names, and a standard stream that is a
+/// terminal has got its encoding.
+void ResetTerminalEncodings()
+{
+    struct Stream
+    {
+        char m_name[7];
+        int m_descriptor;
+    };
+    for (Stream stream :
+         {Stream{"stdin", STDIN_FILENO}, {"stdout", STDOUT_FILENO}, {"stderr", STDERR_FILENO}})
+        if (PyObject* const file = Python().PySys_GetObject(stream.m_name);
+            file != nullptr && isatty(stream.m_descriptor) == 1)
+            Python().PyFile_SetEncoding(file, "UTF-8");
+}
+
 /// Starts the interpreter without its module `site`: were that one broken, Python would end the
 /// process. It is imported afterwards, as the start would have done, and may fail.
 ///
@@ -131,6 +148,7 @@ void StartInterpreter()
     Python().Py_SetPythonHome(PythonHome());
     Python().Py_SetRecursionLimit(s_recursionLimit);
     Python().Py_InitializeEx(/*initsigs=*/0);
+    ResetTerminalEncodings();
     Python().PyThread_set_stacksize(s_threadStack);
     PythonLock::NoteStart();
     const PyObjectRef site(Python().PyImport_ImportModule("site"));

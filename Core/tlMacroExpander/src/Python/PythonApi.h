@@ -20,7 +20,8 @@
     X(PyErr_Fetch)                  X(PyErr_NoMemory)               X(PyErr_NormalizeException)     \
     X(PyErr_Occurred)               X(PyErr_SetFromErrno)           X(PyErr_SetString)              \
     X(PyEval_EvalCode)              X(PyExc_IOError)                                                \
-    X(PyExc_TypeError)              X(PyFloat_AsDouble)             X(PyFloat_Type)                 \
+    X(PyExc_TypeError)              X(PyFile_SetEncoding)           X(PyFloat_AsDouble)             \
+    X(PyFloat_Type)                                                                                 \
     X(PyImport_AddModule)           X(PyImport_ImportModule)        X(PyInt_AsLong)                 \
     X(PyInt_FromLong)               X(PyInterpreterState_ThreadHead)X(PyList_GetItem)               \
     X(PyList_Insert)                X(PyList_SetSlice)              X(PyList_Size)                  \

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The way to a warning is read off the levels of expansion: nothing is noted before there is one.
 #include "tlMacroExpander/src/Run/Watch.h"
-#include "tlMacroExpander/src/LSToken.h"
 #include "tlMacroExpander/src/Run/ExpansionLevel.h"
 #include "tlMacroExpander/src/Scan/CharClass.h"
 #include "tlMacroExpander/src/Scan/LostText.h"
-#include <algorithm>
-#include <map>
 #include <vector>
 
 namespace telv
@@ -46,66 +43,6 @@ void AddPlace(const ExpansionLevel& level, const RunState& state, ExpansionWarni
         warning.m_callPlaces.push_back({CallPlace::CALL_MACRO, xstring(word), place, 0});
 }
 
-/// Names that stand in a text, but for comments and strings, and where.
-class Occurrences
-{
-public:
-    explicit Occurrences(const std::vector<const Watch::Definition*>& wanted)
-    {
-        for (const Watch::Definition* definition : wanted)
-            m_places[definition->m_name];
-    }
-
-    void Read(SubString text)
-    {
-        while (text)
-            ReadToken(text);
-    }
-
-    /// Whether a name stands anywhere but where something of that name is defined, or in the
-    /// definition itself, or where it has been met.
-    bool HasOther(const Watch::Definition& definition, const Watch& watch) const
-    {
-        return std::ranges::any_of(m_places.at(definition.m_name),
-                                   [&](const char* place)
-                                   {
-                                       return !watch.Definitions().contains(place) &&
-                                              !watch.IsMet(place) &&
-                                              !IsWithin(SubString(place, place), definition.m_body);
-                                   });
-    }
-
-private:
-    void ReadToken(SubString& text)
-    {
-        const char* const begin = SkipBlanks(text.begin(), text.end());
-        text.m_p1 = begin;
-        try
-        {
-            const LSToken token = LsScanToken(text, /*returnComments=*/true);
-            if (token.m_type != TOKEN_IDENTIFIER)
-                return;
-            const auto found = m_places.find(token.m_str);
-            if (found != m_places.end())
-                found->second.push_back(token.m_str.begin());
-        }
-        catch (const LexScannerException&)
-        {
-            text.m_p1 = begin == text.end() ? begin : begin + 1; // a part that was never expanded
-        }
-    }
-
-    struct IsLess
-    {
-        bool operator()(SubString a, SubString b) const
-        {
-            return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
-        }
-    };
-
-    std::map<SubString, std::vector<const char*>, IsLess> m_places;
-};
-
 } // namespace
 
 Watch& Watch::Current()
@@ -144,70 +81,6 @@ void NoteLostText(const char* lost, const char* close)
         Warn(WARN_DROPPED_TEXT, lost,
              {"this character is lost: the '", SubString(close, close + 1),
               "' that ends a block of lines must stand on a line of its own"});
-}
-
-namespace
-{
-
-/// The definitions in `text` that nothing uses; `count` receives how many there are in all.
-std::vector<const Watch::Definition*>
-FindUnusedIn(const Watch& watch, SubString text, const std::vector<SubString>& texts, size_t& count)
-{
-    count = 0;
-    std::vector<const Watch::Definition*> unused;
-    for (const auto& [pos, definition] : watch.Definitions())
-    {
-        if (!IsWithin(definition.m_name, text))
-            continue;
-        ++count;
-        if (!watch.IsUsed(definition.m_name))
-            unused.push_back(&definition);
-    }
-    if (unused.empty())
-        return unused;
-    Occurrences occurrences(unused);
-    for (const SubString& read : texts)
-        occurrences.Read(read);
-    std::erase_if(unused, [&](const Watch::Definition* definition)
-                  { return occurrences.HasOther(*definition, watch); });
-    return unused;
-}
-
-} // namespace
-
-std::vector<ExpansionWarning> ExpansionRun::FindUnused(SubString text,
-                                                       const std::vector<SubString>& texts) const
-{
-    std::vector<ExpansionWarning> warnings;
-    if (m_state->m_watch == nullptr)
-        return warnings;
-    size_t count = 0;
-    for (const Watch::Definition* definition : FindUnusedIn(*m_state->m_watch, text, texts, count))
-    {
-        ExpansionWarning& warning = warnings.emplace_back();
-        warning.m_kind = WARN_UNUSED;
-        warning.m_pos = definition->m_name.begin();
-        warning.m_text = definition->m_isMacro ? "the macro '" : "the variable '";
-        warning.m_text += definition->m_name;
-        warning.m_text += "' is not used";
-    }
-    return warnings;
-}
-
-bool ExpansionRun::DefinesInVain(const std::vector<SubString>& defining,
-                                 const std::vector<SubString>& texts) const
-{
-    if (m_state->m_watch == nullptr)
-        return false;
-    size_t count = 0;
-    for (const SubString& text : defining)
-    {
-        size_t countHere = 0;
-        if (FindUnusedIn(*m_state->m_watch, text, texts, countHere).size() < countHere)
-            return false;
-        count += countHere;
-    }
-    return count > 0;
 }
 
 } // namespace telv

@@ -8,10 +8,9 @@
 
 #include "tlMacroExpander/src/Hints/NearIndex.h"
 #include "tlMacroExpander/src/Run/RunState.h"
+#include "tlUtils/HeldContainers.h"
 #include <initializer_list>
-#include <set>
 #include <string>
-#include <unordered_set>
 #include <utility>
 
 namespace telv
@@ -66,18 +65,18 @@ public:
     bool IsMet(const char* place) const { return m_met.contains(place); }
     bool IsUsed(SubString definition) const { return m_used.contains(definition.begin()); }
     /// By where their names stand.
-    const std::map<const char*, Definition>& Definitions() const { return m_definitions; }
+    const HeldMap<const char*, Definition>& Definitions() const { return m_definitions; }
 
     NearIndex& Near() { return m_near; }
     /// A part of a text that is being expanded no line of which begins with tabs.
     SubString& TabFree() { return m_tabFree; }
 
 private:
-    std::set<std::pair<EWarning, const char*>> m_warned;
-    std::set<std::pair<EWarning, std::string>> m_words; ///< Of those.
-    std::map<const char*, Definition> m_definitions;
-    std::set<const char*> m_used;
-    std::unordered_set<const char*> m_met;
+    HeldSet<std::pair<EWarning, const char*>> m_warned;
+    HeldSet<std::pair<EWarning, std::string>> m_words; ///< Of those.
+    HeldMap<const char*, Definition> m_definitions;
+    HeldSet<const char*> m_used;
+    HeldSet<const char*> m_met;
     NearIndex m_near;
     SubString m_tabFree;
 };
