@@ -9,6 +9,7 @@
 
 #include "tlMacroExpander/Export.h"
 #include "tlUtils/StringExt.h"
+#include <vector>
 
 // The name that Python's own header gives the structure.
 struct _object; // NOLINT(bugprone-reserved-identifier)
@@ -81,8 +82,17 @@ TLEXPANDER_API PyObject* ExecutePythonExpression(const xstring& expression, xstr
 ///     at `errorPos`.
 TLEXPANDER_API void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos);
 
-/// The same for code that stands behind `linesBefore` lines of `path`: tracebacks count from there.
-void RunPythonBehind(const xstring& path, ssize_t linesBefore, const xstring& pythonCode,
+/// Where the lines of code stand in a file.
+struct CodeLines
+{
+    ssize_t m_before = 0; ///< Lines that stand before it.
+    /// The line of each line of the code, counted from 1; empty when they follow on one another.
+    std::vector<int> m_lines;
+    SubString m_file; ///< The text of the file.
+};
+
+/// The same for code that comes from `lines` of `path`, which tracebacks name.
+void RunPythonOfFile(const xstring& path, const CodeLines& lines, const xstring& pythonCode,
                      const char* errorPos);
 
 /// Evaluates an expression and stores its value as text.
