@@ -48,8 +48,8 @@ public:
 private:
     friend class FrameTree;
 
-    /// Add where the entry of the name in the table of the tree is known, in a frame in which nobody
-    /// has looked for a name.
+    /// Add where the entry of the name in the table of the tree is known, in a frame in which
+    /// nobody has looked for a name.
     void AddBound(LSVariable* v, NameEntry& entry);
 };
 

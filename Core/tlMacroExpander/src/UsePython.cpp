@@ -2,6 +2,7 @@
 // Running code in the one dictionary that all code shares: statements, expressions, results.
 #ifdef TELV_PYTHON_ENABLED
 
+#include "tlMacroExpander/src/Python/CodeLines.h"
 #include "tlMacroExpander/src/Python/PythonApi.h"
 // Python's header wants to be the first to include the system's.
 #include "tlMacroExpander/ExpansionRun.h"
@@ -127,10 +128,10 @@ SubString WithoutLeadingBlanks(SubString code)
     return code;
 }
 
-/// Compiles statements as if `linesBefore` empty lines stood before them; null with an error set.
+/// Compiles statements that come from these lines of a file; null with an error set.
 ///
 /// Only an error needs the lines (it quotes one of the file); else it is enough to count on.
-PyObject* Compile(const xstring& path, ssize_t linesBefore, const xstring& code)
+PyObject* Compile(const xstring& path, const CodeLines& lines, const xstring& code)
 {
     if (!CheckNoNul(code))
         return nullptr;
@@ -138,11 +139,19 @@ PyObject* Compile(const xstring& path, ssize_t linesBefore, const xstring& code)
     { return Python().Py_CompileStringFlags(text.c_str(), path.c_str(), Py_file_input, nullptr); };
     PyObject* const compiled = compile(code);
     if (compiled != nullptr)
-        CountLinesFrom(compiled, linesBefore);
-    if (compiled != nullptr || linesBefore == 0)
+        CountLinesFrom(compiled, lines.m_before);
+    if (!lines.m_lines.empty())
+    {
+        if (compiled != nullptr)
+            AttachLines(compiled, lines);
+        else
+            MoveCompileError(lines);
+        return compiled;
+    }
+    if (compiled != nullptr || lines.m_before == 0)
         return compiled;
     Python().PyErr_Clear();
-    xstring text(linesBefore, '\n');
+    xstring text(lines.m_before, '\n');
     text += code;
     return compile(text);
 }
@@ -267,16 +276,16 @@ PyObject* ExecutePythonExpression(const xstring& expression, xstring& errorStrin
 
 void RunPython(const xstring& path, const xstring& pythonCode, const char* errorPos)
 {
-    RunPythonBehind(path, 0, pythonCode, errorPos);
+    RunPythonOfFile(path, CodeLines(), pythonCode, errorPos);
 }
 
-void RunPythonBehind(const xstring& path, ssize_t linesBefore, const xstring& pythonCode,
+void RunPythonOfFile(const xstring& path, const CodeLines& lines, const xstring& pythonCode,
                      const char* errorPos)
 {
     RunCode(pythonCode, errorPos,
             [&]
             {
-                const PyObjectRef code(Compile(path, linesBefore, pythonCode));
+                const PyObjectRef code(Compile(path, lines, pythonCode));
                 if (!code)
                     ThrowPendingError("Python compilation error: ", errorPos);
                 const PyObjectRef result(Python().PyEval_EvalCode(

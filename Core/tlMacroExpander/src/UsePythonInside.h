@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tlMacroExpander/src/UsePython.h"
+#include <vector>
 
 namespace telv
 {
@@ -16,9 +17,17 @@ void CheckPythonAllowed(const char* pos);
 /// @throws LexScannerException  "Python 2.7 is not available: " and the reason, at `pos`.
 void LoadPython(const char* pos);
 
-/// RunPython for code that stands behind `linesBefore` lines of `path`: tracebacks count from
-/// there.
-void RunPythonBehind(const xstring& path, ssize_t linesBefore, const xstring& pythonCode,
+/// Where the lines of code stand in a file.
+struct CodeLines
+{
+    ssize_t m_before = 0; ///< Lines that stand before it.
+    /// The line of each line of the code, counted from 1; empty when they follow on one another.
+    std::vector<int> m_lines;
+    SubString m_file; ///< The text of the file.
+};
+
+/// RunPython for code that comes from `lines` of `path`, which tracebacks name.
+void RunPythonOfFile(const xstring& path, const CodeLines& lines, const xstring& pythonCode,
                      const char* errorPos);
 
 } // namespace telv

@@ -14,10 +14,12 @@
 // One list, because a function must be declared and found under the same name.
 // clang-format off
 #define TELV_PYTHON_SYMBOLS(X)                                                                      \
-    X(PyArg_ParseTuple)             X(PyCFunction_NewEx)            X(PyCode_Type)                  \
+    X(PyArg_ParseTuple)             X(PyCFunction_NewEx)            X(PyCode_Addr2Line)             \
+    X(PyCode_Type)                                                                                  \
     X(PyDict_New)                   X(PyDict_Next)                  X(PyDict_SetItem)               \
     X(PyDict_Size)                  X(PyErr_Clear)                  X(PyErr_Display)                \
     X(PyErr_Fetch)                  X(PyErr_NoMemory)               X(PyErr_NormalizeException)     \
+    X(PyErr_Restore)                                                                                \
     X(PyErr_Occurred)               X(PyErr_SetFromErrno)           X(PyErr_SetString)              \
     X(PyEval_EvalCode)              X(PyExc_IOError)                                                \
     X(PyExc_TypeError)              X(PyFile_SetEncoding)           X(PyFloat_AsDouble)             \
@@ -31,7 +33,8 @@
     X(PyString_FromStringAndSize)   X(PyString_InternFromString)    X(PySys_GetObject)              \
     X(PySys_SetObject)              X(PyThreadState_Clear)          X(PyThreadState_Delete)         \
     X(PyThreadState_Get)            X(PyThreadState_New)            X(PyThreadState_Next)           \
-    X(PyThreadState_Swap)           X(PyThread_set_stacksize)       X(PyTuple_GetItem)              \
+    X(PyThreadState_Swap)           X(PyThread_set_stacksize)       X(PyTraceBack_Type)             \
+    X(PyTuple_GetItem)              X(PyTuple_New)                                                  \
     X(PyType_IsSubtype)             X(Py_CompileStringFlags)        X(Py_DontWriteBytecodeFlag)     \
     X(Py_FileSystemDefaultEncoding) X(Py_Finalize)                  X(Py_GetRecursionLimit)         \
     X(Py_GetVersion)                X(Py_IgnoreEnvironmentFlag)     X(Py_InitModule4_64)            \

@@ -7,6 +7,7 @@
 // no script has touched.
 #ifdef TELV_PYTHON_ENABLED
 
+#include "tlMacroExpander/src/Python/CodeLines.h"
 #include "tlMacroExpander/src/Python/PythonApi.h"
 #include "tlMacroExpander/src/UsePython.h"
 
@@ -93,6 +94,7 @@ public:
         if (m_type)
             Python().PyErr_NormalizeException(&m_type.m_pyObj, &m_value.m_pyObj,
                                               &m_traceback.m_pyObj);
+        UseAttachedLines(m_traceback.m_pyObj);
     }
 
     bool IsThere() const { return static_cast<bool>(m_type); }

@@ -66,7 +66,7 @@ void RunPython(const xstring& /*path*/, const xstring& /*pythonCode*/, const cha
     CheckPythonAllowed(errorPos);
 }
 
-void RunPythonBehind(const xstring& /*path*/, ssize_t /*linesBefore*/,
+void RunPythonOfFile(const xstring& /*path*/, const CodeLines& /*lines*/,
                      const xstring& /*pythonCode*/, const char* errorPos)
 {
     CheckPythonAllowed(errorPos);
