@@ -70,7 +70,9 @@ TEST_F(BatchDeathTest, EachFileIsMadeOrReported)
         }
         EXPECT_LE(missing, 1) << at;
         if (missing > 0)
+        {
             EXPECT_EQ(result.status, 2) << at;
+        }
     }
     EXPECT_GT(deaths, 3);
 }

@@ -226,7 +226,7 @@ TEST(GivenNames, AreWhatCopiesWouldBe)
         {
             const SubString name = pick(names);
             const SubString body = pick(bodies);
-            const unsigned kind = random() % 3;
+            const auto kind = random() % 3;
             for (FileScopeVarFrame* frame : {&a, &b})
             {
                 if (kind == 0)

@@ -208,9 +208,13 @@ TEST_F(MemoryTest, HardlyAnyAddressSpaceIsAnError)
         EXPECT_EQ(result.signal, 0) << space / kibi << result.err;
         succeeded += result.status == 0 ? 1 : 0;
         if (result.status == 0)
+        {
             EXPECT_EQ(result.out, "x\n");
+        }
         else if (result.status != notLoaded)
+        {
             EXPECT_NE(result.err.find("Out of memory\n"), std::string::npos) << space / kibi;
+        }
     }
     EXPECT_GT(succeeded, 10u);
 }

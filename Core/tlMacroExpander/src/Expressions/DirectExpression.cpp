@@ -394,7 +394,8 @@ bool DirectExpression::Keep(SubString text, SubString& kept)
     if (size > static_cast<size_t>(s_scratch - m_used))
         return false;
     char* const room = m_scratch + m_used;
-    std::memcpy(room, text.begin(), size);
+    if (size > 0) // an empty text may be nowhere
+        std::memcpy(room, text.begin(), size);
     m_used += text.size();
     kept = SubString(room, room + text.size());
     return true;

@@ -114,7 +114,7 @@ NameEntry* NameTable::Add(SubString name, uint64 hash, std::unique_ptr<LSVariabl
     m_slots[Probe(name, hash)] = Slot{TagOf(hash), index};
     ++m_size;
     if (given != nullptr)
-        m_given.m_root->m_localVariables.AddBound(given.release(), *entry);
+        FrameTree::AddBound(*m_given.m_root, given.release(), *entry);
     return entry;
 }
 
