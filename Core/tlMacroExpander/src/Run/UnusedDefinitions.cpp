@@ -175,9 +175,8 @@ private:
         std::erase_if(names, [&](const Numbers* places)
                       { return places->empty() || *places == Numbers{number}; });
         std::ranges::sort(names, [](const Numbers* a, const Numbers* b) { return *a < *b; });
-        const auto repeated =
-            std::ranges::unique(names, [](const Numbers* a, const Numbers* b) { return *a == *b; });
-        names.erase(repeated.begin(), repeated.end());
+        const auto isSame = [](const Numbers* a, const Numbers* b) { return *a == *b; };
+        names.erase(std::unique(names.begin(), names.end(), isSame), names.end());
     }
 
     /// Outside the last group.

@@ -12,7 +12,7 @@ namespace telv
 namespace
 {
 
-constexpr int s_mostMacros = 8; ///< That are followed one by one.
+constexpr ssize_t s_mostMacros = 8; ///< That are followed one by one.
 
 bool IsWord(SubString text)
 {
