@@ -31,14 +31,7 @@ tl_expand_sources(TARGET unit SOURCES text.h.tl ${arguments})
 ")
 endfunction()
 
-# Configures or builds; what goes wrong is fatal.
-function(run)
-    execute_process(COMMAND ${CMAKE_COMMAND} ${ARGN}
-        RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
-    if(NOT status EQUAL 0)
-        message(FATAL_ERROR "cmake ${ARGN}: ${said}")
-    endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/RunCMake.cmake)
 
 foreach(generator IN ITEMS "Ninja" "Unix Makefiles" "Ninja Multi-Config")
     file(REMOVE_RECURSE ${WORK})

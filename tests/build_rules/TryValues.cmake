@@ -39,14 +39,7 @@ file(WRITE ${WORK}/lib/more.tl "@def mark = {!}\n")
 file(WRITE ${WORK}/rows.tl
     "@import \"made.tl\"\n@import \"more.tl\"\nfirst\n@for((name, number) in rows){row shown(name)=number@@mark}\n")
 
-# Configures or builds; what goes wrong is fatal.
-function(run)
-    execute_process(COMMAND ${CMAKE_COMMAND} ${ARGN}
-        RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
-    if(NOT status EQUAL 0)
-        message(FATAL_ERROR "cmake ${ARGN}: ${said}")
-    endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/RunCMake.cmake)
 
 run(-S ${WORK} -B ${WORK}/out -G Ninja)
 run(--build ${WORK}/out)
